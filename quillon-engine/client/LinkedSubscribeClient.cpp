@@ -1,0 +1,247 @@
+#include "LinkedSubscribeClient.h"
+
+#include <QLoggingCategory>
+
+Q_LOGGING_CATEGORY(lcClient, "quillon.client")
+
+namespace quillon {
+
+namespace {
+QList<PropertyValue> args(std::initializer_list<PropertyValue> values) { return QList<PropertyValue>(values); }
+} // namespace
+
+std::shared_ptr<LinkedSubscribeClient> LinkedSubscribeClient::create(std::unique_ptr<EngineLink> link)
+{
+    std::shared_ptr<LinkedSubscribeClient> client(new LinkedSubscribeClient(std::move(link)));
+    client->attachSink();
+    return client;
+}
+
+LinkedSubscribeClient::LinkedSubscribeClient(std::unique_ptr<EngineLink> link) : m_link(std::move(link)) {}
+
+LinkedSubscribeClient::~LinkedSubscribeClient()
+{
+    if (m_link)
+        m_link->setMessageSink({});
+}
+
+void LinkedSubscribeClient::attachSink()
+{
+    std::weak_ptr<LinkedSubscribeClient> weak = shared_from_this();
+    m_link->setMessageSink([weak](qint32 callbackId, const BagPtr &message) {
+        if (auto self = weak.lock())
+            self->deliver(callbackId, message);
+    });
+}
+
+PropertyValue LinkedSubscribeClient::call(const QString &operation, const QList<PropertyValue> &arguments)
+{
+    if (!m_link || !m_link->isConnected())
+        throw EngineError(QStringLiteral("The engine is not connected"));
+    return m_link->call(operation, arguments);
+}
+
+Handle LinkedSubscribeClient::handleFor(const PropertyValue &value)
+{
+    if (const auto *b = std::get_if<BagPtr>(&value))
+        return m_handles.addBag(*b);
+    if (const auto *l = std::get_if<ListPtr>(&value))
+        return m_handles.addList(*l);
+    return 0;
+}
+
+qint32 LinkedSubscribeClient::registerCallback(CallbackPtr callback)
+{
+    if (!callback)
+        return 0;
+    m_callbacks.insert(++m_lastCallbackId, std::move(callback));
+    return m_lastCallbackId;
+}
+
+void LinkedSubscribeClient::deliver(qint32 callbackId, const BagPtr &message)
+{
+    const CallbackPtr callback = m_callbacks.value(callbackId);
+    if (!callback || !message) {
+        qCDebug(lcClient) << "message for unknown callback" << callbackId << "dropped";
+        return;
+    }
+    if (callbackId != m_connectionCallbackId)
+        m_callbacks.remove(callbackId);
+    // Keep ourselves alive: the callback may drop the last reference to the client.
+    auto self = shared_from_this();
+    Handle handle = m_handles.addBag(message);
+    try {
+        callback->ProcessMessage(handle);
+    } catch (const std::exception &e) {
+        qCWarning(lcClient) << "callback failed:" << e.what();
+    }
+    m_handles.release(handle);
+}
+
+void LinkedSubscribeClient::Connect(const QString &consumerId, CallbackPtr callback)
+{
+    const qint32 previous = m_connectionCallbackId;
+    const qint32 id = registerCallback(std::move(callback));
+    try {
+        call(QStringLiteral("Connect"), args({consumerId, id}));
+    } catch (...) {
+        m_callbacks.remove(id);
+        throw;
+    }
+    m_callbacks.remove(previous);
+    m_connectionCallbackId = id;
+}
+
+void LinkedSubscribeClient::ReleaseHandle(Handle handle) { m_handles.release(handle); }
+
+void LinkedSubscribeClient::RemoveItem(const QString &itemClass, qint32 subscriptionId, qint32 flag)
+{
+    call(QStringLiteral("RemoveItem"), args({itemClass, subscriptionId, flag}));
+}
+
+void LinkedSubscribeClient::BindItem(const QString &consumerId, const QString &itemClass, qint32 subscriptionId,
+                                     qint32 flag)
+{
+    call(QStringLiteral("BindItem"), args({consumerId, itemClass, subscriptionId, flag}));
+}
+
+Handle LinkedSubscribeClient::CreateItemRequest(const QString &itemClass, const QString &title, const QString &url)
+{
+    return handleFor(call(QStringLiteral("CreateItemRequest"), args({itemClass, title, url})));
+}
+
+Handle LinkedSubscribeClient::ListConsumerItems(const QString &consumerId, const QString &itemClass)
+{
+    return handleFor(call(QStringLiteral("ListConsumerItems"), args({consumerId, itemClass})));
+}
+
+Handle LinkedSubscribeClient::GetItemBag(const QString &itemClass, qint32 subscriptionId, qint32 reserved)
+{
+    return handleFor(call(QStringLiteral("GetItemBag"), args({itemClass, subscriptionId, reserved})));
+}
+
+Handle LinkedSubscribeClient::NewBag() { return m_handles.addBag(PropertyBag::create()); }
+
+void LinkedSubscribeClient::SetHandleValue(Handle bag, const QString &name, Handle value)
+{
+    m_handles.bag(bag)->set(name, m_handles.value(value));
+}
+
+void LinkedSubscribeClient::SetStringValue(Handle bag, const QString &name, const QString &value)
+{
+    m_handles.bag(bag)->set(name, value);
+}
+
+void LinkedSubscribeClient::SetLongValue(Handle bag, const QString &name, qint32 value)
+{
+    m_handles.bag(bag)->set(name, value);
+}
+
+QString LinkedSubscribeClient::GetStringValue(Handle bag, const QString &name)
+{
+    return m_handles.bag(bag)->text(name);
+}
+
+qint32 LinkedSubscribeClient::GetLongValue(Handle bag, const QString &name)
+{
+    return m_handles.bag(bag)->number(name);
+}
+
+Handle LinkedSubscribeClient::GetHandleValue(Handle bag, const QString &name)
+{
+    const PropertyValue *value = m_handles.bag(bag)->find(name);
+    return value ? handleFor(*value) : 0;
+}
+
+Handle LinkedSubscribeClient::ListNames(Handle bag)
+{
+    auto names = PropertyList::create();
+    for (const QString &name : m_handles.bag(bag)->names())
+        names->append(name);
+    return m_handles.addList(names);
+}
+
+qint32 LinkedSubscribeClient::ListCount(Handle list) { return m_handles.list(list)->size(); }
+
+const PropertyValue &LinkedSubscribeClient::listEntry(Handle list, qint32 index) const
+{
+    const ListPtr entries = m_handles.list(list);
+    if (index < 0 || index >= entries->size())
+        throw EngineError(QStringLiteral("List index %1 out of range (count %2)").arg(index).arg(entries->size()));
+    return entries->at(index);
+}
+
+Handle LinkedSubscribeClient::ListHandle(Handle list, qint32 index) { return handleFor(listEntry(list, index)); }
+
+qint32 LinkedSubscribeClient::ListLong(Handle list, qint32 index) { return valueLong(listEntry(list, index)); }
+
+QString LinkedSubscribeClient::ListString(Handle list, qint32 index) { return valueText(listEntry(list, index)); }
+
+Handle LinkedSubscribeClient::ListReaderSubscriptions(const QString &readerName)
+{
+    return handleFor(call(QStringLiteral("ListReaderSubscriptions"), args({readerName})));
+}
+
+void LinkedSubscribeClient::UpdateItem(const QString &itemClass, qint32 subscriptionId, Handle bag)
+{
+    call(QStringLiteral("UpdateItem"), args({itemClass, subscriptionId, m_handles.bag(bag)}));
+}
+
+QString LinkedSubscribeClient::RequestPreview(const QString &itemClass, const QString &url, CallbackPtr callback)
+{
+    const qint32 id = registerCallback(std::move(callback));
+    try {
+        return valueText(call(QStringLiteral("RequestPreview"), args({itemClass, url, id})));
+    } catch (...) {
+        m_callbacks.remove(id);
+        throw;
+    }
+}
+
+Handle LinkedSubscribeClient::GetSettings(const QString &consumerId, const QString &section, Handle keys)
+{
+    return handleFor(call(QStringLiteral("GetSettings"), args({consumerId, section, m_handles.bag(keys)})));
+}
+
+void LinkedSubscribeClient::SetSettings(const QString &consumerId, const QString &section, Handle values)
+{
+    call(QStringLiteral("SetSettings"), args({consumerId, section, m_handles.bag(values)}));
+}
+
+void LinkedSubscribeClient::Log(const QString &text, qint32 level)
+{
+    call(QStringLiteral("Log"), args({text, level}));
+}
+
+Handle LinkedSubscribeClient::NewList() { return m_handles.addList(PropertyList::create()); }
+
+void LinkedSubscribeClient::ListAppend(Handle list, const QString &value) { m_handles.list(list)->append(value); }
+
+qint32 LinkedSubscribeClient::SubmitRequest(Handle bag, CallbackPtr callback)
+{
+    const BagPtr request = m_handles.bag(bag);
+    const qint32 id = registerCallback(std::move(callback));
+    try {
+        return valueLong(call(QStringLiteral("SubmitRequest"), args({request, id})));
+    } catch (...) {
+        m_callbacks.remove(id);
+        throw;
+    }
+}
+
+void LinkedSubscribeClient::SetSyncSettings(qint32 enabled, const QString &server, const QString &user,
+                                            const QString &password, qint32 frequencySeconds)
+{
+    call(QStringLiteral("SetSyncSettings"), args({enabled, server, user, password, frequencySeconds}));
+}
+
+Handle LinkedSubscribeClient::GetSyncSettings() { return handleFor(call(QStringLiteral("GetSyncSettings"), {})); }
+
+void LinkedSubscribeClient::SyncNow() { call(QStringLiteral("SyncNow"), {}); }
+
+QString LinkedSubscribeClient::BagToText(Handle bag)
+{
+    return valueText(call(QStringLiteral("BagToText"), args({m_handles.bag(bag)})));
+}
+
+} // namespace quillon

@@ -1,0 +1,28 @@
+#include "SubscribeClientFactory.h"
+
+#include "EngineSocketName.h"
+#include "LinkedSubscribeClient.h"
+#include "SocketLink.h"
+
+namespace quillon {
+
+namespace {
+SubscribeClientFactory::Creator &creator()
+{
+    static SubscribeClientFactory::Creator instance;
+    return instance;
+}
+} // namespace
+
+SubscribeClientPtr SubscribeClientFactory::Create(const QString &progId)
+{
+    if (progId != kProgId)
+        throw EngineError(QStringLiteral("Unknown engine client \"%1\"").arg(progId));
+    if (creator())
+        return creator()();
+    return LinkedSubscribeClient::create(SocketLink::open(EngineSocketName()));
+}
+
+void SubscribeClientFactory::SetCreator(Creator newCreator) { creator() = std::move(newCreator); }
+
+} // namespace quillon

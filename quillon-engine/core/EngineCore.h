@@ -1,0 +1,51 @@
+#pragma once
+
+#include "EngineError.h"
+#include "PropertyBag.h"
+
+#include <QList>
+#include <QObject>
+#include <QString>
+
+#include <functional>
+#include <memory>
+
+namespace quillon {
+
+class EngineCorePrivate;
+
+// The engine itself: subscriptions, bindings, settings, log and the consumers connected to it,
+// kept in SQLite below a data folder. Transports open one session per client and run the
+// client's operations through call(). Everything runs on the thread that owns the core.
+class EngineCore : public QObject
+{
+    Q_OBJECT
+public:
+    using SessionId = qint32;
+    // Called when the engine sends a message to a callback of the session; may be called
+    // inside call(), so a transport must defer delivery to its event loop.
+    using MessageSink = std::function<void(qint32 callbackId, const BagPtr &message)>;
+
+    // dataFolder holds the database; it is created when missing.
+    explicit EngineCore(const QString &dataFolder, QObject *parent = nullptr);
+    ~EngineCore() override;
+
+    // Opens (creating or migrating) the store. Returns false with a reason on failure.
+    [[nodiscard]] bool open(QString *error = nullptr);
+    [[nodiscard]] QString databasePath() const;
+
+    SessionId openSession(MessageSink sink);
+    void closeSession(SessionId session);
+
+    // Runs one client operation by its name (Connect, RemoveItem, BindItem, ...; see
+    // docs/PROTOCOL.md). Throws EngineError when the operation fails.
+    PropertyValue call(SessionId session, const QString &operation, const QList<PropertyValue> &args);
+
+    // Tells every connected consumer "EngineTerminated"; the core stays usable.
+    void announceTermination();
+
+private:
+    std::unique_ptr<EngineCorePrivate> d;
+};
+
+} // namespace quillon
