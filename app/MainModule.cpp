@@ -1,0 +1,185 @@
+#include "MainModule.h"
+
+#include "CBConnect.h"
+#include "ClientAccess.h"
+#include "HandleGuard.h"
+#include "PropertyBag.h"
+#include "SingleInstance.h"
+#include "SubscribeClientFactory.h"
+#include "callbackSupport.h"
+#include "frmMainWindow.h"
+#include "localization.h"
+
+#include <QCoreApplication>
+#include <QLoggingCategory>
+#include <QPointer>
+#include <QTimerEvent>
+
+Q_LOGGING_CATEGORY(lcStartup, "corvell.startup")
+
+namespace MainModule {
+
+namespace {
+
+const QString kConsumerId = QStringLiteral("CONFIGCONSUMER");
+constexpr qint32 kTickMs = 2000;
+
+// Receives the system timers the tick arms; every timer it holds calls TickProc.
+class TickTarget : public QObject
+{
+protected:
+    void timerEvent(QTimerEvent *) override { TickProc(); }
+};
+
+struct State
+{
+    bool retryConnect = false;
+    int tickTimerId = 0;
+    QPointer<frmMainWindow> mainWindow;
+    std::function<void(QWidget *)> shownHook;
+    qint32 skippedOutlines = 0;
+};
+
+State &state()
+{
+    static State instance;
+    return instance;
+}
+
+TickTarget &tickTarget()
+{
+    static TickTarget instance;
+    return instance;
+}
+
+void OnMainWindowUnloaded()
+{
+    StopTickTimer();
+    ClearStrings();
+}
+
+} // namespace
+
+frmMainWindow *MainWindow()
+{
+    if (!state().mainWindow) {
+        auto *window = new frmMainWindow();
+        window->setAttribute(Qt::WA_DeleteOnClose);
+        QObject::connect(window, &frmMainWindow::Unloaded, window, &OnMainWindowUnloaded);
+        state().mainWindow = window;
+    }
+    return state().mainWindow;
+}
+
+bool RetryConnect() { return state().retryConnect; }
+int TickTimerId() { return state().tickTimerId; }
+void SetMainWindowShownHook(std::function<void(QWidget *)> hook) { state().shownHook = std::move(hook); }
+qint32 &SkippedOutlineCount() { return state().skippedOutlines; }
+
+void Main()
+{
+    state().retryConnect = false;
+    if (SingleInstance::AnotherInstanceRunning())
+        return;
+    if (ConnectToEngine(kConsumerId)) {
+        state().retryConnect = true;
+        StartTickTimer(kTickMs);
+        return;
+    }
+    frmMainWindow *window = MainWindow();
+    window->SetClient(ClientAccess::GetEngineClient());
+    window->show();
+    if (state().shownHook)
+        state().shownHook(window);
+    StartTickTimer(kTickMs);
+}
+
+bool ConnectToEngine(const QString &consumerId)
+{
+    try {
+        if (ClientAccess::GetEngineClient())
+            return false;
+        ClientAccess::SetEngineClient(quillon::SubscribeClientFactory::Create(quillon::SubscribeClientFactory::kProgId));
+        const quillon::SubscribeClientPtr client = ClientAccess::GetEngineClient();
+        if (!client)
+            return true;
+        auto callback = std::make_shared<CBConnect>();
+        callback->Setup(MainWindow());
+        client->Connect(consumerId, std::move(callback));
+        client->Log(QStringLiteral("UI Client <> Engine comms established\r\n"), 999);
+        return false;
+    } catch (const std::exception &e) {
+        qCDebug(lcStartup) << "engine not reached:" << e.what();
+        return true;
+    }
+}
+
+void StartTickTimer(qint32 milliseconds)
+{
+    // Overwrites any identifier stored before, as the system timer call does: an earlier
+    // timer that was not stopped keeps firing.
+    state().tickTimerId = tickTarget().startTimer(milliseconds);
+}
+
+void StopTickTimer()
+{
+    if (state().tickTimerId != 0) {
+        tickTarget().killTimer(state().tickTimerId);
+        state().tickTimerId = 0;
+    }
+}
+
+void TickProc()
+{
+    StopTickTimer();
+    if (!ClientAccess::GetEngineClient()) {
+        if (state().retryConnect) {
+            Main();
+            // Armed a second time on purpose: see the start-up notes in docs/DESIGN.md.
+            StartTickTimer(kTickMs);
+        } else if (!state().mainWindow) {
+            QCoreApplication::quit();
+        }
+        return;
+    }
+    MainWindow()->Run();
+    StartTickTimer(kTickMs);
+}
+
+void Reset()
+{
+    StopTickTimer();
+    ClientAccess::SetEngineClient(nullptr);
+    if (state().mainWindow)
+        delete state().mainWindow.data();
+    state().retryConnect = false;
+    state().shownHook = {};
+    state().skippedOutlines = 0;
+    callbackSupport::PendingAddCount() = 0;
+}
+
+void ImportFromReader(const quillon::SubscribeClientPtr &client, const QString &readerName)
+{
+    const bool newsGator = readerName == QLatin1String("newsgator");
+    HandleGuard outlines(*client, client->ListReaderSubscriptions(readerName));
+    const qint32 count = client->ListCount(outlines.get());
+    for (qint32 i = 0; i < count; ++i) {
+        QCoreApplication::processEvents();
+        HandleGuard outline(*client, client->ListHandle(outlines.get(), i));
+        if (!outline.isValid())
+            continue;
+        if (newsGator && client->GetStringValue(outline.get(), QStringLiteral("ng:useDefaultCredentials")) ==
+                             QLatin1String("ngos")) {
+            ++state().skippedOutlines;
+            continue;
+        }
+        const QString title = client->GetStringValue(outline.get(), QStringLiteral("title"));
+        const QString url = client->GetStringValue(outline.get(), QStringLiteral("xmlUrl"));
+        if (newsGator && (url.isEmpty() || url == QLatin1String(" ") || url == quillon::kMissingText))
+            continue;
+        callbackSupport::RequestAddSubscription(MainWindow(), client, title, url, true, QString(), QString(),
+                                                QString());
+    }
+}
+
+} // namespace MainModule

@@ -1,0 +1,44 @@
+#include "ScreenshotOnStart.h"
+
+#include "MainModule.h"
+
+#include <QFileInfo>
+#include <QPixmap>
+#include <QPointer>
+#include <QTimer>
+#include <QWidget>
+
+#include <cstdio>
+
+namespace ScreenshotOnStart {
+
+void InstallFromEnvironment()
+{
+    const QString path = qEnvironmentVariable("CONFIGCONSUMER_SCREENSHOT");
+    const bool report = qEnvironmentVariable("CONFIGCONSUMER_REPORT_WINDOW") == QLatin1String("1");
+    if (path.isEmpty() && !report)
+        return;
+    const bool exitAfter = qEnvironmentVariable("CONFIGCONSUMER_EXIT_AFTER_SCREENSHOT") == QLatin1String("1");
+    MainModule::SetMainWindowShownHook([path, report, exitAfter](QWidget *window) {
+        if (report) {
+            std::printf("main window shown\n");
+            std::fflush(stdout);
+        }
+        if (path.isEmpty())
+            return;
+        QPointer<QWidget> target = window;
+        QTimer::singleShot(1500, [target, path, exitAfter]() {
+            if (!target)
+                return;
+            if (target->grab().save(path))
+                std::printf("Screenshot saved: %s\n", qPrintable(QFileInfo(path).absoluteFilePath()));
+            else
+                std::fprintf(stderr, "Could not save the screenshot to %s\n", qPrintable(path));
+            std::fflush(stdout);
+            if (exitAfter)
+                target->close();
+        });
+    });
+}
+
+} // namespace ScreenshotOnStart

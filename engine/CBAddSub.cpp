@@ -1,0 +1,71 @@
+#include "CBAddSub.h"
+
+#include "HandleGuard.h"
+#include "PropertyBag.h"
+#include "callbackSupport.h"
+
+#include <QLoggingCategory>
+#include <QMetaObject>
+#include <QObject>
+
+Q_DECLARE_LOGGING_CATEGORY(lcCallbacks)
+
+void CBAddSub::Setup(QObject *target, quillon::SubscribeClientPtr client, bool autoBind)
+{
+    CBBase::Setup(target);
+    m_client = std::move(client);
+    m_autoBind = autoBind;
+}
+
+void CBAddSub::Shutdown()
+{
+    m_client.reset();
+    CBBase::Shutdown();
+}
+
+void CBAddSub::Handle(quillon::Handle &bag)
+{
+    Forward(HandlerName(), bag);
+    if (!m_client)
+        return;
+    try {
+        HandleGuard result(*m_client, m_client->GetHandleValue(bag, QStringLiteral("Result")));
+        if (!result.isValid())
+            return;
+        const qint32 id = m_client->GetLongValue(result.get(), QStringLiteral("SUBSCRIPTIONID"));
+        if (id > 0)
+            Complete(*m_client, id);
+    } catch (const std::exception &e) {
+        qCWarning(lcCallbacks) << "add answer not completed:" << e.what();
+    }
+}
+
+void CBAddSub::Complete(quillon::SubscribeClient &client, qint32 subscriptionId)
+{
+    if (m_autoBind)
+        client.BindItem(QStringLiteral("OLCONSUMER"), QStringLiteral("NEWS"), subscriptionId, 1);
+    if (TakeCompletion())
+        QMetaObject::invokeMethod(Target(), "DoDisplayRefresh", Qt::DirectConnection);
+    else
+        ReportAdded(client, subscriptionId);
+}
+
+bool CBAddSub::TakeCompletion()
+{
+    // Only auto-bound adds count down; an add without auto-bind leaves the counter raised for
+    // the rest of the run, so later answers report instead of refreshing. This is intended.
+    qint32 &pending = callbackSupport::PendingAddCount();
+    if (m_autoBind && pending >= 1)
+        return pending-- == 1;
+    return pending == 0;
+}
+
+void CBAddSub::ReportAdded(quillon::SubscribeClient &client, qint32 subscriptionId)
+{
+    HandleGuard item(client, client.GetItemBag(QStringLiteral("NEWS"), subscriptionId, 0));
+    QString title = client.GetStringValue(item.get(), QStringLiteral("FOLDERTITLE"));
+    if (title.isEmpty() || title == quillon::kMissingText)
+        title = client.GetStringValue(item.get(), QStringLiteral("TITLE"));
+    if (!title.isEmpty() && title != quillon::kMissingText)
+        callbackSupport::SetTargetStatusText(Target(), QStringLiteral("Added: ") + title);
+}

@@ -1,0 +1,26 @@
+#pragma once
+
+#include "CBBase.h"
+#include "SubscribeClient.h"
+
+// The answer to an add request: forwarded to the main window, then the new subscription is
+// bound for delivery and the window either reports it or, for the last add, refreshes.
+class CBAddSub final : public CBBase
+{
+public:
+    using CBBase::Setup;
+    void Setup(QObject *target, quillon::SubscribeClientPtr client, bool autoBind);
+    void Shutdown() override;
+
+protected:
+    const char *HandlerName() const override { return "EventSubscribeClientMessage"; }
+    void Handle(quillon::Handle &bag) override;
+
+private:
+    void Complete(quillon::SubscribeClient &client, qint32 subscriptionId);
+    [[nodiscard]] bool TakeCompletion();
+    void ReportAdded(quillon::SubscribeClient &client, qint32 subscriptionId);
+
+    quillon::SubscribeClientPtr m_client;
+    bool m_autoBind = false;
+};

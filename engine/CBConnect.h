@@ -1,0 +1,11 @@
+#pragma once
+
+#include "CBBase.h"
+
+// Unsolicited engine messages for the main window, for the life of the connection.
+class CBConnect final : public CBBase
+{
+protected:
+    const char *HandlerName() const override { return "EventSubscribeClientMessage"; }
+    bool ShutsDownAfterAnswer() const override { return false; }
+};

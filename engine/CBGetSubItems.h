@@ -1,0 +1,10 @@
+#pragma once
+
+#include "CBBase.h"
+
+// The answer to a request for a subscription's articles.
+class CBGetSubItems final : public CBBase
+{
+protected:
+    const char *HandlerName() const override { return "EventSubscriptionItemsCallback"; }
+};

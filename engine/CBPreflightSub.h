@@ -1,0 +1,10 @@
+#pragma once
+
+#include "CBBase.h"
+
+// The answer to a preflight check of a feed address.
+class CBPreflightSub final : public CBBase
+{
+protected:
+    const char *HandlerName() const override { return "EventPreviewCallback"; }
+};

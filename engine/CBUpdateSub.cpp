@@ -1,0 +1,7 @@
+#include "CBUpdateSub.h"
+
+void CBUpdateSub::DeliverResult(quillon::Handle bag)
+{
+    Forward(HandlerName(), bag);
+    Shutdown();
+}

@@ -1,0 +1,74 @@
+#include "callbackSupport.h"
+
+#include "CBAddSub.h"
+#include "HandleGuard.h"
+#include "PropertyBag.h"
+
+#include <QMetaObject>
+#include <QObject>
+
+namespace callbackSupport {
+
+qint32 &PendingAddCount()
+{
+    static qint32 count = 0;
+    return count;
+}
+
+void SetTargetStatusText(QObject *target, const QString &text)
+{
+    if (target)
+        QMetaObject::invokeMethod(target, "SetStatusText", Qt::DirectConnection, Q_ARG(QString, text));
+}
+
+qint32 RequestAddSubscription(QObject *target, const quillon::SubscribeClientPtr &client, const QString &title,
+                              const QString &url, bool autoBind, const QString &user, const QString &password,
+                              const QString &category)
+{
+    SetTargetStatusText(target, QStringLiteral("Requesting: ") + (title.isEmpty() ? url : title));
+    HandleGuard request(*client, client->CreateItemRequest(QStringLiteral("NEWS"), title, url));
+    HandleGuard consumers(*client);
+    if (!user.isEmpty() && !password.isEmpty()) {
+        client->SetStringValue(request.get(), QStringLiteral("USER"), user);
+        client->SetStringValue(request.get(), QStringLiteral("PASSWORD"), password);
+    }
+    if (!category.isEmpty())
+        client->SetStringValue(request.get(), QStringLiteral("CATEGORY"), category);
+    if (autoBind) {
+        consumers.reset(client->NewList());
+        client->ListAppend(consumers.get(), QStringLiteral("OLCONSUMER"));
+        client->SetHandleValue(request.get(), QStringLiteral("ConsumerIDs"), consumers.get());
+    }
+    if (request.isValid()) {
+        auto callback = std::make_shared<CBAddSub>();
+        callback->Setup(target, client, autoBind);
+        ++PendingAddCount();
+        client->SubmitRequest(request.get(), callback);
+    }
+    return 0;
+}
+
+void RemoveSubscription(quillon::SubscribeClient &client, qint32 subscriptionId, const QString &displayName,
+                        QObject *statusTarget)
+{
+    // The fallback name is formed but the status line shows the name as given, even empty.
+    const QString name =
+        displayName.isEmpty() ? QStringLiteral("Subscription #") + QString::number(subscriptionId) : displayName;
+    Q_UNUSED(name);
+    SetTargetStatusText(statusTarget, QStringLiteral("Removing: ") + displayName);
+    client.RemoveItem(QStringLiteral("NEWS"), subscriptionId, 1);
+}
+
+void UpdateAllSubscriptions(quillon::SubscribeClient &client)
+{
+    HandleGuard empty(client, client.NewBag());
+    HandleGuard ids(client, client.ListConsumerItems(QStringLiteral("OLCONSUMER"), QStringLiteral("NEWS")));
+    const qint32 count = client.ListCount(ids.get());
+    for (qint32 i = 0; i < count; ++i) {
+        const qint32 id = client.ListLong(ids.get(), i);
+        if (id >= 1 && id != quillon::kMissing)
+            client.UpdateItem(QStringLiteral("NEWS"), id, empty.get());
+    }
+}
+
+} // namespace callbackSupport

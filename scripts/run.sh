@@ -1,0 +1,33 @@
+#!/usr/bin/env bash
+# Builds, starts this user's engine (unless one already runs) and then ConfigConsumer.
+# Without a display the program runs offscreen, saves a screenshot, prints its path and ends.
+set -euo pipefail
+root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
+build="${BUILD_DIR:-$root/build}"
+bash "$root/scripts/build.sh"
+bin="$build/bin"
+
+engine_pid=""
+stop_engine() { [ -n "$engine_pid" ] && kill "$engine_pid" 2>/dev/null && wait "$engine_pid" 2>/dev/null || true; }
+trap stop_engine EXIT
+
+log="$(mktemp -t quillon-engine.XXXXXX.log)"
+"$bin/quillon-engine" >"$log" 2>&1 &
+engine_pid=$!
+for _ in $(seq 1 50); do
+  grep -q "listening" "$log" && break
+  if ! kill -0 "$engine_pid" 2>/dev/null; then
+    # Exit code 3: this user's engine already runs; use that one.
+    cat "$log"; engine_pid=""; break
+  fi
+  sleep 0.1
+done
+grep -h "listening" "$log" || true
+
+if [ -z "${DISPLAY:-}" ] && [ -z "${WAYLAND_DISPLAY:-}" ]; then
+  shot="${SCREENSHOT:-$build/configconsumer.png}"
+  QT_QPA_PLATFORM=offscreen CONFIGCONSUMER_SCREENSHOT="$shot" CONFIGCONSUMER_EXIT_AFTER_SCREENSHOT=1 \
+    "$bin/configconsumer"
+else
+  "$bin/configconsumer"
+fi

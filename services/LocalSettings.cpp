@@ -1,0 +1,98 @@
+#include "LocalSettings.h"
+
+#include <QDir>
+#include <QLoggingCategory>
+#include <QSettings>
+#include <QStandardPaths>
+
+Q_LOGGING_CATEGORY(lcLocalSettings, "configconsumer.services.localsettings")
+
+namespace {
+QString &baseFolderOverride()
+{
+    static QString folder;
+    return folder;
+}
+
+// Kept apart from the vendor branch ("Marrowby Software") so equal names never meet.
+const QString kStoreFolder = QStringLiteral("ConfigConsumer");
+} // namespace
+
+void LocalSettings::SetBaseFolder(const QString &folder)
+{
+    baseFolderOverride() = folder;
+}
+
+QString LocalSettings::BaseFolder()
+{
+    if (!baseFolderOverride().isEmpty())
+        return baseFolderOverride();
+    return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation);
+}
+
+QString LocalSettings::FilePath(const QString &application)
+{
+    return BaseFolder() + QLatin1Char('/') + kStoreFolder + QLatin1Char('/') + application +
+           QStringLiteral(".ini");
+}
+
+std::unique_ptr<QSettings> LocalSettings::Open(const QString &application)
+{
+    std::unique_ptr<QSettings> settings;
+#ifdef Q_OS_WIN
+    if (baseFolderOverride().isEmpty()) {
+        settings = std::make_unique<QSettings>(QStringLiteral("HKEY_CURRENT_USER\\Software\\") +
+                                                   kStoreFolder + QStringLiteral("\\") + application,
+                                               QSettings::NativeFormat);
+    }
+#endif
+    if (!settings)
+        settings = std::make_unique<QSettings>(FilePath(application), QSettings::IniFormat);
+    // Saves go to a temporary file that replaces the old one, never half-written in place.
+    settings->setAtomicSyncRequired(true);
+    return settings;
+}
+
+QString LocalSettings::Get(const QString &application, const QString &section, const QString &key,
+                           const QString &defaultValue)
+{
+    const auto settings = Open(application);
+    settings->beginGroup(section);
+    return settings->value(key, defaultValue).toString();
+}
+
+bool LocalSettings::Save(const QString &application, const QString &section, const QString &key,
+                         const QString &value)
+{
+    const auto settings = Open(application);
+    settings->beginGroup(section);
+    settings->setValue(key, value);
+    settings->endGroup();
+    settings->sync();
+    if (settings->status() != QSettings::NoError) {
+        qCWarning(lcLocalSettings) << "could not save" << application << section << key;
+        return false;
+    }
+    return true;
+}
+
+bool LocalSettings::Delete(const QString &application, const QString &section, const QString &key)
+{
+    const auto settings = Open(application);
+    settings->beginGroup(section);
+    settings->remove(key);
+    settings->endGroup();
+    settings->sync();
+    return settings->status() == QSettings::NoError;
+}
+
+QString GetSetting(const QString &application, const QString &section, const QString &key,
+                   const QString &defaultValue)
+{
+    return LocalSettings::Get(application, section, key, defaultValue);
+}
+
+void SaveSetting(const QString &application, const QString &section, const QString &key, const QString &value)
+{
+    LocalSettings::Save(application, section, key, value);
+}

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <QString>
+
+#include <memory>
+
+class QSettings;
+
+// The per-user store private to this program, addressed by application, section and key.
+// On Windows it lives in the registry below HKEY_CURRENT_USER; elsewhere in an ini file in the
+// user's config folder. It never shares storage with the vendor branch (CRegistry).
+class LocalSettings
+{
+public:
+    [[nodiscard]] static QString Get(const QString &application, const QString &section, const QString &key,
+                                     const QString &defaultValue);
+    // Each write is flushed at once and replaces the file atomically.
+    static bool Save(const QString &application, const QString &section, const QString &key,
+                     const QString &value);
+    static bool Delete(const QString &application, const QString &section, const QString &key);
+
+    // Points every store of the program (this one and the vendor branch file) at another
+    // folder; an empty path restores the user's config folder. Used by tests.
+    static void SetBaseFolder(const QString &folder);
+    // The folder the file-based stores live in.
+    [[nodiscard]] static QString BaseFolder();
+    // Where the file of one application lives (not used on Windows without a base folder).
+    [[nodiscard]] static QString FilePath(const QString &application);
+
+private:
+    [[nodiscard]] static std::unique_ptr<QSettings> Open(const QString &application);
+};
+
+[[nodiscard]] QString GetSetting(const QString &application, const QString &section, const QString &key,
+                                 const QString &defaultValue = QString());
+void SaveSetting(const QString &application, const QString &section, const QString &key,
+                 const QString &value);

@@ -1,0 +1,139 @@
+#include "HandleGuard.h"
+#include "LinkedSubscribeClient.h"
+#include "SocketLink.h"
+
+#include <QElapsedTimer>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QTest>
+
+
+using namespace quillon;
+
+// The real programs, started as a user would: the engine daemon and ConfigConsumer.
+class tst_Startup : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void initTestCase();
+    void cleanup();
+    void waitsForEngineThenShowsWindowAndEndsWithIt();
+
+private:
+    QProcessEnvironment Environment() const;
+    void StartEngine(QProcess &engine);
+    void StartProgram(QProcess &program);
+    static bool Printed(QProcess &process, const QByteArray &line);
+
+    QTemporaryDir m_dir;
+    QString m_binDir;
+    QString m_socketName;
+    QProcess m_engine;
+    QProcess m_program;
+};
+
+void tst_Startup::initTestCase()
+{
+    QVERIFY(m_dir.isValid());
+    m_binDir = qEnvironmentVariable("QUILLON_BIN_DIR");
+    QVERIFY2(!m_binDir.isEmpty(), "QUILLON_BIN_DIR is not set");
+    m_socketName = QStringLiteral("quillon-test-%1").arg(QCoreApplication::applicationPid());
+}
+
+void tst_Startup::cleanup()
+{
+    for (QProcess *process : {&m_program, &m_engine}) {
+        if (process->state() != QProcess::NotRunning) {
+            process->kill();
+            process->waitForFinished(3000);
+        }
+    }
+}
+
+QProcessEnvironment tst_Startup::Environment() const
+{
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    env.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
+    env.insert(QStringLiteral("QUILLON_ENGINE_SOCKET"), m_socketName);
+    env.insert(QStringLiteral("QUILLON_ENGINE_DATA"), m_dir.filePath(QStringLiteral("engine")));
+    env.insert(QStringLiteral("CONFIGCONSUMER_LOCK"), m_dir.filePath(QStringLiteral("configconsumer.lock")));
+    env.insert(QStringLiteral("CONFIGCONSUMER_REPORT_WINDOW"), QStringLiteral("1"));
+    env.insert(QStringLiteral("HOME"), m_dir.path());
+    env.insert(QStringLiteral("XDG_CONFIG_HOME"), m_dir.filePath(QStringLiteral("config")));
+    env.insert(QStringLiteral("XDG_DATA_HOME"), m_dir.filePath(QStringLiteral("data")));
+    return env;
+}
+
+void tst_Startup::StartEngine(QProcess &engine)
+{
+    engine.setProcessEnvironment(Environment());
+    engine.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    engine.start(m_binDir + QStringLiteral("/quillon-engine"), {});
+    QVERIFY(engine.waitForStarted(5000));
+    QTRY_VERIFY_WITH_TIMEOUT(Printed(engine, "listening"), 10000);
+}
+
+void tst_Startup::StartProgram(QProcess &program)
+{
+    program.setProcessEnvironment(Environment());
+    program.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    program.start(m_binDir + QStringLiteral("/configconsumer"), {});
+    QVERIFY(program.waitForStarted(5000));
+}
+
+bool tst_Startup::Printed(QProcess &process, const QByteArray &line)
+{
+    const QByteArray seen = process.property("seen").toByteArray() + process.readAllStandardOutput();
+    process.setProperty("seen", seen);
+    return seen.contains(line);
+}
+
+void tst_Startup::waitsForEngineThenShowsWindowAndEndsWithIt()
+{
+    // No engine: the program shows nothing and keeps waiting.
+    StartProgram(m_program);
+    QTest::qWait(3000);
+    QCOMPARE(m_program.state(), QProcess::Running);
+    QVERIFY(!Printed(m_program, "main window shown"));
+
+    // The engine comes: the window follows within about one tick.
+    StartEngine(m_engine);
+    QElapsedTimer sinceEngine;
+    sinceEngine.start();
+    QTRY_VERIFY_WITH_TIMEOUT(Printed(m_program, "main window shown"), 6000);
+    QVERIFY2(sinceEngine.elapsed() < 3500, qPrintable(QString::number(sinceEngine.elapsed())));
+
+    // A second copy ends at once, silently.
+    QProcess second;
+    StartProgram(second);
+    QVERIFY(second.waitForFinished(5000));
+    QCOMPARE(second.exitCode(), 0);
+    QVERIFY(!Printed(second, "main window shown"));
+
+    // Something stored, then the engine stops (SIGTERM): the program ends with it and nothing is lost.
+    {
+        auto client = LinkedSubscribeClient::create(SocketLink::open(m_socketName));
+        HandleGuard settings(*client, client->NewBag());
+        client->SetStringValue(settings.get(), QStringLiteral("Saved_Categories"), QStringLiteral("kept"));
+        client->SetSettings(QStringLiteral("CONFIGCONSUMER"), QString(), settings.get());
+    }
+    m_engine.terminate();
+    QVERIFY(m_engine.waitForFinished(10000));
+    QCOMPARE(m_engine.exitCode(), 0);
+    QVERIFY(m_program.waitForFinished(10000));
+
+    QProcess again;
+    StartEngine(again);
+    {
+        auto client = LinkedSubscribeClient::create(SocketLink::open(m_socketName));
+        HandleGuard keys(*client, client->NewBag());
+        client->SetStringValue(keys.get(), QStringLiteral("Saved_Categories"), QStringLiteral("-237237"));
+        HandleGuard stored(*client, client->GetSettings(QStringLiteral("CONFIGCONSUMER"), QString(), keys.get()));
+        QCOMPARE(client->GetStringValue(stored.get(), QStringLiteral("Saved_Categories")), QStringLiteral("kept"));
+    }
+    again.terminate();
+    QVERIFY(again.waitForFinished(10000));
+}
+
+QTEST_GUILESS_MAIN(tst_Startup)
+#include "tst_Startup.moc"

@@ -1,0 +1,98 @@
+#include "ConsumerSettings.h"
+#include "DialogTestEngine.h"
+#include "PromptSeam.h"
+#include "commonUtils.h"
+#include "frmEnclosureWarning.h"
+#include "localization.h"
+
+#include <QTest>
+
+using namespace DialogTestEngine;
+
+class tst_frmEnclosureWarning : public QObject
+{
+    Q_OBJECT
+
+private:
+    [[nodiscard]] QString Media(const QString &section, const QString &key)
+    {
+        return GetConsumerSetting(*m_client, key, quillon::kMissingText, QStringLiteral("MEDIACONSUMER"),
+                                  section);
+    }
+    // Answers every question with the given code and box state; counts the questions.
+    void AnswerWith(int code, bool applyToAll)
+    {
+        PromptSeam::SetHandler([this, code, applyToAll](Prompt &prompt) {
+            m_asked.append(prompt);
+            prompt.applyToAll = applyToAll;
+            return code;
+        });
+    }
+
+    std::unique_ptr<TestEngine> m_engine;
+    quillon::SubscribeClientPtr m_client;
+    QList<Prompt> m_asked;
+
+private Q_SLOTS:
+    void initTestCase() { LoadStrings(qEnvironmentVariable("QUILLON_SOURCE_DIR") + "/data/QuillonData"); }
+
+    void init()
+    {
+        m_engine = std::make_unique<TestEngine>();
+        QVERIFY(m_engine->isReady());
+        m_client = m_engine->newClient();
+        ConnectClient(*m_client);
+        m_asked.clear();
+    }
+
+    void cleanup()
+    {
+        PromptSeam::SetHandler({});
+        QCOMPARE(m_client->LiveHandleCount(), 0);
+        m_client.reset();
+        m_engine.reset();
+    }
+
+    void answerIsStoredPerSubscriptionAndGloballyOnlyWhenAsked()
+    {
+        const qint32 first = AddSubscription(*m_client, "Radio Hour", "http://127.0.0.1:1/radio.xml");
+        const qint32 second = AddSubscription(*m_client, "Talk Show", "http://127.0.0.1:1/talk.xml");
+        QVERIFY(first > 0 && second > 0);
+
+        AnswerWith(1, false);
+        QCOMPARE(frmEnclosureWarning::Run(*m_client, first), 1);
+        QCOMPARE(m_asked.size(), 1);
+        QVERIFY(m_asked[0].mainText.contains("Radio Hour"));
+        QVERIFY(!m_asked[0].mainText.contains("^1"));
+        QCOMPARE(Media(SubscriptionSpecificsSection(first), "EnableAutoDownload"), QString("1"));
+        QCOMPARE(Media(SubscriptionSpecificsSection(first), "PromptForAutoDownload"), QString("0"));
+        QCOMPARE(Media("Settings", "EnableAutoDownload"), quillon::kMissingText);
+        QCOMPARE(Media("Settings", "PromptForAutoDownload"), quillon::kMissingText);
+
+        AnswerWith(0, true);
+        QCOMPARE(frmEnclosureWarning::Run(*m_client, second), 0);
+        QCOMPARE(Media(SubscriptionSpecificsSection(second), "EnableAutoDownload"), QString("0"));
+        QCOMPARE(Media("Settings", "EnableAutoDownload"), QString("0"));
+        QCOMPARE(Media("Settings", "PromptForAutoDownload"), QString("0"));
+        // The first subscription keeps its own answer.
+        QCOMPARE(Media(SubscriptionSpecificsSection(first), "EnableAutoDownload"), QString("1"));
+
+        // Only Yes (1) means yes; a message-box Yes (6) from a handler does not.
+        AnswerWith(6, false);
+        QCOMPARE(frmEnclosureWarning::Run(*m_client, first), 0);
+        QCOMPARE(Media(SubscriptionSpecificsSection(first), "EnableAutoDownload"), QString("0"));
+    }
+
+    void unknownSubscriptionAsksNothingAndWritesNothing()
+    {
+        AnswerWith(1, true);
+        for (qint32 id : {0, -5, quillon::kMissing, 4242})
+            QCOMPARE(frmEnclosureWarning::Run(*m_client, id), 0);
+        QVERIFY(m_asked.isEmpty());
+        QCOMPARE(Media("Settings", "EnableAutoDownload"), quillon::kMissingText);
+        QCOMPARE(Media(SubscriptionSpecificsSection(4242), "EnableAutoDownload"), quillon::kMissingText);
+    }
+};
+
+QTEST_MAIN(tst_frmEnclosureWarning)
+#include "tst_frmEnclosureWarning.moc"

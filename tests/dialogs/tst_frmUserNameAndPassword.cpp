@@ -1,0 +1,107 @@
+#include "DialogTestEngine.h"
+#include "PromptSeam.h"
+#include "frmUserNameAndPassword.h"
+#include "localization.h"
+
+#include <QTest>
+
+using namespace DialogTestEngine;
+
+namespace {
+const QString kInvalidPrompt =
+    QStringLiteral("The username/password for subscription '%1' is invalid.  Please enter a new one.");
+}
+
+class tst_frmUserNameAndPassword : public QObject
+{
+    Q_OBJECT
+
+private:
+    // Answers the next questions with the code and the login typed; keeps what was asked.
+    void AnswerWith(int code, const QString &user, const QString &password)
+    {
+        PromptSeam::SetHandler([=, this](Prompt &prompt) {
+            m_asked.append(prompt);
+            prompt.userName = user;
+            prompt.password = password;
+            return code;
+        });
+    }
+    [[nodiscard]] QString Item(qint32 id, const QString &name) { return ItemText(*m_client, id, name); }
+
+    std::unique_ptr<TestEngine> m_engine;
+    quillon::SubscribeClientPtr m_client;
+    QList<Prompt> m_asked;
+
+private Q_SLOTS:
+    void initTestCase() { LoadStrings(qEnvironmentVariable("QUILLON_SOURCE_DIR") + "/data/QuillonData"); }
+
+    void init()
+    {
+        m_engine = std::make_unique<TestEngine>();
+        QVERIFY(m_engine->isReady());
+        m_client = m_engine->newClient();
+        ConnectClient(*m_client);
+        m_asked.clear();
+    }
+
+    void cleanup()
+    {
+        PromptSeam::SetHandler({});
+        QCOMPARE(m_client->LiveHandleCount(), 0);
+        m_client.reset();
+        m_engine.reset();
+    }
+
+    void credentialsAreSentOnlyOnOK()
+    {
+        const QString url = "http://127.0.0.1:1/private.xml";
+        const qint32 id = AddSubscription(*m_client, "Unknown", url);
+        QVERIFY(id > 0);
+
+        AnswerWith(0, "alice", "secret");
+        QVERIFY(!frmUserNameAndPassword::Run(*m_client, id));
+        QCOMPARE(m_asked.size(), 1);
+        QCOMPARE(m_asked[0].mainText, frmUserNameAndPassword::PromptFor(url, false));
+        QVERIFY(m_asked[0].mainText.contains(url));
+        QVERIFY(m_asked[0].userName.isEmpty());
+        QCOMPARE(Item(id, "USER"), quillon::kMissingText);
+
+        // OK without a user name is no login either.
+        AnswerWith(1, "  ", "secret");
+        QVERIFY(!frmUserNameAndPassword::Run(*m_client, id));
+        QCOMPARE(Item(id, "USER"), quillon::kMissingText);
+
+        AnswerWith(1, "alice", "secret");
+        QVERIFY(frmUserNameAndPassword::Run(*m_client, id));
+        QCOMPARE(Item(id, "USER"), QString("alice"));
+        QCOMPARE(Item(id, "PASSWORD"), QString("secret"));
+    }
+
+    void knownUserIsToldTheLoginFailed()
+    {
+        const qint32 id = AddSubscription(*m_client, "Members News", "http://127.0.0.1:1/members.xml");
+        AnswerWith(1, "alice", "old");
+        QVERIFY(frmUserNameAndPassword::Run(*m_client, id));
+        // The prompt a first-time login gets names the title, not the URL.
+        QVERIFY(m_asked[0].mainText.contains("Members News"));
+
+        AnswerWith(1, "alice", "new");
+        QVERIFY(frmUserNameAndPassword::Run(*m_client, id));
+        QCOMPARE(m_asked.size(), 2);
+        QCOMPARE(m_asked[1].mainText, kInvalidPrompt.arg("Members News"));
+        QCOMPARE(m_asked[1].userName, QString("alice"));
+        QCOMPARE(Item(id, "PASSWORD"), QString("new"));
+    }
+
+    void unknownSubscriptionAsksNothing()
+    {
+        AnswerWith(1, "alice", "secret");
+        QVERIFY(!frmUserNameAndPassword::Run(*m_client, 4242));
+        QVERIFY(!frmUserNameAndPassword::Run(*m_client, quillon::kMissing));
+        QVERIFY(m_asked.isEmpty());
+    }
+};
+
+QTEST_MAIN(tst_frmUserNameAndPassword)
+#include "tst_frmUserNameAndPassword.moc"

@@ -1,0 +1,159 @@
+#include "CBAddSub.h"
+#include "HandleGuard.h"
+#include "TestEngine.h"
+#include "callbackSupport.h"
+
+#include <QStringList>
+#include <QTest>
+
+using namespace quillon;
+
+// Stands in for the main window: offers the handlers the callbacks call by name.
+class FakeWindow : public QObject
+{
+    Q_OBJECT
+public:
+    Q_INVOKABLE void SetStatusText(const QString &text) { statusTexts.append(text); }
+    Q_INVOKABLE void EventSubscribeClientMessage(qint32) { ++forwarded; }
+    Q_INVOKABLE void DoDisplayRefresh() { ++refreshes; }
+
+    QStringList statusTexts;
+    int forwarded = 0;
+    int refreshes = 0;
+};
+
+class tst_callbackSupport : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void init();
+    void cleanup();
+    void threeAutoBoundAddsReportTwiceThenRefresh();
+    void answerWithoutResultOrIdOnlyForwards();
+    void addWithoutAutoBindKeepsCounterRaised();
+    void removingWithoutNameShowsBarePrefix();
+    void updateAllTouchesOnlyDeliveredSubscriptions();
+
+private:
+    std::unique_ptr<TestEngine> m_engine;
+    SubscribeClientPtr m_client;
+    FakeWindow m_window;
+};
+
+void tst_callbackSupport::init()
+{
+    m_engine = std::make_unique<TestEngine>();
+    QVERIFY(m_engine->isReady());
+    m_client = m_engine->newClient();
+    callbackSupport::PendingAddCount() = 0;
+    m_window.statusTexts.clear();
+    m_window.forwarded = m_window.refreshes = 0;
+}
+
+void tst_callbackSupport::cleanup()
+{
+    QCOMPARE(m_client->LiveHandleCount(), 0);
+    m_client.reset();
+    m_engine.reset();
+}
+
+void tst_callbackSupport::threeAutoBoundAddsReportTwiceThenRefresh()
+{
+    for (const char *title : {"One", "Two", "Three"})
+        callbackSupport::RequestAddSubscription(&m_window, m_client, QString::fromLatin1(title),
+                                                QStringLiteral("http://127.0.0.1/%1").arg(title), true, {}, {}, {});
+    QCOMPARE(m_window.statusTexts,
+             QStringList({"Requesting: One", "Requesting: Two", "Requesting: Three"}));
+    QCOMPARE(callbackSupport::PendingAddCount(), 3);
+    QTRY_COMPARE(m_window.forwarded, 3);
+    QCOMPARE(m_window.statusTexts.mid(3), QStringList({"Added: One", "Added: Two"}));
+    QCOMPARE(m_window.refreshes, 1);
+    QCOMPARE(callbackSupport::PendingAddCount(), 0);
+
+    // Each auto-bound add is delivered to the Outlook consumer, and stays so after the confirming bind.
+    HandleGuard delivered(*m_client, m_client->ListConsumerItems(QStringLiteral("OLCONSUMER"), QStringLiteral("NEWS")));
+    QCOMPARE(m_client->ListCount(delivered.get()), 3);
+}
+
+void tst_callbackSupport::answerWithoutResultOrIdOnlyForwards()
+{
+    callbackSupport::PendingAddCount() = 2;
+    for (qint32 id : {-1, 0, kMissing}) {
+        auto callback = std::make_shared<CBAddSub>();
+        callback->Setup(&m_window, m_client, true);
+        HandleGuard answer(*m_client, m_client->NewBag());
+        m_client->SetStringValue(answer.get(), QStringLiteral("MESSAGE"), QStringLiteral("SubscriptionAddResult"));
+        if (id != -1) {
+            HandleGuard result(*m_client, m_client->NewBag());
+            m_client->SetLongValue(result.get(), QStringLiteral("SUBSCRIPTIONID"), id);
+            m_client->SetHandleValue(answer.get(), QStringLiteral("Result"), result.get());
+        }
+        Handle handle = answer.get();
+        callback->ProcessMessage(handle);
+    }
+    QCOMPARE(m_window.forwarded, 3);
+    QVERIFY(m_window.statusTexts.isEmpty());
+    QCOMPARE(m_window.refreshes, 0);
+    QCOMPARE(callbackSupport::PendingAddCount(), 2);
+}
+
+void tst_callbackSupport::addWithoutAutoBindKeepsCounterRaised()
+{
+    callbackSupport::RequestAddSubscription(&m_window, m_client, {}, QStringLiteral("http://127.0.0.1/a"), false,
+                                            QStringLiteral("me"), QString(), QStringLiteral("News"));
+    QCOMPARE(m_window.statusTexts.first(), QStringLiteral("Requesting: http://127.0.0.1/a"));
+    QTRY_COMPARE(m_window.forwarded, 1);
+    QCOMPARE(callbackSupport::PendingAddCount(), 1);
+    QCOMPARE(m_window.refreshes, 0);
+
+    // Nothing was bound, and a user without a password was not sent.
+    HandleGuard delivered(*m_client, m_client->ListConsumerItems(QStringLiteral("OLCONSUMER"), QStringLiteral("NEWS")));
+    QCOMPARE(m_client->ListCount(delivered.get()), 0);
+    HandleGuard all(*m_client, m_client->ListConsumerItems(QStringLiteral("*"), QStringLiteral("NEWS")));
+    HandleGuard item(*m_client, m_client->GetItemBag(QStringLiteral("NEWS"), m_client->ListLong(all.get(), 0), 0));
+    QCOMPARE(m_client->GetStringValue(item.get(), QStringLiteral("USER")), kMissingText);
+    QCOMPARE(m_client->GetStringValue(item.get(), QStringLiteral("CATEGORY")), QStringLiteral("News"));
+
+    // A later auto-bound add reports instead of refreshing: the counter never came back to 0.
+    callbackSupport::RequestAddSubscription(&m_window, m_client, QStringLiteral("B"), QStringLiteral("http://127.0.0.1/b"),
+                                            true, {}, {}, {});
+    QTRY_COMPARE(m_window.forwarded, 2);
+    QCOMPARE(m_window.statusTexts.last(), QStringLiteral("Added: B"));
+    QCOMPARE(m_window.refreshes, 0);
+}
+
+void tst_callbackSupport::removingWithoutNameShowsBarePrefix()
+{
+    callbackSupport::RequestAddSubscription(&m_window, m_client, QStringLiteral("T"), QStringLiteral("http://x/"), true,
+                                            {}, {}, {});
+    QTRY_COMPARE(m_window.forwarded, 1);
+    HandleGuard all(*m_client, m_client->ListConsumerItems(QStringLiteral("*"), QStringLiteral("NEWS")));
+    const qint32 id = m_client->ListLong(all.get(), 0);
+    callbackSupport::RemoveSubscription(*m_client, id, QString(), &m_window);
+    QCOMPARE(m_window.statusTexts.last(), QStringLiteral("Removing: "));
+    HandleGuard after(*m_client, m_client->ListConsumerItems(QStringLiteral("*"), QStringLiteral("NEWS")));
+    QCOMPARE(m_client->ListCount(after.get()), 0);
+
+    // An engine that refuses raises in the caller.
+    QVERIFY_THROWS_EXCEPTION(EngineError, m_client->GetItemBag(QStringLiteral("NEWS"), 17, 0));
+}
+
+void tst_callbackSupport::updateAllTouchesOnlyDeliveredSubscriptions()
+{
+    callbackSupport::RequestAddSubscription(&m_window, m_client, QStringLiteral("A"), QStringLiteral("http://a/"), true,
+                                            {}, {}, {});
+    callbackSupport::RequestAddSubscription(&m_window, m_client, QStringLiteral("B"), QStringLiteral("http://b/"), false,
+                                            {}, {}, {});
+    QTRY_COMPARE(m_window.forwarded, 2);
+    callbackSupport::UpdateAllSubscriptions(*m_client);
+
+    HandleGuard all(*m_client, m_client->ListConsumerItems(QStringLiteral("*"), QStringLiteral("NEWS")));
+    for (qint32 i = 0; i < m_client->ListCount(all.get()); ++i) {
+        HandleGuard item(*m_client, m_client->GetItemBag(QStringLiteral("NEWS"), m_client->ListLong(all.get(), i), 0));
+        const bool due = m_client->GetStringValue(item.get(), QStringLiteral("NEXTUPDATETIME")) != kMissingText;
+        QCOMPARE(due, m_client->GetStringValue(item.get(), QStringLiteral("TITLE")) == QLatin1String("A"));
+    }
+}
+
+QTEST_MAIN(tst_callbackSupport)
+#include "tst_callbackSupport.moc"

@@ -1,0 +1,105 @@
+#include "CLog.h"
+#include "LocalSettings.h"
+
+#include <QDir>
+#include <QFile>
+#include <QStandardPaths>
+#include <QTemporaryDir>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+const QString kApp = u"Quillon"_s;
+
+QStringList logLines(const QString &path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return {};
+    QStringList lines = QString::fromUtf8(file.readAll()).split(u"\r\n"_s);
+    lines.removeLast(); // after the last line end
+    return lines;
+}
+} // namespace
+
+class tst_CLog : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void init();
+    void createsTheFileThenAppendsTabSeparatedLines();
+    void switchOffStopsAllButForcedLines();
+    void defaultPathIsInTheUserFolderWhichIsCreated();
+
+private:
+    std::unique_ptr<QTemporaryDir> m_dir;
+    QString m_logPath;
+};
+
+void tst_CLog::initTestCase()
+{
+    QStandardPaths::setTestModeEnabled(true);
+}
+
+void tst_CLog::init()
+{
+    m_dir = std::make_unique<QTemporaryDir>();
+    QVERIFY(m_dir->isValid());
+    LocalSettings::SetBaseFolder(m_dir->path());
+    m_logPath = m_dir->filePath(u"log.txt"_s);
+    SaveSetting(kApp, kApp, u"LogFilePathName"_s, m_logPath);
+}
+
+void tst_CLog::createsTheFileThenAppendsTabSeparatedLines()
+{
+    QVERIFY(!QFile::exists(m_logPath));
+    CLog::SaveMessage(u"one"_s, u"two"_s, u"three"_s);
+    CLog::SaveMessage(u"second"_s);
+    const QStringList lines = logLines(m_logPath);
+    QCOMPARE(lines.size(), 2);
+    const QStringList fields = lines.first().split(QLatin1Char('\t'));
+    QCOMPARE(fields.size(), 4);
+    QVERIFY(!fields.at(0).isEmpty());
+    QCOMPARE(fields.mid(1), QStringList({"one", "two", "three"}));
+    QCOMPARE(lines.at(1).split(QLatin1Char('\t')).mid(1), QStringList({"second", "", ""}));
+}
+
+void tst_CLog::switchOffStopsAllButForcedLines()
+{
+    SaveSetting(kApp, kApp, u"LogFileWanted"_s, u"0"_s);
+    CLog::SaveMessage(u"dropped"_s);
+    QVERIFY(!QFile::exists(m_logPath));
+    CLog::SaveMessage(u"forced"_s, QString(), QString(), true);
+    QCOMPARE(logLines(m_logPath).size(), 1);
+    SaveSetting(kApp, kApp, u"LogFileWanted"_s, u"1"_s);
+    CLog::SaveMessage(u"wanted"_s);
+    QCOMPARE(logLines(m_logPath).size(), 2);
+}
+
+void tst_CLog::defaultPathIsInTheUserFolderWhichIsCreated()
+{
+    LocalSettings::Delete(kApp, kApp, u"LogFilePathName"_s);
+    // Runs last: the environment is this process's own.
+    const QString folder = QDir::toNativeSeparators(m_dir->path());
+    const QString tail = QDir::toNativeSeparators(u"/Marrowby Software/Quill On/QuillonLog.txt"_s);
+    qputenv("HOMEDRIVE", folder.left(2).toLocal8Bit());
+    qputenv("HOMEPATH", folder.mid(2).toLocal8Bit());
+    QCOMPARE(CLog::LogFilePath(), folder + tail);
+    CLog::SaveMessage(u"drive and path"_s);
+    QVERIFY(QFile::exists(folder + tail));
+
+#ifndef Q_OS_WIN
+    const QString home = m_dir->filePath(u"home"_s);
+    qunsetenv("HOMEDRIVE");
+    qunsetenv("HOMEPATH");
+    qputenv("HOME", QFile::encodeName(home));
+    CLog::SaveMessage(u"home folder"_s);
+    QVERIFY(QFile::exists(home + tail));
+#endif
+}
+
+QTEST_GUILESS_MAIN(tst_CLog)
+#include "tst_CLog.moc"
