@@ -71,10 +71,22 @@ frmMainWindow *MainWindow()
     return state().mainWindow;
 }
 
-bool RetryConnect() { return state().retryConnect; }
-int TickTimerId() { return state().tickTimerId; }
-void SetMainWindowShownHook(std::function<void(QWidget *)> hook) { state().shownHook = std::move(hook); }
-qint32 &SkippedOutlineCount() { return state().skippedOutlines; }
+bool RetryConnect()
+{
+    return state().retryConnect;
+}
+int TickTimerId()
+{
+    return state().tickTimerId;
+}
+void SetMainWindowShownHook(std::function<void(QWidget *)> hook)
+{
+    state().shownHook = std::move(hook);
+}
+qint32 &SkippedOutlineCount()
+{
+    return state().skippedOutlines;
+}
 
 void Main()
 {
@@ -99,7 +111,8 @@ bool ConnectToEngine(const QString &consumerId)
     try {
         if (ClientAccess::GetEngineClient())
             return false;
-        ClientAccess::SetEngineClient(quillon::SubscribeClientFactory::Create(quillon::SubscribeClientFactory::kProgId));
+        ClientAccess::SetEngineClient(
+            quillon::SubscribeClientFactory::Create(quillon::SubscribeClientFactory::kProgId));
         const quillon::SubscribeClientPtr client = ClientAccess::GetEngineClient();
         if (!client)
             return true;

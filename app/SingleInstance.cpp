@@ -35,4 +35,7 @@ bool SingleInstance::AnotherInstanceRunning()
     return false;
 }
 
-void SingleInstance::Release() { lock().reset(); }
+void SingleInstance::Release()
+{
+    lock().reset();
+}

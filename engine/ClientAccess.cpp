@@ -15,11 +15,18 @@ quillon::SubscribeClientPtr &engineClient()
 }
 } // namespace
 
-quillon::SubscribeClientPtr GetEngineClient() { return engineClient(); }
+quillon::SubscribeClientPtr GetEngineClient()
+{
+    return engineClient();
+}
 
-void SetEngineClient(quillon::SubscribeClientPtr client) { engineClient() = std::move(client); }
+void SetEngineClient(quillon::SubscribeClientPtr client)
+{
+    engineClient() = std::move(client);
+}
 
-quillon::Handle LoadBagFromSettings(quillon::SubscribeClient &client, quillon::Handle bag, const QString &section)
+quillon::Handle LoadBagFromSettings(quillon::SubscribeClient &client, quillon::Handle bag,
+                                    const QString &section)
 {
     HandleGuard names(client, client.ListNames(bag));
     HandleGuard result(client, client.NewBag());

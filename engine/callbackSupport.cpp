@@ -21,9 +21,9 @@ void SetTargetStatusText(QObject *target, const QString &text)
         QMetaObject::invokeMethod(target, "SetStatusText", Qt::DirectConnection, Q_ARG(QString, text));
 }
 
-qint32 RequestAddSubscription(QObject *target, const quillon::SubscribeClientPtr &client, const QString &title,
-                              const QString &url, bool autoBind, const QString &user, const QString &password,
-                              const QString &category)
+qint32 RequestAddSubscription(QObject *target, const quillon::SubscribeClientPtr &client,
+                              const QString &title, const QString &url, bool autoBind, const QString &user,
+                              const QString &password, const QString &category)
 {
     SetTargetStatusText(target, QStringLiteral("Requesting: ") + (title.isEmpty() ? url : title));
     HandleGuard request(*client, client->CreateItemRequest(QStringLiteral("NEWS"), title, url));
@@ -52,8 +52,9 @@ void RemoveSubscription(quillon::SubscribeClient &client, qint32 subscriptionId,
                         QObject *statusTarget)
 {
     // The fallback name is formed but the status line shows the name as given, even empty.
-    const QString name =
-        displayName.isEmpty() ? QStringLiteral("Subscription #") + QString::number(subscriptionId) : displayName;
+    const QString name = displayName.isEmpty()
+                             ? QStringLiteral("Subscription #") + QString::number(subscriptionId)
+                             : displayName;
     Q_UNUSED(name);
     SetTargetStatusText(statusTarget, QStringLiteral("Removing: ") + displayName);
     client.RemoveItem(QStringLiteral("NEWS"), subscriptionId, 1);

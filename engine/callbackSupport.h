@@ -13,9 +13,9 @@ namespace callbackSupport {
 // Add requests submitted and not answered yet (see CBAddSub for its deliberate asymmetry).
 qint32 &PendingAddCount();
 
-qint32 RequestAddSubscription(QObject *target, const quillon::SubscribeClientPtr &client, const QString &title,
-                              const QString &url, bool autoBind, const QString &user, const QString &password,
-                              const QString &category);
+qint32 RequestAddSubscription(QObject *target, const quillon::SubscribeClientPtr &client,
+                              const QString &title, const QString &url, bool autoBind, const QString &user,
+                              const QString &password, const QString &category);
 void RemoveSubscription(quillon::SubscribeClient &client, qint32 subscriptionId, const QString &displayName,
                         QObject *statusTarget);
 void UpdateAllSubscriptions(quillon::SubscribeClient &client);

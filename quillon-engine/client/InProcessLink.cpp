@@ -39,6 +39,9 @@ PropertyValue InProcessLink::call(const QString &operation, const QList<Property
     return deepCopy(m_core->call(m_session, operation, copies));
 }
 
-void InProcessLink::setMessageSink(MessageSink sink) { *m_sink = std::move(sink); }
+void InProcessLink::setMessageSink(MessageSink sink)
+{
+    *m_sink = std::move(sink);
+}
 
 } // namespace quillon

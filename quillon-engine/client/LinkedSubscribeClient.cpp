@@ -7,7 +7,26 @@ Q_LOGGING_CATEGORY(lcClient, "quillon.client")
 namespace quillon {
 
 namespace {
-QList<PropertyValue> args(std::initializer_list<PropertyValue> values) { return QList<PropertyValue>(values); }
+bool reaches(const PropertyValue &value, const PropertyBag *target)
+{
+    if (const auto *bag = std::get_if<BagPtr>(&value)) {
+        if (bag->get() == target)
+            return true;
+        for (const auto &entry : (*bag)->entries())
+            if (reaches(entry.second, target))
+                return true;
+    } else if (const auto *list = std::get_if<ListPtr>(&value)) {
+        for (const auto &item : (*list)->items())
+            if (reaches(item, target))
+                return true;
+    }
+    return false;
+}
+
+QList<PropertyValue> args(std::initializer_list<PropertyValue> values)
+{
+    return QList<PropertyValue>(values);
+}
 } // namespace
 
 std::shared_ptr<LinkedSubscribeClient> LinkedSubscribeClient::create(std::unique_ptr<EngineLink> link)
@@ -92,20 +111,24 @@ void LinkedSubscribeClient::Connect(const QString &consumerId, CallbackPtr callb
     m_connectionCallbackId = id;
 }
 
-void LinkedSubscribeClient::ReleaseHandle(Handle handle) { m_handles.release(handle); }
+void LinkedSubscribeClient::ReleaseHandle(Handle handle)
+{
+    m_handles.release(handle);
+}
 
 void LinkedSubscribeClient::RemoveItem(const QString &itemClass, qint32 subscriptionId, qint32 flag)
 {
     call(QStringLiteral("RemoveItem"), args({itemClass, subscriptionId, flag}));
 }
 
-void LinkedSubscribeClient::BindItem(const QString &consumerId, const QString &itemClass, qint32 subscriptionId,
-                                     qint32 flag)
+void LinkedSubscribeClient::BindItem(const QString &consumerId, const QString &itemClass,
+                                     qint32 subscriptionId, qint32 flag)
 {
     call(QStringLiteral("BindItem"), args({consumerId, itemClass, subscriptionId, flag}));
 }
 
-Handle LinkedSubscribeClient::CreateItemRequest(const QString &itemClass, const QString &title, const QString &url)
+Handle LinkedSubscribeClient::CreateItemRequest(const QString &itemClass, const QString &title,
+                                                const QString &url)
 {
     return handleFor(call(QStringLiteral("CreateItemRequest"), args({itemClass, title, url})));
 }
@@ -120,11 +143,19 @@ Handle LinkedSubscribeClient::GetItemBag(const QString &itemClass, qint32 subscr
     return handleFor(call(QStringLiteral("GetItemBag"), args({itemClass, subscriptionId, reserved})));
 }
 
-Handle LinkedSubscribeClient::NewBag() { return m_handles.addBag(PropertyBag::create()); }
+Handle LinkedSubscribeClient::NewBag()
+{
+    return m_handles.addBag(PropertyBag::create());
+}
 
 void LinkedSubscribeClient::SetHandleValue(Handle bag, const QString &name, Handle value)
 {
-    m_handles.bag(bag)->set(name, m_handles.value(value));
+    const BagPtr target = m_handles.bag(bag);
+    const PropertyValue stored = m_handles.value(value);
+    // A bag inside itself could never be copied, sent or freed.
+    if (reaches(stored, target.get()))
+        throw EngineError(QStringLiteral("A bag cannot hold itself"));
+    target->set(name, stored);
 }
 
 void LinkedSubscribeClient::SetStringValue(Handle bag, const QString &name, const QString &value)
@@ -161,21 +192,34 @@ Handle LinkedSubscribeClient::ListNames(Handle bag)
     return m_handles.addList(names);
 }
 
-qint32 LinkedSubscribeClient::ListCount(Handle list) { return m_handles.list(list)->size(); }
+qint32 LinkedSubscribeClient::ListCount(Handle list)
+{
+    return m_handles.list(list)->size();
+}
 
 const PropertyValue &LinkedSubscribeClient::listEntry(Handle list, qint32 index) const
 {
     const ListPtr entries = m_handles.list(list);
     if (index < 0 || index >= entries->size())
-        throw EngineError(QStringLiteral("List index %1 out of range (count %2)").arg(index).arg(entries->size()));
+        throw EngineError(
+            QStringLiteral("List index %1 out of range (count %2)").arg(index).arg(entries->size()));
     return entries->at(index);
 }
 
-Handle LinkedSubscribeClient::ListHandle(Handle list, qint32 index) { return handleFor(listEntry(list, index)); }
+Handle LinkedSubscribeClient::ListHandle(Handle list, qint32 index)
+{
+    return handleFor(listEntry(list, index));
+}
 
-qint32 LinkedSubscribeClient::ListLong(Handle list, qint32 index) { return valueLong(listEntry(list, index)); }
+qint32 LinkedSubscribeClient::ListLong(Handle list, qint32 index)
+{
+    return valueLong(listEntry(list, index));
+}
 
-QString LinkedSubscribeClient::ListString(Handle list, qint32 index) { return valueText(listEntry(list, index)); }
+QString LinkedSubscribeClient::ListString(Handle list, qint32 index)
+{
+    return valueText(listEntry(list, index));
+}
 
 Handle LinkedSubscribeClient::ListReaderSubscriptions(const QString &readerName)
 {
@@ -187,7 +231,8 @@ void LinkedSubscribeClient::UpdateItem(const QString &itemClass, qint32 subscrip
     call(QStringLiteral("UpdateItem"), args({itemClass, subscriptionId, m_handles.bag(bag)}));
 }
 
-QString LinkedSubscribeClient::RequestPreview(const QString &itemClass, const QString &url, CallbackPtr callback)
+QString LinkedSubscribeClient::RequestPreview(const QString &itemClass, const QString &url,
+                                              CallbackPtr callback)
 {
     const qint32 id = registerCallback(std::move(callback));
     try {
@@ -213,9 +258,15 @@ void LinkedSubscribeClient::Log(const QString &text, qint32 level)
     call(QStringLiteral("Log"), args({text, level}));
 }
 
-Handle LinkedSubscribeClient::NewList() { return m_handles.addList(PropertyList::create()); }
+Handle LinkedSubscribeClient::NewList()
+{
+    return m_handles.addList(PropertyList::create());
+}
 
-void LinkedSubscribeClient::ListAppend(Handle list, const QString &value) { m_handles.list(list)->append(value); }
+void LinkedSubscribeClient::ListAppend(Handle list, const QString &value)
+{
+    m_handles.list(list)->append(value);
+}
 
 qint32 LinkedSubscribeClient::SubmitRequest(Handle bag, CallbackPtr callback)
 {
@@ -235,9 +286,15 @@ void LinkedSubscribeClient::SetSyncSettings(qint32 enabled, const QString &serve
     call(QStringLiteral("SetSyncSettings"), args({enabled, server, user, password, frequencySeconds}));
 }
 
-Handle LinkedSubscribeClient::GetSyncSettings() { return handleFor(call(QStringLiteral("GetSyncSettings"), {})); }
+Handle LinkedSubscribeClient::GetSyncSettings()
+{
+    return handleFor(call(QStringLiteral("GetSyncSettings"), {}));
+}
 
-void LinkedSubscribeClient::SyncNow() { call(QStringLiteral("SyncNow"), {}); }
+void LinkedSubscribeClient::SyncNow()
+{
+    call(QStringLiteral("SyncNow"), {});
+}
 
 QString LinkedSubscribeClient::BagToText(Handle bag)
 {

@@ -23,6 +23,9 @@ SubscribeClientPtr SubscribeClientFactory::Create(const QString &progId)
     return LinkedSubscribeClient::create(SocketLink::open(EngineSocketName()));
 }
 
-void SubscribeClientFactory::SetCreator(Creator newCreator) { creator() = std::move(newCreator); }
+void SubscribeClientFactory::SetCreator(Creator newCreator)
+{
+    creator() = std::move(newCreator);
+}
 
 } // namespace quillon

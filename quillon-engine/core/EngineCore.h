@@ -3,9 +3,11 @@
 #include "EngineError.h"
 #include "PropertyBag.h"
 
+#include <QDateTime>
 #include <QList>
 #include <QObject>
 #include <QString>
+#include <QStringList>
 
 #include <functional>
 #include <memory>
@@ -13,6 +15,7 @@
 namespace quillon {
 
 class EngineCorePrivate;
+class FeedFetcher;
 
 // The engine itself: subscriptions, bindings, settings, log and the consumers connected to it,
 // kept in SQLite below a data folder. Transports open one session per client and run the
@@ -43,6 +46,28 @@ public:
 
     // Tells every connected consumer "EngineTerminated"; the core stays usable.
     void announceTermination();
+
+    // The consumer ID of every connected session, in the order they were opened.
+    [[nodiscard]] QStringList connectedConsumers() const;
+
+    // Where "quillon-data:" addresses and the shipped search sources are found; by default
+    // the folder "QuillonData" beside the program.
+    void setQuillonDataFolder(const QString &folder);
+    [[nodiscard]] QString quillonDataFolder() const;
+    // Replaces the fetcher, before anything is fetched (tests).
+    void setFeedFetcher(std::unique_ptr<FeedFetcher> fetcher);
+    // Replaces the clock that schedules and dates everything (tests).
+    void setClock(std::function<QDateTime()> clock);
+
+    // From now on every subscription is fetched when it is due. Until then the engine fetches
+    // only what a request asks for, so an embedded core stays quiet.
+    void startUpdating();
+    // Fetches every subscription due by the clock now, started or not.
+    void runDueUpdates();
+
+Q_SIGNALS:
+    // A subscription's update ended, with the status it left in LASTUPDATESTATUS.
+    void subscriptionUpdated(qint32 subscriptionId, const QString &status);
 
 private:
     std::unique_ptr<EngineCorePrivate> d;

@@ -101,7 +101,8 @@ void tst_MainModule::connectingTwiceRegistersOneCallback()
 
 void tst_MainModule::unreachableEngineAsksForRetry()
 {
-    SubscribeClientFactory::SetCreator([]() -> SubscribeClientPtr { throw EngineError(QStringLiteral("nobody home")); });
+    SubscribeClientFactory::SetCreator(
+        []() -> SubscribeClientPtr { throw EngineError(QStringLiteral("nobody home")); });
     QCOMPARE(MainModule::ConnectToEngine(QStringLiteral("CONFIGCONSUMER")), true);
     QVERIFY(!ClientAccess::GetEngineClient());
 }
@@ -111,7 +112,8 @@ QStringList tst_MainModule::AddedUrls()
     QStringList urls;
     HandleGuard all(*m_linked, m_linked->ListConsumerItems(QStringLiteral("*"), QStringLiteral("NEWS")));
     for (qint32 i = 0; i < m_linked->ListCount(all.get()); ++i) {
-        HandleGuard item(*m_linked, m_linked->GetItemBag(QStringLiteral("NEWS"), m_linked->ListLong(all.get(), i), 0));
+        HandleGuard item(*m_linked,
+                         m_linked->GetItemBag(QStringLiteral("NEWS"), m_linked->ListLong(all.get(), i), 0));
         urls.append(m_linked->GetStringValue(item.get(), QStringLiteral("URL")));
     }
     urls.sort();

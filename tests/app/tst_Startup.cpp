@@ -7,7 +7,6 @@
 #include <QTemporaryDir>
 #include <QTest>
 
-
 using namespace quillon;
 
 // The real programs, started as a user would: the engine daemon and ConfigConsumer.
@@ -128,8 +127,10 @@ void tst_Startup::waitsForEngineThenShowsWindowAndEndsWithIt()
         auto client = LinkedSubscribeClient::create(SocketLink::open(m_socketName));
         HandleGuard keys(*client, client->NewBag());
         client->SetStringValue(keys.get(), QStringLiteral("Saved_Categories"), QStringLiteral("-237237"));
-        HandleGuard stored(*client, client->GetSettings(QStringLiteral("CONFIGCONSUMER"), QString(), keys.get()));
-        QCOMPARE(client->GetStringValue(stored.get(), QStringLiteral("Saved_Categories")), QStringLiteral("kept"));
+        HandleGuard stored(*client,
+                           client->GetSettings(QStringLiteral("CONFIGCONSUMER"), QString(), keys.get()));
+        QCOMPARE(client->GetStringValue(stored.get(), QStringLiteral("Saved_Categories")),
+                 QStringLiteral("kept"));
     }
     again.terminate();
     QVERIFY(again.waitForFinished(10000));

@@ -61,9 +61,9 @@ void tst_callbackSupport::threeAutoBoundAddsReportTwiceThenRefresh()
 {
     for (const char *title : {"One", "Two", "Three"})
         callbackSupport::RequestAddSubscription(&m_window, m_client, QString::fromLatin1(title),
-                                                QStringLiteral("http://127.0.0.1/%1").arg(title), true, {}, {}, {});
-    QCOMPARE(m_window.statusTexts,
-             QStringList({"Requesting: One", "Requesting: Two", "Requesting: Three"}));
+                                                QStringLiteral("http://127.0.0.1/%1").arg(title), true, {},
+                                                {}, {});
+    QCOMPARE(m_window.statusTexts, QStringList({"Requesting: One", "Requesting: Two", "Requesting: Three"}));
     QCOMPARE(callbackSupport::PendingAddCount(), 3);
     QTRY_COMPARE(m_window.forwarded, 3);
     QCOMPARE(m_window.statusTexts.mid(3), QStringList({"Added: One", "Added: Two"}));
@@ -71,7 +71,8 @@ void tst_callbackSupport::threeAutoBoundAddsReportTwiceThenRefresh()
     QCOMPARE(callbackSupport::PendingAddCount(), 0);
 
     // Each auto-bound add is delivered to the Outlook consumer, and stays so after the confirming bind.
-    HandleGuard delivered(*m_client, m_client->ListConsumerItems(QStringLiteral("OLCONSUMER"), QStringLiteral("NEWS")));
+    HandleGuard delivered(*m_client,
+                          m_client->ListConsumerItems(QStringLiteral("OLCONSUMER"), QStringLiteral("NEWS")));
     QCOMPARE(m_client->ListCount(delivered.get()), 3);
 }
 
@@ -82,7 +83,8 @@ void tst_callbackSupport::answerWithoutResultOrIdOnlyForwards()
         auto callback = std::make_shared<CBAddSub>();
         callback->Setup(&m_window, m_client, true);
         HandleGuard answer(*m_client, m_client->NewBag());
-        m_client->SetStringValue(answer.get(), QStringLiteral("MESSAGE"), QStringLiteral("SubscriptionAddResult"));
+        m_client->SetStringValue(answer.get(), QStringLiteral("MESSAGE"),
+                                 QStringLiteral("SubscriptionAddResult"));
         if (id != -1) {
             HandleGuard result(*m_client, m_client->NewBag());
             m_client->SetLongValue(result.get(), QStringLiteral("SUBSCRIPTIONID"), id);
@@ -99,24 +101,26 @@ void tst_callbackSupport::answerWithoutResultOrIdOnlyForwards()
 
 void tst_callbackSupport::addWithoutAutoBindKeepsCounterRaised()
 {
-    callbackSupport::RequestAddSubscription(&m_window, m_client, {}, QStringLiteral("http://127.0.0.1/a"), false,
-                                            QStringLiteral("me"), QString(), QStringLiteral("News"));
+    callbackSupport::RequestAddSubscription(&m_window, m_client, {}, QStringLiteral("http://127.0.0.1/a"),
+                                            false, QStringLiteral("me"), QString(), QStringLiteral("News"));
     QCOMPARE(m_window.statusTexts.first(), QStringLiteral("Requesting: http://127.0.0.1/a"));
     QTRY_COMPARE(m_window.forwarded, 1);
     QCOMPARE(callbackSupport::PendingAddCount(), 1);
     QCOMPARE(m_window.refreshes, 0);
 
     // Nothing was bound, and a user without a password was not sent.
-    HandleGuard delivered(*m_client, m_client->ListConsumerItems(QStringLiteral("OLCONSUMER"), QStringLiteral("NEWS")));
+    HandleGuard delivered(*m_client,
+                          m_client->ListConsumerItems(QStringLiteral("OLCONSUMER"), QStringLiteral("NEWS")));
     QCOMPARE(m_client->ListCount(delivered.get()), 0);
     HandleGuard all(*m_client, m_client->ListConsumerItems(QStringLiteral("*"), QStringLiteral("NEWS")));
-    HandleGuard item(*m_client, m_client->GetItemBag(QStringLiteral("NEWS"), m_client->ListLong(all.get(), 0), 0));
+    HandleGuard item(*m_client,
+                     m_client->GetItemBag(QStringLiteral("NEWS"), m_client->ListLong(all.get(), 0), 0));
     QCOMPARE(m_client->GetStringValue(item.get(), QStringLiteral("USER")), kMissingText);
     QCOMPARE(m_client->GetStringValue(item.get(), QStringLiteral("CATEGORY")), QStringLiteral("News"));
 
     // A later auto-bound add reports instead of refreshing: the counter never came back to 0.
-    callbackSupport::RequestAddSubscription(&m_window, m_client, QStringLiteral("B"), QStringLiteral("http://127.0.0.1/b"),
-                                            true, {}, {}, {});
+    callbackSupport::RequestAddSubscription(&m_window, m_client, QStringLiteral("B"),
+                                            QStringLiteral("http://127.0.0.1/b"), true, {}, {}, {});
     QTRY_COMPARE(m_window.forwarded, 2);
     QCOMPARE(m_window.statusTexts.last(), QStringLiteral("Added: B"));
     QCOMPARE(m_window.refreshes, 0);
@@ -124,8 +128,8 @@ void tst_callbackSupport::addWithoutAutoBindKeepsCounterRaised()
 
 void tst_callbackSupport::removingWithoutNameShowsBarePrefix()
 {
-    callbackSupport::RequestAddSubscription(&m_window, m_client, QStringLiteral("T"), QStringLiteral("http://x/"), true,
-                                            {}, {}, {});
+    callbackSupport::RequestAddSubscription(&m_window, m_client, QStringLiteral("T"),
+                                            QStringLiteral("http://x/"), true, {}, {}, {});
     QTRY_COMPARE(m_window.forwarded, 1);
     HandleGuard all(*m_client, m_client->ListConsumerItems(QStringLiteral("*"), QStringLiteral("NEWS")));
     const qint32 id = m_client->ListLong(all.get(), 0);
@@ -140,17 +144,19 @@ void tst_callbackSupport::removingWithoutNameShowsBarePrefix()
 
 void tst_callbackSupport::updateAllTouchesOnlyDeliveredSubscriptions()
 {
-    callbackSupport::RequestAddSubscription(&m_window, m_client, QStringLiteral("A"), QStringLiteral("http://a/"), true,
-                                            {}, {}, {});
-    callbackSupport::RequestAddSubscription(&m_window, m_client, QStringLiteral("B"), QStringLiteral("http://b/"), false,
-                                            {}, {}, {});
+    callbackSupport::RequestAddSubscription(&m_window, m_client, QStringLiteral("A"),
+                                            QStringLiteral("http://a/"), true, {}, {}, {});
+    callbackSupport::RequestAddSubscription(&m_window, m_client, QStringLiteral("B"),
+                                            QStringLiteral("http://b/"), false, {}, {}, {});
     QTRY_COMPARE(m_window.forwarded, 2);
     callbackSupport::UpdateAllSubscriptions(*m_client);
 
     HandleGuard all(*m_client, m_client->ListConsumerItems(QStringLiteral("*"), QStringLiteral("NEWS")));
     for (qint32 i = 0; i < m_client->ListCount(all.get()); ++i) {
-        HandleGuard item(*m_client, m_client->GetItemBag(QStringLiteral("NEWS"), m_client->ListLong(all.get(), i), 0));
-        const bool due = m_client->GetStringValue(item.get(), QStringLiteral("NEXTUPDATETIME")) != kMissingText;
+        HandleGuard item(*m_client,
+                         m_client->GetItemBag(QStringLiteral("NEWS"), m_client->ListLong(all.get(), i), 0));
+        const bool due =
+            m_client->GetStringValue(item.get(), QStringLiteral("NEXTUPDATETIME")) != kMissingText;
         QCOMPARE(due, m_client->GetStringValue(item.get(), QStringLiteral("TITLE")) == QLatin1String("A"));
     }
 }

@@ -1,0 +1,55 @@
+#pragma once
+
+#include "PropertyBag.h"
+
+#include <QByteArray>
+#include <QCborMap>
+#include <QCborValue>
+#include <QList>
+
+namespace quillon {
+
+// A client's request as it travels to the engine.
+struct WireRequest
+{
+    qint64 id = 0;
+    QString operation;
+    QList<PropertyValue> args;
+};
+
+// Values and frames on the engine's local socket (docs/PROTOCOL.md, "Wire format").
+// Every decoding function throws EngineError on input it cannot trust.
+namespace WireCodec {
+
+inline constexpr qsizetype kMaxFrameBytes = 64 * 1024 * 1024;
+inline constexpr qsizetype kHeaderBytes = 4;
+// Deep enough for any real bag; shallow enough that a bag stored inside itself fails cleanly.
+inline constexpr int kMaxDepth = 64;
+
+[[nodiscard]] QCborValue encode(const PropertyValue &value);
+[[nodiscard]] PropertyValue decode(const QCborValue &value);
+
+// A 4-byte big-endian payload length followed by the CBOR payload.
+[[nodiscard]] QByteArray frame(const QCborMap &message);
+// The payload of one frame: exactly one CBOR map.
+[[nodiscard]] QCborMap parsePayload(const QByteArray &payload);
+
+[[nodiscard]] QCborMap request(qint64 id, const QString &operation, const QList<PropertyValue> &args);
+[[nodiscard]] WireRequest readRequest(const QCborMap &frame);
+[[nodiscard]] QCborMap reply(qint64 id, const PropertyValue &result);
+[[nodiscard]] QCborMap errorReply(qint64 id, const QString &message);
+[[nodiscard]] QCborMap message(qint32 callbackId, const BagPtr &bag);
+
+// Keys of the frames.
+inline const QString kId = QStringLiteral("id");
+inline const QString kOperation = QStringLiteral("op");
+inline const QString kArgs = QStringLiteral("args");
+inline const QString kReplyTo = QStringLiteral("re");
+inline const QString kResult = QStringLiteral("ok");
+inline const QString kError = QStringLiteral("error");
+inline const QString kMessage = QStringLiteral("msg");
+inline const QString kBag = QStringLiteral("bag");
+
+} // namespace WireCodec
+
+} // namespace quillon

@@ -1,0 +1,137 @@
+#include "ArticleStore.h"
+
+#include "EngineDatabase.h"
+#include "ItemBags.h"
+#include "SubscriptionFields.h"
+
+#include <QHash>
+#include <QJsonArray>
+#include <QJsonDocument>
+
+namespace quillon {
+
+namespace {
+QVariant dateOrNull(const QDateTime &time)
+{
+    return time.isValid() ? QVariant(SubscriptionFields::isoDate(time)) : QVariant();
+}
+
+QDateTime dateOf(const QVariant &column)
+{
+    return column.isNull() ? QDateTime() : QDateTime::fromString(column.toString(), Qt::ISODate);
+}
+} // namespace
+
+ArticleStore::Stored ArticleStore::store(qint32 subscriptionId, const ParsedFeed &feed, bool complete,
+                                         const QDateTime &now)
+{
+    Stored stored;
+    const QString fetchedAt = SubscriptionFields::isoDate(now);
+    QStringList keys;
+    keys.reserve(feed.items.size());
+    for (const ParsedItem &item : feed.items) {
+        const Article article = Article::fromParsed(item);
+        keys.append(article.key);
+        if (const qint64 articleId = insert(subscriptionId, article, fetchedAt)) {
+            ++stored.added;
+            stored.newEnclosures += insertEnclosures(articleId, article.enclosures);
+        }
+    }
+    if (complete)
+        forgetPurgedKeysNotIn(subscriptionId, keys);
+    return stored;
+}
+
+qint64 ArticleStore::insert(qint32 subscriptionId, const Article &article, const QString &fetchedAt)
+{
+    const auto id = m_db.insertIfNew(
+        QStringLiteral("INSERT INTO articles (subscription_id, guid, title, link, author, body, published,"
+                       " updated, fetched_at)"
+                       " SELECT ?, ?, ?, ?, ?, ?, ?, ?, ? WHERE NOT EXISTS (SELECT 1 FROM purged_articles"
+                       "  WHERE subscription_id = ? AND guid = ?)"
+                       " ON CONFLICT (subscription_id, guid) DO NOTHING"),
+        {subscriptionId, article.key, article.subject, article.url, article.author, article.body,
+         dateOrNull(article.published), dateOrNull(article.updated), fetchedAt, subscriptionId, article.key},
+        "storing an article");
+    return id.value_or(0);
+}
+
+int ArticleStore::insertEnclosures(qint64 articleId, const QList<ParsedEnclosure> &enclosures)
+{
+    int position = 0;
+    for (const ParsedEnclosure &enclosure : enclosures) {
+        if (enclosure.url.trimmed().isEmpty())
+            continue;
+        m_db.execute(QStringLiteral("INSERT INTO article_enclosures (article_id, position, url, type, length)"
+                                    " VALUES (?, ?, ?, ?, ?)"),
+                     {articleId, position++, enclosure.url.trimmed(), enclosure.type,
+                      enclosure.length >= 0 ? QVariant(enclosure.length) : QVariant()},
+                     "storing an enclosure");
+    }
+    return position;
+}
+
+void ArticleStore::forgetPurgedKeysNotIn(qint32 subscriptionId, const QStringList &keys)
+{
+    const QByteArray json = QJsonDocument(QJsonArray::fromStringList(keys)).toJson(QJsonDocument::Compact);
+    m_db.execute(QStringLiteral("DELETE FROM purged_articles WHERE subscription_id = ?"
+                                " AND guid NOT IN (SELECT value FROM json_each(?))"),
+                 {subscriptionId, QString::fromUtf8(json)}, "forgetting deleted articles");
+}
+
+int ArticleStore::purgeOlderThan(qint32 subscriptionId, bool read, const QDateTime &cutoff)
+{
+    const QVariantList binds = {subscriptionId, read ? 1 : 0, SubscriptionFields::isoDate(cutoff)};
+    m_db.execute(QStringLiteral("INSERT OR IGNORE INTO purged_articles (subscription_id, guid)"
+                                " SELECT subscription_id, guid FROM articles"
+                                " WHERE subscription_id = ? AND is_read = ? AND fetched_at < ?"),
+                 binds, "remembering deleted articles");
+    return m_db.execute(
+        QStringLiteral("DELETE FROM articles WHERE subscription_id = ? AND is_read = ? AND fetched_at < ?"), binds,
+        "deleting old articles");
+}
+
+ListPtr ArticleStore::itemBags(qint32 subscriptionId)
+{
+    const auto enclosures = enclosuresOf(subscriptionId);
+    const auto rows = m_db.select(
+        QStringLiteral("SELECT id, guid, title, link, author, body, published, updated, is_read FROM articles"
+                       " WHERE subscription_id = ? ORDER BY COALESCE(published, fetched_at) DESC, id DESC"),
+        {subscriptionId}, "reading articles");
+    auto list = PropertyList::create();
+    for (const auto &row : rows) {
+        Article article;
+        article.key = row.at(1).toString();
+        article.subject = row.at(2).toString();
+        article.url = row.at(3).toString();
+        article.author = row.at(4).toString();
+        article.body = row.at(5).toString();
+        article.published = dateOf(row.at(6));
+        article.updated = dateOf(row.at(7));
+        article.enclosures = enclosures.value(row.at(0).toLongLong());
+        BagPtr bag = ItemBags::item(article);
+        bag->setLong(QStringLiteral("READ"), row.at(8).toInt() != 0 ? 1 : 0);
+        list->append(bag);
+    }
+    return list;
+}
+
+QHash<qint64, QList<ParsedEnclosure>> ArticleStore::enclosuresOf(qint32 subscriptionId)
+{
+    QHash<qint64, QList<ParsedEnclosure>> byArticle;
+    const auto rows = m_db.select(
+        QStringLiteral("SELECT e.article_id, e.url, e.type, e.length FROM article_enclosures e"
+                       " JOIN articles a ON a.id = e.article_id WHERE a.subscription_id = ?"
+                       " ORDER BY e.article_id, e.position"),
+        {subscriptionId}, "reading enclosures");
+    for (const auto &row : rows) {
+        ParsedEnclosure enclosure;
+        enclosure.url = row.at(1).toString();
+        enclosure.type = row.at(2).toString();
+        enclosure.length = row.at(3).isNull() ? -1 : row.at(3).toLongLong();
+        byArticle[row.at(0).toLongLong()].append(enclosure);
+    }
+    return byArticle;
+}
+
+} // namespace quillon

@@ -1,0 +1,6 @@
+#pragma once
+
+#include <QLoggingCategory>
+
+// Diagnostics of the engine core ("quillon.engine.core"); the shared log is EngineLog.
+Q_DECLARE_LOGGING_CATEGORY(lcCore)

@@ -1,0 +1,422 @@
+#include "EngineCorePrivate.h"
+
+#include "BagText.h"
+#include "BindingRule.h"
+#include "CoreLogging.h"
+#include "EngineError.h"
+#include "EngineMessages.h"
+#include "HttpFeedFetcher.h"
+#include "OutlineBags.h"
+#include "SqlTransaction.h"
+
+#include <QCoreApplication>
+#include <QDir>
+
+namespace quillon {
+
+namespace {
+const QString kSyncConsumer = QStringLiteral("ENGINE");
+const QString kSyncSection = QStringLiteral("OnlineSync");
+
+QString specificsSection(qint32 subscriptionId)
+{
+    return QStringLiteral("SubscriptionSpecifics_%1").arg(subscriptionId);
+}
+
+QString programDataFolder()
+{
+    return QCoreApplication::instance()
+               ? QDir(QCoreApplication::applicationDirPath()).filePath(QStringLiteral("QuillonData"))
+               : QString();
+}
+
+// Operations run one at a time; this marks the stretch in which messages wait for the commit.
+class CallDepth
+{
+public:
+    explicit CallDepth(int &depth) : m_depth(depth) { ++m_depth; }
+    ~CallDepth() { --m_depth; }
+    CallDepth(const CallDepth &) = delete;
+    CallDepth &operator=(const CallDepth &) = delete;
+
+private:
+    int &m_depth;
+};
+} // namespace
+
+EngineCorePrivate::EngineCorePrivate(QString folder)
+    : dataFolder(std::move(folder)), resolver(programDataFolder(), dataFolder)
+{
+}
+
+EngineCorePrivate::~EngineCorePrivate()
+{
+    // Whatever answers later goes first, while the stores it writes to still exist.
+    m_scheduler.reset();
+    m_updater.reset();
+    m_documents.reset();
+    fetcher.reset();
+}
+
+const QHash<QString, EngineCorePrivate::Operation> &EngineCorePrivate::operations()
+{
+    using P = EngineCorePrivate;
+    static const QHash<QString, Operation> table = {
+        {QStringLiteral("Connect"), {2, &P::connect, false}},
+        {QStringLiteral("RemoveItem"), {3, &P::removeItem}},
+        {QStringLiteral("BindItem"), {4, &P::bindItem}},
+        {QStringLiteral("CreateItemRequest"), {3, &P::createItemRequest, false}},
+        {QStringLiteral("ListConsumerItems"), {2, &P::listConsumerItems, false}},
+        {QStringLiteral("GetItemBag"), {3, &P::getItemBag, false}},
+        {QStringLiteral("ListReaderSubscriptions"), {1, &P::listReaderSubscriptions, false}},
+        {QStringLiteral("UpdateItem"), {3, &P::updateItem}},
+        {QStringLiteral("RequestPreview"), {3, &P::requestPreview, false}},
+        {QStringLiteral("GetSettings"), {3, &P::getSettings, false}},
+        {QStringLiteral("SetSettings"), {3, &P::setSettings}},
+        {QStringLiteral("Log"), {2, &P::log}},
+        {QStringLiteral("SubmitRequest"), {2, &P::submitRequest}},
+        {QStringLiteral("SetSyncSettings"), {5, &P::setSyncSettings}},
+        {QStringLiteral("GetSyncSettings"), {0, &P::getSyncSettings, false}},
+        {QStringLiteral("SyncNow"), {0, &P::syncNow}},
+        {QStringLiteral("BagToText"), {1, &P::bagToText, false}},
+    };
+    return table;
+}
+
+void EngineCorePrivate::open()
+{
+    if (m_db && m_db->isOpen())
+        return;
+    if (!QDir().mkpath(dataFolder))
+        throw EngineError(QStringLiteral("Cannot create the engine's data folder %1").arg(dataFolder));
+    const QDir folder(dataFolder);
+    auto db = std::make_unique<EngineDatabase>(folder.filePath(QStringLiteral("engine.sqlite")));
+    db->open();
+    m_subscriptions = std::make_unique<SubscriptionStore>(*db);
+    m_bindings = std::make_unique<BindingStore>(*db);
+    m_settings = std::make_unique<SettingsStore>(*db);
+    m_log = std::make_unique<EngineLog>(*db, folder.filePath(QStringLiteral("engine.log")));
+    m_requests = std::make_unique<RequestProcessor>(*m_subscriptions, *m_bindings, m_outbox);
+    m_articles = std::make_unique<ArticleStore>(*db);
+    m_defaults = std::make_unique<EngineDefaults>(*m_settings);
+    m_defaults->seed();
+    m_db = std::move(db);
+    createFetching();
+}
+
+void EngineCorePrivate::createFetching()
+{
+    if (!fetcher)
+        fetcher = std::make_unique<HttpFeedFetcher>();
+    m_catalog = std::make_unique<CatalogRequests>(*m_subscriptions, *m_articles, resolver, importers, m_outbox);
+    m_documents = std::make_unique<DocumentRequests>(fetcher, resolver, importers, messenger());
+    m_requests->registerKind(QStringLiteral("LIST"), [this](const RequestProcessor::Origin &origin,
+                                                            const PropertyBag &request) {
+        m_catalog->list(origin, request);
+    });
+    m_requests->registerKind(QStringLiteral("ITEMS"), [this](const RequestProcessor::Origin &origin,
+                                                             const PropertyBag &request) {
+        m_catalog->items(origin, request);
+    });
+    m_requests->registerKind(QStringLiteral("FETCHOPML"), [this](const RequestProcessor::Origin &origin,
+                                                                 const PropertyBag &request) {
+        m_documents->fetchOpml(origin.session, origin.callbackId, request.text(QStringLiteral("URL")));
+    });
+    m_updater = std::make_unique<FeedUpdater>(
+        FeedUpdater::Stores{*m_db, *m_subscriptions, *m_articles, *m_settings, *m_defaults}, fetcher, resolver,
+        messenger(), now, [this](qint32 id, const QString &status) { updateFinished(id, status); });
+    m_scheduler = std::make_unique<FeedScheduler>(*m_db, *m_subscriptions, *m_defaults, now,
+                                                  [this](qint32 id) { m_updater->update(id); });
+    if (m_updating)
+        m_scheduler->start();
+}
+
+EngineMessenger EngineCorePrivate::messenger()
+{
+    return {[this](qint32 session, qint32 callbackId, BagPtr message) {
+                m_outbox.toCallback(session, callbackId, std::move(message));
+                if (m_callDepth == 0)
+                    m_outbox.flush(sessions);
+            },
+            [this](BagPtr message) {
+                m_outbox.toConnected(std::move(message));
+                if (m_callDepth == 0)
+                    m_outbox.flush(sessions);
+            }};
+}
+
+void EngineCorePrivate::updateFinished(qint32 subscriptionId, const QString &status)
+{
+    if (m_scheduler->finished(subscriptionId)) {
+        try {
+            m_subscriptions->setNextUpdate(subscriptionId, now());
+        } catch (const std::exception &e) {
+            qCWarning(lcCore) << "cannot schedule subscription" << subscriptionId << e.what();
+        }
+        m_scheduler->poke();
+    }
+    if (!status.isEmpty() && updated)
+        updated(subscriptionId, status);
+}
+
+void EngineCorePrivate::startUpdating()
+{
+    m_updating = true;
+    if (m_scheduler)
+        m_scheduler->start();
+}
+
+void EngineCorePrivate::runDueUpdates()
+{
+    if (m_scheduler)
+        m_scheduler->runDue();
+}
+
+PropertyValue EngineCorePrivate::call(SessionId session, const QString &operation,
+                                      const QList<PropertyValue> &args)
+{
+    const auto it = operations().constFind(operation);
+    if (it == operations().cend())
+        throw EngineError(QStringLiteral("Unknown engine operation %1").arg(operation));
+    if (!m_db)
+        throw EngineError(QStringLiteral("The engine's store is not open"));
+    sessions.requireOpen(session);
+    const OperationArguments arguments(operation, args);
+    arguments.expectCount(it->argumentCount);
+    PropertyValue result;
+    {
+        const CallDepth depth(m_callDepth);
+        result = run(*it, Call{session, arguments});
+    }
+    m_outbox.flush(sessions);
+    // An add or a changed subscription may be due now.
+    if (it->writes && m_scheduler)
+        m_scheduler->poke();
+    return result;
+}
+
+PropertyValue EngineCorePrivate::run(const Operation &operation, const Call &call)
+{
+    try {
+        if (!operation.writes)
+            return (this->*operation.handler)(call);
+        SqlTransaction transaction(*m_db);
+        PropertyValue result = (this->*operation.handler)(call);
+        transaction.commit();
+        return result;
+    } catch (const EngineError &) {
+        m_outbox.discard();
+        throw;
+    } catch (const std::exception &e) {
+        m_outbox.discard();
+        throw EngineError(
+            QStringLiteral("%1 failed: %2").arg(call.args.operation(), QString::fromLocal8Bit(e.what())));
+    }
+}
+
+void EngineCorePrivate::requireNewsClass(const QString &itemClass)
+{
+    if (itemClass.compare(QLatin1String("NEWS"), Qt::CaseInsensitive) != 0)
+        throw EngineError(
+            QStringLiteral("Unknown item class '%1'; the engine keeps NEWS items only").arg(itemClass));
+}
+
+PropertyValue EngineCorePrivate::connect(const Call &call)
+{
+    const QString consumerId = call.args.text(0);
+    if (consumerId.trimmed().isEmpty() || consumerId == QLatin1String("*"))
+        throw EngineError(QStringLiteral("Connect needs a consumer ID"));
+    sessions.connect(call.session, consumerId, call.args.number(1));
+    qCInfo(lcCore) << "consumer connected:" << consumerId << "now" << sessions.connectedConsumers();
+    return {};
+}
+
+PropertyValue EngineCorePrivate::removeItem(const Call &call)
+{
+    requireNewsClass(call.args.text(0));
+    const qint32 id = call.args.number(1);
+    if (!m_subscriptions->remove(id)) {
+        qCDebug(lcCore) << "RemoveItem of unknown subscription" << id;
+        return {};
+    }
+    m_settings->removeSection(specificsSection(id));
+    qCInfo(lcCore) << sessions.consumerOf(call.session) << "removed subscription" << id;
+    return {};
+}
+
+PropertyValue EngineCorePrivate::bindItem(const Call &call)
+{
+    const QString consumerId = call.args.text(0);
+    requireNewsClass(call.args.text(1));
+    const qint32 id = call.args.number(2);
+    const qint32 flag = call.args.number(3);
+    if (consumerId.trimmed().isEmpty() || consumerId == QLatin1String("*"))
+        throw EngineError(QStringLiteral("BindItem needs a consumer ID"));
+    m_subscriptions->requireExists(id);
+
+    const BindingRule::Action action = BindingRule::decide(m_bindings->state(consumerId, id), flag);
+    switch (action) {
+    case BindingRule::Action::Bind:
+        m_bindings->bind(consumerId, id, false, now());
+        break;
+    case BindingRule::Action::Confirm:
+        m_bindings->confirm(consumerId, id);
+        break;
+    case BindingRule::Action::UnbindDroppingDelivered:
+        m_bindings->unbind(consumerId, id);
+        [[fallthrough]];
+    case BindingRule::Action::DropDelivered:
+        m_bindings->dropDelivered(consumerId, id);
+        break;
+    case BindingRule::Action::UnbindKeepingDelivered:
+        m_bindings->unbind(consumerId, id);
+        break;
+    }
+    if (BindingRule::announces(action)) {
+        const bool bound = action == BindingRule::Action::Bind;
+        m_outbox.toConnected(
+            EngineMessages::bindingChanged(sessions.consumerOf(call.session), consumerId, bound, id));
+    }
+    return {};
+}
+
+PropertyValue EngineCorePrivate::createItemRequest(const Call &call)
+{
+    auto bag = PropertyBag::create();
+    bag->setText(QStringLiteral("REQUEST"), QStringLiteral("ADD"));
+    bag->setText(QStringLiteral("CLASS"), call.args.text(0));
+    bag->setText(QStringLiteral("TITLE"), call.args.text(1));
+    bag->setText(QStringLiteral("URL"), call.args.text(2));
+    return bag;
+}
+
+PropertyValue EngineCorePrivate::listConsumerItems(const Call &call)
+{
+    const QString consumerId = call.args.text(0);
+    requireNewsClass(call.args.text(1));
+    const QList<qint32> ids = consumerId == QLatin1String("*") ? m_subscriptions->allIds()
+                                                               : m_bindings->subscriptionsOf(consumerId);
+    auto list = PropertyList::create();
+    for (const qint32 id : ids)
+        list->append(id);
+    return list;
+}
+
+PropertyValue EngineCorePrivate::getItemBag(const Call &call)
+{
+    requireNewsClass(call.args.text(0));
+    const qint32 id = call.args.number(1);
+    (void)call.args.number(2); // reserved, always 0
+    return m_subscriptions->itemBag(id);
+}
+
+PropertyValue EngineCorePrivate::listReaderSubscriptions(const Call &call)
+{
+    const ReaderImporter *importer = importers.find(call.args.text(0));
+    if (!importer || !importer->available()) {
+        qCDebug(lcCore) << "no subscriptions found for reader" << call.args.text(0);
+        return PropertyList::create();
+    }
+    return OutlineBags::feeds(importer->subscriptions());
+}
+
+PropertyValue EngineCorePrivate::updateItem(const Call &call)
+{
+    requireNewsClass(call.args.text(0));
+    m_subscriptions->update(call.args.number(1), *call.args.bag(2), now());
+    return {};
+}
+
+PropertyValue EngineCorePrivate::requestPreview(const Call &call)
+{
+    requireNewsClass(call.args.text(0));
+    const QString url = call.args.text(1);
+    const qint32 callbackId = call.args.number(2);
+    const QString requestId = QStringLiteral("preview-%1").arg(++m_lastRequest);
+    qCDebug(lcCore) << "preview" << requestId << "of" << url;
+    m_documents->preview(call.session, callbackId, url);
+    return requestId;
+}
+
+PropertyValue EngineCorePrivate::getSettings(const Call &call)
+{
+    const QString consumerId = call.args.text(0);
+    const QString section = call.args.text(1);
+    auto result = PropertyBag::create();
+    for (const auto &[key, fallback] : call.args.bag(2)->entries()) {
+        const auto stored = m_settings->value(consumerId, section, key);
+        result->set(key, stored ? PropertyValue(*stored) : deepCopy(fallback));
+    }
+    return result;
+}
+
+PropertyValue EngineCorePrivate::setSettings(const Call &call)
+{
+    const QString consumerId = call.args.text(0);
+    const QString section = call.args.text(1);
+    for (const auto &[key, value] : call.args.bag(2)->entries()) {
+        if (std::holds_alternative<BagPtr>(value) || std::holds_alternative<ListPtr>(value))
+            throw EngineError(QStringLiteral("The setting %1 must be text or a number").arg(key));
+        if (std::holds_alternative<std::monostate>(value))
+            m_settings->removeValue(consumerId, section, key);
+        else
+            m_settings->setValue(consumerId, section, key, valueText(value));
+    }
+    return {};
+}
+
+PropertyValue EngineCorePrivate::log(const Call &call)
+{
+    m_log->write(call.args.number(1), sessions.consumerOf(call.session), call.args.text(0), now());
+    return {};
+}
+
+PropertyValue EngineCorePrivate::submitRequest(const Call &call)
+{
+    const BagPtr request = call.args.bag(0);
+    const qint32 number = ++m_lastRequest;
+    m_requests->process({call.session, sessions.consumerOf(call.session), call.args.number(1), now()},
+                        *request);
+    return number;
+}
+
+PropertyValue EngineCorePrivate::setSyncSettings(const Call &call)
+{
+    const auto store = [this](const char *key, const QString &value) {
+        m_settings->setValue(kSyncConsumer, kSyncSection, QLatin1String(key), value);
+    };
+    store("SyncRemote", call.args.number(0) != 0 ? QStringLiteral("1") : QStringLiteral("0"));
+    store("SyncServer", call.args.text(1));
+    store("SyncUser", call.args.text(2));
+    store("SyncPassword", call.args.text(3));
+    store("SyncFrequency", QString::number(call.args.number(4)));
+    return {};
+}
+
+PropertyValue EngineCorePrivate::getSyncSettings(const Call &)
+{
+    const auto stored = [this](const char *key, const QString &fallback) {
+        return m_settings->value(kSyncConsumer, kSyncSection, QLatin1String(key)).value_or(fallback);
+    };
+    auto bag = PropertyBag::create();
+    bag->setLong(QStringLiteral("SyncRemote"), stored("SyncRemote", QStringLiteral("0")).toInt());
+    bag->setText(QStringLiteral("SyncServer"), stored("SyncServer", QString()));
+    bag->setText(QStringLiteral("SyncUser"), stored("SyncUser", QString()));
+    bag->setText(QStringLiteral("SyncPassword"), stored("SyncPassword", QString()));
+    bag->setLong(QStringLiteral("SyncFrequency"), stored("SyncFrequency", QStringLiteral("-1")).toInt());
+    return bag;
+}
+
+PropertyValue EngineCorePrivate::syncNow(const Call &call)
+{
+    m_log->write(1, sessions.consumerOf(call.session),
+                 QStringLiteral("Synchronisation requested; no synchronisation server is available"), now());
+    return {};
+}
+
+PropertyValue EngineCorePrivate::bagToText(const Call &call)
+{
+    return BagText::render(*call.args.bag(0));
+}
+
+} // namespace quillon

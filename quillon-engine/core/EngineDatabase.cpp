@@ -1,0 +1,201 @@
+#include "EngineDatabase.h"
+
+#include "CoreLogging.h"
+#include "EngineError.h"
+#include "SchemaMigrator.h"
+
+#include <QAtomicInteger>
+#include <QSqlError>
+#include <QSqlQuery>
+#include <QSqlRecord>
+
+namespace quillon {
+
+namespace {
+QString newConnectionName()
+{
+    // Several cores may share a process (tests); each needs its own named connection.
+    static QAtomicInteger<int> counter;
+    return QStringLiteral("quillon-core-%1").arg(counter.fetchAndAddRelaxed(1) + 1);
+}
+
+// The driver binds a null QString as SQL NULL; an empty text is still a text.
+QVariant bindable(const QVariant &value)
+{
+    if (value.typeId() == QMetaType::QString && value.toString().isNull())
+        return QStringLiteral("");
+    return value;
+}
+
+QList<EngineDatabase::Row> readRows(QSqlQuery &query)
+{
+    QList<EngineDatabase::Row> rows;
+    if (!query.next())
+        return rows;
+    const int columns = query.record().count();
+    do {
+        EngineDatabase::Row row;
+        row.reserve(columns);
+        for (int i = 0; i < columns; ++i)
+            row.append(query.value(i));
+        rows.append(std::move(row));
+    } while (query.next());
+    return rows;
+}
+} // namespace
+
+EngineDatabase::EngineDatabase(QString filePath)
+    : m_filePath(std::move(filePath)), m_connectionName(newConnectionName())
+{
+}
+
+EngineDatabase::~EngineDatabase()
+{
+    // Statements must go before the connection they were prepared on.
+    m_statements.clear();
+    if (m_db.isValid())
+        m_db.close();
+    m_db = QSqlDatabase();
+    QSqlDatabase::removeDatabase(m_connectionName);
+}
+
+void EngineDatabase::fail(const QString &doing, const QString &reason) const
+{
+    const QString message = QStringLiteral("Engine database error while %1: %2").arg(doing, reason);
+    qCWarning(lcCore).noquote() << message;
+    throw EngineError(message);
+}
+
+void EngineDatabase::open()
+{
+    if (m_open)
+        return;
+    m_db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), m_connectionName);
+    if (!m_db.isValid())
+        fail(QStringLiteral("loading the SQLite driver"), m_db.lastError().text());
+    m_db.setDatabaseName(m_filePath);
+    if (!m_db.open())
+        fail(QStringLiteral("opening %1").arg(m_filePath), m_db.lastError().text());
+    switchOnPragmas();
+    SchemaMigrator(*this).migrate();
+    m_open = true;
+}
+
+void EngineDatabase::switchOnPragmas()
+{
+    runOnce(QStringLiteral("PRAGMA foreign_keys = ON"), "enabling foreign keys");
+    const auto mode = runOnce(QStringLiteral("PRAGMA journal_mode = WAL"), "enabling write-ahead logging");
+    if (mode.isEmpty() ||
+        mode.first().value(0).toString().compare(QLatin1String("wal"), Qt::CaseInsensitive) != 0)
+        qCWarning(lcCore) << "write-ahead logging not available for" << m_filePath;
+    // With WAL a commit stays durable against crashes of the engine at this level.
+    runOnce(QStringLiteral("PRAGMA synchronous = NORMAL"), "setting the sync level");
+}
+
+QSqlQuery &EngineDatabase::run(const QString &sql, const QVariantList &binds, const char *doing)
+{
+    auto it = m_statements.find(sql);
+    if (it == m_statements.end()) {
+        auto query = std::make_unique<QSqlQuery>(m_db);
+        query->setForwardOnly(true);
+        if (!query->prepare(sql))
+            fail(QString::fromLatin1(doing), query->lastError().text());
+        it = m_statements.emplace(sql, std::move(query)).first;
+    }
+    QSqlQuery &query = *it->second;
+    for (qsizetype i = 0; i < binds.size(); ++i)
+        query.bindValue(int(i), bindable(binds.at(i)));
+    if (!query.exec()) {
+        const QString reason = query.lastError().text();
+        query.finish();
+        fail(QString::fromLatin1(doing), reason);
+    }
+    return query;
+}
+
+QList<EngineDatabase::Row> EngineDatabase::select(const QString &sql, const QVariantList &binds,
+                                                  const char *doing)
+{
+    QSqlQuery &query = run(sql, binds, doing);
+    auto rows = readRows(query);
+    // An unfinished statement would hold its read snapshot open.
+    query.finish();
+    return rows;
+}
+
+int EngineDatabase::execute(const QString &sql, const QVariantList &binds, const char *doing)
+{
+    QSqlQuery &query = run(sql, binds, doing);
+    const int changed = query.numRowsAffected();
+    query.finish();
+    return changed;
+}
+
+qint64 EngineDatabase::insert(const QString &sql, const QVariantList &binds, const char *doing)
+{
+    QSqlQuery &query = run(sql, binds, doing);
+    const qint64 id = query.lastInsertId().toLongLong();
+    query.finish();
+    return id;
+}
+
+std::optional<qint64> EngineDatabase::insertIfNew(const QString &sql, const QVariantList &binds,
+                                                 const char *doing)
+{
+    QSqlQuery &query = run(sql, binds, doing);
+    // The last insert id outlives an ignored insert, so only a changed row counts.
+    const std::optional<qint64> id =
+        query.numRowsAffected() > 0 ? std::optional<qint64>(query.lastInsertId().toLongLong()) : std::nullopt;
+    query.finish();
+    return id;
+}
+
+QList<EngineDatabase::Row> EngineDatabase::runOnce(const QString &sql, const char *doing)
+{
+    QSqlQuery query(m_db);
+    if (!query.exec(sql))
+        fail(QString::fromLatin1(doing), query.lastError().text());
+    return readRows(query);
+}
+
+void EngineDatabase::begin()
+{
+    if (m_transactionDepth++ > 0)
+        return;
+    m_rollbackOnly = false;
+    if (!m_db.transaction()) {
+        m_transactionDepth = 0;
+        fail(QStringLiteral("starting a transaction"), m_db.lastError().text());
+    }
+}
+
+void EngineDatabase::commit()
+{
+    if (m_transactionDepth <= 0)
+        return;
+    if (--m_transactionDepth > 0)
+        return;
+    if (m_rollbackOnly) {
+        m_db.rollback();
+        fail(QStringLiteral("committing"), QStringLiteral("an inner step failed; everything was undone"));
+    }
+    if (!m_db.commit()) {
+        const QString reason = m_db.lastError().text();
+        m_db.rollback();
+        fail(QStringLiteral("committing"), reason);
+    }
+}
+
+void EngineDatabase::rollback()
+{
+    if (m_transactionDepth <= 0)
+        return;
+    if (--m_transactionDepth > 0) {
+        m_rollbackOnly = true;
+        return;
+    }
+    if (!m_db.rollback())
+        qCWarning(lcCore) << "rollback failed:" << m_db.lastError().text();
+}
+
+} // namespace quillon

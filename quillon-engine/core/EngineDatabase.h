@@ -1,0 +1,63 @@
+#pragma once
+
+#include <QList>
+#include <QSqlDatabase>
+#include <QString>
+#include <QVariant>
+
+#include <memory>
+#include <optional>
+#include <unordered_map>
+
+class QSqlQuery;
+
+namespace quillon {
+
+// The engine's SQLite connection. Statements are prepared once and kept, because the same few
+// run thousands of times when a consumer reads every subscription. Every failure is thrown as
+// EngineError naming what was being done.
+class EngineDatabase
+{
+public:
+    using Row = QVariantList;
+
+    explicit EngineDatabase(QString filePath);
+    ~EngineDatabase();
+    EngineDatabase(const EngineDatabase &) = delete;
+    EngineDatabase &operator=(const EngineDatabase &) = delete;
+
+    // Opens the file, switches on WAL and foreign keys and brings the schema up to date.
+    void open();
+    [[nodiscard]] bool isOpen() const { return m_open; }
+    [[nodiscard]] const QString &filePath() const { return m_filePath; }
+
+    [[nodiscard]] QList<Row> select(const QString &sql, const QVariantList &binds, const char *doing);
+    // Returns the number of rows changed.
+    int execute(const QString &sql, const QVariantList &binds, const char *doing);
+    // Returns the new row's id.
+    qint64 insert(const QString &sql, const QVariantList &binds, const char *doing);
+    // For an insert that may be ignored (ON CONFLICT DO NOTHING): the new row's id, or nothing.
+    std::optional<qint64> insertIfNew(const QString &sql, const QVariantList &binds, const char *doing);
+    // Runs a statement once, unprepared (schema scripts, pragmas).
+    QList<Row> runOnce(const QString &sql, const char *doing);
+
+    // Nested calls join the outermost transaction.
+    void begin();
+    void commit();
+    void rollback();
+
+private:
+    QSqlQuery &run(const QString &sql, const QVariantList &binds, const char *doing);
+    [[noreturn]] void fail(const QString &doing, const QString &reason) const;
+    void switchOnPragmas();
+
+    QString m_filePath;
+    QString m_connectionName;
+    QSqlDatabase m_db;
+    std::unordered_map<QString, std::unique_ptr<QSqlQuery>> m_statements;
+    int m_transactionDepth = 0;
+    bool m_rollbackOnly = false;
+    bool m_open = false;
+};
+
+} // namespace quillon

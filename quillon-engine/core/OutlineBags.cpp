@@ -1,0 +1,67 @@
+#include "OutlineBags.h"
+
+namespace quillon {
+
+namespace {
+void setIfAny(PropertyBag &bag, const char *name, const QString &value)
+{
+    if (!value.isEmpty())
+        bag.setText(QLatin1String(name), value);
+}
+} // namespace
+
+ListPtr OutlineBags::tree(const QList<OpmlOutline> &outlines, const QUrl &base)
+{
+    auto list = PropertyList::create();
+    for (const OpmlOutline &outline : outlines) {
+        BagPtr node = bag(outline, base);
+        if (!outline.children.isEmpty())
+            node->set(QStringLiteral("children"), tree(outline.children, base));
+        list->append(node);
+    }
+    return list;
+}
+
+ListPtr OutlineBags::feeds(const QList<OpmlOutline> &outlines, const QUrl &base)
+{
+    auto list = PropertyList::create();
+    collectFeeds(outlines, base, *list);
+    return list;
+}
+
+void OutlineBags::collectFeeds(const QList<OpmlOutline> &outlines, const QUrl &base, PropertyList &into)
+{
+    for (const OpmlOutline &outline : outlines) {
+        if (outline.isFeed())
+            into.append(bag(outline, base));
+        else
+            collectFeeds(outline.children, base, into);
+    }
+}
+
+BagPtr OutlineBags::bag(const OpmlOutline &outline, const QUrl &base)
+{
+    auto node = PropertyBag::create();
+    setIfAny(*node, "title", outline.title);
+    setIfAny(*node, "text", outline.text);
+    setIfAny(*node, "description", outline.description);
+    setIfAny(*node, "xmlUrl", resolved(outline.xmlUrl, base));
+    setIfAny(*node, "htmlUrl", resolved(outline.htmlUrl, base));
+    setIfAny(*node, "type", outline.type);
+    setIfAny(*node, "url", resolved(outline.url, base));
+    setIfAny(*node, "category", outline.category);
+    return node;
+}
+
+QString OutlineBags::resolved(const QString &address, const QUrl &base)
+{
+    // Only web and file documents have a place that relative addresses hang from.
+    const QString scheme = base.scheme().toLower();
+    if (address.isEmpty() || !(scheme == QLatin1String("http") || scheme == QLatin1String("https") ||
+                               scheme == QLatin1String("file")))
+        return address;
+    const QUrl url(address);
+    return url.isRelative() ? base.resolved(url).toString() : address;
+}
+
+} // namespace quillon

@@ -1,0 +1,221 @@
+#include "SubscriptionStore.h"
+
+#include "CoreLogging.h"
+#include "EngineDatabase.h"
+#include "EngineError.h"
+#include "SubscriptionFields.h"
+
+#include <limits>
+
+namespace quillon {
+
+namespace {
+// One statement reads everything GetItemBag returns except free properties, which are only
+// looked up when the last column says there are some.
+const QString kSelectBag =
+    QStringLiteral("SELECT s.title, s.url, s.category, s.user_name, s.password, s.update_freq, s.delete_read,"
+                   " s.delete_unread, s.last_update_status, s.last_date_check, s.next_update_time,"
+                   " (SELECT COUNT(*) FROM articles a WHERE a.subscription_id = s.id AND a.is_read = 1),"
+                   " (SELECT COUNT(*) FROM articles a WHERE a.subscription_id = s.id AND a.is_read = 0),"
+                   " (SELECT st.value FROM settings st WHERE st.consumer_id = 'OLCONSUMER'"
+                   "  AND st.section = 'SubscriptionSpecifics_' || s.id AND st.key = 'FOLDERTITLE'),"
+                   " EXISTS (SELECT 1 FROM subscription_properties p WHERE p.subscription_id = s.id)"
+                   " FROM subscriptions s WHERE s.id = ?");
+constexpr int kReadCountColumn = 11;
+constexpr int kFolderTitleColumn = 13;
+constexpr int kHasFreeColumn = 14;
+
+QString textOrEmpty(const PropertyBag &bag, const QString &name)
+{
+    const PropertyValue *v = bag.find(name);
+    return v ? valueText(*v) : QString();
+}
+
+QVariant textOrNull(const PropertyBag &bag, const QString &name)
+{
+    const PropertyValue *v = bag.find(name);
+    return v ? QVariant(valueText(*v)) : QVariant();
+}
+} // namespace
+
+qint32 SubscriptionStore::create(const PropertyBag &request, const QDateTime &now)
+{
+    // Title and category are always present: an empty category means the top of the tree.
+    const qint64 id = m_db.insert(
+        QStringLiteral("INSERT INTO subscriptions (title, url, category, user_name, password, update_freq,"
+                       " delete_read, delete_unread, created_at) VALUES (?, ?, ?, ?, ?, -1, -1, -1, ?)"),
+        {textOrEmpty(request, QStringLiteral("TITLE")), textOrEmpty(request, QStringLiteral("URL")).trimmed(),
+         textOrEmpty(request, QStringLiteral("CATEGORY")), textOrNull(request, QStringLiteral("USER")),
+         textOrNull(request, QStringLiteral("PASSWORD")), SubscriptionFields::isoDate(now)},
+        "adding a subscription");
+    if (id <= 0 || id > std::numeric_limits<qint32>::max())
+        throw EngineError(QStringLiteral("The engine ran out of subscription IDs"));
+    return qint32(id);
+}
+
+bool SubscriptionStore::exists(qint32 id)
+{
+    return !m_db.select(QStringLiteral("SELECT 1 FROM subscriptions WHERE id = ?"), {id},
+                        "looking up a subscription")
+                .isEmpty();
+}
+
+void SubscriptionStore::requireExists(qint32 id)
+{
+    if (!exists(id))
+        throw EngineError(QStringLiteral("There is no subscription %1").arg(id));
+}
+
+QList<qint32> SubscriptionStore::allIds()
+{
+    QList<qint32> ids;
+    for (const auto &row :
+         m_db.select(QStringLiteral("SELECT id FROM subscriptions ORDER BY id"), {}, "listing subscriptions"))
+        ids.append(row.value(0).toInt());
+    return ids;
+}
+
+BagPtr SubscriptionStore::itemBag(qint32 id)
+{
+    const auto rows = m_db.select(kSelectBag, {id}, "reading a subscription");
+    if (rows.isEmpty())
+        throw EngineError(QStringLiteral("There is no subscription %1").arg(id));
+    const auto &row = rows.first();
+    auto bag = PropertyBag::create();
+    bag->setLong(QStringLiteral("SUBSCRIPTIONID"), id);
+    const auto &fields = SubscriptionFields::all();
+    for (int i = 0; i < fields.size(); ++i) {
+        if (!row.at(i).isNull())
+            bag->set(fields.at(i).name, SubscriptionFields::fromColumn(row.at(i)));
+    }
+    bag->setLong(QStringLiteral("ITEMREADCOUNT"), row.at(kReadCountColumn).toInt());
+    bag->setLong(QStringLiteral("ITEMUNREADCOUNT"), row.at(kReadCountColumn + 1).toInt());
+    if (row.at(kHasFreeColumn).toBool())
+        appendFreeProperties(id, *bag);
+    if (!row.at(kFolderTitleColumn).isNull())
+        bag->setText(QStringLiteral("FOLDERTITLE"), row.at(kFolderTitleColumn).toString());
+    return bag;
+}
+
+void SubscriptionStore::appendFreeProperties(qint32 id, PropertyBag &bag)
+{
+    const auto rows = m_db.select(
+        QStringLiteral(
+            "SELECT name, value FROM subscription_properties WHERE subscription_id = ? ORDER BY rowid"),
+        {id}, "reading subscription properties");
+    for (const auto &row : rows)
+        bag.set(row.at(0).toString(), SubscriptionFields::fromColumn(row.at(1)));
+}
+
+void SubscriptionStore::update(qint32 id, const PropertyBag &values, const QDateTime &now)
+{
+    requireExists(id);
+    // Due now first, so that a NEXTUPDATETIME in the bag still wins.
+    setProperty(id, QStringLiteral("NEXTUPDATETIME"), SubscriptionFields::isoDate(now));
+    for (const auto &[name, value] : values.entries()) {
+        if (SubscriptionFields::isReadOnly(name)) {
+            qCDebug(lcCore) << "ignoring computed property" << name << "for subscription" << id;
+            continue;
+        }
+        setProperty(id, name, value);
+    }
+    // Validators of the old address mean nothing to the new one.
+    if (values.contains(QStringLiteral("URL")))
+        m_db.execute(QStringLiteral("UPDATE subscriptions SET etag = NULL, last_modified = NULL WHERE id = ?"),
+                     {id}, "forgetting a feed's validators");
+}
+
+void SubscriptionStore::setProperty(qint32 id, const QString &name, const PropertyValue &value)
+{
+    if (const auto *field = SubscriptionFields::find(name)) {
+        // The column name comes from the fixed field table, never from the caller.
+        m_db.execute(QStringLiteral("UPDATE subscriptions SET %1 = ? WHERE id = ?").arg(field->column),
+                     {SubscriptionFields::toColumn(*field, value), id}, "updating a subscription");
+        return;
+    }
+    const QVariant stored = SubscriptionFields::toFreeValue(name, value);
+    if (stored.isNull()) {
+        m_db.execute(
+            QStringLiteral("DELETE FROM subscription_properties WHERE subscription_id = ? AND name = ?"),
+            {id, name}, "clearing a subscription property");
+        return;
+    }
+    m_db.execute(
+        QStringLiteral("INSERT INTO subscription_properties (subscription_id, name, value) VALUES (?, ?, ?)"
+                       " ON CONFLICT (subscription_id, name) DO UPDATE SET value = excluded.value"),
+        {id, name, stored}, "storing a subscription property");
+}
+
+bool SubscriptionStore::remove(qint32 id)
+{
+    return m_db.execute(QStringLiteral("DELETE FROM subscriptions WHERE id = ?"), {id},
+                        "removing a subscription") > 0;
+}
+
+std::optional<SubscriptionStore::FetchInfo> SubscriptionStore::fetchInfo(qint32 id)
+{
+    const auto rows = m_db.select(
+        QStringLiteral("SELECT url, title, user_name, password, etag, last_modified, update_freq, delete_read,"
+                       " delete_unread FROM subscriptions WHERE id = ?"),
+        {id}, "reading what a fetch needs");
+    if (rows.isEmpty())
+        return std::nullopt;
+    const auto &row = rows.first();
+    const auto number = [&row](int column) { return row.at(column).isNull() ? -1 : row.at(column).toInt(); };
+    return FetchInfo{row.at(0).toString(), row.at(1).toString(), row.at(2).toString(), row.at(3).toString(),
+                     row.at(4).toString(), row.at(5).toString(), number(6),           number(7),
+                     number(8)};
+}
+
+QList<SubscriptionStore::Due> SubscriptionStore::due(const QDateTime &now)
+{
+    QList<Due> due;
+    const auto rows = m_db.select(
+        QStringLiteral("SELECT id, update_freq FROM subscriptions"
+                       " WHERE next_update_time IS NULL OR next_update_time <= ? ORDER BY next_update_time, id"),
+        {SubscriptionFields::isoDate(now)}, "finding subscriptions due");
+    due.reserve(rows.size());
+    for (const auto &row : rows)
+        due.append({row.at(0).toInt(), row.at(1).isNull() ? -1 : row.at(1).toInt()});
+    return due;
+}
+
+void SubscriptionStore::setNextUpdate(qint32 id, const QDateTime &when)
+{
+    m_db.execute(QStringLiteral("UPDATE subscriptions SET next_update_time = ? WHERE id = ?"),
+                 {SubscriptionFields::isoDate(when), id}, "scheduling a subscription");
+}
+
+QDateTime SubscriptionStore::earliestNextUpdate()
+{
+    const auto rows = m_db.select(QStringLiteral("SELECT MIN(next_update_time) FROM subscriptions"), {},
+                                  "finding the next update");
+    if (rows.isEmpty() || rows.first().at(0).isNull())
+        return {};
+    return QDateTime::fromString(rows.first().at(0).toString(), Qt::ISODate);
+}
+
+void SubscriptionStore::recordFetch(qint32 id, const FetchRecord &record)
+{
+    m_db.execute(QStringLiteral("UPDATE subscriptions SET last_update_status = ?, last_date_check = ?,"
+                                " next_update_time = ? WHERE id = ?"),
+                 {record.status, SubscriptionFields::isoDate(record.checkedAt),
+                  SubscriptionFields::isoDate(record.nextUpdate), id},
+                 "recording a fetch");
+    if (!record.setValidators)
+        return;
+    const auto orNull = [](const QString &text) { return text.isEmpty() ? QVariant() : QVariant(text); };
+    m_db.execute(QStringLiteral("UPDATE subscriptions SET etag = ?, last_modified = ? WHERE id = ?"),
+                 {orNull(record.etag), orNull(record.lastModified), id}, "keeping a feed's validators");
+}
+
+void SubscriptionStore::fillTitle(qint32 id, const QString &title)
+{
+    if (title.trimmed().isEmpty())
+        return;
+    m_db.execute(QStringLiteral("UPDATE subscriptions SET title = ? WHERE id = ?"
+                                " AND (title IS NULL OR TRIM(title) = '' OR TRIM(title) = TRIM(url))"),
+                 {title.trimmed(), id}, "taking the feed's title");
+}
+
+} // namespace quillon

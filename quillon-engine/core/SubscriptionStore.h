@@ -1,0 +1,79 @@
+#pragma once
+
+#include "PropertyBag.h"
+
+#include <QDateTime>
+#include <QList>
+
+#include <optional>
+
+namespace quillon {
+
+class EngineDatabase;
+
+// The "NEWS" subscriptions: their own columns, free properties and article counts.
+class SubscriptionStore
+{
+public:
+    // What fetching a subscription needs; integers are -1 when unset.
+    struct FetchInfo
+    {
+        QString url;
+        QString title;
+        QString user;
+        QString password;
+        QString etag;
+        QString lastModified;
+        qint32 updateFreq = -1;
+        qint32 deleteRead = -1;
+        qint32 deleteUnread = -1;
+    };
+    struct Due
+    {
+        qint32 id = 0;
+        qint32 updateFreq = -1;
+    };
+    // The outcome of one fetch. Validators are replaced only when setValidators is true.
+    struct FetchRecord
+    {
+        QString status;
+        QDateTime checkedAt;
+        QDateTime nextUpdate;
+        bool setValidators = false;
+        QString etag;
+        QString lastModified;
+    };
+
+    explicit SubscriptionStore(EngineDatabase &db) : m_db(db) {}
+
+    // Takes TITLE, URL, CATEGORY, USER and PASSWORD from an add request; returns the new ID.
+    qint32 create(const PropertyBag &request, const QDateTime &now);
+    [[nodiscard]] bool exists(qint32 id);
+    // Throws EngineError naming the ID when there is no such subscription.
+    void requireExists(qint32 id);
+    [[nodiscard]] QList<qint32> allIds();
+    // Every value that is known; absent ones are left out. Throws for an unknown ID.
+    [[nodiscard]] BagPtr itemBag(qint32 id);
+    // Applies each name of the bag and makes the subscription due at once.
+    void update(qint32 id, const PropertyBag &values, const QDateTime &now);
+    // Articles, bindings and free properties go with it. Returns false when it did not exist.
+    bool remove(qint32 id);
+
+    [[nodiscard]] std::optional<FetchInfo> fetchInfo(qint32 id);
+    // Never fetched, or NEXTUPDATETIME reached; the longest waiting first.
+    [[nodiscard]] QList<Due> due(const QDateTime &now);
+    void setNextUpdate(qint32 id, const QDateTime &when);
+    // Invalid when no subscription has a next update time.
+    [[nodiscard]] QDateTime earliestNextUpdate();
+    void recordFetch(qint32 id, const FetchRecord &record);
+    // Takes the feed's title when the user gave none (empty, or the address itself).
+    void fillTitle(qint32 id, const QString &title);
+
+private:
+    void setProperty(qint32 id, const QString &name, const PropertyValue &value);
+    void appendFreeProperties(qint32 id, PropertyBag &bag);
+
+    EngineDatabase &m_db;
+};
+
+} // namespace quillon

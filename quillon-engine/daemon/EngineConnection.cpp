@@ -1,0 +1,104 @@
+#include "EngineConnection.h"
+
+#include "WireCodec.h"
+
+#include <QLocalSocket>
+#include <QLoggingCategory>
+
+Q_LOGGING_CATEGORY(lcConnection, "quillon.daemon.connection")
+
+namespace quillon {
+
+EngineConnection::EngineConnection(QLocalSocket *socket, EngineCore *core, QObject *parent)
+    : QObject(parent), m_socket(socket), m_core(core)
+{
+    m_socket->setParent(this);
+    QPointer<EngineConnection> self(this);
+    m_session = core->openSession([self](qint32 callbackId, const BagPtr &message) {
+        if (self)
+            self->sendMessage(callbackId, message);
+    });
+    connect(m_socket, &QLocalSocket::readyRead, this, &EngineConnection::readRequests);
+    connect(m_socket, &QLocalSocket::disconnected, this, [this]() {
+        closeSession();
+        deleteLater();
+    });
+    qCDebug(lcConnection) << "session" << m_session << "opened";
+}
+
+EngineConnection::~EngineConnection()
+{
+    disconnect(m_socket, nullptr, this, nullptr);
+    closeSession();
+}
+
+void EngineConnection::finish(int timeoutMs)
+{
+    if (m_socket->state() != QLocalSocket::ConnectedState)
+        return;
+    m_socket->flush();
+    while (m_socket->bytesToWrite() > 0 && m_socket->waitForBytesWritten(timeoutMs)) {
+    }
+    m_socket->disconnectFromServer();
+}
+
+void EngineConnection::readRequests()
+{
+    m_reader.append(m_socket->readAll());
+    try {
+        while (const auto payload = m_reader.next())
+            answer(WireCodec::parsePayload(*payload));
+    } catch (const EngineError &e) {
+        // The stream cannot be trusted after a bad frame; other clients are not affected.
+        qCWarning(lcConnection) << "session" << m_session
+                                << "sent an unreadable frame, closing:" << e.message();
+        closeSession();
+        m_socket->abort();
+    }
+}
+
+void EngineConnection::answer(const QCborMap &frame)
+{
+    const WireRequest request = WireCodec::readRequest(frame);
+    QByteArray reply;
+    try {
+        if (!m_core)
+            throw EngineError(QStringLiteral("The engine has stopped"));
+        reply = WireCodec::frame(
+            WireCodec::reply(request.id, m_core->call(m_session, request.operation, request.args)));
+    } catch (const EngineError &e) {
+        reply = WireCodec::frame(WireCodec::errorReply(request.id, e.message()));
+    } catch (const std::exception &e) {
+        reply = WireCodec::frame(WireCodec::errorReply(request.id, QString::fromLocal8Bit(e.what())));
+    }
+    send(reply);
+}
+
+void EngineConnection::sendMessage(qint32 callbackId, const BagPtr &message)
+{
+    try {
+        send(WireCodec::frame(WireCodec::message(callbackId, message)));
+    } catch (const EngineError &e) {
+        qCWarning(lcConnection) << "message for session" << m_session << "not sent:" << e.message();
+    }
+}
+
+void EngineConnection::send(const QByteArray &bytes)
+{
+    if (m_socket->state() != QLocalSocket::ConnectedState)
+        return;
+    m_socket->write(bytes);
+    // Written now rather than on the next loop turn: the client is blocked waiting for it.
+    m_socket->flush();
+}
+
+void EngineConnection::closeSession()
+{
+    if (m_core && m_session != 0)
+        m_core->closeSession(m_session);
+    if (m_session != 0)
+        qCDebug(lcConnection) << "session" << m_session << "closed";
+    m_session = 0;
+}
+
+} // namespace quillon

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "EngineCore.h"
+#include "FrameReader.h"
+
+#include <QCborMap>
+#include <QObject>
+#include <QPointer>
+
+class QLocalSocket;
+
+namespace quillon {
+
+// One client's connection to the daemon: its own engine session, requests answered in order,
+// engine messages for the session written as they come. It deletes itself when the client goes.
+class EngineConnection : public QObject
+{
+    Q_OBJECT
+public:
+    EngineConnection(QLocalSocket *socket, EngineCore *core, QObject *parent = nullptr);
+    ~EngineConnection() override;
+
+    // Writes out what is pending (waiting at most timeoutMs) and closes the connection.
+    void finish(int timeoutMs);
+
+private:
+    void readRequests();
+    void answer(const QCborMap &frame);
+    void sendMessage(qint32 callbackId, const BagPtr &message);
+    void send(const QByteArray &bytes);
+    void closeSession();
+
+    QLocalSocket *m_socket;
+    QPointer<EngineCore> m_core;
+    EngineCore::SessionId m_session = 0;
+    FrameReader m_reader;
+};
+
+} // namespace quillon

@@ -1,0 +1,368 @@
+#include "DaemonProcess.h"
+#include "RecordingCallback.h"
+#include "TestEngine.h"
+
+#include <QFile>
+#include <QTest>
+
+#include <algorithm>
+
+using namespace quillon;
+
+namespace {
+
+const QString kNews = QStringLiteral("NEWS");
+
+QList<qint32> listLongs(SubscribeClient &client, Handle list)
+{
+    QList<qint32> values;
+    for (qint32 i = 0, n = client.ListCount(list); i < n; ++i)
+        values.append(client.ListLong(list, i));
+    client.ReleaseHandle(list);
+    return values;
+}
+
+bool hasMessage(const RecordingCallback &callback, const QString &name)
+{
+    return std::any_of(callback.records.cbegin(), callback.records.cend(),
+                       [&name](const RecordingCallback::Record &record) { return record.message == name; });
+}
+
+} // namespace
+
+// The behaviour every consumer relies on, checked once per transport.
+class tst_SubscribeClientContract : public QObject
+{
+    Q_OBJECT
+public:
+    enum class Transport { InProcess, Socket };
+    explicit tst_SubscribeClientContract(Transport transport) : m_transport(transport) {}
+
+private Q_SLOTS:
+    void initTestCase();
+    void cleanup();
+    void bagsReadTextAndNumbers();
+    void nestedBagsAndLists();
+    void handlesAreReleasedOnce();
+    void connectAndLogReachTheEngine();
+    void settingsRoundTripWithDefaults();
+    void addIsAnsweredFromTheEventLoop();
+    void subscriptionLifecycle();
+    void searchBagRendersAsSearch();
+    void engineFailuresRaiseEngineError();
+    // Last: it stops the engine.
+    void stoppingTellsConnectedConsumers();
+
+private:
+    SubscribeClientPtr newClient();
+    QString dataFolder() const;
+    qint32 addSubscription(SubscribeClient &client, const QString &title, const QString &url);
+
+    Transport m_transport;
+    std::unique_ptr<TestEngine> m_engine;
+    std::unique_ptr<DaemonProcess> m_daemon;
+    QList<SubscribeClientPtr> m_clients;
+};
+
+void tst_SubscribeClientContract::initTestCase()
+{
+    if (m_transport == Transport::InProcess) {
+        qInfo("transport: in-process");
+        m_engine = std::make_unique<TestEngine>();
+        QVERIFY(m_engine->isReady());
+    } else {
+        qInfo("transport: socket");
+        m_daemon = std::make_unique<DaemonProcess>();
+        QVERIFY2(m_daemon->start(), qPrintable(m_daemon->errorText()));
+    }
+}
+
+void tst_SubscribeClientContract::cleanup()
+{
+    for (const auto &client : std::as_const(m_clients))
+        QCOMPARE(client->LiveHandleCount(), 0);
+    m_clients.clear();
+}
+
+SubscribeClientPtr tst_SubscribeClientContract::newClient()
+{
+    SubscribeClientPtr client = m_engine ? m_engine->newClient() : m_daemon->newClient();
+    m_clients.append(client);
+    return client;
+}
+
+QString tst_SubscribeClientContract::dataFolder() const
+{
+    return m_engine ? m_engine->dataFolder() : m_daemon->dataDir();
+}
+
+qint32 tst_SubscribeClientContract::addSubscription(SubscribeClient &client, const QString &title,
+                                                    const QString &url)
+{
+    const Handle request = client.CreateItemRequest(kNews, title, url);
+    auto answer = std::make_shared<RecordingCallback>(&client);
+    client.SubmitRequest(request, answer);
+    client.ReleaseHandle(request);
+    if (!QTest::qWaitFor([&answer]() { return !answer->records.isEmpty(); }, 5000))
+        return 0;
+    return answer->records.first().result.value(QStringLiteral("SUBSCRIPTIONID")).toInt();
+}
+
+void tst_SubscribeClientContract::bagsReadTextAndNumbers()
+{
+    auto client = newClient();
+    const Handle bag = client->NewBag();
+    client->SetStringValue(bag, QStringLiteral("TITLE"), QStringLiteral("Café ☕"));
+    client->SetLongValue(bag, QStringLiteral("UPDATEFREQ"), 3600);
+    client->SetStringValue(bag, QStringLiteral("Count"), QStringLiteral(" 42 "));
+
+    QCOMPARE(client->GetStringValue(bag, QStringLiteral("title")), QStringLiteral("Café ☕"));
+    QCOMPARE(client->GetStringValue(bag, QStringLiteral("UPDATEFREQ")), QStringLiteral("3600"));
+    QCOMPARE(client->GetLongValue(bag, QStringLiteral("Count")), 42);
+    QCOMPARE(client->GetLongValue(bag, QStringLiteral("TITLE")), 0);
+    QCOMPARE(client->GetStringValue(bag, QStringLiteral("USER")), kMissingText);
+    QCOMPARE(client->GetLongValue(bag, QStringLiteral("USER")), kMissing);
+    QCOMPARE(client->GetHandleValue(bag, QStringLiteral("Result")), 0);
+
+    const Handle names = client->ListNames(bag);
+    QCOMPARE(client->ListCount(names), 3);
+    QCOMPARE(client->ListString(names, 0), QStringLiteral("TITLE"));
+    QCOMPARE(client->ListString(names, 2), QStringLiteral("Count"));
+    client->ReleaseHandle(names);
+    client->ReleaseHandle(bag);
+}
+
+void tst_SubscribeClientContract::nestedBagsAndLists()
+{
+    auto client = newClient();
+    const Handle outer = client->NewBag();
+    const Handle inner = client->NewBag();
+    const Handle list = client->NewList();
+    client->SetStringValue(inner, QStringLiteral("URL"), QStringLiteral("http://127.0.0.1/feed"));
+    client->ListAppend(list, QStringLiteral("OLCONSUMER"));
+    client->ListAppend(list, QStringLiteral("17"));
+    client->SetHandleValue(outer, QStringLiteral("Result"), inner);
+    client->SetHandleValue(outer, QStringLiteral("ConsumerIDs"), list);
+
+    const Handle innerAgain = client->GetHandleValue(outer, QStringLiteral("Result"));
+    QVERIFY(innerAgain > 0);
+    QCOMPARE(client->GetStringValue(innerAgain, QStringLiteral("URL")),
+             QStringLiteral("http://127.0.0.1/feed"));
+    const Handle listAgain = client->GetHandleValue(outer, QStringLiteral("ConsumerIDs"));
+    QCOMPARE(client->ListCount(listAgain), 2);
+    QCOMPARE(client->ListString(listAgain, 0), QStringLiteral("OLCONSUMER"));
+    QCOMPARE(client->ListLong(listAgain, 1), 17);
+    QCOMPARE(client->ListHandle(listAgain, 0), 0);
+    QVERIFY_THROWS_EXCEPTION(EngineError, (void)client->ListLong(listAgain, 2));
+    QVERIFY_THROWS_EXCEPTION(EngineError, (void)client->ListString(listAgain, -1));
+
+    // A bag may not end up inside itself, however deep.
+    QVERIFY_THROWS_EXCEPTION(EngineError, client->SetHandleValue(inner, QStringLiteral("loop"), outer));
+    QVERIFY_THROWS_EXCEPTION(EngineError, client->SetHandleValue(outer, QStringLiteral("self"), outer));
+
+    for (const Handle handle : {outer, inner, list, innerAgain, listAgain})
+        client->ReleaseHandle(handle);
+}
+
+void tst_SubscribeClientContract::handlesAreReleasedOnce()
+{
+    auto client = newClient();
+    const Handle bag = client->NewBag();
+    const Handle list = client->NewList();
+    QVERIFY_THROWS_EXCEPTION(EngineError, (void)client->GetStringValue(list, QStringLiteral("x")));
+    QVERIFY_THROWS_EXCEPTION(EngineError, (void)client->ListCount(bag));
+    client->ReleaseHandle(bag);
+    QVERIFY_THROWS_EXCEPTION(EngineError, client->ReleaseHandle(bag));
+    QVERIFY_THROWS_EXCEPTION(EngineError,
+                             client->SetStringValue(bag, QStringLiteral("x"), QStringLiteral("y")));
+    QVERIFY_THROWS_EXCEPTION(EngineError, client->ReleaseHandle(0));
+    client->ReleaseHandle(list);
+
+    // Handles the engine hands out count like any other.
+    const Handle items = client->ListConsumerItems(QStringLiteral("*"), kNews);
+    QVERIFY(items > 0);
+    QCOMPARE(client->LiveHandleCount(), 1);
+    client->ReleaseHandle(items);
+}
+
+void tst_SubscribeClientContract::connectAndLogReachTheEngine()
+{
+    auto client = newClient();
+    client->Connect(QStringLiteral("CONFIGCONSUMER"), std::make_shared<RecordingCallback>(client.get()));
+    client->Log(QStringLiteral("UI Client <> Engine comms established\r\n"), 999);
+
+    const QString path = dataFolder() + QStringLiteral("/engine.log");
+    const auto logText = [&path]() {
+        QFile log(path);
+        return log.open(QIODevice::ReadOnly) ? log.readAll() : QByteArray();
+    };
+    QTRY_VERIFY(logText().contains("UI Client <> Engine comms established"));
+}
+
+void tst_SubscribeClientContract::settingsRoundTripWithDefaults()
+{
+    auto writer = newClient();
+    auto reader = newClient();
+    const QString section = QStringLiteral("ConfigDefaults");
+    const Handle values = writer->NewBag();
+    writer->SetStringValue(values, QStringLiteral("ContractFirstRun"), QStringLiteral("1"));
+    writer->SetStringValue(values, QStringLiteral("ContractName"), QStringLiteral("Zoë"));
+    writer->SetSettings(QStringLiteral("CONFIGCONSUMER"), section, values);
+    writer->ReleaseHandle(values);
+
+    const Handle keys = reader->NewBag();
+    reader->SetStringValue(keys, QStringLiteral("ContractFirstRun"), QStringLiteral("0"));
+    reader->SetStringValue(keys, QStringLiteral("ContractName"), QString());
+    reader->SetStringValue(keys, QStringLiteral("ContractNeverSet"), kMissingText);
+    reader->SetLongValue(keys, QStringLiteral("ContractNumber"), 30);
+    const Handle stored = reader->GetSettings(QStringLiteral("CONFIGCONSUMER"), section, keys);
+    QCOMPARE(reader->GetStringValue(stored, QStringLiteral("ContractFirstRun")), QStringLiteral("1"));
+    QCOMPARE(reader->GetStringValue(stored, QStringLiteral("ContractName")), QStringLiteral("Zoë"));
+    QCOMPARE(reader->GetStringValue(stored, QStringLiteral("ContractNeverSet")), kMissingText);
+    QCOMPARE(reader->GetLongValue(stored, QStringLiteral("ContractNumber")), 30);
+
+    // Settings are kept per consumer and section.
+    const Handle elsewhere = reader->GetSettings(QStringLiteral("OLCONSUMER"), section, keys);
+    QCOMPARE(reader->GetStringValue(elsewhere, QStringLiteral("ContractFirstRun")), QStringLiteral("0"));
+    for (const Handle handle : {keys, stored, elsewhere})
+        reader->ReleaseHandle(handle);
+}
+
+void tst_SubscribeClientContract::addIsAnsweredFromTheEventLoop()
+{
+    auto asker = newClient();
+    auto other = newClient();
+    auto askerEvents = std::make_shared<RecordingCallback>(asker.get());
+    auto otherEvents = std::make_shared<RecordingCallback>(other.get());
+    asker->Connect(QStringLiteral("CONFIGCONSUMER"), askerEvents);
+    other->Connect(QStringLiteral("OLCONSUMER"), otherEvents);
+
+    const QString url = QStringLiteral("http://127.0.0.1:9/contract-add.xml");
+    const Handle request = asker->CreateItemRequest(kNews, QStringLiteral("Contract add"), url);
+    asker->SetStringValue(request, QStringLiteral("CATEGORY"), QStringLiteral("Tech~~~News"));
+    const Handle consumers = asker->NewList();
+    asker->ListAppend(consumers, QStringLiteral("OLCONSUMER"));
+    asker->SetHandleValue(request, QStringLiteral("ConsumerIDs"), consumers);
+    auto answer = std::make_shared<RecordingCallback>(asker.get());
+    asker->SubmitRequest(request, answer);
+    QCOMPARE(answer->records.size(), 0);
+    asker->ReleaseHandle(request);
+    asker->ReleaseHandle(consumers);
+
+    QTRY_COMPARE(answer->records.size(), 1);
+    const RecordingCallback::Record &added = answer->records.first();
+    QCOMPARE(added.message, QStringLiteral("SubscriptionAddResult"));
+    const qint32 id = added.result.value(QStringLiteral("SUBSCRIPTIONID")).toInt();
+    QVERIFY(id > 0);
+    QCOMPARE(added.result.value(QStringLiteral("URL")), url);
+    QCOMPARE(added.result.value(QStringLiteral("TITLE")), QStringLiteral("Contract add"));
+    QCOMPARE(added.result.value(QStringLiteral("CATEGORY")), QStringLiteral("Tech~~~News"));
+
+    QTRY_VERIFY(hasMessage(*otherEvents, QStringLiteral("SubscriptionAdded")));
+    QVERIFY(!hasMessage(*askerEvents, QStringLiteral("SubscriptionAdded")));
+    QVERIFY(listLongs(*asker, asker->ListConsumerItems(QStringLiteral("OLCONSUMER"), kNews)).contains(id));
+}
+
+void tst_SubscribeClientContract::subscriptionLifecycle()
+{
+    auto client = newClient();
+    auto watcher = newClient();
+    client->Connect(QStringLiteral("CONFIGCONSUMER"), std::make_shared<RecordingCallback>(client.get()));
+    auto watched = std::make_shared<RecordingCallback>(watcher.get());
+    watcher->Connect(QStringLiteral("OLCONSUMER"), watched);
+    const qint32 id =
+        addSubscription(*client, QStringLiteral("Lifecycle"), QStringLiteral("http://127.0.0.1:9/life"));
+    QVERIFY(id > 0);
+    QVERIFY(listLongs(*client, client->ListConsumerItems(QStringLiteral("*"), kNews)).contains(id));
+    QVERIFY(!listLongs(*client, client->ListConsumerItems(QStringLiteral("OLCONSUMER"), kNews)).contains(id));
+
+    const Handle changes = client->NewBag();
+    client->SetLongValue(changes, QStringLiteral("UPDATEFREQ"), 7200);
+    client->SetStringValue(changes, QStringLiteral("ContractNote"), QStringLiteral("naïve"));
+    client->UpdateItem(kNews, id, changes);
+    client->ReleaseHandle(changes);
+    const Handle item = client->GetItemBag(kNews, id, 0);
+    QCOMPARE(client->GetLongValue(item, QStringLiteral("SUBSCRIPTIONID")), id);
+    QCOMPARE(client->GetStringValue(item, QStringLiteral("TITLE")), QStringLiteral("Lifecycle"));
+    QCOMPARE(client->GetStringValue(item, QStringLiteral("UPDATEFREQ")), QStringLiteral("7200"));
+    QCOMPARE(client->GetStringValue(item, QStringLiteral("ContractNote")), QStringLiteral("naïve"));
+    QCOMPARE(client->GetStringValue(item, QStringLiteral("USER")), kMissingText);
+    client->ReleaseHandle(item);
+
+    client->BindItem(QStringLiteral("OLCONSUMER"), kNews, id, 1);
+    QVERIFY(listLongs(*client, client->ListConsumerItems(QStringLiteral("OLCONSUMER"), kNews)).contains(id));
+    QTRY_VERIFY(hasMessage(*watched, QStringLiteral("SubscriptionBindingChanged")));
+    QCOMPARE(watched->records.last().result.value(QStringLiteral("ORIGINATOR")),
+             QStringLiteral("CONFIGCONSUMER"));
+    client->BindItem(QStringLiteral("OLCONSUMER"), kNews, id, 0);
+    QVERIFY(!listLongs(*client, client->ListConsumerItems(QStringLiteral("OLCONSUMER"), kNews)).contains(id));
+
+    client->RemoveItem(kNews, id, 1);
+    QVERIFY_THROWS_EXCEPTION(EngineError, (void)client->GetItemBag(kNews, id, 0));
+    QVERIFY(!listLongs(*client, client->ListConsumerItems(QStringLiteral("*"), kNews)).contains(id));
+}
+
+void tst_SubscribeClientContract::searchBagRendersAsSearch()
+{
+    auto client = newClient();
+    const Handle search = client->NewBag();
+    client->SetStringValue(search, QStringLiteral("guid"), QStringLiteral("{7A0F}"));
+    client->SetStringValue(search, QStringLiteral("keywords"), QStringLiteral("space flight"));
+    const QString text = client->BagToText(search);
+    client->ReleaseHandle(search);
+    QVERIFY2(text.startsWith(QStringLiteral("search")), qPrintable(text));
+    QVERIFY2(text.contains(QStringLiteral("space")), qPrintable(text));
+}
+
+void tst_SubscribeClientContract::engineFailuresRaiseEngineError()
+{
+    auto client = newClient();
+    try {
+        (void)client->GetItemBag(kNews, 987654321, 0);
+        QFAIL("an unknown subscription was found");
+    } catch (const EngineError &e) {
+        QVERIFY(!e.message().isEmpty());
+    }
+    // A bag that holds a list has no text form: the engine refuses it.
+    const Handle bag = client->NewBag();
+    const Handle list = client->NewList();
+    client->SetHandleValue(bag, QStringLiteral("items"), list);
+    QVERIFY_THROWS_EXCEPTION(EngineError, (void)client->BagToText(bag));
+    client->ReleaseHandle(bag);
+    client->ReleaseHandle(list);
+    // A failure leaves the client usable.
+    client->Log(QStringLiteral("after a failure"), 1);
+}
+
+void tst_SubscribeClientContract::stoppingTellsConnectedConsumers()
+{
+    auto client = newClient();
+    auto events = std::make_shared<RecordingCallback>(client.get());
+    client->Connect(QStringLiteral("CONFIGCONSUMER"), events);
+    if (m_daemon) {
+        m_daemon->process().terminate();
+        QTRY_VERIFY(hasMessage(*events, QStringLiteral("EngineTerminated")));
+        QProcess &process = m_daemon->process();
+        QVERIFY(process.state() == QProcess::NotRunning || process.waitForFinished(15000));
+        QCOMPARE(m_daemon->stop(), 0);
+    } else {
+        m_engine->core().announceTermination();
+        QTRY_VERIFY(hasMessage(*events, QStringLiteral("EngineTerminated")));
+        m_engine.reset();
+    }
+    QVERIFY_THROWS_EXCEPTION(EngineError, client->Log(QStringLiteral("too late"), 1));
+}
+
+int main(int argc, char *argv[])
+{
+    QCoreApplication app(argc, argv);
+    int status = 0;
+    for (const auto transport : {tst_SubscribeClientContract::Transport::InProcess,
+                                 tst_SubscribeClientContract::Transport::Socket}) {
+        tst_SubscribeClientContract test(transport);
+        status |= QTest::qExec(&test, argc, argv);
+    }
+    return status;
+}
+
+#include "tst_SubscribeClientContract.moc"

@@ -1,0 +1,178 @@
+#include "EngineError.h"
+#include "FrameReader.h"
+#include "WireCodec.h"
+
+#include <QCborArray>
+#include <QRandomGenerator>
+#include <QTest>
+
+#include <limits>
+
+using namespace quillon;
+
+namespace {
+
+PropertyValue randomValue(QRandomGenerator &random, int depth)
+{
+    const int kind = int(random.bounded(depth > 3 ? 3 : 5));
+    switch (kind) {
+    case 0:
+        return {};
+    case 1: {
+        QString text;
+        for (int i = int(random.bounded(12)); i > 0; --i)
+            text.append(QChar(char16_t(random.bounded(0x20, 0x3000))));
+        return text;
+    }
+    case 2:
+        return qint32(random.generate());
+    case 3: {
+        auto bag = PropertyBag::create();
+        for (int i = int(random.bounded(6)); i > 0; --i)
+            bag->set(QStringLiteral("n%1").arg(random.bounded(1000)), randomValue(random, depth + 1));
+        return bag;
+    }
+    default: {
+        auto list = PropertyList::create();
+        for (int i = int(random.bounded(6)); i > 0; --i)
+            list->append(randomValue(random, depth + 1));
+        return list;
+    }
+    }
+}
+
+PropertyValue throughTheWire(const PropertyValue &value)
+{
+    const QByteArray bytes = WireCodec::frame(WireCodec::reply(7, value));
+    FrameReader reader;
+    reader.append(bytes);
+    const auto payload = reader.next();
+    if (!payload)
+        throw EngineError(QStringLiteral("frame not complete"));
+    return WireCodec::decode(WireCodec::parsePayload(*payload).value(WireCodec::kResult));
+}
+
+} // namespace
+
+class tst_WireCodec : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void randomNestedValuesSurviveTheWire();
+    void decodeRejectsWhatIsNotAValue_data();
+    void decodeRejectsWhatIsNotAValue();
+    void integerLimitsAreKept();
+    void bagInsideItselfFailsCleanly();
+    void malformedPayloadsAreRejected();
+    void garbageNeverCrashes();
+    void requestsNeedIdOperationAndArguments();
+};
+
+void tst_WireCodec::randomNestedValuesSurviveTheWire()
+{
+    QRandomGenerator random(20240611);
+    for (int i = 0; i < 500; ++i) {
+        const PropertyValue value = randomValue(random, 0);
+        const PropertyValue back = throughTheWire(value);
+        QVERIFY2(sameValue(value, back), qPrintable(QStringLiteral("value %1 changed").arg(i)));
+        // Byte-equal re-encoding also proves that the order of names was kept.
+        QCOMPARE(WireCodec::encode(back).toCbor(), WireCodec::encode(value).toCbor());
+    }
+}
+
+void tst_WireCodec::decodeRejectsWhatIsNotAValue_data()
+{
+    QTest::addColumn<QCborValue>("value");
+    QTest::newRow("above 32 bits") << QCborValue(qint64(std::numeric_limits<qint32>::max()) + 1);
+    QTest::newRow("below 32 bits") << QCborValue(qint64(std::numeric_limits<qint32>::min()) - 1);
+    QTest::newRow("boolean") << QCborValue(true);
+    QTest::newRow("double") << QCborValue(1.5);
+    QTest::newRow("bytes") << QCborValue(QByteArray("abc"));
+    QTest::newRow("undefined") << QCborValue();
+    QTest::newRow("tagged") << QCborValue(QCborKnownTags::Base64, QCborValue(QStringLiteral("x")));
+    QTest::newRow("number as name") << QCborValue(QCborMap{{1, QStringLiteral("x")}});
+    QTest::newRow("bad integer in a list") << QCborValue(QCborArray{1, qint64(1) << 40});
+    QCborValue deep = QCborArray();
+    for (int i = 0; i < WireCodec::kMaxDepth + 2; ++i)
+        deep = QCborArray{deep};
+    QTest::newRow("too deep") << deep;
+}
+
+void tst_WireCodec::decodeRejectsWhatIsNotAValue()
+{
+    QFETCH(QCborValue, value);
+    QVERIFY_THROWS_EXCEPTION(EngineError, (void)WireCodec::decode(value));
+}
+
+void tst_WireCodec::integerLimitsAreKept()
+{
+    for (qint32 n : {std::numeric_limits<qint32>::min(), std::numeric_limits<qint32>::max(), kMissing, 0})
+        QCOMPARE(std::get<qint32>(throughTheWire(n)), n);
+    QVERIFY(std::holds_alternative<std::monostate>(throughTheWire({})));
+    QCOMPARE(std::get<QString>(throughTheWire(QString())), QString());
+}
+
+void tst_WireCodec::bagInsideItselfFailsCleanly()
+{
+    auto bag = PropertyBag::create();
+    bag->set(QStringLiteral("self"), bag);
+    QVERIFY_THROWS_EXCEPTION(EngineError, (void)WireCodec::frame(WireCodec::reply(1, bag)));
+    bag->remove(QStringLiteral("self"));
+}
+
+void tst_WireCodec::malformedPayloadsAreRejected()
+{
+    const QByteArray good = QCborValue(QCborMap{{QStringLiteral("k"), 1}}).toCbor();
+    const QList<QByteArray> bad = {QByteArray(), good.left(good.size() - 1), good + good,
+                                   QCborValue(QCborArray{1}).toCbor(), QByteArray("\xff\xff\xff", 3)};
+    QCOMPARE(WireCodec::parsePayload(good).value(QStringLiteral("k")).toInteger(), 1);
+    for (const QByteArray &payload : bad)
+        QVERIFY_THROWS_EXCEPTION(EngineError, (void)WireCodec::parsePayload(payload));
+}
+
+void tst_WireCodec::garbageNeverCrashes()
+{
+    QRandomGenerator random(99);
+    const QByteArray valid =
+        WireCodec::frame(WireCodec::request(3, QStringLiteral("Log"), {QStringLiteral("t"), 2}))
+            .mid(WireCodec::kHeaderBytes);
+    int rejected = 0;
+    for (int i = 0; i < 3000; ++i) {
+        QByteArray payload = valid;
+        // Flip a few bytes of a real request, or make one up from scratch.
+        if (i % 2 == 0) {
+            for (int flips = int(random.bounded(1, 4)); flips > 0; --flips)
+                payload[int(random.bounded(int(payload.size())))] = char(random.generate());
+        } else {
+            payload.resize(int(random.bounded(1, 40)));
+            for (char &c : payload)
+                c = char(random.generate());
+        }
+        try {
+            [[maybe_unused]] const WireRequest request =
+                WireCodec::readRequest(WireCodec::parsePayload(payload));
+        } catch (const EngineError &) {
+            ++rejected;
+        }
+    }
+    QVERIFY(rejected > 1500);
+}
+
+void tst_WireCodec::requestsNeedIdOperationAndArguments()
+{
+    const QCborMap full =
+        WireCodec::request(5, QStringLiteral("GetItemBag"), {QStringLiteral("NEWS"), 12, 0});
+    const WireRequest request = WireCodec::readRequest(full);
+    QCOMPARE(request.id, 5);
+    QCOMPARE(request.operation, QStringLiteral("GetItemBag"));
+    QCOMPARE(request.args.size(), 3);
+    QCOMPARE(std::get<qint32>(request.args.at(1)), 12);
+    for (const QString &key : {WireCodec::kId, WireCodec::kOperation, WireCodec::kArgs}) {
+        QCborMap partial = full;
+        partial.remove(key);
+        QVERIFY_THROWS_EXCEPTION(EngineError, (void)WireCodec::readRequest(partial));
+    }
+}
+
+QTEST_GUILESS_MAIN(tst_WireCodec)
+#include "tst_WireCodec.moc"

@@ -1,0 +1,554 @@
+#include "EngineCore.h"
+#include "InProcessLink.h"
+#include "LinkedSubscribeClient.h"
+#include "RecordingCallback.h"
+#include "TestEngine.h"
+
+#include <QDateTime>
+#include <QDir>
+#include <QFile>
+#include <QSqlDatabase>
+#include <QSqlQuery>
+#include <QTemporaryDir>
+#include <QTemporaryFile>
+#include <QTest>
+
+using namespace quillon;
+
+namespace {
+const QString kNews = QStringLiteral("NEWS");
+
+// Reads the store behind the engine's back, as a fetcher or a second process would.
+class SideConnection
+{
+public:
+    explicit SideConnection(const QString &path) : m_name(QStringLiteral("side-%1").arg(++s_count))
+    {
+        auto db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), m_name);
+        db.setDatabaseName(path);
+        db.open();
+    }
+    ~SideConnection() { QSqlDatabase::removeDatabase(m_name); }
+    int number(const QString &sql)
+    {
+        QSqlQuery q(QSqlDatabase::database(m_name));
+        return q.exec(sql) && q.next() ? q.value(0).toInt() : -1;
+    }
+    bool exec(const QString &sql) { return QSqlQuery(QSqlDatabase::database(m_name)).exec(sql); }
+
+private:
+    static inline int s_count = 0;
+    QString m_name;
+};
+} // namespace
+
+class tst_EngineCore : public QObject
+{
+    Q_OBJECT
+
+private:
+    SubscribeClientPtr client(const QString &consumerId = {},
+                              std::shared_ptr<RecordingCallback> *events = nullptr);
+    qint32 add(SubscribeClient &c, const QString &url, const QStringList &consumerIds = {});
+    QString itemText(SubscribeClient &c, qint32 id, const QString &name);
+    QString setting(SubscribeClient &c, const QString &consumer, const QString &section, const QString &key);
+    void setSetting(SubscribeClient &c, const QString &consumer, const QString &section, const QString &key,
+                    const QString &value);
+    QList<int> items(SubscribeClient &c, const QString &consumer);
+
+    std::unique_ptr<TestEngine> m_engine;
+    QList<SubscribeClientPtr> m_clients;
+
+private Q_SLOTS:
+    void init();
+    void cleanup();
+    void addAnswersTheCallerAndTellsTheOthers();
+    void itemBagLeavesUnknownValuesOut();
+    void updateItemKeepsEveryNameAndMakesItDue();
+    void settingsFallBackToTheGivenDefault();
+    void bindItemFollowsTheDeliveryRule();
+    void bindItemKeepsOrDropsDeliveredArticles();
+    void removeItemTakesEverythingWithIt();
+    void requestsThatCannotBeServedAreAnswered();
+    void badCallsRaiseReadableErrors();
+    void reopenedStoreKeepsEverything();
+    void bagToTextRendersSearches();
+    void connectionsAndTermination();
+};
+
+SubscribeClientPtr tst_EngineCore::client(const QString &consumerId,
+                                          std::shared_ptr<RecordingCallback> *events)
+{
+    auto c = m_engine->newClient();
+    m_clients.append(c);
+    if (!consumerId.isEmpty()) {
+        auto callback = std::make_shared<RecordingCallback>(*c);
+        c->Connect(consumerId, callback);
+        if (events)
+            *events = callback;
+    }
+    return c;
+}
+
+qint32 tst_EngineCore::add(SubscribeClient &c, const QString &url, const QStringList &consumerIds)
+{
+    const Handle request = c.CreateItemRequest(kNews, QStringLiteral("Title of ") + url, url);
+    const Handle list = c.NewList();
+    for (const QString &consumer : consumerIds)
+        c.ListAppend(list, consumer);
+    if (!consumerIds.isEmpty())
+        c.SetHandleValue(request, QStringLiteral("ConsumerIDs"), list);
+    auto answer = std::make_shared<RecordingCallback>(c);
+    c.SubmitRequest(request, answer);
+    c.ReleaseHandle(list);
+    c.ReleaseHandle(request);
+    if (!QTest::qWaitFor([&] { return !answer->received.isEmpty(); }))
+        return 0;
+    return answer->received.first().result.value(QStringLiteral("SUBSCRIPTIONID")).toInt();
+}
+
+QString tst_EngineCore::itemText(SubscribeClient &c, qint32 id, const QString &name)
+{
+    const Handle bag = c.GetItemBag(kNews, id, 0);
+    const QString value = c.GetStringValue(bag, name);
+    c.ReleaseHandle(bag);
+    return value;
+}
+
+QString tst_EngineCore::setting(SubscribeClient &c, const QString &consumer, const QString &section,
+                                const QString &key)
+{
+    const Handle keys = c.NewBag();
+    c.SetStringValue(keys, key, kMissingText);
+    const Handle result = c.GetSettings(consumer, section, keys);
+    const QString value = c.GetStringValue(result, key);
+    c.ReleaseHandle(result);
+    c.ReleaseHandle(keys);
+    return value;
+}
+
+void tst_EngineCore::setSetting(SubscribeClient &c, const QString &consumer, const QString &section,
+                                const QString &key, const QString &value)
+{
+    const Handle values = c.NewBag();
+    c.SetStringValue(values, key, value);
+    c.SetSettings(consumer, section, values);
+    c.ReleaseHandle(values);
+}
+
+QList<int> tst_EngineCore::items(SubscribeClient &c, const QString &consumer)
+{
+    QList<int> ids;
+    const Handle list = c.ListConsumerItems(consumer, kNews);
+    for (int i = 0; i < c.ListCount(list); ++i)
+        ids.append(c.ListLong(list, i));
+    c.ReleaseHandle(list);
+    return ids;
+}
+
+void tst_EngineCore::init()
+{
+    m_engine = std::make_unique<TestEngine>();
+    QVERIFY(m_engine->isReady());
+}
+
+void tst_EngineCore::cleanup()
+{
+    for (const auto &c : std::as_const(m_clients))
+        QCOMPARE(c->LiveHandleCount(), 0);
+    m_clients.clear();
+    m_engine.reset();
+}
+
+void tst_EngineCore::addAnswersTheCallerAndTellsTheOthers()
+{
+    std::shared_ptr<RecordingCallback> configEvents, outlookEvents;
+    auto config = client(QStringLiteral("CONFIGCONSUMER"), &configEvents);
+    client(QStringLiteral("OLCONSUMER"), &outlookEvents);
+
+    const Handle request =
+        config->CreateItemRequest(kNews, QStringLiteral("Daily"), QStringLiteral("http://a/feed"));
+    config->SetStringValue(request, QStringLiteral("USER"), QStringLiteral("ann"));
+    config->SetStringValue(request, QStringLiteral("PASSWORD"), QStringLiteral("secret"));
+    config->SetStringValue(request, QStringLiteral("CATEGORY"), QStringLiteral("News~~~Local"));
+    const Handle consumers = config->NewList();
+    config->ListAppend(consumers, QStringLiteral("OLCONSUMER"));
+    config->SetHandleValue(request, QStringLiteral("ConsumerIDs"), consumers);
+    auto answer = std::make_shared<RecordingCallback>(*config);
+    const qint32 first = config->SubmitRequest(request, answer);
+    const qint32 second = config->SubmitRequest(request, std::make_shared<RecordingCallback>(*config));
+    config->ReleaseHandle(consumers);
+    config->ReleaseHandle(request);
+    QVERIFY(first > 0);
+    QVERIFY(second > first);
+
+    QTRY_COMPARE(answer->received.size(), 1);
+    const auto &result = answer->received.first();
+    QCOMPARE(result.name, QStringLiteral("SubscriptionAddResult"));
+    const qint32 id = result.result.value(QStringLiteral("SUBSCRIPTIONID")).toInt();
+    QVERIFY(id > 0);
+    QCOMPARE(result.result.value(QStringLiteral("URL")), QStringLiteral("http://a/feed"));
+    QCOMPARE(result.result.value(QStringLiteral("TITLE")), QStringLiteral("Daily"));
+    QCOMPARE(result.result.value(QStringLiteral("CATEGORY")), QStringLiteral("News~~~Local"));
+
+    // Two adds: the other consumer hears of both, then of each binding; the asker of neither add.
+    QTRY_COMPARE(outlookEvents->received.size(), 4);
+    QCOMPARE(outlookEvents->received.at(0).name, QStringLiteral("SubscriptionAdded"));
+    QCOMPARE(outlookEvents->received.at(0).result.value(QStringLiteral("SUBSCRIPTIONID")).toInt(), id);
+    QCOMPARE(outlookEvents->received.at(1).name, QStringLiteral("SubscriptionBindingChanged"));
+    QCOMPARE(outlookEvents->received.at(1).result.value(QStringLiteral("ORIGINATOR")),
+             QStringLiteral("CONFIGCONSUMER"));
+    QCOMPARE(outlookEvents->received.at(1).ids, QList<int>{id});
+    QTRY_COMPARE(configEvents->received.size(), 2);
+    for (const auto &event : configEvents->received)
+        QCOMPARE(event.name, QStringLiteral("SubscriptionBindingChanged"));
+
+    QCOMPARE(itemText(*config, id, QStringLiteral("USER")), QStringLiteral("ann"));
+    QCOMPARE(itemText(*config, id, QStringLiteral("PASSWORD")), QStringLiteral("secret"));
+    QCOMPARE(itemText(*config, id, QStringLiteral("UPDATEFREQ")), QStringLiteral("-1"));
+    QCOMPARE(itemText(*config, id, QStringLiteral("DELETEUNREAD")), QStringLiteral("-1"));
+    QCOMPARE(items(*config, QStringLiteral("OLCONSUMER")), (QList<int>{id, id + 1}));
+    QCOMPARE(items(*config, QStringLiteral("*")), (QList<int>{id, id + 1}));
+    QCOMPARE(items(*config, QStringLiteral("MEDIACONSUMER")), QList<int>{});
+}
+
+void tst_EngineCore::itemBagLeavesUnknownValuesOut()
+{
+    auto c = client();
+    const qint32 id = add(*c, QStringLiteral("http://b/rss"));
+    QVERIFY(id > 0);
+
+    const Handle bag = c->GetItemBag(kNews, id, 0);
+    QCOMPARE(c->GetLongValue(bag, QStringLiteral("SUBSCRIPTIONID")), id);
+    QCOMPARE(c->GetLongValue(bag, QStringLiteral("USER")), kMissing);
+    QCOMPARE(c->GetStringValue(bag, QStringLiteral("LASTUPDATESTATUS")), kMissingText);
+    QCOMPARE(c->GetStringValue(bag, QStringLiteral("LastDateCheck")), kMissingText);
+    QCOMPARE(c->GetStringValue(bag, QStringLiteral("NEXTUPDATETIME")), kMissingText);
+    QCOMPARE(c->GetStringValue(bag, QStringLiteral("FOLDERTITLE")), kMissingText);
+    // A feed added without a category sits at the top of the tree, not under "-237237".
+    QCOMPARE(c->GetStringValue(bag, QStringLiteral("CATEGORY")), QString());
+    QCOMPARE(c->GetLongValue(bag, QStringLiteral("ITEMREADCOUNT")), 0);
+    QCOMPARE(c->GetLongValue(bag, QStringLiteral("ITEMUNREADCOUNT")), 0);
+    c->ReleaseHandle(bag);
+
+    setSetting(*c, QStringLiteral("OLCONSUMER"), QStringLiteral("SubscriptionSpecifics_%1").arg(id),
+               QStringLiteral("FOLDERTITLE"), QStringLiteral("My folder"));
+    QCOMPARE(itemText(*c, id, QStringLiteral("FOLDERTITLE")), QStringLiteral("My folder"));
+
+    SideConnection side(m_engine->core().databasePath());
+    QVERIFY(
+        side.exec(QStringLiteral("INSERT INTO articles (subscription_id, guid, is_read) VALUES (%1, 'a', 1),"
+                                 " (%1, 'b', 0), (%1, 'c', 0)")
+                      .arg(id)));
+    QCOMPARE(itemText(*c, id, QStringLiteral("ITEMREADCOUNT")), QStringLiteral("1"));
+    QCOMPARE(itemText(*c, id, QStringLiteral("ITEMUNREADCOUNT")), QStringLiteral("2"));
+
+    QVERIFY_THROWS_EXCEPTION(EngineError, c->GetItemBag(kNews, id + 100, 0));
+}
+
+void tst_EngineCore::updateItemKeepsEveryNameAndMakesItDue()
+{
+    auto c = client();
+    const qint32 id = add(*c, QStringLiteral("http://c/atom"));
+    const QDateTime before = QDateTime::currentDateTimeUtc().addSecs(-1);
+
+    const Handle values = c->NewBag();
+    c->SetLongValue(values, QStringLiteral("UPDATEFREQ"), 7200);
+    c->SetStringValue(values, QStringLiteral("DELETEREAD"), QStringLiteral("86400"));
+    c->SetStringValue(values, QStringLiteral("LastDateCheck"), QStringLiteral("2024-05-01T14:00:00+02:00"));
+    c->SetStringValue(values, QStringLiteral("SearchLimit"), QStringLiteral("25"));
+    c->SetLongValue(values, QStringLiteral("SUBSCRIPTIONID"), 999);
+    c->UpdateItem(kNews, id, values);
+    c->ReleaseHandle(values);
+
+    QCOMPARE(itemText(*c, id, QStringLiteral("UPDATEFREQ")), QStringLiteral("7200"));
+    QCOMPARE(itemText(*c, id, QStringLiteral("DELETEREAD")), QStringLiteral("86400"));
+    QCOMPARE(itemText(*c, id, QStringLiteral("LastDateCheck")), QStringLiteral("2024-05-01T12:00:00Z"));
+    QCOMPARE(itemText(*c, id, QStringLiteral("searchlimit")), QStringLiteral("25"));
+    QCOMPARE(itemText(*c, id, QStringLiteral("SUBSCRIPTIONID")).toInt(), id);
+    const QDateTime due =
+        QDateTime::fromString(itemText(*c, id, QStringLiteral("NEXTUPDATETIME")), Qt::ISODate);
+    QVERIFY(due >= before && due <= QDateTime::currentDateTimeUtc().addSecs(1));
+
+    // A bad value undoes the whole update, names applied before it included.
+    const Handle bad = c->NewBag();
+    c->SetStringValue(bad, QStringLiteral("TITLE"), QStringLiteral("Changed"));
+    c->SetStringValue(bad, QStringLiteral("UPDATEFREQ"), QStringLiteral("soon"));
+    QVERIFY_THROWS_EXCEPTION(EngineError, c->UpdateItem(kNews, id, bad));
+    QVERIFY_THROWS_EXCEPTION(EngineError, c->UpdateItem(kNews, id + 100, bad));
+    c->ReleaseHandle(bad);
+    QCOMPARE(itemText(*c, id, QStringLiteral("TITLE")), QStringLiteral("Title of http://c/atom"));
+    QCOMPARE(itemText(*c, id, QStringLiteral("UPDATEFREQ")), QStringLiteral("7200"));
+}
+
+void tst_EngineCore::settingsFallBackToTheGivenDefault()
+{
+    auto c = client();
+    const Handle keys = c->NewBag();
+    c->SetStringValue(keys, QStringLiteral("MakeNewPST_fileName"), QStringLiteral("Corvell.pst"));
+    c->SetStringValue(keys, QStringLiteral("TopFolderTitle"), kMissingText);
+    c->SetLongValue(keys, QStringLiteral("OutlookYeildSlider"), 3);
+    const Handle result =
+        c->GetSettings(QStringLiteral("OLCONSUMER"), QStringLiteral("OutlookDefaults"), keys);
+    QCOMPARE(c->GetStringValue(result, QStringLiteral("MakeNewPST_fileName")), QStringLiteral("Corvell.pst"));
+    QCOMPARE(c->GetStringValue(result, QStringLiteral("TopFolderTitle")), kMissingText);
+    QCOMPARE(c->GetLongValue(result, QStringLiteral("OutlookYeildSlider")), 3);
+    c->ReleaseHandle(result);
+    c->ReleaseHandle(keys);
+
+    setSetting(*c, QStringLiteral("CONFIGCONSUMER"), QString(), QStringLiteral("MainWindowWidth"),
+               QStringLiteral("800"));
+    QCOMPARE(setting(*c, QStringLiteral("CONFIGCONSUMER"), QString(), QStringLiteral("mainwindowwidth")),
+             QStringLiteral("800"));
+    // Consumers and sections do not see each other's values.
+    QCOMPARE(setting(*c, QStringLiteral("OLCONSUMER"), QString(), QStringLiteral("MainWindowWidth")),
+             kMissingText);
+    QCOMPARE(setting(*c, QStringLiteral("CONFIGCONSUMER"), QStringLiteral("ConfigDefaults"),
+                     QStringLiteral("MainWindowWidth")),
+             kMissingText);
+}
+
+void tst_EngineCore::bindItemFollowsTheDeliveryRule()
+{
+    std::shared_ptr<RecordingCallback> events;
+    auto config = client(QStringLiteral("CONFIGCONSUMER"), &events);
+    auto outlook = client(QStringLiteral("OLCONSUMER"));
+    const QString ol = QStringLiteral("OLCONSUMER");
+    const qint32 id = add(*config, QStringLiteral("http://d/feed"), {ol});
+    QTRY_COMPARE(events->received.size(), 1); // the add's own binding
+    const auto bound = [&] { return items(*config, ol).contains(id); };
+
+    config->BindItem(ol, kNews, id, 1); // the add's confirmation
+    QVERIFY(bound());
+    config->BindItem(ol, kNews, id, 1);
+    QVERIFY(!bound());
+    outlook->BindItem(ol, kNews, id, 1);
+    QVERIFY(bound());
+    config->BindItem(ol, kNews, id, 0);
+    QVERIFY(!bound());
+    config->BindItem(ol, kNews, id, 0); // nothing left to change
+    config->BindItem(ol, kNews, id, 1);
+    QVERIFY(bound());
+
+    // Silent calls send nothing: four announced changes follow the add's binding.
+    QTRY_COMPARE(events->received.size(), 5);
+    const QStringList flags = {QStringLiteral("FALSE"), QStringLiteral("TRUE"), QStringLiteral("FALSE"),
+                               QStringLiteral("TRUE")};
+    const QStringList originators = {QStringLiteral("CONFIGCONSUMER"), ol, QStringLiteral("CONFIGCONSUMER"),
+                                     QStringLiteral("CONFIGCONSUMER")};
+    for (int i = 0; i < flags.size(); ++i) {
+        const auto &event = events->received.at(i + 1);
+        QCOMPARE(event.result.value(QStringLiteral("SubscriptionBindFlag")), flags.at(i));
+        QCOMPARE(event.result.value(QStringLiteral("ORIGINATOR")), originators.at(i));
+        QCOMPARE(event.result.value(QStringLiteral("CONSUMERID")), ol);
+        QCOMPARE(event.ids, QList<int>{id});
+    }
+
+    QVERIFY_THROWS_EXCEPTION(EngineError, config->BindItem(ol, kNews, id, 2));
+    QVERIFY_THROWS_EXCEPTION(EngineError, config->BindItem(ol, kNews, id + 100, 1));
+}
+
+void tst_EngineCore::bindItemKeepsOrDropsDeliveredArticles()
+{
+    auto c = client(QStringLiteral("CONFIGCONSUMER"));
+    const QString ol = QStringLiteral("OLCONSUMER");
+    const qint32 id = add(*c, QStringLiteral("http://e/feed"));
+    SideConnection side(m_engine->core().databasePath());
+    QVERIFY(side.exec(
+        QStringLiteral("INSERT INTO articles (subscription_id, guid) VALUES (%1, 'x'), (%1, 'y')").arg(id)));
+    const auto markDelivered = [&] {
+        return side.exec(
+            QStringLiteral("INSERT OR IGNORE INTO delivered_articles (consumer_id, article_id, delivered_at)"
+                           " SELECT 'OLCONSUMER', id, 'now' FROM articles WHERE subscription_id = %1")
+                .arg(id));
+    };
+    const auto delivered = [&] {
+        return side.number(QStringLiteral("SELECT COUNT(*) FROM delivered_articles"));
+    };
+
+    c->BindItem(ol, kNews, id, 1);
+    QVERIFY(markDelivered());
+    c->BindItem(ol, kNews, id, 1); // unbound, articles kept in Outlook
+    QCOMPARE(delivered(), 2);
+    c->BindItem(ol, kNews, id, 1);
+    c->BindItem(ol, kNews, id, 0); // unbound, articles removed
+    QCOMPARE(delivered(), 0);
+}
+
+void tst_EngineCore::removeItemTakesEverythingWithIt()
+{
+    auto c = client(QStringLiteral("CONFIGCONSUMER"));
+    const qint32 id = add(*c, QStringLiteral("http://f/feed"), {QStringLiteral("OLCONSUMER")});
+    const qint32 kept = add(*c, QStringLiteral("http://g/feed"));
+    const QString section = QStringLiteral("SubscriptionSpecifics_%1").arg(id);
+    const QString keptSection = QStringLiteral("SubscriptionSpecifics_%1").arg(kept);
+    setSetting(*c, QStringLiteral("OLCONSUMER"), section, QStringLiteral("FOLDERTITLE"), QStringLiteral("F"));
+    setSetting(*c, QStringLiteral("MEDIACONSUMER"), section, QStringLiteral("EnableAutoDownload"),
+               QStringLiteral("1"));
+    setSetting(*c, QStringLiteral("OLCONSUMER"), keptSection, QStringLiteral("FOLDERTITLE"),
+               QStringLiteral("G"));
+    SideConnection side(m_engine->core().databasePath());
+    QVERIFY(
+        side.exec(QStringLiteral("INSERT INTO articles (subscription_id, guid) VALUES (%1, 'x')").arg(id)));
+
+    c->RemoveItem(kNews, id, 1);
+    QVERIFY_THROWS_EXCEPTION(EngineError, c->GetItemBag(kNews, id, 0));
+    QCOMPARE(items(*c, QStringLiteral("*")), QList<int>{kept});
+    QCOMPARE(items(*c, QStringLiteral("OLCONSUMER")), QList<int>{});
+    QCOMPARE(setting(*c, QStringLiteral("OLCONSUMER"), section, QStringLiteral("FOLDERTITLE")), kMissingText);
+    QCOMPARE(setting(*c, QStringLiteral("MEDIACONSUMER"), section, QStringLiteral("EnableAutoDownload")),
+             kMissingText);
+    QCOMPARE(setting(*c, QStringLiteral("OLCONSUMER"), keptSection, QStringLiteral("FOLDERTITLE")),
+             QStringLiteral("G"));
+    QCOMPARE(side.number(QStringLiteral("SELECT COUNT(*) FROM articles")), 0);
+
+    c->RemoveItem(kNews, id, 1); // already gone: harmless
+    // IDs are never handed out twice, so old per-subscription settings cannot be inherited.
+    QVERIFY(add(*c, QStringLiteral("http://h/feed")) > kept);
+}
+
+void tst_EngineCore::requestsThatCannotBeServedAreAnswered()
+{
+    auto c = client(QStringLiteral("CONFIGCONSUMER"));
+    const auto submit = [&](const QString &kind, const QString &url) {
+        const Handle request = c->CreateItemRequest(kNews, QStringLiteral("t"), url);
+        if (kind.isEmpty())
+            c->SetStringValue(request, QStringLiteral("REQUEST"), QString());
+        else
+            c->SetStringValue(request, QStringLiteral("REQUEST"), kind);
+        auto answer = std::make_shared<RecordingCallback>(*c);
+        c->SubmitRequest(request, answer);
+        c->ReleaseHandle(request);
+        return answer;
+    };
+    const auto unknown = submit(QStringLiteral("FROB"), QStringLiteral("http://x"));
+    const auto noKind = submit(QString(), QStringLiteral("http://x"));
+    const auto noUrl = submit(QStringLiteral("ADD"), QString());
+    auto preview = std::make_shared<RecordingCallback>(*c);
+    QVERIFY(!c->RequestPreview(kNews, QStringLiteral("gopher://x"), preview).isEmpty());
+
+    for (const auto &answer : {unknown, noKind, noUrl, preview}) {
+        QTRY_COMPARE(answer->received.size(), 1);
+        QCOMPARE(answer->received.first().name, QStringLiteral("RequestFailed"));
+        QVERIFY(!answer->received.first().error.isEmpty());
+    }
+    QVERIFY(unknown->received.first().error.contains(QStringLiteral("FROB")));
+    QVERIFY(preview->received.first().error.contains(QStringLiteral("gopher://x")));
+    QCOMPARE(items(*c, QStringLiteral("*")), QList<int>{});
+}
+
+void tst_EngineCore::badCallsRaiseReadableErrors()
+{
+    EngineCore &core = m_engine->core();
+    const auto session = core.openSession({});
+    const auto message = [&](const QString &op, const QList<PropertyValue> &args) {
+        try {
+            core.call(session, op, args);
+        } catch (const EngineError &e) {
+            return e.message();
+        }
+        return QString();
+    };
+    QVERIFY(message(QStringLiteral("Frobnicate"), {}).startsWith(QStringLiteral("Unknown engine operation")));
+    QVERIFY(message(QStringLiteral("GetItemBag"), {kNews, QStringLiteral("1"), 0})
+                .startsWith(QStringLiteral("bad arguments for GetItemBag")));
+    QVERIFY(message(QStringLiteral("GetItemBag"), {kNews, 1})
+                .startsWith(QStringLiteral("bad arguments for GetItemBag")));
+    QVERIFY(message(QStringLiteral("SetSettings"), {QStringLiteral("X"), QString(), qint32(1)})
+                .startsWith(QStringLiteral("bad arguments for SetSettings")));
+    QVERIFY(message(QStringLiteral("ListConsumerItems"), {QStringLiteral("*"), QStringLiteral("MAIL")})
+                .contains(QStringLiteral("MAIL")));
+    QVERIFY(message(QStringLiteral("Connect"), {QString(), 1}).contains(QStringLiteral("consumer")));
+    core.closeSession(session);
+    QVERIFY(message(QStringLiteral("SyncNow"), {}).contains(QStringLiteral("not open")));
+
+    // A data folder that cannot be made: open() says why, and calls fail instead of crashing.
+    QTemporaryFile blocker;
+    QVERIFY(blocker.open());
+    EngineCore broken(blocker.fileName() + QStringLiteral("/data"));
+    QString why;
+    QVERIFY(!broken.open(&why));
+    QVERIFY(why.contains(QStringLiteral("data folder")));
+    QVERIFY_THROWS_EXCEPTION(EngineError, broken.call(broken.openSession({}), QStringLiteral("SyncNow"), {}));
+}
+
+void tst_EngineCore::reopenedStoreKeepsEverything()
+{
+    QTemporaryDir dir;
+    const QString folder = dir.filePath(QStringLiteral("nested/data"));
+    qint32 id = 0;
+    {
+        EngineCore core(folder);
+        QVERIFY(core.open());
+        auto c = LinkedSubscribeClient::create(std::make_unique<InProcessLink>(&core));
+        c->Connect(QStringLiteral("CONFIGCONSUMER"), std::make_shared<RecordingCallback>(*c));
+        id = add(*c, QStringLiteral("http://kept/feed"), {QStringLiteral("OLCONSUMER")});
+        QVERIFY(id > 0);
+        setSetting(*c, QStringLiteral("ENGINE"), QString(), QStringLiteral("GUID"), QStringLiteral("42"));
+        c->SetSyncSettings(1, QStringLiteral("https://sync"), QStringLiteral("ann"), QStringLiteral("pw"),
+                           7200);
+        c->Log(QStringLiteral("UI Client <> Engine comms established\r\n"), 999);
+        QCOMPARE(c->LiveHandleCount(), 0);
+    }
+    EngineCore core(folder);
+    QVERIFY(core.open());
+    auto c = LinkedSubscribeClient::create(std::make_unique<InProcessLink>(&core));
+    QCOMPARE(itemText(*c, id, QStringLiteral("URL")), QStringLiteral("http://kept/feed"));
+    QCOMPARE(items(*c, QStringLiteral("OLCONSUMER")), QList<int>{id});
+    QCOMPARE(setting(*c, QStringLiteral("ENGINE"), QString(), QStringLiteral("GUID")), QStringLiteral("42"));
+    const Handle sync = c->GetSyncSettings();
+    QCOMPARE(c->GetLongValue(sync, QStringLiteral("SyncRemote")), 1);
+    QCOMPARE(c->GetStringValue(sync, QStringLiteral("SyncServer")), QStringLiteral("https://sync"));
+    QCOMPARE(c->GetLongValue(sync, QStringLiteral("SyncFrequency")), 7200);
+    c->ReleaseHandle(sync);
+    QCOMPARE(c->LiveHandleCount(), 0);
+
+    QFile log(QDir(folder).filePath(QStringLiteral("engine.log")));
+    QVERIFY(log.open(QIODevice::ReadOnly));
+    const QList<QByteArray> lines = log.readAll().split('\n');
+    QCOMPARE(lines.size(), 2); // one line and the final line end
+    QVERIFY(lines.first().endsWith("\t999\tCONFIGCONSUMER\tUI Client <> Engine comms established"));
+}
+
+void tst_EngineCore::bagToTextRendersSearches()
+{
+    auto c = client();
+    const Handle search = c->NewBag();
+    c->SetStringValue(search, QStringLiteral("guid"), QStringLiteral("{src-1}"));
+    c->SetStringValue(search, QStringLiteral("keywords"), QStringLiteral("rock & roll"));
+    c->SetLongValue(search, QStringLiteral("limit"), 10);
+    QCOMPARE(c->BagToText(search),
+             QStringLiteral("search?guid=%7Bsrc-1%7D&keywords=rock%20%26%20roll&limit=10"));
+    c->ReleaseHandle(search);
+
+    const Handle other = c->NewBag();
+    c->SetStringValue(other, QStringLiteral("keywords"), QStringLiteral("x=y"));
+    QCOMPARE(c->BagToText(other), QStringLiteral("bag?keywords=x%3Dy"));
+    c->ReleaseHandle(other);
+}
+
+void tst_EngineCore::connectionsAndTermination()
+{
+    std::shared_ptr<RecordingCallback> old, replaced, media;
+    auto config = client(QStringLiteral("CONFIGCONSUMER"), &old);
+    config->Connect(QStringLiteral("CONFIGCONSUMER"),
+                    replaced = std::make_shared<RecordingCallback>(*config));
+    client(QStringLiteral("MEDIACONSUMER"), &media);
+    client(); // never connected: hears nothing
+    QCOMPARE(m_engine->core().connectedConsumers(),
+             (QStringList{QStringLiteral("CONFIGCONSUMER"), QStringLiteral("MEDIACONSUMER")}));
+
+    m_engine->core().announceTermination();
+    QTRY_COMPARE(replaced->received.size(), 1);
+    QTRY_COMPARE(media->received.size(), 1);
+    QCOMPARE(replaced->received.first().name, QStringLiteral("EngineTerminated"));
+    QCOMPARE(old->received.size(), 0);
+
+    m_clients.removeLast();
+    QCOMPARE(m_engine->core().connectedConsumers().size(), 2);
+    m_clients.removeLast();
+    QCOMPARE(m_engine->core().connectedConsumers(), QStringList{QStringLiteral("CONFIGCONSUMER")});
+}
+
+QTEST_GUILESS_MAIN(tst_EngineCore)
+#include "tst_EngineCore.moc"

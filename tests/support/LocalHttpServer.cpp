@@ -1,0 +1,159 @@
+#include "LocalHttpServer.h"
+
+#include <QTcpSocket>
+
+#ifdef QUILLON_TEST_HAVE_ZLIB
+#include <zlib.h>
+#endif
+
+LocalHttpServer::LocalHttpServer(QObject *parent) : QObject(parent)
+{
+    connect(&m_server, &QTcpServer::newConnection, this, &LocalHttpServer::accept);
+}
+
+LocalHttpServer::~LocalHttpServer()
+{
+    m_server.close();
+}
+
+bool LocalHttpServer::listen()
+{
+    return m_server.listen(QHostAddress::LocalHost, 0);
+}
+
+QUrl LocalHttpServer::url(const QString &path) const
+{
+    return QUrl(QStringLiteral("http://127.0.0.1:%1%2").arg(m_server.serverPort()).arg(path));
+}
+
+void LocalHttpServer::setRoute(const QString &path, const Route &route)
+{
+    m_routes.insert(path, route);
+}
+
+void LocalHttpServer::serve(const QString &path, const QByteArray &body, const QByteArray &contentType)
+{
+    Route route;
+    route.body = body;
+    route.contentType = contentType;
+    setRoute(path, route);
+}
+
+QByteArray LocalHttpServer::lastHeader(const QString &path, const QByteArray &name) const
+{
+    return m_lastHeaders.value(path).value(name.toLower());
+}
+
+void LocalHttpServer::accept()
+{
+    while (QTcpSocket *socket = m_server.nextPendingConnection()) {
+        socket->setParent(this);
+        connect(socket, &QTcpSocket::readyRead, this, [this, socket]() { readRequests(socket); });
+        connect(socket, &QTcpSocket::disconnected, this, [this, socket]() {
+            m_buffers.remove(socket);
+            socket->deleteLater();
+        });
+    }
+}
+
+void LocalHttpServer::readRequests(QTcpSocket *socket)
+{
+    QByteArray &buffer = m_buffers[socket];
+    buffer += socket->readAll();
+    Request request;
+    while (takeRequest(buffer, request))
+        answer(socket, request);
+}
+
+bool LocalHttpServer::takeRequest(QByteArray &buffer, Request &request)
+{
+    const qsizetype end = buffer.indexOf("\r\n\r\n");
+    if (end < 0)
+        return false;
+    const QList<QByteArray> lines = buffer.left(end).split('\n');
+    buffer.remove(0, end + 4);
+    const QList<QByteArray> first = lines.value(0).trimmed().split(' ');
+    request = Request{first.value(0), QString::fromLatin1(first.value(1)), {}};
+    for (qsizetype i = 1; i < lines.size(); ++i) {
+        const qsizetype colon = lines.at(i).indexOf(':');
+        if (colon > 0)
+            request.headers.insert(lines.at(i).left(colon).trimmed().toLower(), lines.at(i).mid(colon + 1).trimmed());
+    }
+    return true;
+}
+
+void LocalHttpServer::answer(QTcpSocket *socket, const Request &request)
+{
+    ++m_counts[request.path];
+    m_lastHeaders.insert(request.path, request.headers);
+    const auto route = m_routes.constFind(request.path);
+    if (route == m_routes.cend()) {
+        socket->write(response(404, "Not Found", {{"Content-Type", "text/plain"}}, "no such document"));
+        return;
+    }
+    if (route->neverAnswer)
+        return;
+    socket->write(routeResponse(*route, request));
+}
+
+using Header = QPair<QByteArray, QByteArray>;
+
+QByteArray LocalHttpServer::routeResponse(const Route &route, const Request &request)
+{
+    if (!route.user.isEmpty()) {
+        const QByteArray expected = "Basic " + (route.user + ':' + route.password).toBase64();
+        if (request.headers.value("authorization") != expected)
+            return response(401, "Unauthorized", {{"WWW-Authenticate", "Basic realm=\"feeds\""}}, "login first");
+    }
+    if (!route.redirectTo.isEmpty())
+        return response(route.redirectStatus, "Moved", {{"Location", route.redirectTo}}, QByteArray());
+    QList<QPair<QByteArray, QByteArray>> headers = route.headers;
+    if (!route.etag.isEmpty())
+        headers.append(Header("ETag", route.etag));
+    if (!route.lastModified.isEmpty())
+        headers.append(Header("Last-Modified", route.lastModified));
+    const bool sameTag = !route.etag.isEmpty() && request.headers.value("if-none-match") == route.etag;
+    const bool sameDate =
+        !route.lastModified.isEmpty() && request.headers.value("if-modified-since") == route.lastModified;
+    if (sameTag || sameDate)
+        return response(304, "Not Modified", headers, QByteArray());
+    headers.append(Header("Content-Type", route.contentType));
+    QByteArray body = route.body;
+    if (route.gzip && request.headers.value("accept-encoding").contains("gzip")) {
+        body = gzip(body);
+        headers.append(Header("Content-Encoding", "gzip"));
+    }
+    return response(route.status, route.reason, headers, body);
+}
+
+QByteArray LocalHttpServer::response(int status, const QByteArray &reason,
+                                     const QList<QPair<QByteArray, QByteArray>> &headers, const QByteArray &body)
+{
+    QByteArray out = "HTTP/1.1 " + QByteArray::number(status) + ' ' + reason + "\r\n";
+    for (const auto &[name, value] : headers)
+        out += name + ": " + value + "\r\n";
+    out += "Content-Length: " + QByteArray::number(body.size()) + "\r\n\r\n";
+    return out + body;
+}
+
+QByteArray LocalHttpServer::gzip(const QByteArray &data)
+{
+#ifdef QUILLON_TEST_HAVE_ZLIB
+    z_stream stream{};
+    // 15 + 16: a gzip header and trailer around the deflate stream.
+    if (deflateInit2(&stream, Z_DEFAULT_COMPRESSION, Z_DEFLATED, 15 + 16, 8, Z_DEFAULT_STRATEGY) != Z_OK)
+        return {};
+    QByteArray out(int(deflateBound(&stream, uLong(data.size()))) + 32, Qt::Uninitialized);
+    stream.next_in = reinterpret_cast<Bytef *>(const_cast<char *>(data.constData()));
+    stream.avail_in = uInt(data.size());
+    stream.next_out = reinterpret_cast<Bytef *>(out.data());
+    stream.avail_out = uInt(out.size());
+    const int result = deflate(&stream, Z_FINISH);
+    out.resize(qsizetype(stream.total_out));
+    deflateEnd(&stream);
+    return result == Z_STREAM_END ? out : QByteArray();
+#else
+    Q_UNUSED(data);
+    return {};
+#endif
+}

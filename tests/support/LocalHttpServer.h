@@ -1,0 +1,77 @@
+#pragma once
+
+#include <QByteArray>
+#include <QHash>
+#include <QList>
+#include <QObject>
+#include <QPair>
+#include <QTcpServer>
+#include <QUrl>
+
+class QTcpSocket;
+
+// A small HTTP/1.1 server on 127.0.0.1 for tests that fetch. Each path has a canned route:
+// a body (gzip-packed when the route asks and the client accepts it), validators that make
+// matching conditional requests answer 304, a required basic login, a redirect, or no answer
+// at all. Unknown paths answer 404. Requests are counted per path.
+class LocalHttpServer : public QObject
+{
+    Q_OBJECT
+public:
+    struct Route
+    {
+        int status = 200;
+        QByteArray reason = "OK";
+        QByteArray contentType = "application/rss+xml; charset=utf-8";
+        QByteArray body;
+        QList<QPair<QByteArray, QByteArray>> headers;
+        bool gzip = false;
+        QByteArray etag;         // sent, and If-None-Match with it answers 304
+        QByteArray lastModified; // sent, and If-Modified-Since with it answers 304
+        QByteArray user;         // when set, anything but this basic login answers 401
+        QByteArray password;
+        QByteArray redirectTo; // answered with redirectStatus and this Location
+        int redirectStatus = 302;
+        bool neverAnswer = false;
+    };
+
+    explicit LocalHttpServer(QObject *parent = nullptr);
+    ~LocalHttpServer() override;
+
+    [[nodiscard]] bool listen();
+    [[nodiscard]] QUrl url(const QString &path) const;
+    void setRoute(const QString &path, const Route &route);
+    // A 200 with the body and, optionally, a content type.
+    void serve(const QString &path, const QByteArray &body,
+               const QByteArray &contentType = "application/rss+xml; charset=utf-8");
+
+    [[nodiscard]] int requestCount(const QString &path) const { return m_counts.value(path); }
+    // A header of the last request for the path (names compared without regard to case).
+    [[nodiscard]] QByteArray lastHeader(const QString &path, const QByteArray &name) const;
+
+    // gzip member bytes (RFC 1952); empty when zlib was not available to the build.
+    [[nodiscard]] static QByteArray gzip(const QByteArray &data);
+
+private:
+    struct Request
+    {
+        QByteArray method;
+        QString path;
+        QHash<QByteArray, QByteArray> headers; // lower-case names
+    };
+
+    void accept();
+    void readRequests(QTcpSocket *socket);
+    [[nodiscard]] static bool takeRequest(QByteArray &buffer, Request &request);
+    void answer(QTcpSocket *socket, const Request &request);
+    [[nodiscard]] static QByteArray response(int status, const QByteArray &reason,
+                                             const QList<QPair<QByteArray, QByteArray>> &headers,
+                                             const QByteArray &body);
+    [[nodiscard]] static QByteArray routeResponse(const Route &route, const Request &request);
+
+    QTcpServer m_server;
+    QHash<QString, Route> m_routes;
+    QHash<QString, int> m_counts;
+    QHash<QString, QHash<QByteArray, QByteArray>> m_lastHeaders;
+    QHash<QTcpSocket *, QByteArray> m_buffers;
+};
