@@ -1,0 +1,256 @@
+#include "FeedDateParser.h"
+
+#include <optional>
+
+namespace quillon {
+
+namespace {
+
+struct NamedZone
+{
+    const char16_t *name;
+    int minutes;
+};
+
+constexpr NamedZone kZones[] = {
+    {u"UT", 0},         {u"UTC", 0},        {u"GMT", 0},       {u"Z", 0},         {u"EST", -5 * 60},
+    {u"EDT", -4 * 60},  {u"CST", -6 * 60},  {u"CDT", -5 * 60}, {u"MST", -7 * 60}, {u"MDT", -6 * 60},
+    {u"PST", -8 * 60},  {u"PDT", -7 * 60},  {u"AST", -4 * 60}, {u"ADT", -3 * 60}, {u"HST", -10 * 60},
+    {u"AKST", -9 * 60}, {u"AKDT", -8 * 60}, {u"BST", 60},      {u"CET", 60},      {u"CEST", 120},
+    {u"MET", 60},       {u"MEST", 120},     {u"EET", 120},     {u"EEST", 180},    {u"JST", 9 * 60},
+    {u"IST", 330},      {u"AEST", 600},     {u"AEDT", 660},
+};
+
+const char16_t *const kMonths[] = {u"jan", u"feb", u"mar", u"apr", u"may", u"jun",
+                                   u"jul", u"aug", u"sep", u"oct", u"nov", u"dec"};
+
+int monthFromName(QStringView token)
+{
+    if (token.size() < 3 || token.size() > 9)
+        return 0;
+    for (int m = 0; m < 12; ++m) {
+        if (token.left(3).compare(QStringView(kMonths[m]), Qt::CaseInsensitive) == 0)
+            return m + 1;
+    }
+    return 0;
+}
+
+// "+0530", "-05:00", "+05", a named zone, or a military letter (RFC 822 got their signs
+// backwards, so, as RFC 2822 advises, they count as UTC).
+std::optional<int> zoneMinutes(QStringView token)
+{
+    if (token.size() >= 2 && (token[0] == u'+' || token[0] == u'-')) {
+        QString digits = token.mid(1).toString().remove(u':');
+        bool ok = false;
+        const int value = digits.toInt(&ok);
+        if (!ok || (digits.size() != 4 && digits.size() != 2))
+            return std::nullopt;
+        const int minutes = digits.size() == 4 ? (value / 100) * 60 + value % 100 : value * 60;
+        return token[0] == u'-' ? -minutes : minutes;
+    }
+    if (token.size() > 4)
+        return std::nullopt;
+    for (const NamedZone &zone : kZones) {
+        if (token.compare(QStringView(zone.name), Qt::CaseInsensitive) == 0)
+            return zone.minutes;
+    }
+    if (token.size() == 1 && token[0].isLetter())
+        return 0;
+    return std::nullopt;
+}
+
+QDateTime utcFrom(QDate date, QTime time, int zoneOffsetMinutes)
+{
+    if (!date.isValid() || !time.isValid())
+        return {};
+    return QDateTime(date, time, Qt::UTC).addSecs(-qint64(zoneOffsetMinutes) * 60);
+}
+
+int expandYear(int year, qsizetype digits)
+{
+    if (digits == 2)
+        return year < 50 ? 2000 + year : 1900 + year;
+    return year;
+}
+
+std::optional<QTime> timeFromToken(QStringView token)
+{
+    const auto parts = token.split(u':');
+    if (parts.size() < 2 || parts.size() > 3)
+        return std::nullopt;
+    bool okH = false, okM = false, okS = true;
+    const int h = parts[0].toInt(&okH);
+    const int m = parts[1].toInt(&okM);
+    const int s = parts.size() == 3 ? int(parts[2].toDouble(&okS)) : 0;
+    if (!okH || !okM || !okS)
+        return std::nullopt;
+    if (h == 24 && m == 0 && s == 0)
+        return QTime(23, 59, 59);
+    QTime time(h, m, s);
+    return time.isValid() ? std::optional<QTime>(time) : std::nullopt;
+}
+
+QList<QStringView> tokensOf(QStringView text)
+{
+    QList<QStringView> tokens;
+    qsizetype start = -1;
+    for (qsizetype i = 0; i <= text.size(); ++i) {
+        const bool separator = i == text.size() || text[i].isSpace() || text[i] == u',';
+        if (separator && start >= 0) {
+            tokens.append(text.mid(start, i - start));
+            start = -1;
+        } else if (!separator && start < 0) {
+            start = i;
+        }
+    }
+    return tokens;
+}
+
+// A reading position in an ISO date.
+struct Cursor
+{
+    QStringView s;
+    qsizetype i = 0;
+
+    [[nodiscard]] bool atEnd() const { return i >= s.size(); }
+    [[nodiscard]] bool peekDigit() const { return !atEnd() && s[i] >= u'0' && s[i] <= u'9'; }
+    [[nodiscard]] QStringView rest() const { return s.mid(i); }
+    bool accept(char16_t c) { return !atEnd() && s[i] == c ? (++i, true) : false; }
+    bool acceptAny(QStringView set) { return !atEnd() && set.contains(s[i]) ? (++i, true) : false; }
+    void skipSpaces()
+    {
+        while (!atEnd() && s[i].isSpace())
+            ++i;
+    }
+    void skipDigits()
+    {
+        while (peekDigit())
+            ++i;
+    }
+    bool number(int digits, int &out)
+    {
+        out = 0;
+        for (int d = 0; d < digits; ++d) {
+            if (!peekDigit())
+                return false;
+            out = out * 10 + (s[i++].unicode() - u'0');
+        }
+        return true;
+    }
+};
+
+qsizetype zoneSignIndex(QStringView token)
+{
+    for (qsizetype i = 1; i < token.size(); ++i) {
+        if (token[i] == u'+' || token[i] == u'-')
+            return i;
+    }
+    return -1;
+}
+
+} // namespace
+
+QDateTime FeedDateParser::parse(QStringView text)
+{
+    const QStringView trimmed = text.trimmed();
+    if (trimmed.isEmpty())
+        return {};
+    if (trimmed[0].isDigit()) {
+        const QDateTime iso = parseIso8601(trimmed);
+        if (iso.isValid())
+            return iso;
+    }
+    return parseRfc822(trimmed);
+}
+
+// Tokens may come in any order the common variants use ("Sat, 07 Sep 2002 00:00:01 GMT",
+// "Sep 7 2002 00:00 EST", "Sat Sep 07 00:00:01 +0000 2002").
+QDateTime FeedDateParser::parseRfc822(QStringView text)
+{
+    int day = 0, month = 0, year = -1, zone = 0;
+    QTime time(0, 0);
+    for (QStringView token : tokensOf(text)) {
+        if (token.endsWith(u'.'))
+            token.chop(1);
+        if (token.contains(u':') && token[0].isDigit()) {
+            // "00:00:01+02:00" carries its zone with it
+            const qsizetype sign = zoneSignIndex(token);
+            const auto parsed = timeFromToken(sign > 0 ? token.left(sign) : token);
+            if (!parsed)
+                return {};
+            time = *parsed;
+            if (sign > 0) {
+                const auto z = zoneMinutes(token.mid(sign));
+                zone = z.value_or(0);
+            }
+        } else if (token[0].isDigit()) {
+            bool ok = false;
+            const int value = token.toInt(&ok);
+            if (!ok)
+                return {};
+            if (day == 0 && token.size() <= 2 && value >= 1 && value <= 31)
+                day = value;
+            else if (year < 0)
+                year = expandYear(value, token.size());
+            else
+                return {};
+        } else if (const int m = monthFromName(token); m != 0 && month == 0) {
+            month = m;
+        } else if (const auto z = zoneMinutes(token)) {
+            zone = *z;
+        } else if (token.startsWith(u'(')) {
+            break; // a trailing comment such as "(UTC)"
+        }
+        // anything else (a weekday name) says nothing we need
+    }
+    if (day == 0 || month == 0 || year < 0)
+        return {};
+    return utcFrom(QDate(year, month, day), time, zone);
+}
+
+// YYYY[-MM[-DD[(T| )hh:mm[:ss[.fff]][zone]]]], dashes and colons optional (basic format).
+QDateTime FeedDateParser::parseIso8601(QStringView text)
+{
+    Cursor c{text.trimmed()};
+    int year = 0, month = 1, day = 1, hour = 0, minute = 0, second = 0;
+    if (!c.number(4, year))
+        return {};
+    if (c.accept(u'-') || !c.atEnd()) {
+        if (!c.number(2, month))
+            return {};
+        if (c.accept(u'-') || (!c.atEnd() && c.peekDigit())) {
+            if (!c.number(2, day))
+                return {};
+        }
+    }
+    int zone = 0;
+    if (!c.atEnd()) {
+        if (!c.acceptAny(u"Tt "))
+            return {};
+        c.skipSpaces();
+        if (!c.number(2, hour))
+            return {};
+        c.accept(u':');
+        if (!c.number(2, minute))
+            return {};
+        if (c.accept(u':') || c.peekDigit()) {
+            if (!c.number(2, second))
+                return {};
+            if (c.acceptAny(u".,"))
+                c.skipDigits();
+        }
+        c.skipSpaces();
+        if (!c.atEnd()) {
+            const auto z = zoneMinutes(c.rest());
+            if (!z)
+                return {};
+            zone = *z;
+        }
+    }
+    QTime time(hour, minute, second);
+    if (hour == 24 && minute == 0 && second == 0)
+        time = QTime(23, 59, 59);
+    return utcFrom(QDate(year, month, day), time, zone);
+}
+
+} // namespace quillon

@@ -1,0 +1,377 @@
+#include "HtmlNormalizer.h"
+
+#include "HtmlEntities.h"
+#include "LinkResolver.h"
+
+#include <algorithm>
+
+namespace quillon {
+
+namespace {
+
+const char16_t *const kVoidElements[] = {u"area",  u"base", u"br",   u"col",   u"embed",  u"hr",    u"img",
+                                         u"input", u"link", u"meta", u"param", u"source", u"track", u"wbr"};
+
+const char16_t *const kUriAttributes[] = {u"action", u"background", u"cite",   u"codebase", u"data",
+                                          u"href",   u"longdesc",   u"poster", u"src",      u"usemap"};
+
+template <size_t N> bool isOneOf(QStringView name, const char16_t *const (&set)[N])
+{
+    return std::any_of(std::begin(set), std::end(set),
+                       [name](const char16_t *s) { return name == QStringView(s); });
+}
+
+bool isAsciiLetter(QChar c)
+{
+    return (c >= u'a' && c <= u'z') || (c >= u'A' && c <= u'Z');
+}
+
+bool isDigit(QChar c)
+{
+    return c >= u'0' && c <= u'9';
+}
+
+bool isHexDigit(QChar c)
+{
+    return isDigit(c) || (c >= u'a' && c <= u'f') || (c >= u'A' && c <= u'F');
+}
+
+bool isTagNameChar(QChar c)
+{
+    return isAsciiLetter(c) || isDigit(c) || c == u'-' || c == u':' || c == u'_';
+}
+
+bool isSpace(QChar c)
+{
+    return c == u' ' || c == u'\t' || c == u'\n' || c == u'\r' || c == u'\f';
+}
+
+bool isValidAttributeName(QStringView name)
+{
+    if (name.isEmpty() || !(isAsciiLetter(name[0]) || name[0] == u'_' || name[0] == u':'))
+        return false;
+    return std::all_of(name.begin(), name.end(), [](QChar c) { return isTagNameChar(c) || c == u'.'; });
+}
+
+// Length of a character or entity reference starting at '&', or 0 when there is none.
+qsizetype referenceLength(QStringView s, qsizetype amp, char32_t *codePoint = nullptr)
+{
+    qsizetype i = amp + 1;
+    const bool numeric = i < s.size() && s[i] == u'#';
+    const bool hex = numeric && i + 1 < s.size() && (s[i + 1] == u'x' || s[i + 1] == u'X');
+    i += numeric ? (hex ? 2 : 1) : 0;
+    const qsizetype start = i;
+    while (i < s.size() && i - start < 10 &&
+           (numeric ? (hex ? isHexDigit(s[i]) : isDigit(s[i])) : (isAsciiLetter(s[i]) || isDigit(s[i]))))
+        ++i;
+    if (i == start || i >= s.size() || s[i] != u';')
+        return 0;
+    const QStringView body = s.mid(start, i - start);
+    char32_t cp = 0;
+    if (numeric) {
+        bool ok = false;
+        cp = body.toUInt(&ok, hex ? 16 : 10);
+        if (!ok || cp == 0 || cp > 0x10FFFF)
+            return 0;
+    } else {
+        cp = HtmlEntities::codePoint(body);
+        if (cp == 0)
+            return 0;
+    }
+    if (codePoint)
+        *codePoint = cp;
+    return i + 1 - amp;
+}
+
+QString decodeReferences(QStringView s)
+{
+    if (!s.contains(u'&'))
+        return s.toString();
+    QString out;
+    out.reserve(s.size());
+    for (qsizetype i = 0; i < s.size(); ++i) {
+        char32_t cp = 0;
+        const qsizetype length = s[i] == u'&' ? referenceLength(s, i, &cp) : 0;
+        if (length == 0) {
+            out.append(s[i]);
+            continue;
+        }
+        const char32_t units[] = {cp};
+        out.append(QString::fromUcs4(units, 1));
+        i += length - 1;
+    }
+    return out;
+}
+
+void appendEscapedAttribute(QString &out, QStringView value)
+{
+    qsizetype runStart = 0;
+    for (qsizetype i = 0; i < value.size(); ++i) {
+        const char16_t c = value[i].unicode();
+        if (c != u'&' && c != u'<' && c != u'>' && c != u'"')
+            continue;
+        out.append(value.mid(runStart, i - runStart));
+        out.append(c == u'&' ? u"&amp;" : c == u'<' ? u"&lt;" : c == u'>' ? u"&gt;" : u"&quot;");
+        runStart = i + 1;
+    }
+    out.append(value.mid(runStart));
+}
+
+// "javascript:" and "vbscript:", in any case and with blanks or controls mixed in, as
+// browsers forgive them.
+bool isScriptUri(QStringView value)
+{
+    for (QStringView scheme : {QStringView(u"javascript:"), QStringView(u"vbscript:")}) {
+        qsizetype matched = 0;
+        for (qsizetype i = 0; i < value.size() && matched < scheme.size(); ++i) {
+            const QChar c = value[i];
+            if (c.isSpace() || c.unicode() < 0x20)
+                continue;
+            if (c.toLower() != scheme[matched])
+                break;
+            ++matched;
+        }
+        if (matched == scheme.size())
+            return true;
+    }
+    return false;
+}
+
+QString lowerName(QStringView name)
+{
+    for (QChar c : name) {
+        if (c >= u'A' && c <= u'Z')
+            return name.toString().toLower();
+    }
+    return name.toString();
+}
+
+} // namespace
+
+QString HtmlNormalizer::normalize(QStringView html, const QUrl &base)
+{
+    HtmlNormalizer normalizer(html, base);
+    normalizer.run();
+    return normalizer.m_out.trimmed();
+}
+
+void HtmlNormalizer::run()
+{
+    m_out.reserve(m_in.size() + 16);
+    const char16_t *data = m_in.utf16();
+    const qsizetype size = m_in.size();
+    qsizetype i = 0;
+    while (i < size) {
+        qsizetype next = i;
+        while (next < size && data[next] != u'<' && data[next] != u'&')
+            ++next;
+        m_out.append(m_in.mid(i, next - i));
+        if (next >= size)
+            break;
+        i = data[next] == u'&' ? handleAmpersand(next) : handleMarkup(next);
+    }
+}
+
+qsizetype HtmlNormalizer::handleAmpersand(qsizetype i)
+{
+    const qsizetype length = referenceLength(m_in, i);
+    if (length == 0) {
+        m_out.append(u"&amp;");
+        return i + 1;
+    }
+    m_out.append(m_in.mid(i, length));
+    return i + length;
+}
+
+qsizetype HtmlNormalizer::escapeLessThan(qsizetype i)
+{
+    m_out.append(u"&lt;");
+    return i + 1;
+}
+
+qsizetype HtmlNormalizer::handleMarkup(qsizetype i)
+{
+    const QChar next = i + 1 < m_in.size() ? m_in[i + 1] : QChar();
+    if (m_noMoreTags)
+        return escapeLessThan(i);
+    if (next == u'!')
+        return handleDeclaration(i);
+    if (next == u'/' && i + 2 < m_in.size() && isAsciiLetter(m_in[i + 2]))
+        return handleEndTag(i);
+    if (isAsciiLetter(next))
+        return handleStartTag(i);
+    if (next == u'?') {
+        const qsizetype close = m_in.indexOf(u'>', i);
+        if (close >= 0)
+            return close + 1; // processing instructions mean nothing here
+        m_noMoreTags = true;
+        return escapeLessThan(i);
+    }
+    return escapeLessThan(i);
+}
+
+// Comments and declarations are dropped; an unfinished one at the end is left as text.
+qsizetype HtmlNormalizer::handleDeclaration(qsizetype i)
+{
+    const QStringView rest = m_in.mid(i);
+    if (rest.startsWith(u"<!--")) {
+        const qsizetype close = m_in.indexOf(u"-->", i + 4);
+        if (close >= 0)
+            return close + 3;
+        m_noMoreTags = true;
+        return escapeLessThan(i);
+    }
+    if (rest.size() < 3 || !isAsciiLetter(rest[2]))
+        return escapeLessThan(i);
+    const qsizetype close = m_in.indexOf(u'>', i);
+    if (close >= 0)
+        return close + 1;
+    m_out.append(rest);
+    return m_in.size();
+}
+
+qsizetype HtmlNormalizer::handleEndTag(qsizetype i)
+{
+    qsizetype nameEnd = i + 2;
+    while (nameEnd < m_in.size() && isTagNameChar(m_in[nameEnd]))
+        ++nameEnd;
+    const qsizetype close = m_in.indexOf(u'>', nameEnd);
+    if (close < 0) {
+        m_noMoreTags = true;
+        return escapeLessThan(i);
+    }
+    const QString name = lowerName(m_in.mid(i + 2, nameEnd - i - 2));
+    if (!isOneOf(name, kVoidElements)) {
+        m_out.append(u"</");
+        m_out.append(name);
+        m_out.append(u'>');
+    }
+    return close + 1;
+}
+
+qsizetype HtmlNormalizer::handleStartTag(qsizetype i)
+{
+    Tag tag = readStartTag(i);
+    if (tag.end < 0) {
+        m_noMoreTags = true;
+        return escapeLessThan(i);
+    }
+    if (tag.name == u"script") {
+        // Scripts go with everything up to their end tag.
+        const qsizetype close = m_in.indexOf(u"</script", tag.end, Qt::CaseInsensitive);
+        const qsizetype past = close < 0 ? -1 : m_in.indexOf(u'>', close);
+        return past < 0 ? m_in.size() : past + 1;
+    }
+    if (tag.name == u"base" || tag.name == u"meta")
+        return tag.end; // would redirect the page or change what its links mean
+    emitStartTag(tag);
+    return tag.end;
+}
+
+HtmlNormalizer::Tag HtmlNormalizer::readStartTag(qsizetype i) const
+{
+    Tag tag;
+    qsizetype p = i + 1;
+    while (p < m_in.size() && isTagNameChar(m_in[p]))
+        ++p;
+    tag.name = lowerName(m_in.mid(i + 1, p - i - 1));
+    while (p < m_in.size()) {
+        while (p < m_in.size() && (isSpace(m_in[p]) || m_in[p] == u'/')) {
+            if (m_in[p] == u'/' && p + 1 < m_in.size() && m_in[p + 1] == u'>')
+                tag.selfClosing = true;
+            ++p;
+        }
+        if (p >= m_in.size())
+            break;
+        if (m_in[p] == u'>') {
+            tag.end = p + 1;
+            return tag;
+        }
+        p = readAttribute(p, tag);
+    }
+    return tag;
+}
+
+// HTML's lenient attribute syntax: name, optional "=", a quoted or bare value.
+qsizetype HtmlNormalizer::readAttribute(qsizetype p, Tag &tag) const
+{
+    const qsizetype nameStart = p;
+    while (p < m_in.size() && !isSpace(m_in[p]) && m_in[p] != u'=' && m_in[p] != u'>' && m_in[p] != u'/')
+        ++p;
+    Attribute attribute{lowerName(m_in.mid(nameStart, qMax<qsizetype>(p - nameStart, 1))), {}};
+    p = qMax(p, nameStart + 1);
+    qsizetype q = p;
+    while (q < m_in.size() && isSpace(m_in[q]))
+        ++q;
+    if (q < m_in.size() && m_in[q] == u'=') {
+        ++q;
+        while (q < m_in.size() && isSpace(m_in[q]))
+            ++q;
+        if (q < m_in.size() && (m_in[q] == u'"' || m_in[q] == u'\'')) {
+            const qsizetype close = m_in.indexOf(m_in[q], q + 1);
+            if (close < 0)
+                return m_in.size();
+            attribute.value = decodeReferences(m_in.mid(q + 1, close - q - 1));
+            p = close + 1;
+        } else {
+            qsizetype end = q;
+            while (end < m_in.size() && !isSpace(m_in[end]) && m_in[end] != u'>')
+                ++end;
+            attribute.value = decodeReferences(m_in.mid(q, end - q));
+            p = end;
+        }
+    } else {
+        attribute.value = attribute.name; // a bare flag such as "checked"
+    }
+    if (isValidAttributeName(attribute.name))
+        tag.attributes.append(attribute);
+    return p;
+}
+
+void HtmlNormalizer::emitStartTag(Tag &tag)
+{
+    if (tag.attributes.size() > 1)
+        std::stable_sort(tag.attributes.begin(), tag.attributes.end(),
+                         [](const Attribute &a, const Attribute &b) { return a.name < b.name; });
+    m_out.append(u'<');
+    m_out.append(tag.name);
+    QStringView previous;
+    for (Attribute &attribute : tag.attributes) {
+        if (attribute.name == previous || !keepAttribute(attribute))
+            continue; // the first of duplicates wins, as in browsers
+        previous = attribute.name;
+        if (isOneOf(attribute.name, kUriAttributes))
+            attribute.value = resolved(attribute.value);
+        m_out.append(u' ');
+        m_out.append(attribute.name);
+        m_out.append(u"=\"");
+        appendEscapedAttribute(m_out, attribute.value);
+        m_out.append(u'"');
+    }
+    if (isOneOf(tag.name, kVoidElements)) {
+        m_out.append(u" />");
+    } else if (tag.selfClosing) {
+        m_out.append(u"></");
+        m_out.append(tag.name);
+        m_out.append(u'>');
+    } else {
+        m_out.append(u'>');
+    }
+}
+
+bool HtmlNormalizer::keepAttribute(const Attribute &attribute) const
+{
+    if (attribute.name.startsWith(u"on"))
+        return false;
+    if (attribute.name == u"style")
+        return !attribute.value.contains(u"expression", Qt::CaseInsensitive) &&
+               !attribute.value.contains(u"javascript:", Qt::CaseInsensitive); // old script-in-CSS
+    return !(isOneOf(attribute.name, kUriAttributes) && isScriptUri(attribute.value));
+}
+
+QString HtmlNormalizer::resolved(const QString &uri) const
+{
+    return LinkResolver::resolve(m_base, uri);
+}
+
+} // namespace quillon

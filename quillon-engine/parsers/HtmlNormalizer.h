@@ -1,0 +1,54 @@
+#pragma once
+
+#include <QList>
+#include <QString>
+#include <QUrl>
+
+namespace quillon {
+
+// Rewrites an HTML fragment from a feed into one consistent, safe form: lower-case tag and
+// attribute names, attributes sorted and double-quoted, void elements closed ("<br />"),
+// stray '<' and '&' escaped, relative links resolved against the base; scripts, event
+// handlers, script URLs, script in styles and <base>/<meta> removed. Text is otherwise kept
+// as written. Runs in linear time on any input.
+class HtmlNormalizer
+{
+public:
+    [[nodiscard]] static QString normalize(QStringView html, const QUrl &base = {});
+
+private:
+    struct Attribute
+    {
+        QString name;
+        QString value;
+    };
+    struct Tag
+    {
+        QString name;
+        QList<Attribute> attributes;
+        bool selfClosing = false;
+        qsizetype end = -1; // index after '>'; -1 when the tag never closes
+    };
+
+    HtmlNormalizer(QStringView in, const QUrl &base) : m_in(in), m_base(base) {}
+
+    void run();
+    qsizetype handleAmpersand(qsizetype i);
+    qsizetype handleMarkup(qsizetype i);
+    qsizetype handleDeclaration(qsizetype i);
+    qsizetype handleEndTag(qsizetype i);
+    qsizetype handleStartTag(qsizetype i);
+    Tag readStartTag(qsizetype i) const;
+    qsizetype readAttribute(qsizetype i, Tag &tag) const;
+    void emitStartTag(Tag &tag);
+    [[nodiscard]] bool keepAttribute(const Attribute &attribute) const;
+    [[nodiscard]] QString resolved(const QString &uri) const;
+    qsizetype escapeLessThan(qsizetype i);
+
+    QStringView m_in;
+    QUrl m_base;
+    QString m_out;
+    bool m_noMoreTags = false; // a tag ran off the end: later '<' cannot close either
+};
+
+} // namespace quillon

@@ -1,0 +1,112 @@
+#include "OpmlParser.h"
+
+#include "ParsersLog.h"
+#include "XmlSource.h"
+
+#include <QXmlStreamReader>
+
+namespace quillon {
+
+namespace {
+
+// Deeper outlines are skipped: no real list nests this far, and recursion must stay bounded.
+constexpr int kMaxDepth = 64;
+
+} // namespace
+
+OpmlDocument OpmlParser::parse(const QByteArray &bytes, const QString &contentType)
+{
+    OpmlDocument document;
+    XmlSource::Prepared prepared = XmlSource::prepare(bytes, contentType);
+    document.encoding = prepared.encoding;
+    document.encodingFallback = prepared.encodingFallback;
+    document.repairs = prepared.repairs;
+    if (prepared.error != ParseError::None) {
+        document.error = prepared.error;
+        document.errorText = prepared.errorText;
+        return document;
+    }
+
+    QXmlStreamReader xml(prepared.text);
+    XmlSource::configure(xml);
+    if (xml.readNextStartElement()) {
+        if (xml.name().compare(u"opml", Qt::CaseInsensitive) != 0) {
+            document.error = ParseError::UnknownFormat;
+            document.errorText =
+                QStringLiteral("The document is not an OPML outline list (its root element is <%1>).")
+                    .arg(xml.name().toString());
+            return document;
+        }
+        OpmlParser(xml, document).readRoot();
+        while (!xml.atEnd())
+            xml.readNext();
+    }
+    if (xml.hasError()) {
+        document.error = XmlSource::classifyError(xml, prepared.text);
+        document.errorText = XmlSource::describeError(xml);
+        qCDebug(lcParsers) << "OPML not well-formed:" << document.errorText;
+    }
+    return document;
+}
+
+void OpmlParser::readRoot()
+{
+    while (m_xml.readNextStartElement()) {
+        if (m_xml.name() == u"head")
+            readHead();
+        else if (m_xml.name() == u"body")
+            readOutlines(m_document.outlines, 0);
+        else
+            m_xml.skipCurrentElement();
+    }
+}
+
+void OpmlParser::readHead()
+{
+    while (m_xml.readNextStartElement()) {
+        if (m_xml.name() == u"title")
+            m_document.title = m_xml.readElementText(QXmlStreamReader::SkipChildElements).trimmed();
+        else
+            m_xml.skipCurrentElement();
+    }
+}
+
+// Each outline is stored as soon as its start tag is read, so an error inside it keeps it.
+void OpmlParser::readOutlines(QList<OpmlOutline> &into, int depth)
+{
+    while (m_xml.readNextStartElement()) {
+        if (m_xml.name() != u"outline" || depth >= kMaxDepth) {
+            m_xml.skipCurrentElement();
+            continue;
+        }
+        into.append(outlineFromAttributes());
+        readOutlines(into.last().children, depth + 1);
+    }
+}
+
+// Attribute names are matched without regard to case: lists written by hand say "xmlURL".
+OpmlOutline OpmlParser::outlineFromAttributes() const
+{
+    OpmlOutline outline;
+    const std::pair<QStringView, QString OpmlOutline::*> fields[] = {
+        {u"text", &OpmlOutline::text},
+        {u"title", &OpmlOutline::title},
+        {u"description", &OpmlOutline::description},
+        {u"xmlurl", &OpmlOutline::xmlUrl},
+        {u"htmlurl", &OpmlOutline::htmlUrl},
+        {u"url", &OpmlOutline::url},
+        {u"type", &OpmlOutline::type},
+        {u"category", &OpmlOutline::category},
+    };
+    for (const QXmlStreamAttribute &attribute : m_xml.attributes()) {
+        if (!attribute.namespaceUri().isEmpty())
+            continue;
+        for (const auto &[name, member] : fields) {
+            if (attribute.name().compare(name, Qt::CaseInsensitive) == 0 && (outline.*member).isEmpty())
+                outline.*member = attribute.value().trimmed().toString();
+        }
+    }
+    return outline;
+}
+
+} // namespace quillon

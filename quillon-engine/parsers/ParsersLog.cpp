@@ -1,0 +1,3 @@
+#include "ParsersLog.h"
+
+Q_LOGGING_CATEGORY(lcParsers, "quillon.parsers", QtInfoMsg)

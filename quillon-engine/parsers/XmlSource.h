@@ -1,0 +1,35 @@
+#pragma once
+
+#include "ParseError.h"
+
+#include <QByteArray>
+#include <QString>
+
+class QXmlStreamReader;
+
+namespace quillon {
+
+// The steps both parsers take before and after reading XML: decode the bytes, mend common
+// faults, guard against entity bombs, and describe a reader error for the user.
+class XmlSource
+{
+public:
+    struct Prepared
+    {
+        QString text;
+        QString encoding;
+        bool encodingFallback = false;
+        int repairs = 0;
+        ParseError error = ParseError::None;
+        QString errorText;
+    };
+
+    [[nodiscard]] static Prepared prepare(const QByteArray &bytes, const QString &contentType);
+    // Limits entity expansion on a reader about to read prepared text.
+    static void configure(QXmlStreamReader &reader);
+    // "line 3, column 7: <reason>", or a plain sentence for an empty document.
+    [[nodiscard]] static QString describeError(const QXmlStreamReader &reader);
+    [[nodiscard]] static ParseError classifyError(const QXmlStreamReader &reader, const QString &text);
+};
+
+} // namespace quillon

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <QDir>
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+// The conformance samples live outside the tree, each folder indexed by a manifest.json that
+// restates every sample's embedded expectation.
+class CorpusManifest
+{
+public:
+    static QString corpusDir()
+    {
+        return QDir::cleanPath(qEnvironmentVariable("QUILLON_SOURCE_DIR") +
+                               QStringLiteral("/../shared/corpus"));
+    }
+
+    // Cases of one folder ("feedparser", "listparser"); empty when the corpus is absent.
+    static QJsonArray cases(const QString &folder)
+    {
+        QFile file(corpusDir() + u'/' + folder + QStringLiteral("/manifest.json"));
+        if (!file.open(QIODevice::ReadOnly))
+            return {};
+        return QJsonDocument::fromJson(file.readAll()).object().value(QStringLiteral("cases")).toArray();
+    }
+
+    static QByteArray sample(const QString &folder, const QString &path)
+    {
+        QFile file(corpusDir() + u'/' + folder + u'/' + path);
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    }
+};

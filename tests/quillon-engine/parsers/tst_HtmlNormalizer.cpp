@@ -1,0 +1,72 @@
+#include "HtmlNormalizer.h"
+
+#include <QTest>
+
+using namespace quillon;
+
+class tst_HtmlNormalizer : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void normalizesMarkup_data();
+    void normalizesMarkup();
+    void staysLinearOnUnclosedMarkup();
+};
+
+void tst_HtmlNormalizer::normalizesMarkup_data()
+{
+    QTest::addColumn<QString>("html");
+    QTest::addColumn<QString>("expected");
+
+    QTest::newRow("scripts go with their text") << "a<script type=x>if (1 < 2) alert(1)</SCRIPT>b"
+                                                << "ab";
+    QTest::newRow("unclosed script drops the rest") << "a<script>alert(1)"
+                                                    << "a";
+    QTest::newRow("event handlers and script URLs")
+        << R"x(<a href=" javascript:x()" onclick="y()" title=t>t</a>)x"
+        << R"(<a title="t">t</a>)";
+    QTest::newRow("script in styles, base and meta")
+        << R"x(<base href="http://evil/"><meta http-equiv="refresh"><p style="width:expression(alert(1))">x</p>)x"
+        << "<p>x</p>";
+    QTest::newRow("names lowered, attributes sorted and quoted")
+        << "<A TITLE='it''s' HREF=page.html>x</A>"
+        << R"(<a href="http://example.org/dir/page.html" title="it">x</a>)";
+    QTest::newRow("void elements closed") << "<BR><img src=/a.png><hr/></br>"
+                                          << R"(<br /><img src="http://example.org/a.png" /><hr />)";
+    QTest::newRow("stray characters escaped") << "fish & chips < 3 > 2"
+                                              << "fish &amp; chips &lt; 3 > 2";
+    QTest::newRow("references kept") << "&nbsp;&#160;&#xA0;&eacute;&amp;"
+                                     << "&nbsp;&#160;&#xA0;&eacute;&amp;";
+    QTest::newRow("attribute values re-escaped") << R"(<img alt="a<b & &quot;c&quot;">)"
+                                                 << R"(<img alt="a&lt;b &amp; &quot;c&quot;" />)";
+    QTest::newRow("comments and declarations dropped") << "a<!-- hidden -->b<!DOCTYPE html><?php x ?>c"
+                                                       << "abc";
+    QTest::newRow("unclosed tag becomes text") << "1 <b class=\"x 2"
+                                               << "1 &lt;b class=\"x 2";
+    QTest::newRow("absolute links untouched") << R"(<a href="HTTP://Example.COM/%7Ebob">x</a>)"
+                                              << R"(<a href="HTTP://Example.COM/%7Ebob">x</a>)";
+}
+
+void tst_HtmlNormalizer::normalizesMarkup()
+{
+    QFETCH(QString, html);
+    QFETCH(QString, expected);
+    QCOMPARE(HtmlNormalizer::normalize(html, QUrl(QStringLiteral("http://example.org/dir/index.html"))),
+             expected);
+}
+
+// Inputs that make a naive tokenizer rescan to the end from every '<'.
+void tst_HtmlNormalizer::staysLinearOnUnclosedMarkup()
+{
+    for (const QString &unit : {QStringLiteral("<a b=\""), QStringLiteral("<!--"), QStringLiteral("</x"),
+                                QStringLiteral("<?"), QStringLiteral("<p")}) {
+        const QString html = unit.repeated(200000);
+        const QString out = HtmlNormalizer::normalize(html);
+        QVERIFY(out.size() >= html.size());
+        QVERIFY(!out.contains(u'<'));
+    }
+}
+
+QTEST_GUILESS_MAIN(tst_HtmlNormalizer)
+#include "tst_HtmlNormalizer.moc"

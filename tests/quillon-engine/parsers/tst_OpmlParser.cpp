@@ -1,0 +1,85 @@
+#include "OpmlCatalog.h"
+#include "OpmlParser.h"
+
+#include <QTest>
+
+using namespace quillon;
+
+class tst_OpmlParser : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void readsNestedOutlines();
+    void keepsOutlinesReadBeforeAnError();
+    void survivesHostileLists();
+};
+
+void tst_OpmlParser::readsNestedOutlines()
+{
+    const QByteArray opml = R"(<?xml version="1.0" encoding="ISO-8859-1"?>
+        <opml version="1.0"><head><title>My feeds</title></head><body>
+          <outline text="News" title="Daily news">
+            <outline text="Wire" description="Fast" xmlUrl="http://wire.example/rss" htmlUrl="http://wire.example/"/>
+            <outline text="" title="">
+              <outline text="Deep" xmlURL=" http://deep.example/atom "/>
+            </outline>
+          </outline>
+          <outline text="More lists" type="include" url="http://lists.example/more.opml"/>
+          <outline text="Caf&#233;" type="rss" xmlUrl="http://wire.example/rss" category="food"/>
+        </body></opml>)";
+    const OpmlDocument document = OpmlParser::parse(opml);
+    QVERIFY2(document.ok(), qPrintable(document.errorText));
+    QCOMPARE(document.title, QStringLiteral("My feeds"));
+    QCOMPARE(document.outlines.size(), 3);
+
+    const OpmlOutline &folder = document.outlines.at(0);
+    QCOMPARE(folder.displayTitle(), QStringLiteral("Daily news")); // title before text
+    QVERIFY(!folder.isFeed());
+    const OpmlOutline &wire = folder.children.at(0);
+    QVERIFY(wire.isFeed());
+    QCOMPARE(wire.displayTitle(), QStringLiteral("Wire"));
+    QCOMPARE(wire.description, QStringLiteral("Fast"));
+    QCOMPARE(folder.children.at(1).children.at(0).xmlUrl, QStringLiteral("http://deep.example/atom"));
+    QCOMPARE(document.outlines.at(1).subListUrl(), QStringLiteral("http://lists.example/more.opml"));
+    QVERIFY(!document.outlines.at(1).isFeed());
+
+    // The flat view merges the repeated feed and files it under both places.
+    const OpmlCatalog catalog = OpmlCatalog::fromDocument(document);
+    QCOMPARE(catalog.feeds.size(), 2);
+    QCOMPARE(catalog.feeds.at(0).title, QStringLiteral("Wire"));
+    QCOMPARE(catalog.feeds.at(0).categories, (QList<QStringList>{{"News"}, {"food"}}));
+    QCOMPARE(catalog.feeds.at(1).categories, (QList<QStringList>{{"News"}})); // untitled folders add nothing
+    QCOMPARE(catalog.lists.size(), 1);
+}
+
+void tst_OpmlParser::keepsOutlinesReadBeforeAnError()
+{
+    const QByteArray opml = "<opml><body><outline text=\"Folder\"><outline text=\"A\" xmlUrl=\"http://a/\"/>"
+                            "<outline text=\"B\" xmlUrl=\"http://b/\"/><outline text=\"C\" xmlUrl=";
+    const OpmlDocument document = OpmlParser::parse(opml);
+    QCOMPARE(document.error, ParseError::NotWellFormed);
+    QCOMPARE(document.outlines.size(), 1);
+    QCOMPARE(document.outlines.at(0).children.size(), 2);
+
+    QCOMPARE(OpmlParser::parse("<rss version=\"2.0\"/>").error, ParseError::UnknownFormat);
+    QCOMPARE(OpmlParser::parse("").error, ParseError::Empty);
+}
+
+void tst_OpmlParser::survivesHostileLists()
+{
+    const int levels = 100000;
+    const QByteArray deep = "<opml><body>" + QByteArray("<outline text=\"x\">").repeated(levels) +
+                            QByteArray("</outline>").repeated(levels) + "</body></opml>";
+    const OpmlDocument document = OpmlParser::parse(deep);
+    QVERIFY2(document.ok(), qPrintable(document.errorText));
+    int depth = 0;
+    for (const OpmlOutline *outline = &document.outlines.at(0); !outline->children.isEmpty();
+         outline = &outline->children.at(0))
+        ++depth;
+    QVERIFY(depth < 100); // the rest is skipped, not recursed into
+    QVERIFY(OpmlCatalog::fromDocument(document).feeds.isEmpty());
+}
+
+QTEST_GUILESS_MAIN(tst_OpmlParser)
+#include "tst_OpmlParser.moc"
