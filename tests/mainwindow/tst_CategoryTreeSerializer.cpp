@@ -1,0 +1,171 @@
+#include "PromptRecorder.h"
+#include "categoriesUtils.h"
+
+#include <QRandomGenerator>
+#include <QTest>
+
+using namespace categoriesUtils;
+
+namespace {
+QString lines(const QStringList &parts)
+{
+    return parts.join(QStringLiteral("\r\n"));
+}
+
+QString randomName(QRandomGenerator &random)
+{
+    static const QStringList pieces{"News", "a", "Z", " ",    "  ",   "é", "Ünïcode", "日本", "🙂", "~",
+                                    "~~~",  "-", ".", "Tech", "news", "'", "\"",      "%1",   "\\"};
+    QString name;
+    for (int i = 0, n = random.bounded(5); i < n; ++i)
+        name += pieces[random.bounded(int(pieces.size()))];
+    return name;
+}
+
+void fillRandomTree(CategoryTree &tree, QRandomGenerator &random, int nodes)
+{
+    QList<CategoryNode *> categories;
+    for (int i = 0; i < nodes; ++i) {
+        CategoryNode *parent = categories.isEmpty() || random.bounded(5) == 0
+                                   ? nullptr
+                                   : categories[random.bounded(int(categories.size()))];
+        const bool isSubscription = random.bounded(4) == 0;
+        CategoryNode *node =
+            tree.addNode(parent, MakeNodeKey(random.bounded(2)), randomName(random),
+                         random.bounded(2) ? QStringLiteral("partial_folder") : randomName(random));
+        node->setExpanded(random.bounded(2));
+        node->setSelected(random.bounded(2));
+        node->setBold(random.bounded(2));
+        node->setExpandedImage(randomName(random));
+        if (isSubscription)
+            node->setTag(QString::number(i + 1));
+        else
+            categories << node;
+    }
+}
+
+} // namespace
+
+class tst_CategoryTreeSerializer : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void writesCategoriesInTheSavedForm();
+    void treesRoundTrip();
+    void unmatchedParenthesisSpoilsTheRest();
+    void reportsEachFormErrorKeepingWhatWasRead();
+};
+
+void tst_CategoryTreeSerializer::writesCategoriesInTheSavedForm()
+{
+    CategoryTree tree;
+    CategoryNode *news = tree.addNode(nullptr, QStringLiteral("cat_1"), QStringLiteral("News"),
+                                      QStringLiteral("checked_folder"));
+    news->setExpanded(true);
+    news->setBold(true);
+    news->setSelectedImage(QStringLiteral("sel"));
+    tree.addNode(news, QStringLiteral("sub_2"), QStringLiteral("Feed"), QStringLiteral("checked"))
+        ->setTag("7");
+    tree.addNode(news, QStringLiteral("cat_3"), QStringLiteral("Tech"), QStringLiteral("partial_folder"));
+    tree.addNode(nullptr, QStringLiteral("sub_4"), QStringLiteral("Top feed"))->setTag("8");
+
+    const auto props = [](int blanks, const QString &image, const QString &key, const QString &selectedImage,
+                          const QString &text, const char *expanded, const char *bold) {
+        const QString in(blanks, QLatin1Char(' '));
+        return QStringList{in + "Expanded(" + expanded + ")",
+                           in + "ExpandedImage()",
+                           in + "Image(" + image + ")",
+                           in + "Key(" + key + ")",
+                           in + "Selected(False)",
+                           in + "SelectedImage(" + selectedImage + ")",
+                           in + "Tag()",
+                           in + "Text(" + text + ")",
+                           in + "Bold(" + bold + ")"};
+    };
+    const QString expected = lines(QStringList{"TreeView(", "  Root(", "    BasicInfo("} +
+                                   props(6, "checked_folder", "cat_1", "sel", "News", "True", "True") +
+                                   QStringList{"    )", "      Child(", "      BasicInfo("} +
+                                   props(8, "partial_folder", "cat_3", "", "Tech", "False", "False") +
+                                   QStringList{"      )", "      )", "  )", ")"});
+    QCOMPARE(SerializeCategoryTree(tree), expected);
+
+    // The selected image is written but a loaded node keeps none.
+    CategoryTree loaded;
+    QVERIFY(LoadCategoryTree(loaded, expected));
+    QCOMPARE(loaded.count(), 2);
+    QVERIFY(loaded.findByKey("cat_1")->selectedImage().isEmpty());
+    QVERIFY(loaded.findByKey("cat_1")->expanded());
+}
+
+void tst_CategoryTreeSerializer::treesRoundTrip()
+{
+    QRandomGenerator random(20240611);
+    PromptRecorder prompts;
+    for (int round = 0; round < 200; ++round) {
+        CategoryTree tree;
+        fillRandomTree(tree, random, round == 0 ? 0 : random.bounded(1, 60));
+        const QString text = SerializeCategoryTree(tree);
+        if (round == 0)
+            QCOMPARE(text, QStringLiteral("TreeView(\r\n)"));
+        CategoryTree loaded;
+        loaded.addNode(nullptr, QStringLiteral("x"), QStringLiteral("Left over"));
+        QVERIFY(LoadCategoryTree(loaded, text));
+        QCOMPARE(SerializeCategoryTree(loaded), text);
+        QCOMPARE(loaded.count(), CollectCategoryPaths(tree, nullptr).size());
+    }
+    QVERIFY(prompts.shown.isEmpty());
+}
+
+void tst_CategoryTreeSerializer::unmatchedParenthesisSpoilsTheRest()
+{
+    CategoryTree tree;
+    for (const char *name : {"Alpha", "Beta (draft", "Gamma"})
+        tree.addNode(nullptr, MakeNodeKey(0), QString::fromLatin1(name));
+    const QString text = SerializeCategoryTree(tree);
+    QVERIFY(text.contains(QStringLiteral("Text(Beta (draft)")));
+
+    PromptRecorder prompts;
+    CategoryTree loaded;
+    QVERIFY(!LoadCategoryTree(loaded, text));
+    QCOMPARE(prompts.shown, QStringList{QStringLiteral(
+                                "Error reading Node serialization. Expected 'Child' but found 'Root.'")});
+    QCOMPARE(loaded.topLevelCount(), 2);
+    QCOMPARE(loaded.topLevelNode(0)->text(), QStringLiteral("Alpha"));
+    // The name swallowed the lines after it; Gamma is lost.
+    QVERIFY(loaded.topLevelNode(1)->text().startsWith(QStringLiteral("Beta (draft)\r\n")));
+    QVERIFY(!loaded.topLevelNode(1)->bold());
+    QVERIFY(!loaded.findFirstByPath(QStringLiteral("Gamma")));
+}
+
+void tst_CategoryTreeSerializer::reportsEachFormErrorKeepingWhatWasRead()
+{
+    const QString good =
+        QStringLiteral("Root(BasicInfo(Key(k1)Text(Kept)Color(red))Child(BasicInfo(Text(Inner))))");
+    const struct
+    {
+        QString text;
+        QString message;
+        int nodesLeft;
+    } cases[] = {
+        {QStringLiteral("  \r\n"),
+         QStringLiteral("Error initializing TreeView. This is not a TreeView serialization."), 1},
+        {"TreeView(" + good + "Branch(x))",
+         QStringLiteral("Error reading TreeView serialization. Expected 'Root' but found 'Branch.'"), 2},
+        {"TreeView(" + good + "Root(Info()))",
+         QStringLiteral("Error reading Node serialization. Expected 'BasicInfo' but found 'Info.'"), 2},
+        {"TreeView(" + good + "Root(BasicInfo(Text(B))Kid()))",
+         QStringLiteral("Error reading Node serialization. Expected 'Child' but found 'Kid.'"), 3},
+        {"TreeView(" + good + "Root(BasicInfo(Key(k1))))", QString(), 2},
+    };
+    for (const auto &c : cases) {
+        CategoryTree tree;
+        tree.addNode(nullptr, QStringLiteral("before"), QStringLiteral("Before"));
+        PromptRecorder prompts;
+        QVERIFY(!LoadCategoryTree(tree, c.text));
+        QCOMPARE(prompts.shown, c.message.isEmpty() ? QStringList() : QStringList{c.message});
+        QCOMPARE(tree.count(), c.nodesLeft);
+    }
+}
+
+QTEST_GUILESS_MAIN(tst_CategoryTreeSerializer)
+#include "tst_CategoryTreeSerializer.moc"

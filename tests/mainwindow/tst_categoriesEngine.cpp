@@ -1,0 +1,133 @@
+#include "ConsumerSettings.h"
+#include "HandleGuard.h"
+#include "RecordingCallback.h"
+#include "TestEngine.h"
+#include "categoriesUtils.h"
+
+#include <QTest>
+
+using namespace categoriesUtils;
+using namespace quillon;
+
+class StatusLine : public QObject
+{
+    Q_OBJECT
+public:
+    Q_INVOKABLE void SetStatusText(const QString &text) { texts << text; }
+    QStringList texts;
+};
+
+class tst_categoriesEngine : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void init();
+    void cleanup();
+    void deleteRemovesSubscriptionsFromTheEngine();
+    void movedNodesTellTheEngineTheirCategory();
+    void savedTreeIsTheConsumerSetting();
+
+private:
+    CategoryNode *subscribe(const QString &title, const QString &category);
+    QList<qint32> engineIds();
+    QString engineCategory(const CategoryNode *node);
+
+    std::unique_ptr<TestEngine> m_engine;
+    SubscribeClientPtr m_client;
+    CategoryTree m_tree;
+    StatusLine m_status;
+};
+
+void tst_categoriesEngine::init()
+{
+    m_engine = std::make_unique<TestEngine>();
+    QVERIFY(m_engine->isReady());
+    m_client = m_engine->newClient();
+    m_tree.clear();
+    m_status.texts.clear();
+}
+
+void tst_categoriesEngine::cleanup()
+{
+    QCOMPARE(m_client->LiveHandleCount(), 0);
+    m_client.reset();
+    m_engine.reset();
+}
+
+// Adds the subscription to the engine and places its node under its category.
+CategoryNode *tst_categoriesEngine::subscribe(const QString &title, const QString &category)
+{
+    auto answer = std::make_shared<RecordingCallback>(m_client.get());
+    {
+        HandleGuard request(*m_client,
+                            m_client->CreateItemRequest(QStringLiteral("NEWS"), title,
+                                                        QStringLiteral("http://127.0.0.1/") + title));
+        m_client->SetStringValue(request.get(), QStringLiteral("CATEGORY"), category);
+        m_client->SubmitRequest(request.get(), answer);
+    }
+    if (!QTest::qWaitFor([&] { return !answer->records.isEmpty(); }))
+        return nullptr;
+    CategoryNode *parent = AddCategoryFromSubscription(m_tree, category);
+    CategoryNode *node = m_tree.addNode(parent, MakeNodeKey(1), title, QStringLiteral("checked"));
+    node->setTag(answer->records.first().result.value(QStringLiteral("SUBSCRIPTIONID")));
+    return node;
+}
+
+QList<qint32> tst_categoriesEngine::engineIds()
+{
+    HandleGuard list(*m_client, m_client->ListConsumerItems(QStringLiteral("*"), QStringLiteral("NEWS")));
+    QList<qint32> ids;
+    for (qint32 i = 0, n = m_client->ListCount(list.get()); i < n; ++i)
+        ids << m_client->ListLong(list.get(), i);
+    return ids;
+}
+
+QString tst_categoriesEngine::engineCategory(const CategoryNode *node)
+{
+    HandleGuard bag(*m_client, m_client->GetItemBag(QStringLiteral("NEWS"), node->tag().toInt(), 0));
+    return m_client->GetStringValue(bag.get(), QStringLiteral("CATEGORY"));
+}
+
+void tst_categoriesEngine::deleteRemovesSubscriptionsFromTheEngine()
+{
+    for (const char *title : {"A", "B"})
+        QVERIFY(subscribe(QString::fromLatin1(title), QStringLiteral("News")));
+    QVERIFY(subscribe(QStringLiteral("C"), QStringLiteral("News~~~Tech")));
+    CategoryNode *kept = subscribe(QStringLiteral("Kept"), QString());
+    QVERIFY(kept);
+
+    DeleteNodeTree(m_tree, FindNodeByPath(m_tree, QStringLiteral("News")), *m_client, &m_status);
+    QCOMPARE(engineIds(), QList<qint32>{kept->tag().toInt()});
+    QCOMPARE(m_tree.count(), 1);
+    QCOMPARE(m_status.texts, QStringList({"Removing: A", "Removing: B", "Removing: C"}));
+}
+
+void tst_categoriesEngine::movedNodesTellTheEngineTheirCategory()
+{
+    CategoryNode *top = subscribe(QStringLiteral("Top"), QStringLiteral("Old"));
+    CategoryNode *deep = subscribe(QStringLiteral("Deep"), QStringLiteral("Old~~~Moving~~~Inner"));
+    CategoryNode *other = subscribe(QStringLiteral("Other"), QStringLiteral("Old"));
+    QVERIFY(top && deep && other);
+
+    CategoryNode *topMoved = CopyNodeTo(m_tree, *top, nullptr);
+    ApplyCategoryToEngine(*topMoved, *m_client);
+    QCOMPARE(engineCategory(topMoved), QString());
+    CategoryNode *moving = FindNodeByPath(m_tree, QStringLiteral("Old~~~Moving"));
+    ApplyCategoryToEngine(*CopyNodeTo(m_tree, *moving, AddCategoryFromSubscription(m_tree, "New")),
+                          *m_client);
+    QCOMPARE(engineCategory(deep), QStringLiteral("New~~~Moving~~~Inner"));
+    QCOMPARE(engineCategory(other), QStringLiteral("Old"));
+}
+
+void tst_categoriesEngine::savedTreeIsTheConsumerSetting()
+{
+    AddCategoryFromSubscription(m_tree, QStringLiteral("Saved~~~Nested"));
+    const QString text = SaveCategoryTree(m_tree, *m_client);
+    QVERIFY(text.contains(QStringLiteral("Text(Nested)")));
+    QCOMPARE(GetConsumerSetting(*m_client, kSavedCategoriesKey, QString(), QStringLiteral("CONFIGCONSUMER"),
+                                QString()),
+             text);
+}
+
+QTEST_GUILESS_MAIN(tst_categoriesEngine)
+#include "tst_categoriesEngine.moc"
