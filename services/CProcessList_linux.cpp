@@ -3,7 +3,6 @@
 #include <QDir>
 #include <QFile>
 
-#include <signal.h>
 
 namespace {
 QString readFirstArgument(const QString &procFolder)
@@ -49,24 +48,4 @@ QList<CProcessList::Entry> CProcessList::ReadProcesses()
         entries.append({pid, executablePath(proc.filePath(name))});
     }
     return entries;
-}
-
-bool CProcessList::Terminate(qint64 pid)
-{
-    return pid > 0 && ::kill(pid_t(pid), SIGKILL) == 0;
-}
-
-qint32 CProcessList::GetVersion()
-{
-    return 0;
-}
-
-bool CProcessList::IsWin98()
-{
-    return false;
-}
-
-bool CProcessList::IsWin2000()
-{
-    return false;
 }

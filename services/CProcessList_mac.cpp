@@ -1,7 +1,6 @@
 #include "CProcessList.h"
 
 #include <libproc.h>
-#include <signal.h>
 
 #include <vector>
 
@@ -21,24 +20,4 @@ QList<CProcessList::Entry> CProcessList::ReadProcesses()
         entries.append({pids[size_t(i)], QString::fromUtf8(path)});
     }
     return entries;
-}
-
-bool CProcessList::Terminate(qint64 pid)
-{
-    return pid > 0 && ::kill(pid_t(pid), SIGKILL) == 0;
-}
-
-qint32 CProcessList::GetVersion()
-{
-    return 0;
-}
-
-bool CProcessList::IsWin98()
-{
-    return false;
-}
-
-bool CProcessList::IsWin2000()
-{
-    return false;
 }
