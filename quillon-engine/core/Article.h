@@ -23,6 +23,8 @@ struct Article
 
     // key: guid, else link, else a hash of title and body.
     [[nodiscard]] static Article fromParsed(const ParsedItem &item);
+    // The key alone, without building the texts when guid or link gives it.
+    [[nodiscard]] static QString keyOf(const ParsedItem &item);
 };
 
 } // namespace quillon

@@ -25,33 +25,53 @@ QDateTime dateOf(const QVariant &column)
 ArticleStore::Stored ArticleStore::store(qint32 subscriptionId, const ParsedFeed &feed, bool complete,
                                          const QDateTime &now)
 {
-    Stored stored;
-    const QString fetchedAt = SubscriptionFields::isoDate(now);
     QStringList keys;
     keys.reserve(feed.items.size());
-    for (const ParsedItem &item : feed.items) {
-        const Article article = Article::fromParsed(item);
-        keys.append(article.key);
+    for (const ParsedItem &item : feed.items)
+        keys.append(Article::keyOf(item));
+    const QString keysJson =
+        QString::fromUtf8(QJsonDocument(QJsonArray::fromStringList(keys)).toJson(QJsonDocument::Compact));
+    // One look-up for the whole feed: most fetches bring nothing new.
+    QSet<QString> known = knownKeys(subscriptionId, keysJson);
+    Stored stored;
+    const QString fetchedAt = SubscriptionFields::isoDate(now);
+    for (qsizetype i = 0; i < feed.items.size(); ++i) {
+        if (known.contains(keys.at(i)))
+            continue;
+        known.insert(keys.at(i)); // a feed that repeats an item stores it once
+        const Article article = Article::fromParsed(feed.items.at(i));
         if (const qint64 articleId = insert(subscriptionId, article, fetchedAt)) {
             ++stored.added;
             stored.newEnclosures += insertEnclosures(articleId, article.enclosures);
         }
     }
     if (complete)
-        forgetPurgedKeysNotIn(subscriptionId, keys);
+        forgetPurgedKeysNotIn(subscriptionId, keysJson);
     return stored;
+}
+
+QSet<QString> ArticleStore::knownKeys(qint32 subscriptionId, const QString &keysJson)
+{
+    QSet<QString> known;
+    const auto rows =
+        m_db.select(QStringLiteral("SELECT guid FROM articles WHERE subscription_id = ?"
+                                   " AND guid IN (SELECT value FROM json_each(?))"
+                                   " UNION ALL SELECT guid FROM purged_articles WHERE subscription_id = ?"
+                                   " AND guid IN (SELECT value FROM json_each(?))"),
+                    {subscriptionId, keysJson, subscriptionId, keysJson}, "looking up stored articles");
+    for (const auto &row : rows)
+        known.insert(row.at(0).toString());
+    return known;
 }
 
 qint64 ArticleStore::insert(qint32 subscriptionId, const Article &article, const QString &fetchedAt)
 {
     const auto id = m_db.insertIfNew(
         QStringLiteral("INSERT INTO articles (subscription_id, guid, title, link, author, body, published,"
-                       " updated, fetched_at)"
-                       " SELECT ?, ?, ?, ?, ?, ?, ?, ?, ? WHERE NOT EXISTS (SELECT 1 FROM purged_articles"
-                       "  WHERE subscription_id = ? AND guid = ?)"
+                       " updated, fetched_at) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?)"
                        " ON CONFLICT (subscription_id, guid) DO NOTHING"),
         {subscriptionId, article.key, article.subject, article.url, article.author, article.body,
-         dateOrNull(article.published), dateOrNull(article.updated), fetchedAt, subscriptionId, article.key},
+         dateOrNull(article.published), dateOrNull(article.updated), fetchedAt},
         "storing an article");
     return id.value_or(0);
 }
@@ -71,24 +91,30 @@ int ArticleStore::insertEnclosures(qint64 articleId, const QList<ParsedEnclosure
     return position;
 }
 
-void ArticleStore::forgetPurgedKeysNotIn(qint32 subscriptionId, const QStringList &keys)
+void ArticleStore::forgetPurgedKeysNotIn(qint32 subscriptionId, const QString &keysJson)
 {
-    const QByteArray json = QJsonDocument(QJsonArray::fromStringList(keys)).toJson(QJsonDocument::Compact);
     m_db.execute(QStringLiteral("DELETE FROM purged_articles WHERE subscription_id = ?"
                                 " AND guid NOT IN (SELECT value FROM json_each(?))"),
-                 {subscriptionId, QString::fromUtf8(json)}, "forgetting deleted articles");
+                 {subscriptionId, keysJson}, "forgetting deleted articles");
 }
 
-int ArticleStore::purgeOlderThan(qint32 subscriptionId, bool read, const QDateTime &cutoff)
+int ArticleStore::purge(qint32 subscriptionId, const QDateTime &readCutoff, const QDateTime &unreadCutoff)
 {
-    const QVariantList binds = {subscriptionId, read ? 1 : 0, SubscriptionFields::isoDate(cutoff)};
+    if (!readCutoff.isValid() && !unreadCutoff.isValid())
+        return 0;
+    // No stored date sorts before the empty text, so an invalid cut-off matches nothing.
+    const QString kept;
+    const QVariantList binds = {subscriptionId,
+                                readCutoff.isValid() ? SubscriptionFields::isoDate(readCutoff) : kept,
+                                unreadCutoff.isValid() ? SubscriptionFields::isoDate(unreadCutoff) : kept};
+    const QString old =
+        QStringLiteral(" FROM articles WHERE subscription_id = ?"
+                       " AND ((is_read = 1 AND fetched_at < ?) OR (is_read = 0 AND fetched_at < ?))");
     m_db.execute(QStringLiteral("INSERT OR IGNORE INTO purged_articles (subscription_id, guid)"
-                                " SELECT subscription_id, guid FROM articles"
-                                " WHERE subscription_id = ? AND is_read = ? AND fetched_at < ?"),
+                                " SELECT subscription_id, guid") +
+                     old,
                  binds, "remembering deleted articles");
-    return m_db.execute(
-        QStringLiteral("DELETE FROM articles WHERE subscription_id = ? AND is_read = ? AND fetched_at < ?"), binds,
-        "deleting old articles");
+    return m_db.execute(QStringLiteral("DELETE") + old, binds, "deleting old articles");
 }
 
 ListPtr ArticleStore::itemBags(qint32 subscriptionId)
@@ -119,11 +145,11 @@ ListPtr ArticleStore::itemBags(qint32 subscriptionId)
 QHash<qint64, QList<ParsedEnclosure>> ArticleStore::enclosuresOf(qint32 subscriptionId)
 {
     QHash<qint64, QList<ParsedEnclosure>> byArticle;
-    const auto rows = m_db.select(
-        QStringLiteral("SELECT e.article_id, e.url, e.type, e.length FROM article_enclosures e"
-                       " JOIN articles a ON a.id = e.article_id WHERE a.subscription_id = ?"
-                       " ORDER BY e.article_id, e.position"),
-        {subscriptionId}, "reading enclosures");
+    const auto rows =
+        m_db.select(QStringLiteral("SELECT e.article_id, e.url, e.type, e.length FROM article_enclosures e"
+                                   " JOIN articles a ON a.id = e.article_id WHERE a.subscription_id = ?"
+                                   " ORDER BY e.article_id, e.position"),
+                    {subscriptionId}, "reading enclosures");
     for (const auto &row : rows) {
         ParsedEnclosure enclosure;
         enclosure.url = row.at(1).toString();

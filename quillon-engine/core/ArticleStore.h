@@ -5,6 +5,7 @@
 #include "PropertyBag.h"
 
 #include <QDateTime>
+#include <QSet>
 
 namespace quillon {
 
@@ -26,8 +27,9 @@ public:
     // them. complete: the feed was read to its end, so deleted keys it no longer offers are
     // forgotten.
     Stored store(qint32 subscriptionId, const ParsedFeed &feed, bool complete, const QDateTime &now);
-    // Deletes the read (or unread) articles stored before the cut-off; returns how many went.
-    int purgeOlderThan(qint32 subscriptionId, bool read, const QDateTime &cutoff);
+    // Deletes read articles stored before readCutoff and unread ones stored before
+    // unreadCutoff; an invalid cut-off keeps them all. Returns how many went.
+    int purge(qint32 subscriptionId, const QDateTime &readCutoff, const QDateTime &unreadCutoff);
     // One item bag per article (ItemBags), newest first, each with "READ" 1 or 0.
     [[nodiscard]] ListPtr itemBags(qint32 subscriptionId);
 
@@ -35,7 +37,9 @@ private:
     // The new article's row id, or 0 when it was stored already.
     [[nodiscard]] qint64 insert(qint32 subscriptionId, const Article &article, const QString &fetchedAt);
     int insertEnclosures(qint64 articleId, const QList<ParsedEnclosure> &enclosures);
-    void forgetPurgedKeysNotIn(qint32 subscriptionId, const QStringList &keys);
+    // Of the keys (a JSON array), those stored or deleted for their age already.
+    [[nodiscard]] QSet<QString> knownKeys(qint32 subscriptionId, const QString &keysJson);
+    void forgetPurgedKeysNotIn(qint32 subscriptionId, const QString &keysJson);
     [[nodiscard]] QHash<qint64, QList<ParsedEnclosure>> enclosuresOf(qint32 subscriptionId);
 
     EngineDatabase &m_db;

@@ -10,8 +10,8 @@ namespace {
 char32_t numericReference(QStringView digits)
 {
     bool ok = false;
-    const uint value = digits.startsWith(u'x', Qt::CaseInsensitive) ? digits.mid(1).toUInt(&ok, 16)
-                                                                   : digits.toUInt(&ok, 10);
+    const uint value =
+        digits.startsWith(u'x', Qt::CaseInsensitive) ? digits.mid(1).toUInt(&ok, 16) : digits.toUInt(&ok, 10);
     return ok && value > 0 && value <= 0x10FFFF ? char32_t(value) : 0;
 }
 } // namespace

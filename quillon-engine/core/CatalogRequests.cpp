@@ -18,9 +18,10 @@ void CatalogRequests::list(const Origin &origin, const PropertyBag &request)
     else if (which == QLatin1String("SEARCHSOURCES"))
         entries = m_resolver.searchSources().bags();
     if (!entries) {
-        m_outbox.toCallback(origin.session, origin.callbackId,
-                            EngineMessages::failure(QStringLiteral("Unknown list '%1'")
-                                                        .arg(request.text(QStringLiteral("LIST")))));
+        m_outbox.toCallback(
+            origin.session, origin.callbackId,
+            EngineMessages::failure(
+                QStringLiteral("Unknown list '%1'").arg(request.text(QStringLiteral("LIST")))));
         return;
     }
     auto payload = PropertyBag::create();

@@ -14,8 +14,9 @@
 
 namespace quillon {
 
-DocumentRequests::DocumentRequests(const std::unique_ptr<FeedFetcher> &fetcher, const AddressResolver &resolver,
-                                   const ReaderImporterRegistry &importers, EngineMessenger messenger)
+DocumentRequests::DocumentRequests(const std::unique_ptr<FeedFetcher> &fetcher,
+                                   const AddressResolver &resolver, const ReaderImporterRegistry &importers,
+                                   EngineMessenger messenger)
     : m_fetcher(fetcher), m_resolver(resolver), m_importers(importers), m_messenger(std::move(messenger))
 {
 }
@@ -114,7 +115,8 @@ void DocumentRequests::answerImporter(const Asker &asker)
 {
     const ReaderImporter *importer = m_importers.find(asker.address);
     if (!importer->available()) {
-        fail(asker, QStringLiteral("No subscriptions of %1 were found on this computer").arg(importer->title()));
+        fail(asker,
+             QStringLiteral("No subscriptions of %1 were found on this computer").arg(importer->title()));
         return;
     }
     auto payload = PropertyBag::create();

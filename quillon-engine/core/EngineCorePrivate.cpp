@@ -108,23 +108,24 @@ void EngineCorePrivate::createFetching()
 {
     if (!fetcher)
         fetcher = std::make_unique<HttpFeedFetcher>();
-    m_catalog = std::make_unique<CatalogRequests>(*m_subscriptions, *m_articles, resolver, importers, m_outbox);
+    m_catalog =
+        std::make_unique<CatalogRequests>(*m_subscriptions, *m_articles, resolver, importers, m_outbox);
     m_documents = std::make_unique<DocumentRequests>(fetcher, resolver, importers, messenger());
-    m_requests->registerKind(QStringLiteral("LIST"), [this](const RequestProcessor::Origin &origin,
-                                                            const PropertyBag &request) {
-        m_catalog->list(origin, request);
-    });
-    m_requests->registerKind(QStringLiteral("ITEMS"), [this](const RequestProcessor::Origin &origin,
-                                                             const PropertyBag &request) {
-        m_catalog->items(origin, request);
-    });
+    m_requests->registerKind(QStringLiteral("LIST"),
+                             [this](const RequestProcessor::Origin &origin, const PropertyBag &request) {
+                                 m_catalog->list(origin, request);
+                             });
+    m_requests->registerKind(QStringLiteral("ITEMS"),
+                             [this](const RequestProcessor::Origin &origin, const PropertyBag &request) {
+                                 m_catalog->items(origin, request);
+                             });
     m_requests->registerKind(QStringLiteral("FETCHOPML"), [this](const RequestProcessor::Origin &origin,
                                                                  const PropertyBag &request) {
         m_documents->fetchOpml(origin.session, origin.callbackId, request.text(QStringLiteral("URL")));
     });
     m_updater = std::make_unique<FeedUpdater>(
-        FeedUpdater::Stores{*m_db, *m_subscriptions, *m_articles, *m_settings, *m_defaults}, fetcher, resolver,
-        messenger(), now, [this](qint32 id, const QString &status) { updateFinished(id, status); });
+        FeedUpdater::Stores{*m_db, *m_subscriptions, *m_articles, *m_settings, *m_defaults}, fetcher,
+        resolver, messenger(), now, [this](qint32 id, const QString &status) { updateFinished(id, status); });
     m_scheduler = std::make_unique<FeedScheduler>(*m_db, *m_subscriptions, *m_defaults, now,
                                                   [this](qint32 id) { m_updater->update(id); });
     if (m_updating)
@@ -352,6 +353,7 @@ PropertyValue EngineCorePrivate::getSettings(const Call &call)
 
 PropertyValue EngineCorePrivate::setSettings(const Call &call)
 {
+    m_defaults->forget();
     const QString consumerId = call.args.text(0);
     const QString section = call.args.text(1);
     for (const auto &[key, value] : call.args.bag(2)->entries()) {

@@ -140,7 +140,7 @@ qint64 EngineDatabase::insert(const QString &sql, const QVariantList &binds, con
 }
 
 std::optional<qint64> EngineDatabase::insertIfNew(const QString &sql, const QVariantList &binds,
-                                                 const char *doing)
+                                                  const char *doing)
 {
     QSqlQuery &query = run(sql, binds, doing);
     // The last insert id outlives an ignored insert, so only a changed row counts.

@@ -12,9 +12,12 @@ const QString kEngine = QStringLiteral("ENGINE");
 
 qint32 EngineDefaults::setting(const QString &key, qint32 fallback)
 {
+    const auto cached = m_cache.constFind(key);
+    if (cached != m_cache.cend())
+        return *cached;
     bool ok = false;
     const qint32 value = m_settings.value(kEngine, QString(), key).value_or(QString()).trimmed().toInt(&ok);
-    return ok && value >= 0 ? value : fallback;
+    return *m_cache.insert(key, ok && value >= 0 ? value : fallback);
 }
 
 qint32 EngineDefaults::updateFrequency(qint32 stored)

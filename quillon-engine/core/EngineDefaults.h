@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QHash>
 #include <QString>
 
 namespace quillon {
@@ -28,11 +29,14 @@ public:
 
     // Writes the defaults consumers read from the engine ("OEM_Browse_URL") when absent.
     void seed();
+    // The engine's settings may have changed: read them again when next asked.
+    void forget() { m_cache.clear(); }
 
 private:
     [[nodiscard]] qint32 setting(const QString &key, qint32 fallback);
 
     SettingsStore &m_settings;
+    QHash<QString, qint32> m_cache; // every update asks; settings change rarely
 };
 
 } // namespace quillon

@@ -50,23 +50,26 @@ void FeedUpdater::update(qint32 subscriptionId)
     }
     const FeedAddress::Resolved resolved = m_resolver.resolve(info->url);
     if (!resolved.ok()) {
-        conclude(subscriptionId, QStringLiteral("Error: ") + resolved.error);
+        const QString status = QStringLiteral("Error: ") + resolved.error;
+        record(subscriptionId, *info, status);
+        done(subscriptionId, status);
         return;
     }
     const FetchRequest request{resolved.url, info->etag, info->lastModified, info->user, info->password};
     QPointer<FeedUpdater> self(this);
-    m_fetcher->fetch(request, [self, subscriptionId](const FetchResult &result) {
+    m_fetcher->fetch(request, [self, subscriptionId, info = *info](const FetchResult &result) {
         if (self)
-            self->fetched(subscriptionId, result);
+            self->fetched(subscriptionId, info, result);
     });
 }
 
-void FeedUpdater::fetched(qint32 subscriptionId, const FetchResult &result)
+void FeedUpdater::fetched(qint32 subscriptionId, const FetchInfo &info, const FetchResult &result)
 {
     if (!result.ok()) {
-        conclude(subscriptionId, result.describe());
+        record(subscriptionId, info, result.describe());
         if (result.outcome == FetchResult::Outcome::Unauthorized)
             announce(QStringLiteral("LoginRequired"), subscriptionId);
+        done(subscriptionId, result.describe());
         return;
     }
     // Parsing is the costly part and touches nothing shared; the store stays on this thread.
@@ -74,7 +77,10 @@ void FeedUpdater::fetched(qint32 subscriptionId, const FetchResult &result)
     m_parsers.start([this, subscriptionId, result]() {
         ParsedFeed feed = FeedParser::parse(result.body, result.contentType, result.finalUrl);
         QMetaObject::invokeMethod(
-            this, [this, subscriptionId, result, feed = std::move(feed)]() { parsed(subscriptionId, result, feed); },
+            this,
+            [this, subscriptionId, result, feed = std::move(feed)]() {
+                parsed(subscriptionId, result, feed);
+            },
             Qt::QueuedConnection);
     });
 }
@@ -84,60 +90,60 @@ void FeedUpdater::parsed(qint32 subscriptionId, const FetchResult &result, const
     QString status;
     ArticleStore::Stored stored;
     try {
-        const QDateTime now = m_clock();
-        SqlTransaction transaction(m_stores.db);
-        const auto info = m_stores.subscriptions.fetchInfo(subscriptionId);
-        if (!info) {
-            done(subscriptionId, QString());
-            return;
-        }
-        stored = m_stores.articles.store(subscriptionId, feed, feed.ok(), now);
-        m_stores.subscriptions.fillTitle(subscriptionId, ArticleText::plain(feed.title));
-        purgeOld(subscriptionId, info->deleteRead, info->deleteUnread, now);
-        status = statusOf(feed, stored.added);
-        // A document read only in part is fetched whole next time.
-        m_stores.subscriptions.recordFetch(
-            subscriptionId,
-            {status, now, now.addSecs(m_stores.defaults.updateFrequency(info->updateFreq)), true,
-             feed.ok() ? result.etag : QString(), feed.ok() ? result.lastModified : QString()});
-        transaction.commit();
+        status = store(subscriptionId, result, feed, stored);
     } catch (const std::exception &e) {
         qCWarning(lcCore) << "cannot store subscription" << subscriptionId << e.what();
-        done(subscriptionId, QStringLiteral("Error: ") + QString::fromLocal8Bit(e.what()));
-        return;
+        status = QStringLiteral("Error: ") + QString::fromLocal8Bit(e.what());
+        stored = {}; // rolled back
     }
     if (stored.newEnclosures > 0 && wantsDownloadDecision(subscriptionId))
         announce(QStringLiteral("PromptForDownload"), subscriptionId);
     done(subscriptionId, status);
 }
 
-void FeedUpdater::conclude(qint32 subscriptionId, const QString &status)
+QString FeedUpdater::store(qint32 subscriptionId, const FetchResult &result, const ParsedFeed &feed,
+                           ArticleStore::Stored &stored)
 {
+    const QDateTime now = m_clock();
+    SqlTransaction transaction(m_stores.db);
+    const auto info = m_stores.subscriptions.fetchInfo(subscriptionId);
+    if (!info)
+        return {}; // removed while it was fetched
+    stored = m_stores.articles.store(subscriptionId, feed, feed.ok(), now);
+    m_stores.subscriptions.fillTitle(subscriptionId, ArticleText::plain(feed.title));
+    purgeOld(subscriptionId, info->deleteRead, info->deleteUnread, now);
+    const QString status = statusOf(feed, stored.added);
+    // A document read only in part is fetched whole next time.
+    m_stores.subscriptions.recordFetch(
+        subscriptionId, {status, now, now.addSecs(m_stores.defaults.updateFrequency(info->updateFreq)), true,
+                         feed.ok() ? result.etag : QString(), feed.ok() ? result.lastModified : QString()});
+    transaction.commit();
+    return status;
+}
+
+void FeedUpdater::record(qint32 subscriptionId, const FetchInfo &info, const QString &status)
+{
+    // A subscription removed meanwhile has no row left to change, so nothing is written.
     try {
         const QDateTime now = m_clock();
         SqlTransaction transaction(m_stores.db);
-        const auto info = m_stores.subscriptions.fetchInfo(subscriptionId);
-        if (info) {
-            purgeOld(subscriptionId, info->deleteRead, info->deleteUnread, now);
-            m_stores.subscriptions.recordFetch(
-                subscriptionId,
-                {status, now, now.addSecs(m_stores.defaults.updateFrequency(info->updateFreq)), false, {}, {}});
-        }
+        purgeOld(subscriptionId, info.deleteRead, info.deleteUnread, now);
+        m_stores.subscriptions.recordFetch(
+            subscriptionId,
+            {status, now, now.addSecs(m_stores.defaults.updateFrequency(info.updateFreq)), false, {}, {}});
         transaction.commit();
     } catch (const std::exception &e) {
         qCWarning(lcCore) << "cannot record the update of subscription" << subscriptionId << e.what();
     }
-    done(subscriptionId, status);
 }
 
-void FeedUpdater::purgeOld(qint32 subscriptionId, qint32 deleteRead, qint32 deleteUnread, const QDateTime &now)
+void FeedUpdater::purgeOld(qint32 subscriptionId, qint32 deleteRead, qint32 deleteUnread,
+                           const QDateTime &now)
 {
     const qint32 readAge = m_stores.defaults.deleteReadAge(deleteRead);
     const qint32 unreadAge = m_stores.defaults.deleteUnreadAge(deleteUnread);
-    if (readAge > 0)
-        m_stores.articles.purgeOlderThan(subscriptionId, true, now.addSecs(-readAge));
-    if (unreadAge > 0)
-        m_stores.articles.purgeOlderThan(subscriptionId, false, now.addSecs(-unreadAge));
+    m_stores.articles.purge(subscriptionId, readAge > 0 ? now.addSecs(-readAge) : QDateTime(),
+                            unreadAge > 0 ? now.addSecs(-unreadAge) : QDateTime());
 }
 
 bool FeedUpdater::wantsDownloadDecision(qint32 subscriptionId)

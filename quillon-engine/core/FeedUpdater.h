@@ -1,8 +1,10 @@
 #pragma once
 
+#include "ArticleStore.h"
 #include "EngineMessenger.h"
 #include "FeedFetcher.h"
 #include "ParsedFeed.h"
+#include "SubscriptionStore.h"
 
 #include <QDateTime>
 #include <QObject>
@@ -14,11 +16,9 @@
 namespace quillon {
 
 class AddressResolver;
-class ArticleStore;
 class EngineDatabase;
 class EngineDefaults;
 class SettingsStore;
-class SubscriptionStore;
 
 // Brings one subscription up to date: fetches it (conditionally), parses it off the engine's
 // thread, stores the new articles with the status in one transaction, deletes articles past
@@ -49,10 +49,16 @@ public:
     [[nodiscard]] static QString statusOf(const ParsedFeed &feed, int added);
 
 private:
-    void fetched(qint32 subscriptionId, const FetchResult &result);
+    using FetchInfo = SubscriptionStore::FetchInfo;
+
+    void fetched(qint32 subscriptionId, const FetchInfo &info, const FetchResult &result);
     void parsed(qint32 subscriptionId, const FetchResult &result, const ParsedFeed &feed);
-    // Records an update that brought no document.
-    void conclude(qint32 subscriptionId, const QString &status);
+    // Stores the feed with its status in one transaction; returns the status, or nothing when
+    // the subscription is gone.
+    QString store(qint32 subscriptionId, const FetchResult &result, const ParsedFeed &feed,
+                  ArticleStore::Stored &stored);
+    // Records an update that brought no document, with the settings read when it began.
+    void record(qint32 subscriptionId, const FetchInfo &info, const QString &status);
     void purgeOld(qint32 subscriptionId, qint32 deleteRead, qint32 deleteUnread, const QDateTime &now);
     [[nodiscard]] bool wantsDownloadDecision(qint32 subscriptionId);
     void announce(const QString &message, qint32 subscriptionId);

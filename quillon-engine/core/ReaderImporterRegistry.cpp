@@ -7,8 +7,10 @@ namespace quillon {
 ReaderImporterRegistry ReaderImporterRegistry::withKnownReaders()
 {
     ReaderImporterRegistry registry;
-    registry.add(std::make_unique<AbsentReaderImporter>(QStringLiteral("newsgator"), QStringLiteral("NewsGator")));
-    registry.add(std::make_unique<AbsentReaderImporter>(QStringLiteral("intravnews"), QStringLiteral("IntraVnews")));
+    registry.add(
+        std::make_unique<AbsentReaderImporter>(QStringLiteral("newsgator"), QStringLiteral("NewsGator")));
+    registry.add(
+        std::make_unique<AbsentReaderImporter>(QStringLiteral("intravnews"), QStringLiteral("IntraVnews")));
     return registry;
 }
 

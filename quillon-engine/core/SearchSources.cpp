@@ -46,15 +46,16 @@ void SearchSources::read(const QString &file, QStringList *problems)
     QJsonParseError parseError;
     const QJsonDocument document =
         in.open(QIODevice::ReadOnly) ? QJsonDocument::fromJson(in.readAll(), &parseError) : QJsonDocument();
-    const QJsonArray list = document.isArray() ? document.array()
-                                               : document.object().value(QLatin1String("sources")).toArray();
+    const QJsonArray list =
+        document.isArray() ? document.array() : document.object().value(QLatin1String("sources")).toArray();
     if (document.isNull() && problems)
         problems->append(QStringList{file, parseError.errorString()}.join(QLatin1String(": ")));
     for (const QJsonValue &entry : list) {
         Source source = sourceOf(entry.toObject());
         if (source.guid.isEmpty() || !source.urlTemplate.contains(QLatin1String("{keywords}"))) {
             if (problems)
-                problems->append(QStringLiteral("%1: a source without guid or {keywords} is skipped").arg(file));
+                problems->append(
+                    QStringLiteral("%1: a source without guid or {keywords} is skipped").arg(file));
             continue;
         }
         add(std::move(source));

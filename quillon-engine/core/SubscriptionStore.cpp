@@ -121,8 +121,9 @@ void SubscriptionStore::update(qint32 id, const PropertyBag &values, const QDate
     }
     // Validators of the old address mean nothing to the new one.
     if (values.contains(QStringLiteral("URL")))
-        m_db.execute(QStringLiteral("UPDATE subscriptions SET etag = NULL, last_modified = NULL WHERE id = ?"),
-                     {id}, "forgetting a feed's validators");
+        m_db.execute(
+            QStringLiteral("UPDATE subscriptions SET etag = NULL, last_modified = NULL WHERE id = ?"), {id},
+            "forgetting a feed's validators");
 }
 
 void SubscriptionStore::setProperty(qint32 id, const QString &name, const PropertyValue &value)
@@ -155,15 +156,22 @@ bool SubscriptionStore::remove(qint32 id)
 std::optional<SubscriptionStore::FetchInfo> SubscriptionStore::fetchInfo(qint32 id)
 {
     const auto rows = m_db.select(
-        QStringLiteral("SELECT url, title, user_name, password, etag, last_modified, update_freq, delete_read,"
-                       " delete_unread FROM subscriptions WHERE id = ?"),
+        QStringLiteral(
+            "SELECT url, title, user_name, password, etag, last_modified, update_freq, delete_read,"
+            " delete_unread FROM subscriptions WHERE id = ?"),
         {id}, "reading what a fetch needs");
     if (rows.isEmpty())
         return std::nullopt;
     const auto &row = rows.first();
     const auto number = [&row](int column) { return row.at(column).isNull() ? -1 : row.at(column).toInt(); };
-    return FetchInfo{row.at(0).toString(), row.at(1).toString(), row.at(2).toString(), row.at(3).toString(),
-                     row.at(4).toString(), row.at(5).toString(), number(6),           number(7),
+    return FetchInfo{row.at(0).toString(),
+                     row.at(1).toString(),
+                     row.at(2).toString(),
+                     row.at(3).toString(),
+                     row.at(4).toString(),
+                     row.at(5).toString(),
+                     number(6),
+                     number(7),
                      number(8)};
 }
 
@@ -171,8 +179,9 @@ QList<SubscriptionStore::Due> SubscriptionStore::due(const QDateTime &now)
 {
     QList<Due> due;
     const auto rows = m_db.select(
-        QStringLiteral("SELECT id, update_freq FROM subscriptions"
-                       " WHERE next_update_time IS NULL OR next_update_time <= ? ORDER BY next_update_time, id"),
+        QStringLiteral(
+            "SELECT id, update_freq FROM subscriptions"
+            " WHERE next_update_time IS NULL OR next_update_time <= ? ORDER BY next_update_time, id"),
         {SubscriptionFields::isoDate(now)}, "finding subscriptions due");
     due.reserve(rows.size());
     for (const auto &row : rows)

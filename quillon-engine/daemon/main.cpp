@@ -43,8 +43,9 @@ Options parseOptions(const QCoreApplication &app)
         QStringLiteral("NAME"));
     const QCommandLineOption quillonData(
         QStringLiteral("quillon-data"),
-        QStringLiteral("Folder of the shipped documents (feed directory, search sources); default: QuillonData "
-                       "beside the program."),
+        QStringLiteral(
+            "Folder of the shipped documents (feed directory, search sources); default: QuillonData "
+            "beside the program."),
         QStringLiteral("DIR"));
     parser.addOptions({dataDir, socket, quillonData});
     parser.process(app);

@@ -2,9 +2,6 @@
 
 #include <QTcpSocket>
 
-#ifdef QUILLON_TEST_HAVE_ZLIB
-#include <zlib.h>
-#endif
 
 LocalHttpServer::LocalHttpServer(QObject *parent) : QObject(parent)
 {
@@ -77,7 +74,8 @@ bool LocalHttpServer::takeRequest(QByteArray &buffer, Request &request)
     for (qsizetype i = 1; i < lines.size(); ++i) {
         const qsizetype colon = lines.at(i).indexOf(':');
         if (colon > 0)
-            request.headers.insert(lines.at(i).left(colon).trimmed().toLower(), lines.at(i).mid(colon + 1).trimmed());
+            request.headers.insert(lines.at(i).left(colon).trimmed().toLower(),
+                                   lines.at(i).mid(colon + 1).trimmed());
     }
     return true;
 }
@@ -103,7 +101,8 @@ QByteArray LocalHttpServer::routeResponse(const Route &route, const Request &req
     if (!route.user.isEmpty()) {
         const QByteArray expected = "Basic " + (route.user + ':' + route.password).toBase64();
         if (request.headers.value("authorization") != expected)
-            return response(401, "Unauthorized", {{"WWW-Authenticate", "Basic realm=\"feeds\""}}, "login first");
+            return response(401, "Unauthorized", {{"WWW-Authenticate", "Basic realm=\"feeds\""}},
+                            "login first");
     }
     if (!route.redirectTo.isEmpty())
         return response(route.redirectStatus, "Moved", {{"Location", route.redirectTo}}, QByteArray());
@@ -127,7 +126,8 @@ QByteArray LocalHttpServer::routeResponse(const Route &route, const Request &req
 }
 
 QByteArray LocalHttpServer::response(int status, const QByteArray &reason,
-                                     const QList<QPair<QByteArray, QByteArray>> &headers, const QByteArray &body)
+                                     const QList<QPair<QByteArray, QByteArray>> &headers,
+                                     const QByteArray &body)
 {
     QByteArray out = "HTTP/1.1 " + QByteArray::number(status) + ' ' + reason + "\r\n";
     for (const auto &[name, value] : headers)
@@ -138,22 +138,25 @@ QByteArray LocalHttpServer::response(int status, const QByteArray &reason,
 
 QByteArray LocalHttpServer::gzip(const QByteArray &data)
 {
-#ifdef QUILLON_TEST_HAVE_ZLIB
-    z_stream stream{};
-    // 15 + 16: a gzip header and trailer around the deflate stream.
-    if (deflateInit2(&stream, Z_DEFAULT_COMPRESSION, Z_DEFLATED, 15 + 16, 8, Z_DEFAULT_STRATEGY) != Z_OK)
+    // qCompress gives a 4-byte size, a zlib header, the raw deflate stream and an Adler-32;
+    // gzip wants its own header, the same deflate stream, a CRC-32 and the size.
+    const QByteArray zlib = qCompress(data);
+    if (zlib.size() < 4 + 2 + 4)
         return {};
-    QByteArray out(int(deflateBound(&stream, uLong(data.size()))) + 32, Qt::Uninitialized);
-    stream.next_in = reinterpret_cast<Bytef *>(const_cast<char *>(data.constData()));
-    stream.avail_in = uInt(data.size());
-    stream.next_out = reinterpret_cast<Bytef *>(out.data());
-    stream.avail_out = uInt(out.size());
-    const int result = deflate(&stream, Z_FINISH);
-    out.resize(qsizetype(stream.total_out));
-    deflateEnd(&stream);
-    return result == Z_STREAM_END ? out : QByteArray();
-#else
-    Q_UNUSED(data);
-    return {};
-#endif
+    const QByteArray deflate = zlib.mid(6, zlib.size() - 6 - 4);
+    quint32 crc = 0xFFFFFFFFu;
+    for (const char byte : data) {
+        crc ^= quint8(byte);
+        for (int bit = 0; bit < 8; ++bit)
+            crc = (crc >> 1) ^ (0xEDB88320u & (0u - (crc & 1u)));
+    }
+    crc = ~crc;
+    const auto littleEndian = [](quint32 value) {
+        QByteArray bytes(4, Qt::Uninitialized);
+        for (int i = 0; i < 4; ++i)
+            bytes[i] = char((value >> (8 * i)) & 0xFF);
+        return bytes;
+    };
+    const QByteArray header("\x1f\x8b\x08\x00\x00\x00\x00\x00\x00\xff", 10);
+    return header + deflate + littleEndian(crc) + littleEndian(quint32(data.size()));
 }

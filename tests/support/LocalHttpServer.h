@@ -49,7 +49,7 @@ public:
     // A header of the last request for the path (names compared without regard to case).
     [[nodiscard]] QByteArray lastHeader(const QString &path, const QByteArray &name) const;
 
-    // gzip member bytes (RFC 1952); empty when zlib was not available to the build.
+    // gzip member bytes (RFC 1952).
     [[nodiscard]] static QByteArray gzip(const QByteArray &data);
 
 private:

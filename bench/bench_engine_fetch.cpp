@@ -1,0 +1,159 @@
+// The engine fetching, parsing and storing N feeds of 20 items from a local server, three ways:
+// into an empty store, with every feed answered "304 Not Modified", and with every feed sent
+// again in full. The server is gen_feeds.py serve (synthetic RSS on 127.0.0.1).
+// Usage: bench_engine_fetch [feeds=100] [path of gen_feeds.py]
+
+#include "EngineCore.h"
+#include "OpmlCatalog.h"
+#include "OpmlParser.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QHash>
+#include <QLoggingCategory>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QTextStream>
+#include <QThread>
+
+#include <ctime>
+#include <memory>
+
+using namespace quillon;
+
+namespace {
+const QString kDefaultScript = QStringLiteral("/work/shared/bench/gen_feeds.py");
+
+struct Round
+{
+    qint64 wallMs = 0;
+    qint64 cpuMs = 0;
+    QHash<QString, int> statuses; // first word of each status
+};
+
+// Starts the server and waits for the port it writes.
+int startServer(QProcess &server, const QString &script, int feeds, const QString &dir)
+{
+    const QString portFile = dir + QStringLiteral("/port");
+    server.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    server.start(QStringLiteral("python3"),
+                 {script, QStringLiteral("serve"), QStringLiteral("--n"), QString::number(feeds),
+                  QStringLiteral("--dir"), dir, QStringLiteral("--port-file"), portFile,
+                  QStringLiteral("--max-seconds"), QStringLiteral("1800")});
+    QElapsedTimer waited;
+    waited.start();
+    while (!QFile::exists(portFile) && waited.elapsed() < 120000 && server.state() != QProcess::NotRunning)
+        QThread::msleep(50);
+    QFile file(portFile);
+    return file.open(QIODevice::ReadOnly) ? file.readAll().trimmed().toInt() : 0;
+}
+
+QStringList feedAddresses(const QString &opmlPath)
+{
+    QFile file(opmlPath);
+    if (!file.open(QIODevice::ReadOnly))
+        return {};
+    QStringList urls;
+    for (const OpmlCatalog::Feed &feed : OpmlCatalog::fromDocument(OpmlParser::parse(file.readAll())).feeds)
+        urls.append(feed.url);
+    return urls;
+}
+
+void addSubscriptions(EngineCore &core, EngineCore::SessionId session, const QStringList &urls)
+{
+    for (const QString &url : urls) {
+        auto request = PropertyBag::create();
+        request->setText(QStringLiteral("REQUEST"), QStringLiteral("ADD"));
+        request->setText(QStringLiteral("URL"), url);
+        core.call(session, QStringLiteral("SubmitRequest"), {request, qint32(0)});
+    }
+}
+
+// Lets everything due be fetched and waits until `expected` updates have finished.
+Round runRound(EngineCore &core, int expected)
+{
+    Round round;
+    int finished = 0;
+    const auto connection =
+        QObject::connect(&core, &EngineCore::subscriptionUpdated, [&](qint32, const QString &status) {
+            ++finished;
+            ++round.statuses[status.section(QLatin1Char(':'), 0, 0)];
+        });
+    QElapsedTimer wall;
+    wall.start();
+    const std::clock_t cpu = std::clock();
+    core.runDueUpdates();
+    while (finished < expected && wall.elapsed() < 600000)
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 100);
+    round.wallMs = wall.elapsed();
+    round.cpuMs = qint64(std::clock() - cpu) * 1000 / CLOCKS_PER_SEC;
+    QObject::disconnect(connection);
+    return round;
+}
+
+QString describe(const QHash<QString, int> &statuses)
+{
+    QStringList parts;
+    for (auto it = statuses.cbegin(); it != statuses.cend(); ++it)
+        parts.append(QStringLiteral("%1 x%2").arg(it.key()).arg(it.value()));
+    return parts.join(QStringLiteral(", "));
+}
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    // As the daemon runs: the plain poll dispatcher rather than glib's.
+    if (qEnvironmentVariableIsEmpty("QT_NO_GLIB"))
+        qputenv("QT_NO_GLIB", "1");
+    QCoreApplication app(argc, argv);
+    QLoggingCategory::setFilterRules(QStringLiteral("quillon.*.debug=false\nquillon.*.info=false"));
+    const QStringList args = app.arguments();
+    const int feeds = args.size() > 1 ? args.at(1).toInt() : 100;
+    const QString script = args.size() > 2 ? args.at(2) : kDefaultScript;
+    QTextStream out(stdout);
+
+    QTemporaryDir tmp;
+    const QString feedDir = tmp.filePath(QStringLiteral("feeds"));
+    QDir().mkpath(feedDir);
+    QProcess server;
+    if (startServer(server, script, feeds, feedDir) <= 0) {
+        out << "the feed server did not start (" << script << ")\n";
+        return 1;
+    }
+    QFile(feedDir + QStringLiteral("/CONDITIONAL")).open(QIODevice::WriteOnly); // validators on
+    const QStringList urls = feedAddresses(feedDir + QStringLiteral("/feeds.opml"));
+
+    qint64 offsetSecs = 0;
+    auto core = std::make_unique<EngineCore>(tmp.filePath(QStringLiteral("engine")));
+    core->setClock([&offsetSecs]() { return QDateTime::currentDateTimeUtc().addSecs(offsetSecs); });
+    QString error;
+    if (urls.size() != feeds || !core->open(&error)) {
+        out << "setup failed: " << urls.size() << " feeds in the list; " << error << "\n";
+        return 1;
+    }
+    const auto session = core->openSession({});
+    addSubscriptions(*core, session, urls);
+
+    out << feeds << " feeds of 20 items, wall and CPU time of this process\n";
+    const Round empty = runRound(*core, feeds);
+    out << "empty store:       " << empty.wallMs << " ms wall, " << empty.cpuMs << " ms CPU  ("
+        << describe(empty.statuses) << ")\n";
+    offsetSecs += 7200; // everything due again
+    const Round unchanged = runRound(*core, feeds);
+    out << "304 Not Modified:  " << unchanged.wallMs << " ms wall, " << unchanged.cpuMs << " ms CPU  ("
+        << describe(unchanged.statuses) << ")\n";
+    QFile::remove(feedDir + QStringLiteral("/CONDITIONAL")); // every request gets the whole feed
+    offsetSecs += 7200;
+    const Round resent = runRound(*core, feeds);
+    out << "re-sent in full:   " << resent.wallMs << " ms wall, " << resent.cpuMs << " ms CPU  ("
+        << describe(resent.statuses) << ")\n";
+    out.flush();
+
+    core->closeSession(session);
+    core.reset();
+    server.kill();
+    server.waitForFinished();
+    return 0;
+}

@@ -1,0 +1,60 @@
+#pragma once
+
+#include "FeedFetcher.h"
+#include "FetchOptions.h"
+
+#include <QNetworkAccessManager>
+#include <QObject>
+
+#include <deque>
+#include <memory>
+#include <unordered_map>
+
+namespace quillon {
+
+class HttpFetchJob;
+
+// The engine's fetcher: web documents through QNetworkAccessManager (which asks for gzip and
+// deflate and unpacks them), files straight from disk. At most maxConcurrent web fetches run
+// at once and maxPerHost to one host; the others wait, hosts taking turns.
+class HttpFeedFetcher : public QObject, public FeedFetcher
+{
+    Q_OBJECT
+public:
+    explicit HttpFeedFetcher(FetchOptions options = {}, QObject *parent = nullptr);
+    ~HttpFeedFetcher() override;
+
+    void fetch(const FetchRequest &request, Done done) override;
+
+    [[nodiscard]] const FetchOptions &options() const { return m_options; }
+    [[nodiscard]] int running() const { return int(m_running.size()); }
+    [[nodiscard]] int waiting() const { return m_waitingCount; }
+
+private:
+    struct Pending
+    {
+        std::unique_ptr<HttpFetchJob> job;
+        Done done;
+    };
+    struct Host
+    {
+        std::deque<Pending> waiting;
+        int running = 0;
+        bool hasTurn = false; // in m_turns
+    };
+
+    void readFile(const FetchRequest &request, Done done);
+    void offerTurn(const QString &key, Host &host);
+    void startWaiting();
+    void onFinished(HttpFetchJob *job, const FetchResult &result);
+
+    FetchOptions m_options;
+    QNetworkAccessManager m_network;
+    std::unordered_map<QString, Host> m_hosts;
+    // Hosts with a job waiting and a connection free, in the order they will be served.
+    std::deque<QString> m_turns;
+    std::unordered_map<HttpFetchJob *, Pending> m_running;
+    int m_waitingCount = 0;
+};
+
+} // namespace quillon

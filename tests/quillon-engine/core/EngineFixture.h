@@ -1,0 +1,89 @@
+#pragma once
+
+#include "CopyingCallback.h"
+#include "TestEngine.h"
+
+#include <QTest>
+
+#include <memory>
+#include <utility>
+
+// A real engine on a temporary store, one client connected as "CONFIGCONSUMER" whose
+// unsolicited messages land in events, and the calls the engine tests make through it.
+class EngineFixture
+{
+public:
+    using Fields = QList<std::pair<QString, QString>>;
+
+    EngineFixture() : client(engine.newClient()), events(std::make_shared<CopyingCallback>(*client))
+    {
+        client->Connect(QStringLiteral("CONFIGCONSUMER"), events);
+    }
+
+    // Submits a request bag made of fields and waits for its answer (null when none came).
+    quillon::BagPtr request(const Fields &fields)
+    {
+        const quillon::Handle bag = client->NewBag();
+        for (const auto &[name, value] : fields)
+            client->SetStringValue(bag, name, value);
+        auto answer = std::make_shared<CopyingCallback>(*client);
+        client->SubmitRequest(bag, answer);
+        client->ReleaseHandle(bag);
+        return waitFor(*answer);
+    }
+
+    quillon::BagPtr preview(const QString &url)
+    {
+        auto answer = std::make_shared<CopyingCallback>(*client);
+        client->RequestPreview(QStringLiteral("NEWS"), url, answer);
+        return waitFor(*answer);
+    }
+
+    // Adds a subscription and returns its ID (0 when the add failed).
+    qint32 add(const QString &url, const QString &title = {})
+    {
+        const quillon::BagPtr answer = request({{QStringLiteral("REQUEST"), QStringLiteral("ADD")},
+                                                {QStringLiteral("URL"), url},
+                                                {QStringLiteral("TITLE"), title}});
+        const quillon::BagPtr result = answer ? answer->bag(QStringLiteral("Result")) : nullptr;
+        return result ? result->number(QStringLiteral("SUBSCRIPTIONID")) : 0;
+    }
+
+    quillon::BagPtr itemBag(qint32 id)
+    {
+        const quillon::Handle bag = client->GetItemBag(QStringLiteral("NEWS"), id, 0);
+        quillon::BagPtr copy = CopyingCallback::copyBag(*client, bag);
+        client->ReleaseHandle(bag);
+        return copy;
+    }
+
+    // UpdateItem with text values; makes the subscription due at once.
+    void update(qint32 id, const Fields &values = {})
+    {
+        const quillon::Handle bag = client->NewBag();
+        for (const auto &[name, value] : values)
+            client->SetStringValue(bag, name, value);
+        client->UpdateItem(QStringLiteral("NEWS"), id, bag);
+        client->ReleaseHandle(bag);
+    }
+
+    void setSetting(const QString &consumer, const QString &section, const QString &key, const QString &value)
+    {
+        const quillon::Handle bag = client->NewBag();
+        client->SetStringValue(bag, key, value);
+        client->SetSettings(consumer, section, bag);
+        client->ReleaseHandle(bag);
+    }
+
+    TestEngine engine;
+    quillon::SubscribeClientPtr client;
+    std::shared_ptr<CopyingCallback> events;
+
+private:
+    static quillon::BagPtr waitFor(const CopyingCallback &answer)
+    {
+        if (!QTest::qWaitFor([&answer]() { return !answer.received.isEmpty(); }, 20000))
+            return nullptr;
+        return answer.received.first();
+    }
+};

@@ -1,0 +1,282 @@
+#include "EngineFixture.h"
+#include "LocalHttpServer.h"
+#include "SearchSources.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+
+using namespace quillon;
+
+namespace {
+const QByteArray kFeed =
+    "<?xml version=\"1.0\"?><rss version=\"2.0\"><channel><title>Preview &amp; Co</title>"
+    "<description>What we write</description><link>http://example.com/</link>"
+    "<item><title>First</title><link>http://example.com/1</link>"
+    "<description>&lt;b&gt;One&lt;/b&gt;</description><author>ann@example.com</author>"
+    "<pubDate>Wed, 01 May 2024 10:00:00 GMT</pubDate></item>"
+    "<item><title>Second</title><link>http://example.com/2</link>"
+    "<description>Two</description></item></channel></rss>";
+
+const QByteArray kOpml =
+    "<?xml version=\"1.0\"?><opml version=\"2.0\"><head><title>My Lists</title></head><body>"
+    "<outline text=\"Tech\" title=\"Tech\">"
+    "<outline text=\"A\" title=\"Feed A\" type=\"rss\" xmlUrl=\"http://a.example/rss\"/>"
+    "<outline text=\"B\" type=\"rss\" xmlUrl=\"b.xml\" description=\"Bee\"/>"
+    "</outline>"
+    "<outline text=\"Top\" xmlUrl=\"http://top.example/feed\" htmlUrl=\"http://top.example/\"/>"
+    "</body></opml>";
+
+// Limits as numbers or as text; a source without {keywords} is dropped.
+const QByteArray kShippedSources =
+    R"({"sources": [{"guid": "g1", "title": "One", "template": "http://x/?q={keywords}",)"
+    R"( "defaultLimit": 10, "minLimit": 1, "maxLimit": "50"},)"
+    R"( {"guid": "g2", "title": "Two", "template": "http://y/?q={keywords}"},)"
+    R"( {"guid": "bad", "title": "No keywords", "template": "http://z/"}]})";
+const QByteArray kUserSources =
+    R"([{"guid": "G2", "title": "Two, mine", "template": "http://y2/?q={keywords}"}])";
+const char *const kLocalSource = R"({"sources": [{"guid": "local", "title": "Local",)"
+                                 R"( "template": "%1?q={keywords}&n={limit}", "defaultLimit": 10,)"
+                                 R"( "minLimit": 5, "maxLimit": 50}]})";
+
+BagPtr entry(const ListPtr &list, int index)
+{
+    return list && index < list->size() ? std::get<BagPtr>(list->at(index)) : PropertyBag::create();
+}
+
+bool writeFile(const QString &path, const QByteArray &bytes)
+{
+    QDir().mkpath(QFileInfo(path).path());
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
+}
+} // namespace
+
+class tst_EngineRequests : public QObject
+{
+    Q_OBJECT
+
+private:
+    QString url(const QString &path) const { return m_server.url(path).toString(); }
+    BagPtr fetchOpml(const QString &address)
+    {
+        return m_engine->request({{"REQUEST", "FETCHOPML"}, {"URL", address}});
+    }
+
+    std::unique_ptr<EngineFixture> m_engine;
+    LocalHttpServer m_server;
+    QTemporaryDir m_dir;
+
+private Q_SLOTS:
+    void initTestCase() { QVERIFY(m_server.listen()); }
+    void init();
+    void cleanup();
+    void previewAnswersWithTheFeedOrAnError();
+    void fetchOpmlReadsFilesWebListsAndReaders();
+    void listsImportersAndSearchSources();
+    void searchSubscriptionsFetchTheirSource();
+    void shippedDirectoryAndSourcesAreUsable();
+};
+
+void tst_EngineRequests::init()
+{
+    m_engine = std::make_unique<EngineFixture>();
+    QVERIFY(m_engine->engine.isReady());
+}
+
+void tst_EngineRequests::cleanup()
+{
+    QCOMPARE(m_engine->client->LiveHandleCount(), 0);
+    m_engine.reset();
+}
+
+void tst_EngineRequests::previewAnswersWithTheFeedOrAnError()
+{
+    m_server.serve("/feed", kFeed);
+    BagPtr answer = m_engine->preview(url("/feed"));
+    QVERIFY(answer);
+    QCOMPARE(answer->text("MESSAGE"), QStringLiteral("PreviewResult"));
+    const BagPtr details = answer->bag("Result")->bag("PREFLIGHT_DETAILS");
+    QVERIFY(details);
+    QCOMPARE(details->text("ITEMCOUNT"), QStringLiteral("2"));
+    QCOMPARE(details->text("TITLE"), QStringLiteral("Preview & Co"));
+    QCOMPARE(details->text("DESCRIPTION"), QStringLiteral("What we write"));
+    QCOMPARE(details->text("URL"), url("/feed"));
+    const BagPtr first = entry(details->list("ITEMS"), 0);
+    QCOMPARE(first->text("SUBJECT"), QStringLiteral("First"));
+    QCOMPARE(first->text("URL"), QStringLiteral("http://example.com/1"));
+    QCOMPARE(first->text("BODY"), QStringLiteral("<b>One</b>"));
+    QCOMPARE(first->text("DATE"), QStringLiteral("2024-05-01T10:00:00Z"));
+    QCOMPARE(first->text("AUTHOR"), QStringLiteral("ann@example.com"));
+    QCOMPARE(entry(details->list("ITEMS"), 1)->text("DATE"), kMissingText);
+    // A preview stores nothing.
+    const Handle all = m_engine->client->ListConsumerItems("*", "NEWS");
+    QCOMPARE(m_engine->client->ListCount(all), 0);
+    m_engine->client->ReleaseHandle(all);
+
+    m_server.serve("/page", "<html><body>not a feed</body></html>", "text/html");
+    for (const QString &path : {QStringLiteral("/missing"), QStringLiteral("/page")}) {
+        answer = m_engine->preview(url(path));
+        QVERIFY(answer);
+        QCOMPARE(answer->text("MESSAGE"), QStringLiteral("RequestFailed"));
+        QVERIFY(!answer->contains("Result"));
+    }
+    QCOMPARE(answer->text("ERROR"),
+             QStringLiteral("Error: The document is not a feed (its root element is <html>)."));
+    QCOMPARE(m_engine->preview(url("/missing"))->text("ERROR"), QStringLiteral("Error: HTTP 404 Not Found"));
+}
+
+void tst_EngineRequests::fetchOpmlReadsFilesWebListsAndReaders()
+{
+    const QString path = m_dir.filePath("My Lists/subs.opml");
+    QVERIFY(writeFile(path, kOpml));
+    // As the import hands it over: blanks as %20, nothing else escaped.
+    const QString loopback = "file://loopback/" + QString(path).replace(" ", "%20");
+    BagPtr answer = fetchOpml(loopback);
+    QCOMPARE(answer->text("MESSAGE"), QStringLiteral("OPMLResult"));
+    BagPtr result = answer->bag("Result");
+    QCOMPARE(result->text("URL"), loopback);
+    QCOMPARE(result->text("TITLE"), QStringLiteral("My Lists"));
+    const ListPtr top = result->list("SubscriptionList");
+    QCOMPARE(top->size(), 2);
+    const BagPtr folder = entry(top, 0);
+    QCOMPARE(folder->text("title"), QStringLiteral("Tech"));
+    QVERIFY(!folder->contains("xmlUrl"));
+    const ListPtr children = folder->list("children");
+    QCOMPARE(children->size(), 2);
+    QCOMPARE(entry(children, 0)->text("title"), QStringLiteral("Feed A"));
+    QCOMPARE(entry(children, 0)->text("xmlUrl"), QStringLiteral("http://a.example/rss"));
+    QCOMPARE(entry(children, 1)->text("title"), kMissingText); // the consumer falls back to text
+    QCOMPARE(entry(children, 1)->text("text"), QStringLiteral("B"));
+    QCOMPARE(entry(children, 1)->text("description"), QStringLiteral("Bee"));
+    QVERIFY(!entry(children, 0)->contains("children"));
+    QCOMPARE(entry(top, 1)->text("htmlUrl"), QStringLiteral("http://top.example/"));
+
+    // From the web, relative feed addresses hang from the list's own address.
+    m_server.serve("/lists/subs.opml", kOpml, "text/x-opml");
+    result = fetchOpml(url("/lists/subs.opml"))->bag("Result");
+    QCOMPARE(entry(entry(result->list("SubscriptionList"), 0)->list("children"), 1)->text("xmlUrl"),
+             url("/lists/b.xml"));
+
+    // A feed offered for import is a list of one.
+    m_server.serve("/single.rss", kFeed);
+    result = fetchOpml(url("/single.rss"))->bag("Result");
+    QCOMPARE(entry(result->list("SubscriptionList"), 0)->text("xmlUrl"), url("/single.rss"));
+    QCOMPARE(entry(result->list("SubscriptionList"), 0)->text("title"), QStringLiteral("Preview & Co"));
+
+    for (const QString &failing : {QStringLiteral("newsgator"), QStringLiteral("intravnews"), url("/nothing"),
+                                   QStringLiteral("file://loopback/") + m_dir.filePath("gone.opml")}) {
+        answer = fetchOpml(failing);
+        QCOMPARE(answer->text("MESSAGE"), QStringLiteral("RequestFailed"));
+        QVERIFY2(!answer->text("ERROR").isEmpty() && !answer->contains("Result"), qPrintable(failing));
+    }
+}
+
+void tst_EngineRequests::listsImportersAndSearchSources()
+{
+    BagPtr answer = m_engine->request({{"REQUEST", "LIST"}, {"LIST", "IMPORT"}});
+    QCOMPARE(answer->text("MESSAGE"), QStringLiteral("ListResult"));
+    const ListPtr readers = answer->bag("Result")->list("IMPORT");
+    QCOMPARE(readers->size(), 2);
+    QCOMPARE(entry(readers, 0)->text("id"), QStringLiteral("newsgator"));
+    QCOMPARE(entry(readers, 1)->text("id"), QStringLiteral("intravnews"));
+    QCOMPARE(entry(readers, 1)->text("available"), QStringLiteral("0"));
+    const Handle outlines = m_engine->client->ListReaderSubscriptions("newsgator");
+    QCOMPARE(m_engine->client->ListCount(outlines), 0);
+    m_engine->client->ReleaseHandle(outlines);
+
+    // The shipped sources, and the user's own file beside the store, which replaces by guid.
+    const QString data = m_dir.filePath("data");
+    QVERIFY(writeFile(data + "/searchsources.json", kShippedSources));
+    QVERIFY(writeFile(m_engine->engine.dataFolder() + "/searchsources.json", kUserSources));
+    m_engine->engine.core().setQuillonDataFolder(data);
+    answer = m_engine->request({{"REQUEST", "LIST"}, {"LIST", "SEARCHSOURCES"}});
+    const ListPtr sources = answer->bag("Result")->list("SEARCHSOURCES");
+    QCOMPARE(sources->size(), 2);
+    QCOMPARE(entry(sources, 0)->text("guid"), QStringLiteral("g1"));
+    QCOMPARE(entry(sources, 0)->text("defaultLimit"), QStringLiteral("10"));
+    QCOMPARE(entry(sources, 0)->text("maxLimit"), QStringLiteral("50"));
+    QCOMPARE(entry(sources, 1)->text("title"), QStringLiteral("Two, mine"));
+    QCOMPARE(entry(sources, 1)->text("minLimit"), kMissingText);
+
+    answer = m_engine->request({{"REQUEST", "LIST"}, {"LIST", "FROB"}});
+    QCOMPARE(answer->text("MESSAGE"), QStringLiteral("RequestFailed"));
+}
+
+void tst_EngineRequests::searchSubscriptionsFetchTheirSource()
+{
+    const QString data = m_dir.filePath("search");
+    QVERIFY(writeFile(data + "/searchsources.json", QString(kLocalSource).arg(url("/search")).toUtf8()));
+    m_engine->engine.core().setQuillonDataFolder(data);
+    const SearchSources sources = SearchSources::load({data + "/searchsources.json"});
+    const SearchSources::Source &source = sources.sources().first();
+    QCOMPARE(SearchSources::clampLimit(source, "500"), 50);
+    QCOMPARE(SearchSources::clampLimit(source, "2"), 5);
+    QCOMPARE(SearchSources::clampLimit(source, ""), 10);
+    QCOMPARE(SearchSources::clampLimit(source, "n/a"), 10);
+
+    // The address the add wizard makes with BagToText becomes a fetch of the template.
+    const Handle bag = m_engine->client->NewBag();
+    m_engine->client->SetStringValue(bag, "guid", "local");
+    m_engine->client->SetStringValue(bag, "keywords", "c++ & qt");
+    m_engine->client->SetStringValue(bag, "limit", "500");
+    const QString address = m_engine->client->BagToText(bag);
+    m_engine->client->ReleaseHandle(bag);
+    QVERIFY(address.startsWith("search?"));
+    m_server.serve("/search?q=c%2B%2B%20%26%20qt&n=50", kFeed);
+
+    const BagPtr preview = m_engine->preview(address);
+    QCOMPARE(preview->text("MESSAGE"), QStringLiteral("PreviewResult"));
+    const qint32 id = m_engine->add(address, "Search Local for 'c++ & qt'");
+    m_engine->engine.core().startUpdating();
+    QTRY_COMPARE(m_engine->itemBag(id)->text("LASTUPDATESTATUS"), QStringLiteral("OK: 2 items, 2 new"));
+    QCOMPARE(m_server.requestCount("/search?q=c%2B%2B%20%26%20qt&n=50"), 2);
+
+    const BagPtr unknown = m_engine->preview("search?guid=elsewhere&keywords=x");
+    QCOMPARE(unknown->text("ERROR"), QStringLiteral("Error: unknown search source 'elsewhere'"));
+}
+
+void tst_EngineRequests::shippedDirectoryAndSourcesAreUsable()
+{
+    const QString shipped = qEnvironmentVariable("QUILLON_SOURCE_DIR") + "/data/QuillonData";
+    QVERIFY(QFileInfo::exists(shipped + "/directory/root.opml"));
+    m_engine->engine.core().setQuillonDataFolder(shipped);
+
+    const Handle keys = m_engine->client->NewBag();
+    m_engine->client->SetStringValue(keys, "OEM_Browse_URL", kMissingText);
+    const Handle values = m_engine->client->GetSettings("ENGINE", QString(), keys);
+    const QString browse = m_engine->client->GetStringValue(values, "OEM_Browse_URL");
+    m_engine->client->ReleaseHandle(values);
+    m_engine->client->ReleaseHandle(keys);
+    QCOMPARE(browse, QStringLiteral("quillon-data:directory/root.opml"));
+
+    const ListPtr lists = fetchOpml(browse)->bag("Result")->list("SubscriptionList");
+    QVERIFY(lists->size() >= 4);
+    for (const PropertyValue &value : lists->items()) {
+        const BagPtr list = std::get<BagPtr>(value);
+        const BagPtr answer = fetchOpml(list->text("xmlUrl"));
+        QVERIFY2(answer->contains("Result"), qPrintable(list->text("xmlUrl")));
+        const ListPtr feeds = answer->bag("Result")->list("SubscriptionList");
+        QVERIFY2(feeds->size() >= 5 && feeds->size() <= 10, qPrintable(list->text("title")));
+        for (const PropertyValue &feed : feeds->items()) {
+            const QUrl address(std::get<BagPtr>(feed)->text("xmlUrl"));
+            QVERIFY2(address.scheme().startsWith("http") && !address.host().isEmpty(),
+                     qPrintable(address.toString()));
+            QVERIFY(!std::get<BagPtr>(feed)->text("title").isEmpty());
+        }
+    }
+
+    QStringList problems;
+    const SearchSources sources = SearchSources::load({shipped + "/searchsources.json"}, &problems);
+    QVERIFY2(problems.isEmpty(), qPrintable(problems.join('\n')));
+    QVERIFY(sources.sources().size() >= 3);
+    for (const SearchSources::Source &source : sources.sources()) {
+        const QUrl search(
+            sources.searchUrl("search?guid=" + source.guid + "&keywords=feed%20readers", nullptr));
+        QVERIFY2(search.scheme() == "https" && search.toEncoded().contains("feed%20readers"),
+                 qPrintable(source.title));
+    }
+}
+
+QTEST_GUILESS_MAIN(tst_EngineRequests)
+#include "tst_EngineRequests.moc"

@@ -1,0 +1,378 @@
+#include "EngineFixture.h"
+#include "HttpFeedFetcher.h"
+#include "LocalHttpServer.h"
+
+#include <QSignalSpy>
+#include <QSqlDatabase>
+#include <QSqlQuery>
+
+using namespace quillon;
+
+namespace {
+const QDateTime kStart = QDateTime(QDate(2024, 5, 1), QTime(12, 0), Qt::UTC);
+
+// An RSS document with one item per guid; guids listed in withEnclosure carry an mp3.
+QByteArray rss(const QString &title, const QStringList &guids, const QStringList &withEnclosure = {})
+{
+    QString out = QStringLiteral("<?xml version=\"1.0\"?><rss version=\"2.0\"><channel><title>%1</title>"
+                                 "<link>http://example.com/</link><description>About %1</description>")
+                      .arg(title);
+    for (const QString &guid : guids) {
+        out += QStringLiteral("<item><guid>%1</guid><title>Item %1</title><link>http://example.com/%1</link>"
+                              "<description>&lt;p&gt;Body %1&lt;/p&gt;</description>")
+                   .arg(guid);
+        if (withEnclosure.contains(guid))
+            out += QStringLiteral("<enclosure url=\"http://example.com/%1.mp3\" type=\"audio/mpeg\" "
+                                  "length=\"1000\"/>")
+                       .arg(guid);
+        out += QStringLiteral("</item>");
+    }
+    return (out + QStringLiteral("</channel></rss>")).toUtf8();
+}
+
+// Holds every fetch until the test answers it.
+class HeldFetcher : public FeedFetcher
+{
+public:
+    void fetch(const FetchRequest &request, Done done) override
+    {
+        urls.append(request.url);
+        pending.append(std::move(done));
+    }
+    void answerAll(FetchResult::Outcome outcome)
+    {
+        FetchResult result;
+        result.outcome = outcome;
+        result.httpStatus = 304;
+        for (const Done &done : std::exchange(pending, {}))
+            done(result);
+    }
+    QList<QUrl> urls;
+    QList<Done> pending;
+};
+} // namespace
+
+class tst_FeedUpdates : public QObject
+{
+    Q_OBJECT
+
+private:
+    // Waits until the engine has finished count more updates; returns the last status.
+    QString waitForUpdates(int count = 1);
+    QString url(const QString &path) const { return m_server.url(path).toString(); }
+    void setArticleRead(const QString &guid);
+
+    std::unique_ptr<EngineFixture> m_engine;
+    std::unique_ptr<QSignalSpy> m_updates;
+    LocalHttpServer m_server;
+    QDateTime m_now;
+
+private Q_SLOTS:
+    void initTestCase() { QVERIFY(m_server.listen()); }
+    void init();
+    void cleanup();
+    void newSubscriptionIsFetchedCountedAndTitled();
+    void conditionalRefetchStoresNothingNew();
+    void loginIsAskedForOn401();
+    void redirectedAndPackedFeedsArrive();
+    void silentServerTimesOut();
+    void malformedFeedKeepsWhatWasRead();
+    void deletionAgesAreEnforced();
+    void newEnclosuresAskForADownloadDecision();
+    void schedulerHandsOutEachDueSubscriptionOnce();
+};
+
+void tst_FeedUpdates::init()
+{
+    m_engine = std::make_unique<EngineFixture>();
+    QVERIFY(m_engine->engine.isReady());
+    m_now = kStart;
+    m_engine->engine.core().setClock([this]() { return m_now; });
+    m_updates = std::make_unique<QSignalSpy>(&m_engine->engine.core(), &EngineCore::subscriptionUpdated);
+    m_engine->engine.core().startUpdating();
+}
+
+void tst_FeedUpdates::cleanup()
+{
+    QCOMPARE(m_engine->client->LiveHandleCount(), 0);
+    m_updates.reset();
+    m_engine.reset();
+}
+
+QString tst_FeedUpdates::waitForUpdates(int count)
+{
+    const qsizetype target = m_updates->size() + count;
+    if (!QTest::qWaitFor([&]() { return m_updates->size() >= target; }, 20000))
+        return QStringLiteral("(timed out)");
+    return m_updates->at(target - 1).at(1).toString();
+}
+
+void tst_FeedUpdates::setArticleRead(const QString &guid)
+{
+    const QString name = QStringLiteral("side-") + guid;
+    {
+        auto db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), name);
+        db.setDatabaseName(m_engine->engine.core().databasePath());
+        QVERIFY(db.open());
+        QSqlQuery query(db);
+        QVERIFY(query.exec(QStringLiteral("UPDATE articles SET is_read = 1 WHERE guid = '%1'").arg(guid)));
+    }
+    QSqlDatabase::removeDatabase(name);
+}
+
+void tst_FeedUpdates::newSubscriptionIsFetchedCountedAndTitled()
+{
+    m_server.serve("/news", rss("Daily &amp; News", {"a", "b", "c"}));
+    const qint32 id = m_engine->add(url("/news"));
+    QCOMPARE(waitForUpdates(), QStringLiteral("OK: 3 items, 3 new"));
+
+    BagPtr bag = m_engine->itemBag(id);
+    QCOMPARE(bag->text("TITLE"), QStringLiteral("Daily & News"));
+    QCOMPARE(bag->text("LASTUPDATESTATUS"), QStringLiteral("OK: 3 items, 3 new"));
+    QCOMPARE(bag->text("ITEMUNREADCOUNT"), QStringLiteral("3"));
+    QCOMPARE(bag->text("ITEMREADCOUNT"), QStringLiteral("0"));
+    QCOMPARE(bag->text("LastDateCheck"), QStringLiteral("2024-05-01T12:00:00Z"));
+    QCOMPARE(bag->text("NEXTUPDATETIME"), QStringLiteral("2024-05-01T13:00:00Z"));
+
+    const BagPtr items = m_engine->request({{"REQUEST", "ITEMS"}, {"SUBSCRIPTIONID", QString::number(id)}});
+    QCOMPARE(items->text("MESSAGE"), QStringLiteral("SubscriptionItems"));
+    const BagPtr result = items->bag("Result");
+    QCOMPARE(result->text("ITEMCOUNT"), QStringLiteral("3"));
+    const BagPtr first = std::get<BagPtr>(result->list("ITEMS")->at(0));
+    QCOMPARE(first->text("SUBJECT"), QStringLiteral("Item c")); // undated: the last stored comes first
+    QCOMPARE(first->text("URL"), QStringLiteral("http://example.com/c"));
+    QCOMPARE(first->text("BODY"), QStringLiteral("<p>Body c</p>"));
+    QCOMPARE(first->text("READ"), QStringLiteral("0"));
+
+    // A title the user chose stays; one that is only the address is replaced.
+    const qint32 named = m_engine->add(url("/news"), QStringLiteral("Mine"));
+    const qint32 byAddress = m_engine->add(url("/news"), url("/news"));
+    waitForUpdates(2);
+    QCOMPARE(m_engine->itemBag(named)->text("TITLE"), QStringLiteral("Mine"));
+    QCOMPARE(m_engine->itemBag(byAddress)->text("TITLE"), QStringLiteral("Daily & News"));
+
+    // The engine's own frequency stands in for a subscription's -1.
+    m_engine->setSetting("ENGINE", QString(), "UPDATEFREQ", "7200");
+    m_engine->update(id);
+    waitForUpdates();
+    QCOMPARE(m_engine->itemBag(id)->text("NEXTUPDATETIME"), QStringLiteral("2024-05-01T14:00:00Z"));
+    QCOMPARE(m_engine->request({{"REQUEST", "ITEMS"}, {"SUBSCRIPTIONID", "999"}})->text("MESSAGE"),
+             QStringLiteral("RequestFailed"));
+}
+
+void tst_FeedUpdates::conditionalRefetchStoresNothingNew()
+{
+    LocalHttpServer::Route route;
+    route.body = rss("Tagged", {"a", "b"});
+    route.etag = "\"v1\"";
+    m_server.setRoute("/tagged", route);
+    const qint32 id = m_engine->add(url("/tagged"));
+    QCOMPARE(waitForUpdates(), QStringLiteral("OK: 2 items, 2 new"));
+
+    m_now = kStart.addSecs(60);
+    m_engine->update(id);
+    QCOMPARE(waitForUpdates(), QStringLiteral("Not modified"));
+    QCOMPARE(m_server.lastHeader("/tagged", "if-none-match"), QByteArray("\"v1\""));
+    BagPtr bag = m_engine->itemBag(id);
+    QCOMPARE(bag->text("ITEMUNREADCOUNT"), QStringLiteral("2"));
+    QCOMPARE(bag->text("LastDateCheck"), QStringLiteral("2024-05-01T12:01:00Z"));
+
+    route.body = rss("Tagged", {"a", "b", "c"});
+    route.etag = "\"v2\"";
+    m_server.setRoute("/tagged", route);
+    m_engine->update(id);
+    QCOMPARE(waitForUpdates(), QStringLiteral("OK: 3 items, 1 new"));
+    QCOMPARE(m_engine->itemBag(id)->text("ITEMUNREADCOUNT"), QStringLiteral("3"));
+
+    // A new address starts without the old address's validators.
+    m_engine->update(id, {{"URL", url("/tagged?moved")}});
+    waitForUpdates();
+    QVERIFY(m_server.lastHeader("/tagged?moved", "if-none-match").isEmpty());
+}
+
+void tst_FeedUpdates::loginIsAskedForOn401()
+{
+    LocalHttpServer::Route route;
+    route.body = rss("Private", {"a"});
+    route.user = "ann";
+    route.password = "secret";
+    m_server.setRoute("/private", route);
+    const qint32 id = m_engine->add(url("/private"));
+    QCOMPARE(waitForUpdates(), QStringLiteral("Error: HTTP 401 Unauthorized"));
+    QTRY_COMPARE(m_engine->events->named("LoginRequired").size(), 1);
+    QCOMPARE(m_engine->events->named("LoginRequired").first()->bag("Result")->number("SUBSCRIPTIONID"), id);
+
+    m_engine->update(id, {{"USER", "ann"}, {"PASSWORD", "secret"}});
+    QCOMPARE(waitForUpdates(), QStringLiteral("OK: 1 item, 1 new"));
+    QCOMPARE(m_engine->events->named("LoginRequired").size(), 1);
+}
+
+void tst_FeedUpdates::redirectedAndPackedFeedsArrive()
+{
+    LocalHttpServer::Route packed;
+    packed.body = rss("Packed", {"a", "b"});
+    packed.gzip = !LocalHttpServer::gzip("x").isEmpty();
+    m_server.setRoute("/packed", packed);
+    LocalHttpServer::Route moved;
+    moved.redirectTo = "/packed";
+    moved.redirectStatus = 301;
+    m_server.setRoute("/moved", moved);
+    const qint32 id = m_engine->add(url("/moved"));
+    QCOMPARE(waitForUpdates(), QStringLiteral("OK: 2 items, 2 new"));
+    QCOMPARE(m_engine->itemBag(id)->text("TITLE"), QStringLiteral("Packed"));
+    QVERIFY(m_server.lastHeader("/packed", "accept-encoding").contains("gzip"));
+}
+
+void tst_FeedUpdates::silentServerTimesOut()
+{
+    FetchOptions options;
+    options.timeoutMs = 300;
+    m_engine->engine.core().setFeedFetcher(std::make_unique<HttpFeedFetcher>(options));
+    LocalHttpServer::Route silent;
+    silent.neverAnswer = true;
+    m_server.setRoute("/silent", silent);
+    const qint32 id = m_engine->add(url("/silent"));
+    QCOMPARE(waitForUpdates(), QStringLiteral("Error: no answer within 0.3 seconds"));
+    const BagPtr bag = m_engine->itemBag(id);
+    QCOMPARE(bag->text("LASTUPDATESTATUS"), QStringLiteral("Error: no answer within 0.3 seconds"));
+    QCOMPARE(bag->text("NEXTUPDATETIME"), QStringLiteral("2024-05-01T13:00:00Z"));
+}
+
+void tst_FeedUpdates::malformedFeedKeepsWhatWasRead()
+{
+    QByteArray broken = rss("Broken", {"a", "b"});
+    broken.replace("</channel></rss>", "<item><title>C</ti");
+    LocalHttpServer::Route route;
+    route.body = broken;
+    route.etag = "\"broken\"";
+    m_server.setRoute("/broken", route);
+    const qint32 id = m_engine->add(url("/broken"));
+    const QString status = waitForUpdates();
+    QVERIFY2(status.startsWith(QStringLiteral("Error: malformed feed at line 1")), qPrintable(status));
+    QVERIFY2(status.endsWith(QStringLiteral("(2 items kept)")), qPrintable(status));
+    QCOMPARE(m_engine->itemBag(id)->text("ITEMUNREADCOUNT"), QStringLiteral("2"));
+
+    // Nothing of a broken copy is trusted: the next fetch asks for the whole document.
+    m_engine->update(id);
+    waitForUpdates();
+    QVERIFY(m_server.lastHeader("/broken", "if-none-match").isEmpty());
+}
+
+void tst_FeedUpdates::deletionAgesAreEnforced()
+{
+    m_server.serve("/aging", rss("Aging", {"a", "b", "c"}));
+    const qint32 id = m_engine->add(url("/aging"));
+    waitForUpdates();
+    setArticleRead("a");
+    m_engine->update(id, {{"DELETEREAD", "0"}, {"DELETEUNREAD", "600"}});
+    waitForUpdates();
+    QCOMPARE(m_engine->itemBag(id)->text("ITEMUNREADCOUNT"), QStringLiteral("2"));
+
+    // Unread articles past 600 s go, read ones are never deleted, and what went stays gone
+    // although the feed still offers it.
+    m_now = kStart.addSecs(700);
+    m_engine->update(id);
+    QCOMPARE(waitForUpdates(), QStringLiteral("OK: 3 items, 0 new"));
+    BagPtr bag = m_engine->itemBag(id);
+    QCOMPARE(bag->text("ITEMUNREADCOUNT"), QStringLiteral("0"));
+    QCOMPARE(bag->text("ITEMREADCOUNT"), QStringLiteral("1"));
+
+    m_server.serve("/aging", rss("Aging", {"a", "b", "c", "d"}));
+    m_now = kStart.addSecs(800);
+    m_engine->update(id);
+    QCOMPARE(waitForUpdates(), QStringLiteral("OK: 4 items, 1 new"));
+
+    // -1 is the engine's setting.
+    m_engine->setSetting("ENGINE", QString(), "DELETEREAD", "100");
+    m_now = kStart.addSecs(900);
+    m_engine->update(id, {{"DELETEREAD", "-1"}});
+    waitForUpdates();
+    bag = m_engine->itemBag(id);
+    QCOMPARE(bag->text("ITEMREADCOUNT"), QStringLiteral("0"));
+    QCOMPARE(bag->text("ITEMUNREADCOUNT"), QStringLiteral("1"));
+}
+
+void tst_FeedUpdates::newEnclosuresAskForADownloadDecision()
+{
+    m_server.serve("/cast", rss("Cast", {"e1", "t1"}, {"e1"}));
+    const qint32 id = m_engine->add(url("/cast"));
+    waitForUpdates();
+    QTRY_COMPARE(m_engine->events->named("PromptForDownload").size(), 1);
+    QCOMPARE(m_engine->events->named("PromptForDownload").first()->bag("Result")->number("SUBSCRIPTIONID"),
+             id);
+
+    const BagPtr items = m_engine->request({{"REQUEST", "ITEMS"}, {"SUBSCRIPTIONID", QString::number(id)}});
+    bool sawEnclosure = false;
+    for (const PropertyValue &item : items->bag("Result")->list("ITEMS")->items()) {
+        const ListPtr enclosures = std::get<BagPtr>(item)->list("ENCLOSURES");
+        if (enclosures) {
+            QCOMPARE(std::get<BagPtr>(enclosures->at(0))->text("URL"),
+                     QStringLiteral("http://example.com/e1.mp3"));
+            sawEnclosure = true;
+        }
+    }
+    QVERIFY(sawEnclosure);
+
+    // Once the subscription has its own answer, new enclosures ask nothing.
+    m_engine->setSetting("MEDIACONSUMER", QStringLiteral("SubscriptionSpecifics_%1").arg(id),
+                         "EnableAutoDownload", "1");
+    m_server.serve("/cast", rss("Cast", {"e1", "t1", "e2"}, {"e1", "e2"}));
+    m_engine->update(id);
+    QCOMPARE(waitForUpdates(), QStringLiteral("OK: 3 items, 1 new"));
+    // Only enclosures that are new count: a refetch of the same episodes asks nothing either.
+    const qint32 other = m_engine->add(url("/cast"));
+    waitForUpdates();
+    m_engine->update(other);
+    waitForUpdates();
+    QTRY_COMPARE(m_engine->events->named("PromptForDownload").size(), 2);
+    QCOMPARE(m_engine->events->named("PromptForDownload").last()->bag("Result")->number("SUBSCRIPTIONID"),
+             other);
+}
+
+void tst_FeedUpdates::schedulerHandsOutEachDueSubscriptionOnce()
+{
+    auto held = std::make_unique<HeldFetcher>();
+    HeldFetcher *fetcher = held.get();
+    m_engine->engine.core().setFeedFetcher(std::move(held));
+    const qint32 first = m_engine->add(url("/one"));
+    const qint32 second = m_engine->add(url("/two"));
+    QTRY_COMPARE(fetcher->urls.size(), 2);
+
+    // Made due while its fetch runs: fetched again once that ends, not twice at once.
+    m_engine->update(first);
+    m_engine->engine.core().runDueUpdates();
+    QCOMPARE(fetcher->urls.size(), 2);
+    fetcher->answerAll(FetchResult::Outcome::NotModified);
+    QTRY_COMPARE(fetcher->urls.size(), 3);
+    QCOMPARE(fetcher->urls.last(), m_server.url("/one"));
+    fetcher->answerAll(FetchResult::Outcome::NotModified);
+
+    m_engine->update(second, {{"UPDATEFREQ", "600"}});
+    QTRY_COMPARE(fetcher->urls.size(), 4);
+    fetcher->answerAll(FetchResult::Outcome::NotModified);
+    QTRY_COMPARE(m_engine->itemBag(second)->text("NEXTUPDATETIME"), QStringLiteral("2024-05-01T12:10:00Z"));
+
+    m_now = kStart.addSecs(599);
+    m_engine->engine.core().runDueUpdates();
+    QCOMPARE(fetcher->urls.size(), 4);
+    m_now = kStart.addSecs(600);
+    m_engine->engine.core().runDueUpdates();
+    QCOMPARE(fetcher->urls.size(), 5);
+    QCOMPARE(fetcher->urls.last(), m_server.url("/two"));
+    m_now = kStart.addSecs(3600);
+    m_engine->engine.core().runDueUpdates();
+    QCOMPARE(fetcher->urls.size(), 6); // the first, hourly; the second is due but still in flight
+    fetcher->answerAll(FetchResult::Outcome::NotModified);
+    QTRY_COMPARE(fetcher->urls.size(), 7);
+    QCOMPARE(fetcher->urls.last(), m_server.url("/two"));
+    fetcher->answerAll(FetchResult::Outcome::NotModified);
+
+    m_engine->client->RemoveItem("NEWS", first, 1);
+    m_now = kStart.addSecs(7200);
+    m_engine->engine.core().runDueUpdates();
+    QCOMPARE(fetcher->urls.size(), 8);
+    QCOMPARE(fetcher->urls.last(), m_server.url("/two"));
+}
+
+QTEST_GUILESS_MAIN(tst_FeedUpdates)
+#include "tst_FeedUpdates.moc"

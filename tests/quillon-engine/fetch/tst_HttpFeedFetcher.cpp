@@ -1,0 +1,131 @@
+#include "HttpFeedFetcher.h"
+#include "LocalHttpServer.h"
+
+#include <QTemporaryFile>
+#include <QTest>
+
+#include <optional>
+
+using namespace quillon;
+using Outcome = FetchResult::Outcome;
+
+// What the engine's own tests (tst_FeedUpdates) do not reach: the fetcher's limits.
+namespace {
+const QByteArray kFeed = "<rss version=\"2.0\"><channel><title>T</title></channel></rss>";
+
+FetchResult fetchAndWait(FeedFetcher &fetcher, const QUrl &url, const QString &user = {})
+{
+    FetchRequest request;
+    request.url = url;
+    request.user = user;
+    request.password = user.isEmpty() ? QString() : QStringLiteral("pw");
+    std::optional<FetchResult> result;
+    fetcher.fetch(request, [&result](const FetchResult &r) { result = r; });
+    if (!QTest::qWaitFor([&result]() { return result.has_value(); }, 20000))
+        return {};
+    return *result;
+}
+} // namespace
+
+class tst_HttpFeedFetcher : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase() { QVERIFY(m_server.listen()); }
+    void redirectsAreBoundedAndKeepTheLoginAtHome();
+    void sizeIsCapped();
+    void waitsForAFreeConnection();
+    void filesAreAnsweredLaterToo();
+
+private:
+    LocalHttpServer m_server;
+};
+
+void tst_HttpFeedFetcher::redirectsAreBoundedAndKeepTheLoginAtHome()
+{
+    LocalHttpServer::Route loop;
+    loop.redirectTo = "/loop";
+    m_server.setRoute("/loop", loop);
+    HttpFeedFetcher fetcher;
+    FetchResult r = fetchAndWait(fetcher, m_server.url("/loop"));
+    QCOMPARE(r.outcome, Outcome::Failed);
+    QCOMPARE(r.describe(), QStringLiteral("Error: more than 5 redirects"));
+    QCOMPARE(m_server.requestCount("/loop"), 6);
+
+    LocalHttpServer::Route away;
+    away.redirectTo = m_server.url("/open").toString().replace("127.0.0.1", "localhost").toUtf8();
+    away.user = "ann";
+    away.password = "pw";
+    m_server.setRoute("/away", away);
+    m_server.serve("/open", kFeed, "application/rss+xml; charset=iso-8859-1");
+    r = fetchAndWait(fetcher, m_server.url("/away"), "ann");
+    QCOMPARE(r.outcome, Outcome::Ok);
+    QCOMPARE(r.body, kFeed);
+    QCOMPARE(r.contentType, QStringLiteral("application/rss+xml; charset=iso-8859-1"));
+    QCOMPARE(r.finalUrl.host(), QStringLiteral("localhost"));
+    QVERIFY(!m_server.lastHeader("/away", "authorization").isEmpty());
+    QVERIFY(m_server.lastHeader("/open", "authorization").isEmpty());
+}
+
+void tst_HttpFeedFetcher::sizeIsCapped()
+{
+    LocalHttpServer::Route big;
+    big.body = QByteArray(5000, 'x');
+    m_server.setRoute("/big", big);
+    LocalHttpServer::Route packed = big; // small on the wire, big once unpacked
+    packed.gzip = true;
+    m_server.setRoute("/packed", packed);
+    FetchOptions options;
+    options.maxBytes = 4096;
+    HttpFeedFetcher fetcher(options);
+    for (const char *path : {"/big", "/packed"}) {
+        const FetchResult r = fetchAndWait(fetcher, m_server.url(path));
+        QCOMPARE(r.outcome, Outcome::TooLarge);
+        QCOMPARE(r.describe(), QStringLiteral("Error: the document is larger than 4096 bytes"));
+        QVERIFY(r.body.isEmpty());
+    }
+    QCOMPARE(fetcher.running(), 0);
+}
+
+void tst_HttpFeedFetcher::waitsForAFreeConnection()
+{
+    LocalHttpServer::Route silent;
+    silent.neverAnswer = true;
+    m_server.setRoute("/hang", silent);
+    FetchOptions options;
+    options.timeoutMs = 400;
+    options.maxPerHost = 2;
+    HttpFeedFetcher fetcher(options);
+    QStringList reasons;
+    for (int i = 0; i < 5; ++i) {
+        FetchRequest request;
+        request.url = m_server.url("/hang");
+        fetcher.fetch(request, [&reasons](const FetchResult &r) { reasons.append(r.describe()); });
+    }
+    QCOMPARE(fetcher.running(), 2);
+    QCOMPARE(fetcher.waiting(), 3);
+    QTRY_COMPARE_WITH_TIMEOUT(reasons.size(), 5, 10000);
+    // The clock of each starts when it is sent, so every one was asked and waited its full time.
+    QCOMPARE(m_server.requestCount("/hang"), 5);
+    QCOMPARE(reasons.count(QStringLiteral("Error: no answer within 0.4 seconds")), 5);
+}
+
+void tst_HttpFeedFetcher::filesAreAnsweredLaterToo()
+{
+    QTemporaryFile file;
+    QVERIFY(file.open());
+    file.write(kFeed);
+    file.close();
+    HttpFeedFetcher fetcher;
+    std::optional<FetchResult> result;
+    FetchRequest request;
+    request.url = QUrl::fromLocalFile(file.fileName());
+    fetcher.fetch(request, [&result](const FetchResult &r) { result = r; });
+    QVERIFY(!result); // callers may rely on never being called back inside fetch()
+    QTRY_VERIFY(result.has_value());
+    QCOMPARE(result->body, kFeed);
+}
+
+QTEST_GUILESS_MAIN(tst_HttpFeedFetcher)
+#include "tst_HttpFeedFetcher.moc"
