@@ -1,0 +1,129 @@
+#include "SubscriptionListLoader.h"
+
+#include "CategoryTree.h"
+#include "ConsumerSettings.h"
+#include "HandleGuard.h"
+#include "KeyedCollection.h"
+#include "categoriesUtils.h"
+
+#include <QLoggingCategory>
+
+Q_LOGGING_CATEGORY(lcListLoader, "configconsumer.mainwindow.list")
+
+namespace {
+const QString kNews = QStringLiteral("NEWS");
+const QString kConfigConsumer = QStringLiteral("CONFIGCONSUMER");
+const QString kOutlookConsumer = QStringLiteral("OLCONSUMER");
+
+qint32 highestKeyNumber(const CategoryNode &node)
+{
+    qint32 highest = categoriesUtils::KeyNumber(node.key());
+    for (int i = 0; i < node.childCount(); ++i)
+        highest = std::max(highest, highestKeyNumber(*node.child(i)));
+    return highest;
+}
+
+KeyedCollection deliveredCollection(quillon::SubscribeClient &client)
+{
+    HandleGuard list(client, client.ListConsumerItems(kOutlookConsumer, kNews));
+    KeyedCollection delivered;
+    const qint32 count = client.ListCount(list.get());
+    delivered.Reserve(count);
+    for (qint32 i = 0; i < count; ++i) {
+        const qint32 id = client.ListLong(list.get(), i);
+        delivered.Add(QStringLiteral("SubID_") + QString::number(id), id);
+    }
+    return delivered;
+}
+} // namespace
+
+SubscriptionListLoader::SubscriptionListLoader(quillon::SubscribeClient &client, CategoryTree &tree)
+    : m_client(client), m_tree(tree)
+{
+}
+
+bool SubscriptionListLoader::HasValue(const QString &text)
+{
+    return !text.isEmpty() && text != quillon::kMissingText;
+}
+
+QString SubscriptionListLoader::NodeText(const QString &folderTitle, const QString &title, const QString &url)
+{
+    if (HasValue(folderTitle))
+        return folderTitle;
+    return HasValue(title) ? title : url;
+}
+
+SubscriptionListLoader::Result SubscriptionListLoader::Load()
+{
+    Result result;
+    LoadSavedCategories(result);
+    PlaceSubscriptions(result);
+    return result;
+}
+
+void SubscriptionListLoader::LoadSavedCategories(Result &result)
+{
+    const QString saved = GetConsumerSetting(m_client, categoriesUtils::kSavedCategoriesKey, QString(),
+                                             kConfigConsumer, QString());
+    m_tree.clear();
+    if (!saved.isEmpty() && !categoriesUtils::LoadCategoryTree(m_tree, saved)) {
+        // A saved tree that cannot be read is dropped: the engine's paths rebuild the categories.
+        m_tree.clear();
+        result.savedTreeDropped = true;
+    }
+    qint32 highest = 0;
+    for (int i = 0; i < m_tree.topLevelCount(); ++i)
+        highest = std::max(highest, highestKeyNumber(*m_tree.topLevelNode(i)));
+    categoriesUtils::AdvanceKeyCounterPast(highest);
+}
+
+void SubscriptionListLoader::PlaceSubscriptions(Result &result)
+{
+    const KeyedCollection delivered = deliveredCollection(m_client);
+    HandleGuard all(m_client, m_client.ListConsumerItems(QStringLiteral("*"), kNews));
+    const qint32 count = m_client.ListCount(all.get());
+    result.facts.reserve(count);
+    for (qint32 i = 0; i < count; ++i) {
+        HandleGuard item(m_client, m_client.GetItemBag(kNews, m_client.ListLong(all.get(), i), 0));
+        const qint32 id = m_client.GetLongValue(item.get(), QStringLiteral("SUBSCRIPTIONID"));
+        if (id < 1 || id == quillon::kMissing)
+            continue;
+        const QString url = m_client.GetStringValue(item.get(), QStringLiteral("URL"));
+        const QString text = NodeText(m_client.GetStringValue(item.get(), QStringLiteral("FOLDERTITLE")),
+                                      m_client.GetStringValue(item.get(), QStringLiteral("TITLE")), url);
+        const bool isDelivered =
+            delivered.Item(QStringLiteral("SubId_") + QString::number(id)) != quillon::kMissing;
+        CategoryNode *node = Place(
+            m_tree, id, text, m_client.GetStringValue(item.get(), QStringLiteral("CATEGORY")), isDelivered);
+        if (!node)
+            continue;
+        result.lastPlaced = node;
+        result.facts.insert(id, {url, m_client.GetLongValue(item.get(), QStringLiteral("ITEMREADCOUNT")),
+                                 m_client.GetLongValue(item.get(), QStringLiteral("ITEMUNREADCOUNT"))});
+    }
+}
+
+CategoryNode *SubscriptionListLoader::Place(CategoryTree &tree, qint32 id, const QString &text,
+                                            const QString &category, bool delivered)
+{
+    CategoryNode *parent = nullptr;
+    if (HasValue(category)) {
+        parent = categoriesUtils::FindNodeByPath(tree, category);
+        if (!categoriesUtils::IsCategory(parent))
+            parent = categoriesUtils::AddCategoryFromSubscription(tree, category);
+        // A subscription that happens to carry the path cannot hold others: use the top.
+        if (!categoriesUtils::IsCategory(parent))
+            parent = nullptr;
+    }
+    const QString image = delivered ? QStringLiteral("checked") : QStringLiteral("unchecked");
+    CategoryNode *node = tree.addNode(parent, categoriesUtils::MakeNodeKey(1), text, image);
+    if (!node) {
+        qCWarning(lcListLoader) << "subscription" << id << "could not be placed";
+        return nullptr;
+    }
+    node->setTag(QString::number(id));
+    if (parent)
+        categoriesUtils::UpdateParentState(*parent);
+    return node;
+}

@@ -1,0 +1,54 @@
+#pragma once
+
+#include "PropertyBag.h"
+#include "SubscribeClient.h"
+
+#include <QHash>
+#include <QString>
+
+class CategoryNode;
+class CategoryTree;
+
+// What the window keeps of a subscription between loads besides its node: the address for the
+// grid and the article counts the category panel adds up.
+struct SubscriptionFacts
+{
+    QString url;
+    qint32 readCount = quillon::kMissing;
+    qint32 unreadCount = quillon::kMissing;
+};
+
+// Builds the tree of categories and subscriptions from the saved categories and the engine.
+// One GetItemBag per subscription; every other step is a hash or sorted-insert lookup.
+class SubscriptionListLoader
+{
+public:
+    struct Result
+    {
+        CategoryNode *lastPlaced = nullptr;
+        QHash<qint32, SubscriptionFacts> facts;
+        // The saved categories could not be read and were dropped.
+        bool savedTreeDropped = false;
+    };
+
+    SubscriptionListLoader(quillon::SubscribeClient &client, CategoryTree &tree);
+
+    // Clears the tree and fills it. Throws quillon::EngineError when the engine fails.
+    Result Load();
+
+    // Adds a subscription node under the category of the path (made where missing), checked
+    // when it is delivered to Outlook. Null when it cannot be added.
+    static CategoryNode *Place(CategoryTree &tree, qint32 id, const QString &text, const QString &category,
+                               bool delivered);
+    // The Outlook folder title when there is one, else the title, else the address.
+    [[nodiscard]] static QString NodeText(const QString &folderTitle, const QString &title,
+                                          const QString &url);
+    [[nodiscard]] static bool HasValue(const QString &text);
+
+private:
+    void LoadSavedCategories(Result &result);
+    void PlaceSubscriptions(Result &result);
+
+    quillon::SubscribeClient &m_client;
+    CategoryTree &m_tree;
+};

@@ -1,0 +1,645 @@
+#include "SubscriptionSettingsEditor.h"
+
+#include "CBSearchSources.h"
+#include "FieldError.h"
+#include "PropertyBag.h"
+#include "QLUtils.h"
+#include "SettingsEditorRules.h"
+#include "StandardDialogs.h"
+#include "SubscriptionSettingsStore.h"
+#include "TimeField.h"
+#include "editorLogging.h"
+#include "frmDoYouWantToSave.h"
+#include "ui_SubscriptionSettingsEditor.h"
+
+#include <QScopedValueRollback>
+
+Q_LOGGING_CATEGORY(lcEditor, "configconsumer.mainwindow.editor")
+
+using Kind = EditorSelection::Kind;
+using Rules = SettingsEditorRules;
+
+namespace {
+const QString kSaveQuestion = QStringLiteral("Do you want to save your changes to this subscription?");
+const QString kFrequencyNote =
+    QStringLiteral("Note: most RSS services prefer an update frequency of 1 hour or more.");
+const QString kFrequencyWarning = QStringLiteral(
+    "This update frequency is less than the minimum update frequency. Please set the update time "
+    "to a value greater than 5 minutes.");
+const QString kNoFolderTitle = QStringLiteral("Please selected a folder.");
+const QString kNotSaved = QStringLiteral("The settings were not saved.");
+const QString kNotAllSaved = QStringLiteral("Not all settings could be saved.");
+
+const QString kFrequencyField = QStringLiteral("the update frequency");
+const QString kReadAgeField = QStringLiteral("the age of read articles");
+const QString kUnreadAgeField = QStringLiteral("the age of unread articles");
+const QString kSearchLimitField = QStringLiteral("the number of search results");
+
+const QString kThemePlain = QStringLiteral("Plain");
+const QString kThemeFull = QStringLiteral("Full");
+const QString kThemeDefault = QStringLiteral("Default");
+const QString kNotApplicable = QStringLiteral("n/a");
+
+bool IsValidId(qint32 id)
+{
+    return id > 0 && id != quillon::kMissing;
+}
+} // namespace
+
+SubscriptionSettingsEditor::SubscriptionSettingsEditor(QWidget *parent)
+    : QWidget(parent), ui(std::make_unique<Ui::SubscriptionSettingsEditor>())
+{
+    ui->setupUi(this);
+    ConnectChangeEvents();
+    LoadSelection({});
+}
+
+SubscriptionSettingsEditor::~SubscriptionSettingsEditor()
+{
+    if (m_sourcesCallback)
+        m_sourcesCallback->Shutdown();
+}
+
+void SubscriptionSettingsEditor::SetClient(quillon::SubscribeClientPtr client)
+{
+    m_client = std::move(client);
+}
+
+void SubscriptionSettingsEditor::ConnectChangeEvents()
+{
+    for (QLineEdit *field :
+         {ui->txtSubTitle, ui->txtUpdateFreq, ui->txtDelRead, ui->txtDelUnread, ui->txtUserNameField,
+          ui->txtPasswordField, ui->txtSearchString, ui->txtSearchLimit})
+        connect(field, &QLineEdit::textChanged, this, &SubscriptionSettingsEditor::OnFieldChanged);
+    for (QComboBox *units : {ui->cboUpdateFreq, ui->cboDelRead, ui->cboDelUnread})
+        connect(units, &QComboBox::currentIndexChanged, this, &SubscriptionSettingsEditor::OnFieldChanged);
+    connect(ui->cboSearchSources, &QComboBox::currentIndexChanged, this,
+            &SubscriptionSettingsEditor::OnSearchSourceChosen);
+    for (QButtonGroup *group :
+         {ui->btnsUpdateFreq, ui->btnsDelete, ui->btnsEnclosure, ui->btnsContent, ui->btnsStoreLocation})
+        connect(group, &QButtonGroup::buttonToggled, this, &SubscriptionSettingsEditor::OnOptionChanged);
+    for (QCheckBox *check : {ui->chkDelRead, ui->chkDelUnread, ui->chkSearchLimit, ui->chkSubNamedFolder})
+        connect(check, &QCheckBox::toggled, this, &SubscriptionSettingsEditor::OnOptionChanged);
+    connect(ui->cmdStoreInSpecificFolder, &QPushButton::clicked, this,
+            &SubscriptionSettingsEditor::PickSpecificFolder);
+}
+
+void SubscriptionSettingsEditor::OnFieldChanged()
+{
+    if (!m_loading)
+        SetDirty(true);
+}
+
+void SubscriptionSettingsEditor::OnOptionChanged()
+{
+    if (m_loading)
+        return;
+    EnableSubscriptionTab();
+    EnableOutlookTab();
+    SetDirty(true);
+}
+
+void SubscriptionSettingsEditor::SetDirty(bool dirty)
+{
+    if (m_dirty == dirty)
+        return;
+    m_dirty = dirty;
+    Q_EMIT DirtyChanged(dirty);
+}
+
+bool SubscriptionSettingsEditor::HasSelection() const
+{
+    return m_client && m_selection.kind != Kind::None && !m_selection.subscriptionIds.isEmpty();
+}
+
+bool SubscriptionSettingsEditor::IsSearchSelection() const
+{
+    return m_selection.kind == Kind::Subscription && SearchUrl::IsSearchUrl(m_selection.url);
+}
+
+// ---- loading ----
+
+void SubscriptionSettingsEditor::LoadSelection(const EditorSelection &selection)
+{
+    m_selection = selection;
+    m_selection.subscriptionIds.removeIf([](qint32 id) { return !IsValidId(id); });
+    try {
+        LoadSubscriptionTab();
+        LoadOutlookTab();
+    } catch (const quillon::EngineError &error) {
+        // Showing half-read values would let an apply write guesses back.
+        qCWarning(lcEditor) << "settings of" << m_selection.title << "could not be read:" << error.message();
+        m_selection = {};
+        LoadSubscriptionTab();
+        LoadOutlookTab();
+    }
+    EnableSubscriptionTab();
+    EnableOutlookTab();
+    SetDirty(false);
+}
+
+void SubscriptionSettingsEditor::LoadSubscriptionTab()
+{
+    const QScopedValueRollback<bool> loading(m_loading, true);
+    const bool subscription = m_selection.kind == Kind::Subscription;
+    ui->grpDefinition->setTitle(m_selection.kind == Kind::Category
+                                    ? QStringLiteral("Category Definition")
+                                    : QStringLiteral("Subscription Definition"));
+    ui->tabSettingsTabs->setTabText(ui->tabSettingsTabs->indexOf(ui->tabSubscription),
+                                    m_selection.kind == Kind::None
+                                        ? QStringLiteral("Settings")
+                                        : QStringLiteral("Settings for '") + m_selection.title +
+                                              QLatin1Char('\''));
+    m_loadedTitle = m_selection.title;
+    ui->txtSubTitle->setText(m_selection.title);
+    ui->txtSubUrl->setText(subscription ? m_selection.url : QString());
+    ClearSubscriptionTab();
+    if (!HasSelection())
+        return;
+
+    SubscriptionSettingsStore store(*m_client);
+    m_defaults = store.ReadTimeDefaults();
+    const SubscriptionTabValues values = store.ReadSubscriptionTab(m_selection.subscriptionIds);
+    LoadFrequency(values.updateFreq);
+    LoadDeletion(values.deleteRead, values.deleteUnread);
+    ShowChoice(ui->btnsEnclosure, values.enclosure == QLatin1String("1")   ? ui->optEnclosureAlways
+                                  : values.enclosure == QLatin1String("0") ? ui->optEnclosureNever
+                                                                           : nullptr);
+    if (IsSearchSelection())
+        LoadSearch();
+    else if (subscription)
+        LoadLogin(values);
+    SetDirty(false);
+}
+
+void SubscriptionSettingsEditor::ClearSubscriptionTab()
+{
+    for (QButtonGroup *group : {ui->btnsUpdateFreq, ui->btnsDelete, ui->btnsEnclosure})
+        ShowChoice(group, nullptr);
+    for (QLineEdit *field : {ui->txtUpdateFreq, ui->txtDelRead, ui->txtDelUnread, ui->txtUserNameField,
+                             ui->txtPasswordField, ui->txtSearchString, ui->txtSearchLimit})
+        field->clear();
+    for (QCheckBox *check : {ui->chkDelRead, ui->chkDelUnread, ui->chkSearchLimit})
+        check->setChecked(false);
+    if (m_sourcesCallback)
+        m_sourcesCallback->Shutdown(); // an answer for the last selection is no longer wanted
+    m_sourcesCallback.reset();
+    m_sources.clear();
+    ui->cboSearchSources->clear();
+    m_loadedSearch = {};
+}
+
+void SubscriptionSettingsEditor::LoadFrequency(qint32 common)
+{
+    const PairChoice choice = Rules::FrequencyChoice(common);
+    ShowChoice(ui->btnsUpdateFreq, choice == PairChoice::Default  ? ui->optDefaultFreq
+                                   : choice == PairChoice::Custom ? ui->optSpecificFreq
+                                                                  : nullptr);
+    ShowTime(ui->txtUpdateFreq, ui->cboUpdateFreq, Rules::FrequencyShown(common, m_defaults.updateFreq));
+}
+
+void SubscriptionSettingsEditor::LoadDeletion(qint32 read, qint32 unread)
+{
+    const PairChoice choice = Rules::DeletionChoice(read, unread);
+    ShowChoice(ui->btnsDelete, choice == PairChoice::Default  ? ui->optDefaultDelete
+                               : choice == PairChoice::Custom ? ui->optCustomDelete
+                                                              : nullptr);
+    const auto readField = Rules::DeletionShown(read, m_defaults.deleteRead);
+    ui->chkDelRead->setChecked(readField.checked);
+    ShowTime(ui->txtDelRead, ui->cboDelRead, readField.seconds);
+    const auto unreadField = Rules::DeletionShown(unread, m_defaults.deleteUnread);
+    ui->chkDelUnread->setChecked(unreadField.checked);
+    ShowTime(ui->txtDelUnread, ui->cboDelUnread, unreadField.seconds);
+}
+
+void SubscriptionSettingsEditor::LoadLogin(const SubscriptionTabValues &values)
+{
+    const auto shown = [](const QString &value) {
+        return value == quillon::kMissingText ? QString() : value;
+    };
+    ui->txtUserNameField->setText(shown(values.user));
+    ui->txtPasswordField->setText(shown(values.password));
+}
+
+void SubscriptionSettingsEditor::LoadOutlookTab()
+{
+    const QScopedValueRollback<bool> loading(m_loading, true);
+    ShowChoice(ui->btnsStoreLocation, nullptr);
+    ShowChoice(ui->btnsContent, nullptr);
+    setSpecificFolderName(QString());
+    m_specificFolderId.clear();
+    ui->chkSubNamedFolder->setTristate(false);
+    ui->chkSubNamedFolder->setChecked(false);
+    if (!HasSelection())
+        return;
+
+    const OutlookTabValues values =
+        SubscriptionSettingsStore(*m_client).ReadOutlookTab(m_selection.subscriptionIds);
+    ShowChoice(ui->btnsStoreLocation,
+               values.storeLocation == Rules::kStoreInParentFolder     ? ui->optStoreInParentFolder
+               : values.storeLocation == Rules::kStoreInSpecificFolder ? ui->optStoreInSpecificFolder
+                                                                       : nullptr);
+    if (values.specificFolder != CommonValues::kNothingCommonText) {
+        setSpecificFolderName(values.specificFolder);
+        if (values.specificFolderId != CommonValues::kNothingCommonText)
+            m_specificFolderId = values.specificFolderId;
+    }
+    if (values.namedFolder == CommonValues::kNothingCommonText) {
+        ui->chkSubNamedFolder->setTristate(true);
+        ui->chkSubNamedFolder->setCheckState(Qt::PartiallyChecked);
+    } else {
+        setStoreNamedFolderCheck(values.namedFolder == QLatin1String("1"));
+    }
+    ShowChoice(ui->btnsContent, values.articleTheme == kThemePlain     ? ui->optPlainContent
+                                : values.articleTheme == kThemeFull    ? ui->optFullContent
+                                : values.articleTheme == kThemeDefault ? ui->optDefaultContent
+                                                                       : nullptr);
+}
+
+void SubscriptionSettingsEditor::ShowChoice(QButtonGroup *group, QAbstractButton *chosen)
+{
+    if (chosen) {
+        chosen->setChecked(true);
+        return;
+    }
+    // An exclusive group cannot show "nothing chosen" by itself.
+    group->setExclusive(false);
+    for (QAbstractButton *button : group->buttons())
+        button->setChecked(false);
+    group->setExclusive(true);
+}
+
+void SubscriptionSettingsEditor::ShowTime(QLineEdit *number, QComboBox *unit, qint32 seconds)
+{
+    const TimeDisplay display = TimeField::Display(seconds);
+    number->setText(QString::number(display.amount));
+    unit->setCurrentIndex(display.unitIndex);
+}
+
+// ---- enabling ----
+
+void SubscriptionSettingsEditor::EnableSubscriptionTab()
+{
+    const bool subscription = m_selection.kind == Kind::Subscription;
+    const bool search = IsSearchSelection();
+    ui->pnlSubscription->setEnabled(HasSelection());
+    ui->txtSubTitle->setEnabled(subscription);
+    ui->lblSubUrl->setVisible(subscription);
+    ui->txtSubUrl->setVisible(subscription);
+    ui->grpLogin->setVisible(subscription && !search);
+    ui->picSearchSubscription->setVisible(search);
+
+    const bool specific = ui->optSpecificFreq->isChecked();
+    ui->txtUpdateFreq->setEnabled(specific);
+    ui->cboUpdateFreq->setEnabled(specific);
+    const bool custom = ui->optCustomDelete->isChecked();
+    ui->chkDelRead->setEnabled(custom);
+    ui->txtDelRead->setEnabled(custom && ui->chkDelRead->isChecked());
+    ui->cboDelRead->setEnabled(custom && ui->chkDelRead->isChecked());
+    ui->chkDelUnread->setEnabled(custom);
+    ui->txtDelUnread->setEnabled(custom && ui->chkDelUnread->isChecked());
+    ui->cboDelUnread->setEnabled(custom && ui->chkDelUnread->isChecked());
+    EnableSearchLimit();
+}
+
+void SubscriptionSettingsEditor::EnableOutlookTab()
+{
+    ui->pnlOutlook->setEnabled(HasSelection());
+    const bool specific = ui->optStoreInSpecificFolder->isChecked();
+    ui->cmdStoreInSpecificFolder->setEnabled(specific);
+    ui->lblStoreInSpecificFolder->setEnabled(specific);
+    ui->chkSubNamedFolder->setEnabled(ui->btnsStoreLocation->checkedButton() != nullptr);
+}
+
+// ---- search subscriptions ----
+
+void SubscriptionSettingsEditor::LoadSearch()
+{
+    m_loadedSearch = SearchUrl::Parse(m_selection.url);
+    if (!SearchUrl::LimitCounts(m_loadedSearch.limit))
+        m_loadedSearch.limit.clear();
+    ui->txtSearchString->setText(m_loadedSearch.keywords);
+    ui->chkSearchLimit->setChecked(!m_loadedSearch.limit.isEmpty());
+    ui->txtSearchLimit->setText(m_loadedSearch.limit);
+    RequestSearchSources();
+}
+
+void SubscriptionSettingsEditor::RequestSearchSources()
+{
+    auto callback = std::make_shared<CBSearchSources>();
+    callback->Setup(this);
+    m_sourcesCallback = callback;
+    try {
+        SubscriptionSettingsStore(*m_client).RequestSearchSources(callback);
+    } catch (const quillon::EngineError &error) {
+        qCWarning(lcEditor) << "search sources not requested:" << error.message();
+        callback->Shutdown();
+        m_sourcesCallback.reset();
+    }
+}
+
+void SubscriptionSettingsEditor::EventSearchSourcesCallback(qint32 message)
+{
+    m_sourcesCallback.reset();
+    QList<SearchSource> sources;
+    try {
+        sources = SubscriptionSettingsStore(*m_client).ReadSearchSources(message);
+    } catch (const quillon::EngineError &error) {
+        qCWarning(lcEditor) << "search sources unreadable:" << error.message();
+    }
+    {
+        const QScopedValueRollback<bool> loading(m_loading, true);
+        m_sources = sources;
+        ShowSources();
+    }
+    EnableSubscriptionTab();
+}
+
+void SubscriptionSettingsEditor::ShowSources()
+{
+    ui->cboSearchSources->clear();
+    qsizetype chosen = -1;
+    for (qsizetype i = 0; i < m_sources.size(); ++i) {
+        ui->cboSearchSources->addItem(m_sources.at(i).title);
+        if (m_sources.at(i).guid == m_loadedSearch.guid)
+            chosen = i;
+    }
+    ui->cboSearchSources->setCurrentIndex(int(chosen));
+    if (!ui->chkSearchLimit->isChecked())
+        ShowSourceLimit();
+}
+
+const SearchSource *SubscriptionSettingsEditor::ChosenSource() const
+{
+    const int index = ui->cboSearchSources->currentIndex();
+    return index >= 0 && index < m_sources.size() ? &m_sources.at(index) : nullptr;
+}
+
+bool SubscriptionSettingsEditor::SourceGivesLimit() const
+{
+    const SearchSource *source = ChosenSource();
+    return !source || SearchUrl::LimitCounts(source->defaultLimit);
+}
+
+void SubscriptionSettingsEditor::OnSearchSourceChosen()
+{
+    if (m_loading)
+        return;
+    ShowSourceLimit();
+    EnableSearchLimit();
+    SetDirty(true);
+}
+
+void SubscriptionSettingsEditor::ShowSourceLimit()
+{
+    const SearchSource *source = ChosenSource();
+    if (!source)
+        return;
+    if (SourceGivesLimit()) {
+        ui->txtSearchLimit->setText(source->defaultLimit);
+    } else {
+        ui->txtSearchLimit->setText(kNotApplicable);
+        ui->chkSearchLimit->setChecked(false);
+    }
+}
+
+void SubscriptionSettingsEditor::EnableSearchLimit()
+{
+    const bool limit = SourceGivesLimit();
+    ui->chkSearchLimit->setEnabled(limit);
+    ui->txtSearchLimit->setEnabled(limit && ui->chkSearchLimit->isChecked());
+}
+
+SearchUrl SubscriptionSettingsEditor::SearchInForm() const
+{
+    const SearchSource *source = ChosenSource();
+    SearchUrl search;
+    search.guid = source ? source->guid : m_loadedSearch.guid;
+    search.keywords = ui->txtSearchString->text();
+    if (ui->chkSearchLimit->isChecked() && SourceGivesLimit()) {
+        qint32 limit = TimeField::WholeNumber(ui->txtSearchLimit->text(), kSearchLimitField);
+        if (source)
+            limit = SearchUrl::ClampLimit(limit, *source);
+        search.limit = QString::number(limit);
+    }
+    return search;
+}
+
+std::optional<QString> SubscriptionSettingsEditor::ReadSearchUrlEdit()
+{
+    if (!IsSearchSelection())
+        return std::nullopt;
+    const SearchUrl search = SearchInForm();
+    if (search == m_loadedSearch)
+        return std::nullopt;
+    return SubscriptionSettingsStore(*m_client).SearchUrlText(search);
+}
+
+// ---- the Outlook folder ----
+
+void SubscriptionSettingsEditor::PickSpecificFolder()
+{
+    const OutlookPtr outlook = GetOutlookNamespace();
+    if (!outlook) {
+        ShowAlert(
+            this, QStringLiteral("Outlook is not available."),
+            QStringLiteral("Outlook's folders can only be chosen while Outlook can be started. The folder "
+                           "stays as it was."));
+        return;
+    }
+    const std::optional<OutlookFolder> folder = outlook->PickFolder(this);
+    if (!folder)
+        return;
+    setSpecificFolderName(folder->path);
+    m_specificFolderId = folder->folderId;
+    SetDirty(true);
+}
+
+void SubscriptionSettingsEditor::setStoreNamedFolderCheck(bool checked)
+{
+    ui->chkSubNamedFolder->setTristate(false);
+    ui->chkSubNamedFolder->setChecked(checked);
+}
+
+void SubscriptionSettingsEditor::setSpecificFolderName(const QString &path)
+{
+    ui->lblStoreInSpecificFolder->setText(path);
+}
+
+QString SubscriptionSettingsEditor::RadioEnclosure() const
+{
+    if (ui->optEnclosureAlways->isChecked())
+        return QStringLiteral("1");
+    if (ui->optEnclosureNever->isChecked())
+        return QStringLiteral("0");
+    return CommonValues::kNothingCommonText;
+}
+
+QString SubscriptionSettingsEditor::RadioContent() const
+{
+    if (ui->optPlainContent->isChecked())
+        return kThemePlain;
+    if (ui->optFullContent->isChecked())
+        return kThemeFull;
+    if (ui->optDefaultContent->isChecked())
+        return kThemeDefault;
+    return CommonValues::kNothingCommonText;
+}
+
+// ---- checking and applying ----
+
+bool SubscriptionSettingsEditor::CheckUpdateFreq(const QString &number, int unitIndex)
+{
+    if (!Rules::BelowMinimumFrequency(TimeField::ToSeconds(number, unitIndex, kFrequencyField)))
+        return false;
+    ShowAlert(this, kFrequencyNote, kFrequencyWarning);
+    return true;
+}
+
+bool SubscriptionSettingsEditor::CheckOutlookTabSettings()
+{
+    if (!ui->optStoreInSpecificFolder->isChecked() ||
+        !ui->lblStoreInSpecificFolder->text().trimmed().isEmpty())
+        return true;
+    ShowAlert(this, kNoFolderTitle,
+              m_selection.kind == Kind::Category
+                  ? QStringLiteral("No folder selected for this Category.")
+                  : QStringLiteral("No folder selected for this Subscription."));
+    return false;
+}
+
+SubscriptionTabEdits SubscriptionSettingsEditor::ReadSubscriptionEdits()
+{
+    SubscriptionTabEdits edits;
+    const bool subscription = m_selection.kind == Kind::Subscription;
+    const QString title = ui->txtSubTitle->text().trimmed();
+    if (subscription && !title.isEmpty() && title != m_loadedTitle)
+        edits.folderTitle = title;
+    edits.enclosure = RadioEnclosure();
+    if (ui->optDefaultFreq->isChecked())
+        edits.updateFreq = Rules::kUseDefault;
+    else if (ui->optSpecificFreq->isChecked())
+        edits.updateFreq = TimeField::ToSeconds(ui->txtUpdateFreq->text(), ui->cboUpdateFreq->currentIndex(),
+                                                kFrequencyField);
+    if (ui->optDefaultDelete->isChecked()) {
+        edits.deleteRead = edits.deleteUnread = Rules::kUseDefault;
+    } else if (ui->optCustomDelete->isChecked()) {
+        edits.deleteRead =
+            ui->chkDelRead->isChecked()
+                ? TimeField::ToSeconds(ui->txtDelRead->text(), ui->cboDelRead->currentIndex(), kReadAgeField)
+                : 0;
+        edits.deleteUnread = ui->chkDelUnread->isChecked()
+                                 ? TimeField::ToSeconds(ui->txtDelUnread->text(),
+                                                        ui->cboDelUnread->currentIndex(), kUnreadAgeField)
+                                 : 0;
+    }
+    // Emptying either field never clears a stored login.
+    if (subscription && !IsSearchSelection() && !ui->txtUserNameField->text().isEmpty() &&
+        !ui->txtPasswordField->text().isEmpty()) {
+        edits.user = ui->txtUserNameField->text();
+        edits.password = ui->txtPasswordField->text();
+    }
+    edits.url = ReadSearchUrlEdit();
+    return edits;
+}
+
+OutlookTabEdits SubscriptionSettingsEditor::ReadOutlookEdits() const
+{
+    OutlookTabEdits edits;
+    if (ui->optStoreInParentFolder->isChecked())
+        edits.storeLocation = Rules::kStoreInParentFolder;
+    else if (ui->optStoreInSpecificFolder->isChecked())
+        edits.storeLocation = Rules::kStoreInSpecificFolder;
+    edits.specificFolder = ui->lblStoreInSpecificFolder->text();
+    edits.specificFolderId = m_specificFolderId;
+    if (ui->chkSubNamedFolder->checkState() != Qt::PartiallyChecked)
+        edits.namedFolder = BoolToText(ui->chkSubNamedFolder->isChecked());
+    edits.articleTheme = RadioContent();
+    return edits;
+}
+
+void SubscriptionSettingsEditor::ApplySubscriptionTab(const QList<qint32> &ids)
+{
+    const SubscriptionTabEdits edits = ReadSubscriptionEdits();
+    SubscriptionSettingsStore store(*m_client);
+    for (const qint32 id : ids)
+        store.WriteSubscriptionTab(id, edits);
+    if (edits.url) {
+        m_selection.url = *edits.url;
+        m_loadedSearch = SearchUrl::Parse(*edits.url);
+    }
+    if (edits.folderTitle) {
+        m_loadedTitle = m_selection.title = *edits.folderTitle;
+        ui->tabSettingsTabs->setTabText(ui->tabSettingsTabs->indexOf(ui->tabSubscription),
+                                        QStringLiteral("Settings for '") + m_selection.title +
+                                            QLatin1Char('\''));
+        Q_EMIT TitleApplied(*edits.folderTitle);
+    }
+}
+
+void SubscriptionSettingsEditor::ApplyOutlookTab(const QList<qint32> &ids)
+{
+    const OutlookTabEdits edits = ReadOutlookEdits();
+    SubscriptionSettingsStore store(*m_client);
+    for (const qint32 id : ids)
+        store.WriteOutlookTab(id, edits);
+}
+
+bool SubscriptionSettingsEditor::Apply()
+{
+    if (!HasSelection())
+        return true;
+    if (!CheckOutlookTabSettings())
+        return false;
+    ApplySubscriptionTab(m_selection.subscriptionIds);
+    ApplyOutlookTab(m_selection.subscriptionIds);
+    Q_EMIT Applied();
+    return true;
+}
+
+void SubscriptionSettingsEditor::CorrectUpdateFreq()
+{
+    if (!ui->optSpecificFreq->isChecked() ||
+        !CheckUpdateFreq(ui->txtUpdateFreq->text(), ui->cboUpdateFreq->currentIndex()))
+        return;
+    ui->txtUpdateFreq->setText(QStringLiteral("5"));
+    ui->cboUpdateFreq->setCurrentIndex(UnitMinutes);
+}
+
+bool SubscriptionSettingsEditor::ApplyEdits()
+{
+    try {
+        CorrectUpdateFreq();
+        if (!Apply())
+            return false;
+    } catch (const FieldError &error) {
+        ShowAlert(this, kNotSaved, error.message());
+        return false;
+    } catch (const quillon::EngineError &error) {
+        qCWarning(lcEditor) << "apply stopped:" << error.message();
+        ShowAlert(this, kNotAllSaved, error.message());
+        return false;
+    }
+    SetDirty(false);
+    return true;
+}
+
+int SubscriptionSettingsEditor::CommitCurrentEdits(bool allowCancel)
+{
+    if (!m_dirty)
+        return 0;
+    int answer = AskDoYouWantToSave(this, kSaveQuestion, QString());
+    if (answer == frmDoYouWantToSave::ResultCancel && !allowCancel)
+        answer = frmDoYouWantToSave::ResultNo;
+    if (answer == frmDoYouWantToSave::ResultYes) {
+        if (ApplyEdits())
+            return answer;
+        // The failed apply was explained; let the user correct it where that is possible.
+        if (allowCancel)
+            return frmDoYouWantToSave::ResultCancel;
+        answer = frmDoYouWantToSave::ResultNo;
+    }
+    if (answer == frmDoYouWantToSave::ResultNo)
+        LoadSelection(m_selection);
+    return answer;
+}

@@ -1,0 +1,164 @@
+#pragma once
+
+#include "CBConnect.h"
+#include "ConsumerSettings.h"
+#include "ForwardingSubscribeClient.h"
+#include "HandleGuard.h"
+#include "LocalSettings.h"
+#include "PromptSeam.h"
+#include "RecordingCallback.h"
+#include "TestEngine.h"
+#include "frmMainWindow.h"
+
+#include <QAbstractItemModelTester>
+#include <QTreeView>
+
+#include <QHash>
+#include <QList>
+#include <QStandardPaths>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <functional>
+#include <memory>
+
+// The window's engine client, keeping every binding it sends.
+class BindRecordingClient : public ForwardingSubscribeClient
+{
+public:
+    using ForwardingSubscribeClient::ForwardingSubscribeClient;
+    void BindItem(const QString &consumerId, const QString &itemClass, qint32 id, qint32 flag) override
+    {
+        binds.append({id, flag});
+        ForwardingSubscribeClient::BindItem(consumerId, itemClass, id, flag);
+    }
+    QList<std::pair<qint32, qint32>> binds;
+};
+
+// A real engine, the main window connected to it as ConfigConsumer, a second consumer
+// ("OLCONSUMER") that changes things behind the window's back, and scripted answers to every
+// question the window asks.
+class MainWindowFixture
+{
+public:
+    struct Asked
+    {
+        PromptKind kind;
+        QString text;
+    };
+
+    MainWindowFixture()
+    {
+        QStandardPaths::setTestModeEnabled(true);
+        LocalSettings::SetBaseFolder(m_folder.path());
+        SaveSetting(QStringLiteral("Quillon"), QStringLiteral("Quillon"), QStringLiteral("LogFilePathName"),
+                    logPath());
+        client = std::make_shared<BindRecordingClient>(engine.newClient());
+        other = engine.newClient();
+        other->Connect(QStringLiteral("OLCONSUMER"), std::make_shared<RecordingCallback>(other.get()));
+        m_previousHandler = PromptSeam::SetHandler([this](Prompt &prompt) {
+            asked.append({prompt.kind, prompt.mainText});
+            if (onAsk)
+                onAsk(prompt);
+            auto &queue = answers[int(prompt.kind)];
+            return queue.isEmpty() ? PromptSeam::NeutralAnswer(prompt.kind) : queue.takeFirst();
+        });
+    }
+
+    ~MainWindowFixture()
+    {
+        window.reset();
+        PromptSeam::SetHandler(m_previousHandler);
+        LocalSettings::SetBaseFolder(QString());
+    }
+
+    [[nodiscard]] bool ready() const { return engine.isReady() && m_folder.isValid(); }
+    [[nodiscard]] QString logPath() const { return m_folder.filePath(QStringLiteral("QuillonLog.txt")); }
+    [[nodiscard]] QString folder() const { return m_folder.path(); }
+
+    // Makes the window, connects it as ConfigConsumer and shows it, which loads it.
+    frmMainWindow &open()
+    {
+        window = std::make_unique<frmMainWindow>();
+        window->SetModifierProbe([this] { return modifiers; });
+        auto callback = std::make_shared<CBConnect>();
+        callback->Setup(window.get());
+        client->Connect(QStringLiteral("CONFIGCONSUMER"), std::move(callback));
+        window->SetClient(client);
+        // Every change the window makes to its tree must keep the view's model consistent.
+        new QAbstractItemModelTester(window->findChild<QTreeView *>(QStringLiteral("subsTree"))->model(),
+                                     QAbstractItemModelTester::FailureReportingMode::QtTest, window.get());
+        window->show();
+        return *window;
+    }
+
+    // Adds a subscription through the other consumer; 0 when the engine refused.
+    qint32 add(const QString &title, const QString &category = QString(), bool delivered = false)
+    {
+        const auto answer = std::make_shared<RecordingCallback>(other.get());
+        HandleGuard request(*other, other->CreateItemRequest(QStringLiteral("NEWS"), title,
+                                                             QStringLiteral("http://127.0.0.1:9/") + title));
+        other->SetStringValue(request.get(), QStringLiteral("CATEGORY"), category);
+        other->SubmitRequest(request.get(), answer);
+        if (!QTest::qWaitFor([&] { return !answer->records.isEmpty(); }))
+            return 0;
+        const qint32 id = answer->records.first().result.value(QStringLiteral("SUBSCRIPTIONID")).toInt();
+        if (delivered && id > 0)
+            other->BindItem(QStringLiteral("OLCONSUMER"), QStringLiteral("NEWS"), id, 1);
+        return id;
+    }
+
+    [[nodiscard]] QList<qint32> delivered()
+    {
+        QList<qint32> ids;
+        HandleGuard list(*other,
+                         other->ListConsumerItems(QStringLiteral("OLCONSUMER"), QStringLiteral("NEWS")));
+        for (qint32 i = 0, n = other->ListCount(list.get()); i < n; ++i)
+            ids.append(other->ListLong(list.get(), i));
+        return ids;
+    }
+
+    [[nodiscard]] QString setting(const QString &consumer, const QString &section, const QString &key)
+    {
+        return GetConsumerSetting(*other, key, QStringLiteral("-237237"), consumer, section);
+    }
+
+    // Delivers a message bag made by hand, as the engine would: MESSAGE and a Result bag.
+    void deliver(const QString &message, const QHash<QString, QVariant> &result)
+    {
+        HandleGuard bag(*client, client->NewBag());
+        HandleGuard payload(*client, client->NewBag());
+        client->SetStringValue(bag.get(), QStringLiteral("MESSAGE"), message);
+        for (auto it = result.cbegin(); it != result.cend(); ++it) {
+            if (it.value().typeId() == QMetaType::Int)
+                client->SetLongValue(payload.get(), it.key(), it.value().toInt());
+            else
+                client->SetStringValue(payload.get(), it.key(), it.value().toString());
+        }
+        client->SetHandleValue(bag.get(), QStringLiteral("Result"), payload.get());
+        window->EventSubscribeClientMessage(bag.get());
+    }
+
+    [[nodiscard]] QStringList askedTexts(PromptKind kind) const
+    {
+        QStringList texts;
+        for (const Asked &one : asked) {
+            if (one.kind == kind)
+                texts.append(one.text);
+        }
+        return texts;
+    }
+
+    TestEngine engine;
+    std::shared_ptr<BindRecordingClient> client;
+    quillon::SubscribeClientPtr other;
+    std::unique_ptr<frmMainWindow> window;
+    QList<Asked> asked;
+    QHash<int, QList<int>> answers;
+    std::function<void(Prompt &)> onAsk;
+    Qt::KeyboardModifiers modifiers = Qt::NoModifier;
+
+private:
+    QTemporaryDir m_folder;
+    PromptSeam::Handler m_previousHandler;
+};

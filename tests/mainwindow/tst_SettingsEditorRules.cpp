@@ -1,0 +1,142 @@
+#include "CommonValues.h"
+#include "FieldError.h"
+#include "PropertyBag.h"
+#include "SearchUrl.h"
+#include "SettingsEditorRules.h"
+#include "TimeField.h"
+
+#include <QTest>
+
+class tst_SettingsEditorRules : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void commonValueIsSharedValueOrMixedMarker();
+    void typedTimesMustBeWholeNumbers_data();
+    void typedTimesMustBeWholeNumbers();
+    void timesShowInLargestExactUnit_data();
+    void timesShowInLargestExactUnit();
+    void storedTimesChooseOptionsAndShownValues();
+    void searchAddressesAndLimits();
+};
+
+void tst_SettingsEditorRules::commonValueIsSharedValueOrMixedMarker()
+{
+    using CommonValues::Common;
+    QCOMPARE(Common(QList<qint32>{3600, 3600}), 3600);
+    QCOMPARE(Common(QList<qint32>{3600, 3600, 7200}), CommonValues::kNothingCommon);
+    QCOMPARE(Common(QList<qint32>{}), quillon::kMissing);
+    QCOMPARE(Common(QStringList{"Plain", "Plain"}), QString("Plain"));
+    QCOMPARE(Common(QStringList{"Plain", "plain"}), QString("NothingCommon"));
+    QCOMPARE(Common(QStringList{}), QString("-237237"));
+}
+
+void tst_SettingsEditorRules::typedTimesMustBeWholeNumbers_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<int>("unit");
+    QTest::addColumn<int>("seconds"); // -1: refused
+    QTest::newRow("one day") << "1" << 2 << 86400;
+    QTest::newRow("blanks around") << " 90 " << 0 << 5400;
+    QTest::newRow("other unit is seconds") << "45" << 7 << 45;
+    QTest::newRow("empty") << "" << 0 << -1;
+    QTest::newRow("letters") << "abc" << 0 << -1;
+    QTest::newRow("fraction") << "1.5" << 1 << -1;
+    QTest::newRow("sign") << "-5" << 0 << -1;
+    QTest::newRow("beyond 32 bits") << "99999999999" << 0 << -1;
+    QTest::newRow("overflows in seconds") << "30000" << 2 << -1;
+}
+
+void tst_SettingsEditorRules::typedTimesMustBeWholeNumbers()
+{
+    QFETCH(QString, text);
+    QFETCH(int, unit);
+    QFETCH(int, seconds);
+    if (seconds >= 0) {
+        QCOMPARE(TimeField::ToSeconds(text, unit, "the update frequency"), seconds);
+        return;
+    }
+    try {
+        (void)TimeField::ToSeconds(text, unit, "the update frequency");
+        QFAIL("accepted");
+    } catch (const FieldError &error) {
+        QVERIFY2(error.message().contains("the update frequency"), qPrintable(error.message()));
+    }
+}
+
+void tst_SettingsEditorRules::timesShowInLargestExactUnit_data()
+{
+    QTest::addColumn<int>("seconds");
+    QTest::addColumn<int>("amount");
+    QTest::addColumn<int>("unit");
+    QTest::newRow("90 minutes") << 5400 << 90 << 0;
+    QTest::newRow("120 minutes") << 7200 << 2 << 1;
+    QTest::newRow("a day") << 86400 << 1 << 2;
+    QTest::newRow("36 hours") << 129600 << 36 << 1;
+    QTest::newRow("engine default") << -1 << 1 << 1;
+    QTest::newRow("not whole minutes, rounded") << 150 << 3 << 0;
+}
+
+void tst_SettingsEditorRules::timesShowInLargestExactUnit()
+{
+    QFETCH(int, seconds);
+    QFETCH(int, amount);
+    QFETCH(int, unit);
+    const TimeDisplay display = TimeField::Display(seconds);
+    QCOMPARE(display.amount, amount);
+    QCOMPARE(display.unitIndex, unit);
+}
+
+void tst_SettingsEditorRules::storedTimesChooseOptionsAndShownValues()
+{
+    using R = SettingsEditorRules;
+    const qint32 mixed = CommonValues::kNothingCommon;
+    QCOMPARE(R::FrequencyChoice(-1), PairChoice::Default);
+    QCOMPARE(R::FrequencyChoice(quillon::kMissing), PairChoice::Default);
+    QCOMPARE(R::FrequencyChoice(0), PairChoice::Custom);
+    QCOMPARE(R::FrequencyChoice(mixed), PairChoice::None);
+    QCOMPARE(R::FrequencyShown(0, 1800), 1800);
+    QCOMPARE(R::FrequencyShown(mixed, 1800), 1800);
+    QCOMPARE(R::FrequencyShown(600, 1800), 600);
+
+    QCOMPARE(R::DeletionChoice(-1, -1), PairChoice::Default);
+    QCOMPARE(R::DeletionChoice(-1, 0), PairChoice::Custom);
+    QCOMPARE(R::DeletionChoice(86400, mixed), PairChoice::None);
+    const auto never = R::DeletionShown(0, 259200);
+    QVERIFY(!never.checked);
+    QCOMPARE(never.seconds, 259200);
+    const auto custom = R::DeletionShown(86400, 259200);
+    QVERIFY(custom.checked);
+    QCOMPARE(custom.seconds, 86400);
+
+    QVERIFY(R::BelowMinimumFrequency(299));
+    QVERIFY(!R::BelowMinimumFrequency(300));
+}
+
+void tst_SettingsEditorRules::searchAddressesAndLimits()
+{
+    QVERIFY(SearchUrl::IsSearchUrl("search?guid=a&keywords=b"));
+    QVERIFY(!SearchUrl::IsSearchUrl("Search?guid=a"));
+    QVERIFY(!SearchUrl::IsSearchUrl("http://example.org/search"));
+
+    const SearchUrl parsed =
+        SearchUrl::Parse("search?guid=%7Bsrc%7D&keywords=cats%20%26%20dogs%2Bmore&limit=20");
+    QCOMPARE(parsed.guid, QString("{src}"));
+    QCOMPARE(parsed.keywords, QString("cats & dogs+more"));
+    QCOMPARE(parsed.limit, QString("20"));
+    QCOMPARE(SearchUrl::Parse("search").guid, QString());
+
+    for (const char *none : {"", " ", "0", "-237237"})
+        QVERIFY2(!SearchUrl::LimitCounts(none), none);
+    QVERIFY(SearchUrl::LimitCounts("25"));
+
+    const SearchSource bounded{"g", "t", "25", "10", "100"};
+    QCOMPARE(SearchUrl::ClampLimit(5, bounded), 10);
+    QCOMPARE(SearchUrl::ClampLimit(500, bounded), 100);
+    QCOMPARE(SearchUrl::ClampLimit(50, bounded), 50);
+    const SearchSource unbounded{"g", "t", "25", "0", "-237237"};
+    QCOMPARE(SearchUrl::ClampLimit(500, unbounded), 500);
+}
+
+QTEST_GUILESS_MAIN(tst_SettingsEditorRules)
+#include "tst_SettingsEditorRules.moc"

@@ -1,0 +1,477 @@
+#include "CategoryTreeModel.h"
+#include "MainWindowFixture.h"
+#include "RegistrySettings.h"
+#include "SubscriptionTreeView.h"
+#include "categoriesUtils.h"
+#include "commonUtils.h"
+
+#include <QCheckBox>
+#include <QFile>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMimeData>
+#include <QPushButton>
+#include <QStackedWidget>
+#include <QTimer>
+
+using namespace categoriesUtils;
+
+namespace {
+const QString kConfig = QStringLiteral("CONFIGCONSUMER");
+
+// The tree as indented lines: two blanks a level, "[x]"/"[ ]" for the check.
+QStringList outline(const CategoryTree &tree, const CategoryNode *parent = nullptr, int level = 0)
+{
+    QStringList lines;
+    const int count = parent ? parent->childCount() : tree.topLevelCount();
+    for (int i = 0; i < count; ++i) {
+        const CategoryNode *node = parent ? parent->child(i) : tree.topLevelNode(i);
+        const QString check =
+            node->image().startsWith(QLatin1String("unc")) ? QStringLiteral("[ ]") : QStringLiteral("[x]");
+        lines << QString(level * 2, QLatin1Char(' ')) + check + QLatin1Char(' ') + node->text();
+        lines << outline(tree, node, level + 1);
+    }
+    return lines;
+}
+} // namespace
+
+class tst_frmMainWindow : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void init();
+    void cleanup();
+    void formLoadLogsItsStepsAndRunsFirstRunOnce();
+    void loadPlacesSubscriptionsUnderTheirCategories();
+    void detailsPaneShowsWhatTheEngineKnows();
+    void newCategoriesAreNamedInSequence();
+    void renameRefusesEmptyAndSiblingNames();
+    void deleteAsksUnlessSuppressedOrCtrlHeld();
+    void uncheckingDecidesWhetherArticlesGo();
+    void droppedNodesMoveToTheirNewCategory();
+    void keyboardDrivesTheTree();
+    void pendingEditsCanKeepTheSelection();
+    void missingFeaturesSaySoAndHooksAreUsed();
+    void sizeAndDetailsPaneAreRemembered();
+
+private:
+    CategoryNode *node(const QString &path) const;
+    void select(const QString &path);
+    QString label(const char *name) const;
+    QPushButton *button(const char *name) const;
+    SubscriptionTreeView *view() const;
+    CategoryTreeModel *model() const;
+
+    std::unique_ptr<MainWindowFixture> f;
+};
+
+void tst_frmMainWindow::init()
+{
+    f = std::make_unique<MainWindowFixture>();
+    QVERIFY(f->ready());
+}
+
+void tst_frmMainWindow::cleanup()
+{
+    if (f->window)
+        QCOMPARE(f->client->LiveHandleCount(), 0);
+    f.reset();
+}
+
+CategoryNode *tst_frmMainWindow::node(const QString &path) const
+{
+    return FindNodeByPath(f->window->Tree(), path);
+}
+
+SubscriptionTreeView *tst_frmMainWindow::view() const
+{
+    return f->window->findChild<SubscriptionTreeView *>(QStringLiteral("subsTree"));
+}
+
+CategoryTreeModel *tst_frmMainWindow::model() const
+{
+    return qobject_cast<CategoryTreeModel *>(view()->model());
+}
+
+void tst_frmMainWindow::select(const QString &path)
+{
+    view()->setCurrentIndex(model()->IndexOf(node(path)));
+    QCOMPARE(view()->CurrentNode(), node(path));
+}
+
+QString tst_frmMainWindow::label(const char *name) const
+{
+    return f->window->findChild<QLabel *>(QLatin1String(name))->text();
+}
+
+QPushButton *tst_frmMainWindow::button(const char *name) const
+{
+    return f->window->findChild<QPushButton *>(QLatin1String(name));
+}
+
+void tst_frmMainWindow::formLoadLogsItsStepsAndRunsFirstRunOnce()
+{
+    int firstRuns = 0;
+    f->open();
+    QFile log(f->logPath());
+    QVERIFY(log.open(QIODevice::ReadOnly));
+    const QString text = QString::fromUtf8(log.readAll());
+    qsizetype at = 0;
+    for (const char *step :
+         {"load localization strings", "Size Window", "ShowMainWindowDetails", "SetupComboBoxes",
+          "LoadSubscriptionsList", "SetSelectedItem", "DoDisplayRefresh"}) {
+        at = text.indexOf(QLatin1String(step), at);
+        QVERIFY2(at >= 0, step);
+    }
+    QCOMPARE(GetSetting("Quillon", kConfig, "ConfigAppFirstRun"), QStringLiteral("1"));
+    QCOMPARE(GetSetting("Quillon", "Quillon", "ConfigStartupComplete"), QStringLiteral("1"));
+
+    // The second start finds the flag and leaves the set-up alone.
+    f->window.reset();
+    MainWindowEntryPoints hooks;
+    hooks.firstRunSetup = [&](QWidget *) { ++firstRuns; };
+    frmMainWindow second;
+    second.SetEntryPoints(hooks);
+    second.SetClient(f->client);
+    second.show();
+    QCOMPARE(firstRuns, 0);
+    SaveSetting("Quillon", kConfig, "ConfigAppFirstRun", "0");
+    frmMainWindow third;
+    third.SetEntryPoints(hooks);
+    third.SetClient(f->client);
+    third.show();
+    QCOMPARE(firstRuns, 1);
+    QCOMPARE(f->client->LiveHandleCount(), 0);
+}
+
+void tst_frmMainWindow::loadPlacesSubscriptionsUnderTheirCategories()
+{
+    SetConsumerSetting(
+        *f->other, kConfig, QString(), kSavedCategoriesKey,
+        "TreeView(\r\n  Root(\r\n    BasicInfo(\r\n      Expanded(True)\r\n      Image(unchecked_folder)\r\n"
+        "      Key(cat_7)\r\n      Text(News)\r\n      Bold(True)\r\n    )\r\n  )\r\n)");
+    const qint32 phone = f->add("Phones", "News~~~Tech~~~Mobile", true);
+    const qint32 top = f->add("Top", "");
+    f->add("Daily", "News");
+    const qint32 last = f->add("Alpha", "Sports");
+    SetConsumerSetting(*f->other, "OLCONSUMER", SubscriptionSpecificsSection(top), "FOLDERTITLE",
+                       "Front page");
+    f->open();
+
+    QCOMPARE(outline(f->window->Tree()),
+             QStringList({"[ ] Front page", "[ ] News", "  [ ] Daily", "  [x] Tech", "    [x] Mobile",
+                          "      [x] Phones", "[x] Sports", "  [ ] Alpha"}));
+    QCOMPARE(node("News")->key(), QStringLiteral("cat_7"));
+    // Keys made after the load never meet the saved ones.
+    QVERIFY(KeyNumber(node("News~~~Tech")->key()) > 7);
+    QVERIFY(view()->isExpanded(model()->IndexOf(node("News"))));
+    QCOMPARE(f->window->SelectedSubscriptionId(), last);
+    QVERIFY(f->window->SelectRowByID(phone));
+    QCOMPARE(view()->CurrentNode(), node("News~~~Tech~~~Mobile~~~Phones"));
+    QVERIFY(!f->window->SelectRowByID(-237237));
+}
+
+void tst_frmMainWindow::detailsPaneShowsWhatTheEngineKnows()
+{
+    f->open();
+    QCOMPARE(label("lblDetailsHeading"), QStringLiteral("Select a Subscription or Category"));
+
+    const qint32 fresh = f->add("Fresh", "News");
+    const qint32 checked = f->add("Checked", "News~~~Deep");
+    HandleGuard values(*f->other, f->other->NewBag());
+    f->other->SetStringValue(values.get(), "LASTUPDATESTATUS", "OK");
+    f->other->SetStringValue(values.get(), "LastDateCheck", "2024-05-01T12:00:00Z");
+    f->other->UpdateItem("NEWS", checked, values.get());
+    f->window->DoDisplayRefresh();
+
+    QVERIFY(f->window->SelectRowByID(fresh));
+    QCOMPARE(label("lblDetailsHeading"), QStringLiteral("Details for 'Fresh'"));
+    QCOMPARE(label("lblDetailsStatus"), QStringLiteral("n/a"));
+    QCOMPARE(label("lblDetailsLastCheck"), QStringLiteral("Never"));
+    QCOMPARE(label("lblDetailsNextCheck"), QStringLiteral("Never"));
+    QCOMPARE(label("lblDetailsUrl"), QStringLiteral("http://127.0.0.1:9/Fresh"));
+
+    QVERIFY(f->window->SelectRowByID(checked));
+    QCOMPARE(label("lblDetailsStatus"), QStringLiteral("OK"));
+    const QDateTime when = QDateTime::fromString("2024-05-01T12:00:00Z", Qt::ISODate).toLocalTime();
+    QCOMPARE(label("lblDetailsLastCheck"), QLocale().toString(when, QLocale::ShortFormat));
+
+    select("News");
+    auto *stack = f->window->findChild<QStackedWidget *>("stkDetails");
+    QCOMPARE(stack->currentWidget()->objectName(), QStringLiteral("picCategoryDetails"));
+    QCOMPARE(label("lblDetailsHeading"), QStringLiteral("Details for 'News'"));
+    QCOMPARE(label("lblSubs"), QStringLiteral("2"));
+    QCOMPARE(label("lblCatReadArticles"), QStringLiteral("0"));
+}
+
+void tst_frmMainWindow::newCategoriesAreNamedInSequence()
+{
+    f->add("Feed", "News");
+    f->open();
+    for (int i = 0; i < 3; ++i) {
+        select("News");
+        button("cmdNewCategory")->click();
+        QVERIFY(view()->IsEditingLabel());
+    }
+    QCOMPARE(outline(f->window->Tree()), QStringList({"[x] News", "  [ ] Feed", "  [x] New Category",
+                                                      "  [x] New Category (1)", "  [x] New Category (2)"}));
+    // Beside a selected subscription means under its category; the saved tree has them all.
+    QVERIFY(f->window->SelectRowByID(1));
+    button("cmdNewCategory")->click();
+    QVERIFY(node("News~~~New Category (3)"));
+    QVERIFY(f->setting(kConfig, QString(), kSavedCategoriesKey).contains("Text(New Category (3))"));
+}
+
+void tst_frmMainWindow::renameRefusesEmptyAndSiblingNames()
+{
+    const qint32 feed = f->add("Feed", "Sports");
+    f->add("Other", "News");
+    f->open();
+    const QModelIndex sports = model()->IndexOf(node("Sports"));
+
+    QVERIFY(!model()->setData(sports, "News"));
+    QVERIFY(!model()->setData(sports, ""));
+    QCOMPARE(
+        f->askedTexts(PromptKind::Alert),
+        QStringList({"Category with that name already exists on this level.  Please use a different name.",
+                     "Please enter some text for the new category."}));
+    QVERIFY(node("Sports"));
+    // Case makes a different name.
+    model()->setData(sports, "news");
+    QVERIFY(node("news~~~Feed"));
+    QVERIFY(f->setting(kConfig, QString(), kSavedCategoriesKey).contains("Text(news)"));
+
+    // A subscription's new name becomes its Outlook folder title.
+    model()->setData(model()->IndexOf(node("news~~~Feed")), "Alpha feed");
+    QCOMPARE(f->setting("OLCONSUMER", SubscriptionSpecificsSection(feed), "FOLDERTITLE"),
+             QStringLiteral("Alpha feed"));
+    f->window->DoDisplayRefresh();
+    QVERIFY(node("news~~~Alpha feed"));
+}
+
+void tst_frmMainWindow::deleteAsksUnlessSuppressedOrCtrlHeld()
+{
+    const qint32 first = f->add("First");
+    const qint32 second = f->add("Second");
+    const qint32 third = f->add("Third", "Box");
+    const qint32 fourth = f->add("Fourth", "Box~~~Inner");
+    f->open();
+    const auto engineIds = [this] {
+        QList<qint32> ids;
+        HandleGuard all(*f->other, f->other->ListConsumerItems("*", "NEWS"));
+        for (qint32 i = 0; i < f->other->ListCount(all.get()); ++i)
+            ids << f->other->ListLong(all.get(), i);
+        return ids;
+    };
+
+    QVERIFY(f->window->SelectRowByID(first));
+    f->answers[int(PromptKind::YesNo)] = {7};
+    button("cmdDelete")->click();
+    QCOMPARE(f->askedTexts(PromptKind::YesNo),
+             QStringList({"Are you sure you want to delete the selected subscription(s)?"}));
+    QCOMPARE(engineIds(), QList<qint32>({first, second, third, fourth}));
+
+    PutRegistrySetting("Quill On", kConfig, "SupressDeleteWarnings", "1");
+    button("cmdDelete")->click();
+    QCOMPARE(engineIds(), QList<qint32>({second, third, fourth}));
+    PutRegistrySetting("Quill On", kConfig, "SupressDeleteWarnings", "0");
+
+    f->modifiers = Qt::ControlModifier;
+    QVERIFY(f->window->SelectRowByID(second));
+    button("cmdDelete")->click();
+    QCOMPARE(f->askedTexts(PromptKind::YesNo).size(), 1);
+    f->modifiers = Qt::NoModifier;
+
+    // A category goes with everything under it; the node before it is selected then.
+    select("Box");
+    f->answers[int(PromptKind::YesNo)] = {6};
+    button("cmdDelete")->click();
+    QCOMPARE(f->askedTexts(PromptKind::YesNo).last(),
+             QStringLiteral("Are you sure you want to delete this category and all it's subscriptions?"));
+    QCOMPARE(engineIds(), QList<qint32>());
+    QCOMPARE(f->window->Tree().count(), 0);
+    QVERIFY(!f->setting(kConfig, QString(), kSavedCategoriesKey).contains("Box"));
+    QCOMPARE(label("lblDetailsHeading"), QStringLiteral("Select a Subscription or Category"));
+}
+
+void tst_frmMainWindow::uncheckingDecidesWhetherArticlesGo()
+{
+    const qint32 kept = f->add("Kept", "Full", true);
+    const qint32 dropped = f->add("Dropped", "", true);
+    f->open();
+    button("cmdNewCategory")->click();
+    const CategoryNode *empty = view()->CurrentNode();
+
+    // A category without children needs no question: its answer is "remove".
+    emit view()->CheckToggleRequested(const_cast<CategoryNode *>(empty));
+    QCOMPARE(empty->image(), QStringLiteral("unchecked_folder"));
+    QVERIFY(f->asked.isEmpty());
+    QVERIFY(f->client->binds.isEmpty());
+
+    f->answers[int(PromptKind::YesNo)] = {6, 7};
+    emit view()->CheckToggleRequested(node("Dropped"));
+    emit view()->CheckToggleRequested(node("Full"));
+    QCOMPARE(f->askedTexts(PromptKind::YesNo),
+             QStringList({"Do you want to remove the subscription's articles from Outlook?",
+                          "Do you want to remove this category's articles from Outlook?"}));
+    QCOMPARE(f->client->binds, (QList<std::pair<qint32, qint32>>{{dropped, 0}, {kept, 1}}));
+    QCOMPARE(node("Full~~~Kept")->image(), QStringLiteral("unchecked"));
+    QCOMPARE(f->delivered(), QList<qint32>());
+
+    // Checking asks nothing; a standing answer other than 2 is used as it is.
+    f->client->binds.clear();
+    emit view()->CheckToggleRequested(node("Full"));
+    SetConsumerSetting(*f->other, "OLCONSUMER", "OutlookDefaults", "SubDeletedInConfig", "1");
+    emit view()->CheckToggleRequested(node("Full~~~Kept"));
+    QCOMPARE(f->client->binds, (QList<std::pair<qint32, qint32>>{{kept, 1}, {kept, 1}}));
+    QCOMPARE(f->askedTexts(PromptKind::YesNo).size(), 2);
+    QVERIFY(f->setting(kConfig, QString(), kSavedCategoriesKey).contains("Image(checked_folder)"));
+}
+
+void tst_frmMainWindow::droppedNodesMoveToTheirNewCategory()
+{
+    const qint32 loose = f->add("Loose");
+    const qint32 inside = f->add("Inside", "News~~~Tech");
+    f->add("Anchor", "Sports");
+    f->open();
+    view()->resize(300, 400);
+    view()->expandAll();
+    const auto dropAt = [this](CategoryNode *dragged, CategoryNode *onto) {
+        QMimeData mime;
+        mime.setData(CategoryTreeModel::kNodeMimeType, dragged->key().toUtf8());
+        const QPoint at = onto ? view()->visualRect(model()->IndexOf(onto)).center() : QPoint(5, 390);
+        QDragEnterEvent enter(at, Qt::MoveAction, &mime, Qt::LeftButton, Qt::NoModifier);
+        QCoreApplication::sendEvent(view()->viewport(), &enter);
+        QDragMoveEvent move(at, Qt::MoveAction, &mime, Qt::LeftButton, Qt::NoModifier);
+        QCoreApplication::sendEvent(view()->viewport(), &move);
+        const bool accepted = move.isAccepted();
+        QDropEvent drop(at, Qt::MoveAction, &mime, Qt::LeftButton, Qt::NoModifier);
+        QCoreApplication::sendEvent(view()->viewport(), &drop);
+        return accepted;
+    };
+
+    // Onto a subscription means into its category.
+    QVERIFY(dropAt(node("Loose"), node("Sports~~~Anchor")));
+    QVERIFY(node("Sports~~~Loose"));
+    QCOMPARE(view()->CurrentNode(), node("Sports~~~Loose"));
+    HandleGuard moved(*f->other, f->other->GetItemBag("NEWS", loose, 0));
+    QCOMPARE(f->other->GetStringValue(moved.get(), "CATEGORY"), QStringLiteral("Sports"));
+
+    // A whole category carries its subscriptions' paths along.
+    QVERIFY(dropAt(node("News~~~Tech"), node("Sports")));
+    HandleGuard carried(*f->other, f->other->GetItemBag("NEWS", inside, 0));
+    QCOMPARE(f->other->GetStringValue(carried.get(), "CATEGORY"), QStringLiteral("Sports~~~Tech"));
+    QVERIFY(f->setting(kConfig, QString(), kSavedCategoriesKey).contains("Text(Tech)"));
+
+    // Into itself, or where it already is, is refused.
+    QVERIFY(!dropAt(node("Sports"), node("Sports~~~Tech")));
+    QVERIFY(!dropAt(node("Sports~~~Tech"), node("Sports~~~Anchor")));
+    QVERIFY(node("Sports~~~Tech~~~Inside"));
+}
+
+void tst_frmMainWindow::keyboardDrivesTheTree()
+{
+    const qint32 id = f->add("Feed", "", true);
+    f->add("Other");
+    f->open();
+    QVERIFY(f->window->SelectRowByID(id));
+    view()->setFocus();
+    QTest::keyClick(view(), Qt::Key_Space);
+    QCOMPARE(node("Feed")->image(), QStringLiteral("unchecked"));
+    QTest::keyClick(view(), Qt::Key_F2);
+    QVERIFY(view()->IsEditingLabel());
+    QTest::keyClick(view()->focusWidget(), Qt::Key_Escape);
+    f->modifiers = Qt::ControlModifier;
+    QTest::keyClick(view(), Qt::Key_Delete);
+    QVERIFY(!node("Feed"));
+    QCOMPARE(view()->CurrentNode(), node("Other"));
+
+    // Timer1 scrolls only while a drag hovers near the top or bottom edge.
+    view()->resize(200, 200);
+    QMimeData mime;
+    mime.setData(CategoryTreeModel::kNodeMimeType, node("Other")->key().toUtf8());
+    const auto hover = [&](int y) {
+        QDragMoveEvent move(QPoint(20, y), Qt::MoveAction, &mime, Qt::LeftButton, Qt::NoModifier);
+        QCoreApplication::sendEvent(view()->viewport(), &move);
+        return view()->ScrollDirection();
+    };
+    QDragEnterEvent enter(QPoint(20, 20), Qt::MoveAction, &mime, Qt::LeftButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(view()->viewport(), &enter);
+    auto *timer1 = view()->findChild<QTimer *>("Timer1");
+    QCOMPARE(hover(view()->viewport()->height() - 3), 1);
+    QVERIFY(timer1->isActive());
+    QCOMPARE(hover(2), -1);
+    QCOMPARE(hover(view()->viewport()->height() / 2), 0);
+    QVERIFY(!timer1->isActive());
+    QDragLeaveEvent leave;
+    QCoreApplication::sendEvent(view()->viewport(), &leave);
+}
+
+void tst_frmMainWindow::pendingEditsCanKeepTheSelection()
+{
+    const qint32 first = f->add("First");
+    const qint32 second = f->add("Second");
+    f->open();
+    QVERIFY(f->window->SelectRowByID(first));
+    auto *title = f->window->findChild<QLineEdit *>("txtSubTitle");
+    QVERIFY(title);
+    title->setText("Renamed");
+    QVERIFY(button("cmdApply")->isEnabled());
+
+    f->answers[int(PromptKind::DoYouWantToSave)] = {2};
+    view()->setCurrentIndex(model()->IndexOf(node("Second")));
+    QCOMPARE(f->window->SelectedSubscriptionId(), first);
+    QCOMPARE(f->askedTexts(PromptKind::DoYouWantToSave).size(), 1);
+
+    // Apply renames the node as a label edit would.
+    button("cmdApply")->click();
+    QVERIFY(node("Renamed"));
+    QVERIFY(!button("cmdApply")->isEnabled());
+    view()->setCurrentIndex(model()->IndexOf(node("Second")));
+    QCOMPARE(f->window->SelectedSubscriptionId(), second);
+    QCOMPARE(f->askedTexts(PromptKind::DoYouWantToSave).size(), 1);
+}
+
+void tst_frmMainWindow::missingFeaturesSaySoAndHooksAreUsed()
+{
+    f->add("Feed");
+    f->open();
+    button("cmdAdd")->click();
+    button("cmdPrefs")->click();
+    button("cmdPreviewThisFeed")->click();
+    button("cmdFetchSubsNow")->click();
+    QCOMPARE(f->askedTexts(PromptKind::Alert), QStringList({"Adding subscriptions is not available yet.",
+                                                            "The options window is not available yet.",
+                                                            "The feed preview is not available yet."}));
+
+    QStringList called;
+    MainWindowEntryPoints hooks;
+    hooks.addSubscription = [&](QWidget *) { called << "add"; };
+    hooks.previewFeed = [&](QWidget *, const QString &url) { called << url; };
+    hooks.importOpml = [&](QWidget *, const QString &path) { called << path; };
+    f->window->SetEntryPoints(hooks);
+    button("cmdAdd")->click();
+    button("cmdPreviewThisFeed")->click();
+    f->deliver("ImportOPML", {{"PATH", "/tmp/feeds.opml"}});
+    QCOMPARE(called, QStringList({"add", "http://127.0.0.1:9/Feed", "/tmp/feeds.opml"}));
+}
+
+void tst_frmMainWindow::sizeAndDetailsPaneAreRemembered()
+{
+    frmMainWindow &window = f->open();
+    window.resize(760, 560);
+    QTRY_COMPARE(f->setting(kConfig, QString(), "MainWindowWidth"), QStringLiteral("760"));
+    QCOMPARE(f->setting(kConfig, QString(), "MainWindowHeight"), QStringLiteral("560"));
+    window.findChild<QCheckBox *>("chkShowDetails")->setChecked(false);
+    QCOMPARE(f->setting(kConfig, QString(), "ShowMainWindowDetails"), QStringLiteral("0"));
+    window.close();
+
+    frmMainWindow again;
+    again.SetClient(f->client);
+    again.show();
+    QCOMPARE(again.size(), QSize(760, 560));
+    QVERIFY(again.findChild<QWidget *>("fraDetails")->isHidden());
+}
+
+QTEST_MAIN(tst_frmMainWindow)
+#include "tst_frmMainWindow.moc"
