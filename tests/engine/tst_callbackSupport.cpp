@@ -1,7 +1,11 @@
 #include "CBAddSub.h"
+#include "ClientAccess.h"
 #include "HandleGuard.h"
+#include "LocalSettings.h"
 #include "TestEngine.h"
 #include "callbackSupport.h"
+
+#include <QTemporaryDir>
 
 #include <QStringList>
 #include <QTest>
@@ -33,6 +37,7 @@ private Q_SLOTS:
     void addWithoutAutoBindKeepsCounterRaised();
     void removingWithoutNameShowsBarePrefix();
     void updateAllTouchesOnlyDeliveredSubscriptions();
+    void bagsMirrorTheLocalStore();
 
 private:
     std::unique_ptr<TestEngine> m_engine;
@@ -128,18 +133,18 @@ void tst_callbackSupport::addWithoutAutoBindKeepsCounterRaised()
 
 void tst_callbackSupport::removingWithoutNameShowsBarePrefix()
 {
+    callbackSupport::RemoveSubscription(*m_client, 17, QString(), &m_window);
+    QCOMPARE(m_window.statusTexts, QStringList({"Removing: "}));
+
     callbackSupport::RequestAddSubscription(&m_window, m_client, QStringLiteral("T"),
                                             QStringLiteral("http://x/"), true, {}, {}, {});
     QTRY_COMPARE(m_window.forwarded, 1);
     HandleGuard all(*m_client, m_client->ListConsumerItems(QStringLiteral("*"), QStringLiteral("NEWS")));
-    const qint32 id = m_client->ListLong(all.get(), 0);
-    callbackSupport::RemoveSubscription(*m_client, id, QString(), &m_window);
-    QCOMPARE(m_window.statusTexts.last(), QStringLiteral("Removing: "));
+    callbackSupport::RemoveSubscription(*m_client, m_client->ListLong(all.get(), 0), QStringLiteral("T"),
+                                        &m_window);
+    QCOMPARE(m_window.statusTexts.last(), QStringLiteral("Removing: T"));
     HandleGuard after(*m_client, m_client->ListConsumerItems(QStringLiteral("*"), QStringLiteral("NEWS")));
     QCOMPARE(m_client->ListCount(after.get()), 0);
-
-    // An engine that refuses raises in the caller.
-    QVERIFY_THROWS_EXCEPTION(EngineError, m_client->GetItemBag(QStringLiteral("NEWS"), 17, 0));
 }
 
 void tst_callbackSupport::updateAllTouchesOnlyDeliveredSubscriptions()
@@ -159,6 +164,32 @@ void tst_callbackSupport::updateAllTouchesOnlyDeliveredSubscriptions()
             m_client->GetStringValue(item.get(), QStringLiteral("NEXTUPDATETIME")) != kMissingText;
         QCOMPARE(due, m_client->GetStringValue(item.get(), QStringLiteral("TITLE")) == QLatin1String("A"));
     }
+}
+
+void tst_callbackSupport::bagsMirrorTheLocalStore()
+{
+    QTemporaryDir folder;
+    LocalSettings::SetBaseFolder(folder.path());
+    SaveSetting(QStringLiteral("Quillon"), QStringLiteral("NetworkModule"), QStringLiteral("ProxyPort"),
+                QStringLiteral("8080"));
+
+    HandleGuard defaults(*m_client, m_client->NewBag());
+    m_client->SetStringValue(defaults.get(), QStringLiteral("ProxyPort"), QStringLiteral("80"));
+    m_client->SetStringValue(defaults.get(), QStringLiteral("ProxyHost"), QStringLiteral("none"));
+    m_client->SetStringValue(defaults.get(), QString(), QStringLiteral("ignored"));
+    HandleGuard loaded(*m_client, ClientAccess::LoadBagFromSettings(*m_client, defaults.get(),
+                                                                    QStringLiteral("NetworkModule")));
+    QCOMPARE(m_client->GetStringValue(loaded.get(), QStringLiteral("ProxyPort")), QStringLiteral("8080"));
+    QCOMPARE(m_client->GetStringValue(loaded.get(), QStringLiteral("ProxyHost")), QStringLiteral("none"));
+    HandleGuard names(*m_client, m_client->ListNames(loaded.get()));
+    QCOMPARE(m_client->ListCount(names.get()), 2);
+
+    m_client->SetStringValue(loaded.get(), QStringLiteral("ProxyHost"), QStringLiteral("proxy.local"));
+    ClientAccess::SaveBagToSettings(*m_client, loaded.get(), QStringLiteral("NetworkModule"));
+    QCOMPARE(
+        GetSetting(QStringLiteral("Quillon"), QStringLiteral("NetworkModule"), QStringLiteral("ProxyHost")),
+        QStringLiteral("proxy.local"));
+    LocalSettings::SetBaseFolder(QString());
 }
 
 QTEST_MAIN(tst_callbackSupport)
