@@ -130,9 +130,10 @@ void tst_LocalStores::settingsFileStaysWholeWhenTheWriterIsKilled()
         writer.setProcessEnvironment(environment);
         writer.start(QCoreApplication::applicationFilePath(), {});
         QVERIFY(writer.waitForStarted());
-        // Kill it somewhere inside its loop, after some saves have been reported.
+        // Kill it somewhere inside its loop, after some saves have been reported. Each save
+        // syncs the file to disk, which a busy machine makes slow: wait for a few, patiently.
         QByteArray reported;
-        QTRY_VERIFY((reported += writer.readAllStandardOutput()).size() >= 20 + round * 7);
+        QTRY_VERIFY_WITH_TIMEOUT((reported += writer.readAllStandardOutput()).size() >= 3 + round * 2, 60000);
         writer.kill();
         QVERIFY(writer.waitForFinished());
 
