@@ -156,6 +156,8 @@ int main(int argc, char *argv[])
     if (count <= 0)
         return 1;
 
+    // Measure the protocol alone: the daemon fetches nothing while the figures are taken.
+    qputenv("QUILLON_ENGINE_NO_FETCH", "1");
     DaemonProcess daemon;
     if (!daemon.start()) {
         std::fprintf(stderr, "%s\n", qPrintable(daemon.errorText()));

@@ -117,6 +117,8 @@ void SocketLink::Private::send(const QByteArray &bytes)
     }
 }
 
+constexpr qint64 kSpinNs = 300000;
+
 void SocketLink::Private::awaitReply(const QString &operation)
 {
     QElapsedTimer elapsed;
@@ -134,6 +136,12 @@ void SocketLink::Private::awaitReply(const QString &operation)
         const qint64 remaining = kReplyTimeoutMs - elapsed.elapsed();
         if (remaining <= 0)
             throw EngineError(QStringLiteral("The engine did not answer %1 in time").arg(operation));
+        // The engine usually answers within tens of microseconds: look again briefly before
+        // sleeping, since waking a sleeping process costs more than the answer itself.
+        if (elapsed.nsecsElapsed() < kSpinNs) {
+            socket.waitForReadyRead(0);
+            continue;
+        }
         socket.waitForReadyRead(int(remaining));
     }
 }

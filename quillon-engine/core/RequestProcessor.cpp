@@ -63,7 +63,7 @@ void RequestProcessor::add(const Origin &origin, const PropertyBag &request)
         return refuse(origin, QStringLiteral("The add request has no URL"));
 
     const qint32 id = m_subscriptions.create(request, origin.now);
-    qCInfo(lcCore) << origin.consumerId << "added subscription" << id << url;
+    qCDebug(lcCore) << origin.consumerId << "added subscription" << id << url;
     const QStringList bound = consumerList(request.find(QStringLiteral("ConsumerIDs")));
     for (const QString &consumer : bound)
         m_bindings.bind(consumer, id, true, origin.now);

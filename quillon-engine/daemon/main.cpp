@@ -26,6 +26,7 @@ struct Options
     QString dataDir;
     QString socketName;
     QString quillonData;
+    bool fetch = true;
 };
 
 Options parseOptions(const QCoreApplication &app)
@@ -47,10 +48,16 @@ Options parseOptions(const QCoreApplication &app)
             "Folder of the shipped documents (feed directory, search sources); default: QuillonData "
             "beside the program."),
         QStringLiteral("DIR"));
-    parser.addOptions({dataDir, socket, quillonData});
+    const QCommandLineOption noFetch(
+        QStringLiteral("no-fetch"),
+        QStringLiteral(
+            "Serve consumers but fetch no feeds (env QUILLON_ENGINE_NO_FETCH=1); for benchmarks."));
+    parser.addOptions({dataDir, socket, quillonData, noFetch});
     parser.process(app);
 
     Options options;
+    options.fetch =
+        !parser.isSet(noFetch) && qEnvironmentVariable("QUILLON_ENGINE_NO_FETCH") != QLatin1String("1");
     options.dataDir = parser.value(dataDir);
     if (options.dataDir.isEmpty())
         options.dataDir = qEnvironmentVariable("QUILLON_ENGINE_DATA");
@@ -117,7 +124,8 @@ int main(int argc, char *argv[])
     std::printf("quillon-engine listening on %s, data in %s\n", qPrintable(options.socketName),
                 qPrintable(options.dataDir));
     std::fflush(stdout);
-    core->startUpdating();
+    if (options.fetch)
+        core->startUpdating();
 
     const int code = runUntilStopped(*server);
     // Sessions close before the core, and the core closes its database before the process ends.
