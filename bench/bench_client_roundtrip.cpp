@@ -7,6 +7,7 @@
 #include "EngineCore.h"
 #include "InProcessLink.h"
 #include "LinkedSubscribeClient.h"
+#include "ProcessCpu.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
@@ -76,23 +77,6 @@ double medianRoundTripMicros(SubscribeClient &client, const QList<qint32> &ids, 
     }
     std::nth_element(nanos.begin(), nanos.begin() + samples / 2, nanos.end());
     return double(nanos[samples / 2]) / 1000.0;
-}
-
-// CPU milliseconds another process has used so far, from /proc; -1 where there is none.
-qint64 processCpuMillis(qint64 pid)
-{
-#ifdef Q_OS_UNIX
-    QFile stat(QStringLiteral("/proc/%1/stat").arg(pid));
-    if (pid > 0 && stat.open(QIODevice::ReadOnly)) {
-        // Fields after the command name: state is field 3, utime 14 and stime 15.
-        const QByteArray text = stat.readAll();
-        const QList<QByteArray> fields = text.mid(text.lastIndexOf(')') + 2).split(' ');
-        if (fields.size() > 13)
-            return (fields.at(11).toLongLong() + fields.at(12).toLongLong()) * 1000 / ::sysconf(_SC_CLK_TCK);
-    }
-#endif
-    Q_UNUSED(pid)
-    return -1;
 }
 
 qint64 ownCpuMillis()

@@ -11,6 +11,7 @@
 #include "DaemonProcess.h"
 #include "HandleGuard.h"
 #include "LocalSettings.h"
+#include "ProcessCpu.h"
 #include "PromptSeam.h"
 #include "SubscriptionListLoader.h"
 #include "categoriesUtils.h"
@@ -89,23 +90,6 @@ qint32 lastId(SubscribeClient &client)
     HandleGuard all(client, client.ListConsumerItems(QStringLiteral("*"), kNews));
     const qint32 count = client.ListCount(all.get());
     return count > 0 ? client.ListLong(all.get(), count - 1) : 0;
-}
-
-// CPU milliseconds a process has used so far, from /proc; 0 where there is none.
-qint64 processCpuMillis(qint64 pid)
-{
-#ifdef Q_OS_UNIX
-    QFile stat(QStringLiteral("/proc/%1/stat").arg(pid));
-    if (pid > 0 && stat.open(QIODevice::ReadOnly)) {
-        // Fields after the command name: utime is field 14 and stime 15.
-        const QByteArray text = stat.readAll();
-        const QList<QByteArray> fields = text.mid(text.lastIndexOf(')') + 2).split(' ');
-        if (fields.size() > 13)
-            return (fields.at(11).toLongLong() + fields.at(12).toLongLong()) * 1000 / ::sysconf(_SC_CLK_TCK);
-    }
-#endif
-    Q_UNUSED(pid)
-    return 0;
 }
 
 struct Timing

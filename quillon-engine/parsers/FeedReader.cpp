@@ -144,22 +144,19 @@ void FeedReader::addItem(ParsedItem &&item)
 // RSS 0.9x and 2.0: items normally sit in the channel, but some feeds put them beside it.
 void FeedReader::readRss(const QUrl &base)
 {
-    while (m_xml.readNextStartElement()) {
-        const QUrl childBase = baseOf(base);
-        if (vocab() == Vocab::Core && m_xml.name() == u"channel")
-            readChannel(childBase);
-        else if (vocab() == Vocab::Core && m_xml.name() == u"item")
-            readRssItem(childBase);
-        else
-            m_xml.skipCurrentElement();
-    }
+    readChannelAndItems(base, false);
 }
 
 // RSS 1.0 and 0.90: channel and items are siblings under rdf:RDF.
 void FeedReader::readRdf(const QUrl &base)
 {
+    readChannelAndItems(base, true);
+}
+
+void FeedReader::readChannelAndItems(const QUrl &base, bool rdf)
+{
     while (m_xml.readNextStartElement()) {
-        if (m_xml.namespaceUri() == kRss090)
+        if (rdf && m_xml.namespaceUri() == kRss090)
             m_feed.format = QStringLiteral("rss090");
         const QUrl childBase = baseOf(base);
         if (vocab() == Vocab::Core && m_xml.name() == u"channel")

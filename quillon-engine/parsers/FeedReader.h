@@ -33,6 +33,7 @@ private:
 
     void readRss(const QUrl &base);
     void readRdf(const QUrl &base);
+    void readChannelAndItems(const QUrl &base, bool rdf);
     void readChannel(const QUrl &base);
     void readChannelChild(const QUrl &base);
     void readRssItem(const QUrl &base);
