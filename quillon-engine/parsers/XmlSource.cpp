@@ -2,6 +2,7 @@
 
 #include "CharsetDecoder.h"
 #include "EntityRepair.h"
+#include "PrefixRepair.h"
 
 #include <QXmlStreamReader>
 
@@ -45,7 +46,7 @@ XmlSource::Prepared XmlSource::prepare(const QByteArray &bytes, const QString &c
         return prepared;
     }
     prepared.text = std::move(repaired.text);
-    prepared.repairs = repaired.repairs;
+    prepared.repairs = repaired.repairs + PrefixRepair::declareMissing(prepared.text);
     return prepared;
 }
 

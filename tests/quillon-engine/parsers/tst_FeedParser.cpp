@@ -145,6 +145,17 @@ void tst_FeedParser::mendsEntitiesAndCharactersFeedsGetWrong()
     QCOMPARE(feed.items.at(0).title.value, QStringLiteral("AT&T &bogus;  done"));
     QCOMPARE(feed.items.at(0).summary.value, QStringLiteral("keep &nbsp; as written"));
     QCOMPARE(feed.repairs, 5);
+
+    // Prefixes used without a declaration are declared on the root; media: keeps its meaning.
+    const QByteArray undeclared = "<?xml version=\"1.0\"?>\n<!-- note --><rss version=\"2.0\"><channel><item>"
+                                  "<title>Episode</title><itunes:author>Ann</itunes:author>"
+                                  "<media:content url=\"http://example.org/e.mp3\" type=\"audio/mpeg\"/>"
+                                  "</item><item><title>Next</title></item></channel></rss>";
+    const ParsedFeed podcast = FeedParser::parse(undeclared);
+    QVERIFY2(podcast.ok(), qPrintable(podcast.errorText));
+    QCOMPARE(podcast.items.size(), 2);
+    QCOMPARE(podcast.items.at(0).enclosures.at(0).url, QStringLiteral("http://example.org/e.mp3"));
+    QCOMPARE(podcast.repairs, 2);
 }
 
 void tst_FeedParser::resolvesRelativeLinks()
