@@ -103,20 +103,6 @@ QString decodeReferences(QStringView s)
     return out;
 }
 
-void appendEscapedAttribute(QString &out, QStringView value)
-{
-    qsizetype runStart = 0;
-    for (qsizetype i = 0; i < value.size(); ++i) {
-        const char16_t c = value[i].unicode();
-        if (c != u'&' && c != u'<' && c != u'>' && c != u'"')
-            continue;
-        out.append(value.mid(runStart, i - runStart));
-        out.append(c == u'&' ? u"&amp;" : c == u'<' ? u"&lt;" : c == u'>' ? u"&gt;" : u"&quot;");
-        runStart = i + 1;
-    }
-    out.append(value.mid(runStart));
-}
-
 // "javascript:" and "vbscript:", in any case and with blanks or controls mixed in, as
 // browsers forgive them.
 bool isScriptUri(QStringView value)
@@ -345,7 +331,7 @@ void HtmlNormalizer::emitStartTag(Tag &tag)
         m_out.append(u' ');
         m_out.append(attribute.name);
         m_out.append(u"=\"");
-        appendEscapedAttribute(m_out, attribute.value);
+        appendEscaped(m_out, attribute.value);
         m_out.append(u'"');
     }
     if (isOneOf(tag.name, kVoidElements)) {
@@ -372,6 +358,20 @@ bool HtmlNormalizer::keepAttribute(const Attribute &attribute) const
 QString HtmlNormalizer::resolved(const QString &uri) const
 {
     return LinkResolver::resolve(m_base, uri);
+}
+
+void HtmlNormalizer::appendEscaped(QString &out, QStringView text)
+{
+    qsizetype runStart = 0;
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        const char16_t c = text[i].unicode();
+        if (c != u'&' && c != u'<' && c != u'>' && c != u'"')
+            continue;
+        out.append(text.mid(runStart, i - runStart));
+        out.append(c == u'&' ? u"&amp;" : c == u'<' ? u"&lt;" : c == u'>' ? u"&gt;" : u"&quot;");
+        runStart = i + 1;
+    }
+    out.append(text.mid(runStart));
 }
 
 } // namespace quillon

@@ -15,6 +15,8 @@ class HtmlNormalizer
 {
 public:
     [[nodiscard]] static QString normalize(QStringView html, const QUrl &base = {});
+    // Appends text with '&', '<', '>' and '"' escaped, copying the runs between them at once.
+    static void appendEscaped(QString &out, QStringView text);
 
 private:
     struct Attribute

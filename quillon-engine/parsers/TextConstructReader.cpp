@@ -10,21 +10,6 @@ namespace {
 
 const QString kXhtmlNamespace = QStringLiteral("http://www.w3.org/1999/xhtml");
 
-// Appends text with the four characters that matter in markup escaped, copying runs at once.
-void appendEscaped(QString &out, QStringView text)
-{
-    qsizetype runStart = 0;
-    for (qsizetype i = 0; i < text.size(); ++i) {
-        const char16_t c = text[i].unicode();
-        if (c != u'&' && c != u'<' && c != u'>' && c != u'"')
-            continue;
-        out.append(text.mid(runStart, i - runStart));
-        out.append(c == u'&' ? u"&amp;" : c == u'<' ? u"&lt;" : c == u'>' ? u"&gt;" : u"&quot;");
-        runStart = i + 1;
-    }
-    out.append(text.mid(runStart));
-}
-
 void appendStartTag(QString &out, const QXmlStreamReader &xml)
 {
     out.append(u'<');
@@ -33,7 +18,7 @@ void appendStartTag(QString &out, const QXmlStreamReader &xml)
         out.append(u' ');
         out.append(attribute.qualifiedName());
         out.append(u"=\"");
-        appendEscaped(out, attribute.value());
+        HtmlNormalizer::appendEscaped(out, attribute.value());
         out.append(u'"');
     }
     out.append(u'>');
@@ -92,13 +77,13 @@ void Collector::characters(QStringView text)
     else if (!m_sawElement && m_options.mode == TextConstructReader::Mode::Plain)
         m_text.append(text);
     else
-        appendEscaped(m_markup, text);
+        HtmlNormalizer::appendEscaped(m_markup, text);
 }
 
 void Collector::startElement(const QXmlStreamReader &xml)
 {
     if (!m_sawElement && m_options.mode == TextConstructReader::Mode::Plain) {
-        appendEscaped(m_markup, m_text); // text so far becomes part of the markup
+        HtmlNormalizer::appendEscaped(m_markup, m_text); // text so far becomes part of the markup
         m_text.clear();
     }
     m_sawElement = true;
