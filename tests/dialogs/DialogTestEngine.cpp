@@ -1,6 +1,7 @@
 #include "DialogTestEngine.h"
 
 #include "HandleGuard.h"
+#include "localization.h"
 
 #include <QTest>
 
@@ -57,3 +58,25 @@ QString ItemText(quillon::SubscribeClient &client, qint32 id, const QString &nam
 }
 
 } // namespace DialogTestEngine
+
+void EngineDialogTest::initTestCase()
+{
+    LoadStrings(qEnvironmentVariable("QUILLON_SOURCE_DIR") + QStringLiteral("/data/QuillonData"));
+}
+
+void EngineDialogTest::init()
+{
+    m_engine = std::make_unique<TestEngine>();
+    QVERIFY(m_engine->isReady());
+    m_client = m_engine->newClient();
+    DialogTestEngine::ConnectClient(*m_client);
+    m_asked.clear();
+}
+
+void EngineDialogTest::cleanup()
+{
+    PromptSeam::SetHandler({});
+    QCOMPARE(m_client->LiveHandleCount(), 0);
+    m_client.reset();
+    m_engine.reset();
+}

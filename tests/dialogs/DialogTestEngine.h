@@ -1,6 +1,10 @@
 #pragma once
 
+#include "PromptSeam.h"
 #include "TestEngine.h"
+
+#include <QList>
+#include <QObject>
 
 #include <QString>
 
@@ -16,3 +20,20 @@ void ConnectClient(quillon::SubscribeClient &client);
 [[nodiscard]] QString ItemText(quillon::SubscribeClient &client, qint32 id, const QString &name);
 
 } // namespace DialogTestEngine
+
+// What the engine-backed dialog tests share: strings loaded, a fresh engine and a connected
+// client per test, the questions asked, and no handle left behind.
+class EngineDialogTest : public QObject
+{
+    Q_OBJECT
+
+protected:
+    std::unique_ptr<TestEngine> m_engine;
+    quillon::SubscribeClientPtr m_client;
+    QList<Prompt> m_asked;
+
+private Q_SLOTS:
+    void initTestCase();
+    void init();
+    void cleanup();
+};

@@ -9,7 +9,7 @@
 
 using namespace DialogTestEngine;
 
-class tst_frmEnclosureWarning : public QObject
+class tst_frmEnclosureWarning : public EngineDialogTest
 {
     Q_OBJECT
 
@@ -29,30 +29,7 @@ private:
         });
     }
 
-    std::unique_ptr<TestEngine> m_engine;
-    quillon::SubscribeClientPtr m_client;
-    QList<Prompt> m_asked;
-
 private Q_SLOTS:
-    void initTestCase() { LoadStrings(qEnvironmentVariable("QUILLON_SOURCE_DIR") + "/data/QuillonData"); }
-
-    void init()
-    {
-        m_engine = std::make_unique<TestEngine>();
-        QVERIFY(m_engine->isReady());
-        m_client = m_engine->newClient();
-        ConnectClient(*m_client);
-        m_asked.clear();
-    }
-
-    void cleanup()
-    {
-        PromptSeam::SetHandler({});
-        QCOMPARE(m_client->LiveHandleCount(), 0);
-        m_client.reset();
-        m_engine.reset();
-    }
-
     void answerIsStoredPerSubscriptionAndGloballyOnlyWhenAsked()
     {
         const qint32 first = AddSubscription(*m_client, "Radio Hour", "http://127.0.0.1:1/radio.xml");

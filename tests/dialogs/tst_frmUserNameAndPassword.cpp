@@ -12,7 +12,7 @@ const QString kInvalidPrompt =
     QStringLiteral("The username/password for subscription '%1' is invalid.  Please enter a new one.");
 }
 
-class tst_frmUserNameAndPassword : public QObject
+class tst_frmUserNameAndPassword : public EngineDialogTest
 {
     Q_OBJECT
 
@@ -29,30 +29,7 @@ private:
     }
     [[nodiscard]] QString Item(qint32 id, const QString &name) { return ItemText(*m_client, id, name); }
 
-    std::unique_ptr<TestEngine> m_engine;
-    quillon::SubscribeClientPtr m_client;
-    QList<Prompt> m_asked;
-
 private Q_SLOTS:
-    void initTestCase() { LoadStrings(qEnvironmentVariable("QUILLON_SOURCE_DIR") + "/data/QuillonData"); }
-
-    void init()
-    {
-        m_engine = std::make_unique<TestEngine>();
-        QVERIFY(m_engine->isReady());
-        m_client = m_engine->newClient();
-        ConnectClient(*m_client);
-        m_asked.clear();
-    }
-
-    void cleanup()
-    {
-        PromptSeam::SetHandler({});
-        QCOMPARE(m_client->LiveHandleCount(), 0);
-        m_client.reset();
-        m_engine.reset();
-    }
-
     void credentialsAreSentOnlyOnOK()
     {
         const QString url = "http://127.0.0.1:1/private.xml";
