@@ -28,7 +28,23 @@ struct ArticleFields
 
 // programFolder + "/QuillonData/css/current/" (with a trailing separator).
 [[nodiscard]] QString LocalPath(const QString &programFolder);
-// The whole page for one article.
+// The whole page for one article; "" when the build failed (the caller keeps the page it has).
 [[nodiscard]] QString BuildArticlePage(const QString &programFolder, const ArticleFields &fields);
+
+// The blocks put in for "~DATA_SOURCE~", "~DATA_COMMENTS~" and "~DATA_ENCLOSURE~"; each is ""
+// when its URL is empty. An enclosure of type "DISK" is the on-disk copy: its URL is the
+// reference text and its link asks the delivery add-in to open the copy kept with the article.
+[[nodiscard]] QString SourceBlock(const QString &localPath, bool safe, const QString &url,
+                                  const QString &title);
+[[nodiscard]] QString CommentsBlock(const QString &localPath, bool safe, const QString &url);
+[[nodiscard]] QString EnclosureBlock(const QString &localPath, bool safe, const QString &url,
+                                     const QString &type, qint32 articleId);
+
+// Program-wide values of every page: the host's name ("Corvell" until set) and its address
+// ("" until set, which makes each page use its own fallback).
+void SetHostTitle(const QString &title);
+void SetHostUrl(const QString &url);
+[[nodiscard]] QString HostTitle();
+[[nodiscard]] QString HostUrl();
 
 } // namespace htmlGenerator

@@ -38,3 +38,7 @@ struct TimeDisplay
 
 [[nodiscard]] QString SubscriptionSpecificsSection(qint32 subscriptionId);
 [[nodiscard]] QString PublishingSettingsSection(qint32 blogNumber);
+
+// The icon name of an enclosure ("audio", "video", "image", "document", "archive" or "file"):
+// by its MIME type when that says, else by the URL's file extension.
+[[nodiscard]] QString EnclosureFileType(const QString &url, const QString &mimeType);
