@@ -25,15 +25,15 @@ const QString kPageFallback = QStringLiteral(
     "<a href='~DATA_HOSTURL~'>~DATA_HOSTTITLE~</a>~DATA_ARTICLEDATE~ ~DATA_ARTICLETIME~   "
     "(warning: template file missing, backup template in use)</font></td></tr></table></body></html>");
 
-const QString kSourceFallback = QStringLiteral(
-    "<tr><td>&nbsp;</td><td><div align='right'><a href='~DATA_SOURCEURL~'>"
-    "<img src='~DATA_LOCALPATH~images/source.gif' border='0'></a></div></td><td>"
-    "<a href='~DATA_SOURCEURL~'>~DATA_SOURCETITLE~</a></td><td>&nbsp;</td></tr>");
+const QString kSourceFallback =
+    QStringLiteral("<tr><td>&nbsp;</td><td><div align='right'><a href='~DATA_SOURCEURL~'>"
+                   "<img src='~DATA_LOCALPATH~images/source.gif' border='0'></a></div></td><td>"
+                   "<a href='~DATA_SOURCEURL~'>~DATA_SOURCETITLE~</a></td><td>&nbsp;</td></tr>");
 
-const QString kCommentsFallback = QStringLiteral(
-    "<tr><td>&nbsp;</td><td><div align='right'><a href='~DATA_COMMENTSURL~'>"
-    "<img src='~DATA_LOCALPATH~images/comments.gif' border='0'></a></div></td><td>"
-    "<a href='~DATA_COMMENTSURL~'>~DATA_COMMENTSTITLE~</a></td><td>&nbsp;</td></tr>");
+const QString kCommentsFallback =
+    QStringLiteral("<tr><td>&nbsp;</td><td><div align='right'><a href='~DATA_COMMENTSURL~'>"
+                   "<img src='~DATA_LOCALPATH~images/comments.gif' border='0'></a></div></td><td>"
+                   "<a href='~DATA_COMMENTSURL~'>~DATA_COMMENTSTITLE~</a></td><td>&nbsp;</td></tr>");
 
 const QString kEnclosureFallback = QStringLiteral(
     "<tr><td>&nbsp;</td><td><div align='right'><a href='~DATA_ENCLOSUREURL~'>"
@@ -78,7 +78,8 @@ QString readTemplate(const QString &path, const QString &fallback)
 
 QString blockTemplate(const QString &localPath, bool safe, const QString &stem, const QString &fallback)
 {
-    const QString name = stem + (safe ? QStringLiteral("TemplateSafe.html") : QStringLiteral("Template.html"));
+    const QString name =
+        stem + (safe ? QStringLiteral("TemplateSafe.html") : QStringLiteral("Template.html"));
     QString text = readTemplate(localPath + name, fallback);
     fill(text, {{QStringLiteral("~DATA_LOCALPATH~"), localPath}});
     return text;
@@ -105,26 +106,27 @@ QString buildPage(const QString &programFolder, const ArticleFields &f)
         enclosure += EnclosureBlock(localPath, f.safe, f.diskEnclosure, QStringLiteral("DISK"), f.articleId);
     const bool noBlocks = source.isEmpty() && comments.isEmpty() && enclosure.isEmpty();
 
-    fill(page, {{QStringLiteral("~COMMENT_NOMARKASREAD_START~"), QString()},
-                {QStringLiteral("~COMMENT_NOMARKASREAD_END~"), QString()},
-                {QStringLiteral("~DATA_DBID~"), f.idText},
-                {QStringLiteral("~DATA_AD~"), QString()},
-                {QStringLiteral("~DATA_LOCALPATH~"), localPath},
-                {QStringLiteral("~DATA_ARTICLETITLE~"), f.title},
-                {QStringLiteral("~DATA_ARTICLEBODY~"), f.body},
-                {QStringLiteral("~DATA_ARTICLEURL~"), f.url},
-                {QStringLiteral("~DATA_HOSTTITLE~"), hostTitle()},
-                {QStringLiteral("~DATA_HOSTURL~"), effectiveHostUrl(f.hostUrlFallback)},
-                {QStringLiteral("~DATA_SOURCE~"), source},
-                {QStringLiteral("~DATA_COMMENTS~"), comments},
-                {QStringLiteral("~DATA_ENCLOSURE~"), enclosure},
-                {QStringLiteral("~COMMENT_NOENCLOSURES_START~"), noBlocks ? QStringLiteral("<!--") : QString()},
-                {QStringLiteral("~COMMENT_NOENCLOSURES_END~"), noBlocks ? QStringLiteral("-->") : QString()},
-                {QStringLiteral("~DATA_ARTICLEDATE~"), f.dateText},
-                {QStringLiteral("~DATA_ARTICLETIME~"), QString()},
-                {QStringLiteral("~DATA_DEBUG~"), QString()},
-                {QStringLiteral("~DATA_HIDDEN~"), f.hiddenText},
-                {QStringLiteral("~DATA_TEST~"), QString()}});
+    fill(page,
+         {{QStringLiteral("~COMMENT_NOMARKASREAD_START~"), QString()},
+          {QStringLiteral("~COMMENT_NOMARKASREAD_END~"), QString()},
+          {QStringLiteral("~DATA_DBID~"), f.idText},
+          {QStringLiteral("~DATA_AD~"), QString()},
+          {QStringLiteral("~DATA_LOCALPATH~"), localPath},
+          {QStringLiteral("~DATA_ARTICLETITLE~"), f.title},
+          {QStringLiteral("~DATA_ARTICLEBODY~"), f.body},
+          {QStringLiteral("~DATA_ARTICLEURL~"), f.url},
+          {QStringLiteral("~DATA_HOSTTITLE~"), hostTitle()},
+          {QStringLiteral("~DATA_HOSTURL~"), effectiveHostUrl(f.hostUrlFallback)},
+          {QStringLiteral("~DATA_SOURCE~"), source},
+          {QStringLiteral("~DATA_COMMENTS~"), comments},
+          {QStringLiteral("~DATA_ENCLOSURE~"), enclosure},
+          {QStringLiteral("~COMMENT_NOENCLOSURES_START~"), noBlocks ? QStringLiteral("<!--") : QString()},
+          {QStringLiteral("~COMMENT_NOENCLOSURES_END~"), noBlocks ? QStringLiteral("-->") : QString()},
+          {QStringLiteral("~DATA_ARTICLEDATE~"), f.dateText},
+          {QStringLiteral("~DATA_ARTICLETIME~"), QString()},
+          {QStringLiteral("~DATA_DEBUG~"), QString()},
+          {QStringLiteral("~DATA_HIDDEN~"), f.hiddenText},
+          {QStringLiteral("~DATA_TEST~"), QString()}});
 
     QString trailer = QStringLiteral("<!-- qliArticleID=~DATA_BACKUPID~ -->");
     fill(trailer, {{QStringLiteral("~DATA_BACKUPID~"), QString::number(f.articleId)}});

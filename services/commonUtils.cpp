@@ -108,15 +108,20 @@ QString fileTypeOfMime(const QString &mimeType)
         if (mime.startsWith(QLatin1String(family) + QLatin1Char('/')))
             return QString::fromLatin1(family);
     }
-    static const QStringList documents = {
-        u"application/pdf"_s, u"application/msword"_s, u"application/rtf"_s, u"application/epub+zip"_s,
-        u"application/vnd.ms-"_s, u"application/vnd.openxmlformats-officedocument."_s,
-        u"application/vnd.oasis.opendocument."_s, u"text/"_s};
-    static const QStringList archives = {
-        u"application/zip"_s, u"application/x-zip-compressed"_s, u"application/gzip"_s,
-        u"application/x-gzip"_s, u"application/x-tar"_s, u"application/x-bzip2"_s, u"application/x-xz"_s,
-        u"application/x-7z-compressed"_s, u"application/vnd.rar"_s, u"application/x-rar-compressed"_s,
-        u"application/zstd"_s};
+    static const QStringList documents = {u"application/pdf"_s,
+                                          u"application/msword"_s,
+                                          u"application/rtf"_s,
+                                          u"application/epub+zip"_s,
+                                          u"application/vnd.ms-"_s,
+                                          u"application/vnd.openxmlformats-officedocument."_s,
+                                          u"application/vnd.oasis.opendocument."_s,
+                                          u"text/"_s};
+    static const QStringList archives = {u"application/zip"_s,     u"application/x-zip-compressed"_s,
+                                         u"application/gzip"_s,    u"application/x-gzip"_s,
+                                         u"application/x-tar"_s,   u"application/x-bzip2"_s,
+                                         u"application/x-xz"_s,    u"application/x-7z-compressed"_s,
+                                         u"application/vnd.rar"_s, u"application/x-rar-compressed"_s,
+                                         u"application/zstd"_s};
     const auto matches = [&mime](const QStringList &prefixes) {
         return std::any_of(prefixes.begin(), prefixes.end(),
                            [&mime](const QString &prefix) { return mime.startsWith(prefix); });
@@ -140,16 +145,20 @@ QString fileTypeOfExtension(const QString &url)
     static const QHash<QString, QString> types = [] {
         QHash<QString, QString> byExtension;
         const std::pair<const char *, QStringList> groups[] = {
-            {"audio", {u"mp3"_s, u"m4a"_s, u"m4b"_s, u"aac"_s, u"ogg"_s, u"oga"_s, u"opus"_s, u"wav"_s,
-                       u"flac"_s, u"wma"_s, u"aif"_s, u"aiff"_s}},
-            {"video", {u"mp4"_s, u"m4v"_s, u"mov"_s, u"avi"_s, u"wmv"_s, u"mkv"_s, u"webm"_s, u"ogv"_s,
-                       u"mpg"_s, u"mpeg"_s, u"3gp"_s, u"flv"_s}},
-            {"image", {u"jpg"_s, u"jpeg"_s, u"png"_s, u"gif"_s, u"webp"_s, u"svg"_s, u"bmp"_s, u"tif"_s,
-                       u"tiff"_s, u"avif"_s, u"heic"_s}},
-            {"document", {u"pdf"_s, u"doc"_s, u"docx"_s, u"odt"_s, u"rtf"_s, u"txt"_s, u"epub"_s,
-                          u"ppt"_s, u"pptx"_s, u"odp"_s, u"xls"_s, u"xlsx"_s, u"ods"_s}},
-            {"archive", {u"zip"_s, u"tar"_s, u"gz"_s, u"tgz"_s, u"bz2"_s, u"xz"_s, u"7z"_s, u"rar"_s,
-                         u"zst"_s}}};
+            {"audio",
+             {u"mp3"_s, u"m4a"_s, u"m4b"_s, u"aac"_s, u"ogg"_s, u"oga"_s, u"opus"_s, u"wav"_s, u"flac"_s,
+              u"wma"_s, u"aif"_s, u"aiff"_s}},
+            {"video",
+             {u"mp4"_s, u"m4v"_s, u"mov"_s, u"avi"_s, u"wmv"_s, u"mkv"_s, u"webm"_s, u"ogv"_s, u"mpg"_s,
+              u"mpeg"_s, u"3gp"_s, u"flv"_s}},
+            {"image",
+             {u"jpg"_s, u"jpeg"_s, u"png"_s, u"gif"_s, u"webp"_s, u"svg"_s, u"bmp"_s, u"tif"_s, u"tiff"_s,
+              u"avif"_s, u"heic"_s}},
+            {"document",
+             {u"pdf"_s, u"doc"_s, u"docx"_s, u"odt"_s, u"rtf"_s, u"txt"_s, u"epub"_s, u"ppt"_s, u"pptx"_s,
+              u"odp"_s, u"xls"_s, u"xlsx"_s, u"ods"_s}},
+            {"archive",
+             {u"zip"_s, u"tar"_s, u"gz"_s, u"tgz"_s, u"bz2"_s, u"xz"_s, u"7z"_s, u"rar"_s, u"zst"_s}}};
         for (const auto &[type, extensions] : groups) {
             for (const QString &ext : extensions)
                 byExtension.insert(ext, QString::fromLatin1(type));

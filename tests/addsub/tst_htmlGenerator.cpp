@@ -75,11 +75,12 @@ void tst_htmlGenerator::cleanup()
 void tst_htmlGenerator::everyPlaceholderIsReplacedInItsOrderIgnoringCase()
 {
     ProgramFolder folder;
-    folder.write(u"template.html"_s,
-                 u"[~COMMENT_NOMARKASREAD_START~~COMMENT_NOMARKASREAD_END~~DATA_AD~~DATA_ARTICLETIME~"
-                 "~DATA_DEBUG~~DATA_TEST~]~DATA_DBID~|~data_localpath~|~Data_ArticleTitle~|~DATA_ARTICLEBODY~|"
-                 "~DATA_ARTICLEURL~|~DATA_HOSTTITLE~|~DATA_HOSTURL~|~DATA_ARTICLEDATE~|~DATA_HIDDEN~|"
-                 "~data_articletitle~"_s);
+    folder.write(
+        u"template.html"_s,
+        u"[~COMMENT_NOMARKASREAD_START~~COMMENT_NOMARKASREAD_END~~DATA_AD~~DATA_ARTICLETIME~"
+        "~DATA_DEBUG~~DATA_TEST~]~DATA_DBID~|~data_localpath~|~Data_ArticleTitle~|~DATA_ARTICLEBODY~|"
+        "~DATA_ARTICLEURL~|~DATA_HOSTTITLE~|~DATA_HOSTURL~|~DATA_ARTICLEDATE~|~DATA_HIDDEN~|"
+        "~data_articletitle~"_s);
     ArticleFields f = article();
     // A value put in earlier is searched by the later placeholders, never the other way round.
     f.title = u"T~DATA_ARTICLEURL~"_s;
@@ -94,7 +95,8 @@ void tst_htmlGenerator::everyPlaceholderIsReplacedInItsOrderIgnoringCase()
     QCOMPARE(BuildArticlePage(folder.path(), f),
              u"[]db-9|"_s + folder.localPath() + u"|"_s + tu +
                  u"|<b>~DATA_ARTICLETITLE~</b>hidden|https://example.org/a|Host|https://fallback.example/|"
-                 "22 Nov 2026|hidden|"_s + tu + trailer(77));
+                 "22 Nov 2026|hidden|"_s +
+                 tu + trailer(77));
 
     f.articleId = -5;
     QVERIFY(BuildArticlePage(folder.path(), f).endsWith(trailer(-5)));
@@ -106,11 +108,13 @@ void tst_htmlGenerator::emptyOrMissingTemplatesUseTheBuiltInTexts()
     ArticleFields f = article();
     f.dateText = u"today"_s;
     const QString missing = BuildArticlePage(folder.path(), f);
-    QCOMPARE(missing,
-             u"<html><body><table width='100%' border='0' cellspacing='0' cellpadding='3'><tr><td><h2>"
-             "<a href='https://example.org/a'>Title</a></h2></td></tr><tr><td><p>Body</p></td></tr><tr><td>"
-             "<font size='-2'><a href=''>Corvell</a>today    (warning: template file missing, backup template "
-             "in use)</font></td></tr></table></body></html>"_s + trailer(77));
+    QCOMPARE(
+        missing,
+        u"<html><body><table width='100%' border='0' cellspacing='0' cellpadding='3'><tr><td><h2>"
+        "<a href='https://example.org/a'>Title</a></h2></td></tr><tr><td><p>Body</p></td></tr><tr><td>"
+        "<font size='-2'><a href=''>Corvell</a>today    (warning: template file missing, backup template "
+        "in use)</font></td></tr></table></body></html>"_s +
+            trailer(77));
 
     folder.write(u"template.html"_s, QString());
     QCOMPARE(BuildArticlePage(folder.path(), f), missing);
@@ -170,10 +174,12 @@ void tst_htmlGenerator::blocksReadTheirVariantAndReplaceInOrder()
              u"<tr><td>&nbsp;</td><td><div align='right'><a href='https://c.example/'><img src='"_s + lp +
                  u"images/comments.gif' border='0'></a></div></td><td><a href='https://c.example/'>"
                  "Link to Comments</a></td><td>&nbsp;</td></tr>"_s);
-    QCOMPARE(EnclosureBlock(lp, false, u"https://e.example/talk.mp3?x=1"_s, QString(), 1),
-             u"<tr><td>&nbsp;</td><td><div align='right'><a href='https://e.example/talk.mp3?x=1'><img src='"_s +
-                 lp + u"images/audio.gif' border='0'></a></div></td><td><a href='https://e.example/talk.mp3?x=1'>"
-                 "https://e.example/talk.mp3?x=1</a></td><td>&nbsp;</td></tr>"_s);
+    QCOMPARE(
+        EnclosureBlock(lp, false, u"https://e.example/talk.mp3?x=1"_s, QString(), 1),
+        u"<tr><td>&nbsp;</td><td><div align='right'><a href='https://e.example/talk.mp3?x=1'><img src='"_s +
+            lp +
+            u"images/audio.gif' border='0'></a></div></td><td><a href='https://e.example/talk.mp3?x=1'>"
+            "https://e.example/talk.mp3?x=1</a></td><td>&nbsp;</td></tr>"_s);
 
     // Each variant reads its own file; the local path goes in before any value, so a value that
     // looks like a placeholder is kept when its placeholder comes earlier.
@@ -196,8 +202,10 @@ void tst_htmlGenerator::diskEnclosureAsksTheAddInToOpenTheStoredCopy()
         u"quillon://127.0.0.1:45888/qli_msg.gif?Source=HTML&Destination=OLCONSUMER&cmd=openenclosure&aid=42"_s;
     const QString block = EnclosureBlock(folder.localPath(), false, u"C:\\store\\talk.mp3"_s, u"DISK"_s, 42);
     QCOMPARE(block, u"<tr><td>&nbsp;</td><td><div align='right'><a href='"_s + link + u"'><img src='"_s +
-                        folder.localPath() + u"images/~DATA_ENCLOSUREFILETYPE~.gif' border='0'></a></div></td>"
-                        "<td><a href='"_s + link + u"'>C:\\store\\talk.mp3</a></td><td>&nbsp;</td></tr>"_s);
+                        folder.localPath() +
+                        u"images/~DATA_ENCLOSUREFILETYPE~.gif' border='0'></a></div></td>"
+                        "<td><a href='"_s +
+                        link + u"'>C:\\store\\talk.mp3</a></td><td>&nbsp;</td></tr>"_s);
 
     folder.write(u"template.html"_s, u"~DATA_ENCLOSURE~"_s);
     folder.write(u"enclosureTemplate.html"_s, u"[web ~DATA_ENCLOSURETITLE~]"_s);
@@ -234,9 +242,10 @@ void tst_htmlGenerator::enclosureFileTypeTakesMimeTypeThenExtension_data()
     QTest::newRow("mime with parameters") << u"x"_s << u" Video/MP4; codecs=avc1"_s << u"video"_s;
     QTest::newRow("office document") << u"x"_s << u"application/vnd.ms-powerpoint"_s << u"document"_s;
     QTest::newRow("archive mime") << u"x"_s << u"application/x-7z-compressed"_s << u"archive"_s;
-    QTest::newRow("generic mime, extension") << u"https://x/p.JPG"_s << u"application/octet-stream"_s
-                                             << u"image"_s;
-    QTest::newRow("query ignored") << u"https://x/get.php/show.m4a?file=a.zip#t=1"_s << QString() << u"audio"_s;
+    QTest::newRow("generic mime, extension")
+        << u"https://x/p.JPG"_s << u"application/octet-stream"_s << u"image"_s;
+    QTest::newRow("query ignored") << u"https://x/get.php/show.m4a?file=a.zip#t=1"_s << QString()
+                                   << u"audio"_s;
     QTest::newRow("dot only in host") << u"https://cdn.example.org/episode"_s << QString() << u"file"_s;
     QTest::newRow("archive extension") << u"https://x/src.tar.gz"_s << QString() << u"archive"_s;
     QTest::newRow("unknown") << u"https://x/a.xyz"_s << u"application/x-thing"_s << u"file"_s;
@@ -281,8 +290,9 @@ void tst_htmlGenerator::shippedTemplatesFillCompletely()
         if (safe) {
             QVERIFY(!page.contains(u"<script"_s, Qt::CaseInsensitive));
             // Nothing remote is loaded: links are fine, sources and imports are not.
-            QVERIFY(!page.contains(QRegularExpression(u"(src\\s*=\\s*['\"]?|url\\(|@import)\\s*['\"]?https?:"_s,
-                                                      QRegularExpression::CaseInsensitiveOption)));
+            QVERIFY(
+                !page.contains(QRegularExpression(u"(src\\s*=\\s*['\"]?|url\\(|@import)\\s*['\"]?https?:"_s,
+                                                  QRegularExpression::CaseInsensitiveOption)));
         }
     }
     for (const char *icon : {"source", "comments", "audio", "video", "image", "document", "archive", "file"})
