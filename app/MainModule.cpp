@@ -7,6 +7,7 @@
 #include "SingleInstance.h"
 #include "SubscribeClientFactory.h"
 #include "callbackSupport.h"
+#include "AddSubscriptionEntry.h"
 #include "frmMainWindow.h"
 #include "localization.h"
 
@@ -65,6 +66,7 @@ frmMainWindow *MainWindow()
     if (!state().mainWindow) {
         auto *window = new frmMainWindow();
         window->setAttribute(Qt::WA_DeleteOnClose);
+        window->SetEntryPoints(AddSubscriptionEntry::EntryPoints());
         QObject::connect(window, &frmMainWindow::Unloaded, window, &OnMainWindowUnloaded);
         state().mainWindow = window;
     }

@@ -1,5 +1,6 @@
 #include "MainModule.h"
 #include "ScreenshotOnStart.h"
+#include "WebArticleView.h"
 
 #include <QApplication>
 
@@ -9,6 +10,7 @@
 
 int main(int argc, char *argv[])
 {
+    WebArticleView::PrepareProcess();
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("ConfigConsumer"));
     QApplication::setOrganizationName(QStringLiteral("Corvell"));

@@ -15,6 +15,24 @@ qint32 &PendingAddCount()
     return count;
 }
 
+namespace {
+CheckNowRequest &checkNowState()
+{
+    static CheckNowRequest state;
+    return state;
+}
+} // namespace
+
+void CheckNow(const QString &text, const quillon::SubscribeClientPtr &client)
+{
+    checkNowState() = {text, client};
+}
+
+const CheckNowRequest &LastCheckNow()
+{
+    return checkNowState();
+}
+
 void SetTargetStatusText(QObject *target, const QString &text)
 {
     if (target)

@@ -5,6 +5,7 @@
 #include "CoreLogging.h"
 #include "EngineError.h"
 #include "EngineMessages.h"
+#include "DiscoveringFetcher.h"
 #include "HttpFeedFetcher.h"
 #include "OutlineBags.h"
 #include "SqlTransaction.h"
@@ -107,7 +108,7 @@ void EngineCorePrivate::open()
 void EngineCorePrivate::createFetching()
 {
     if (!fetcher)
-        fetcher = std::make_unique<HttpFeedFetcher>();
+        fetcher = std::make_unique<DiscoveringFetcher>(std::make_unique<HttpFeedFetcher>());
     m_catalog =
         std::make_unique<CatalogRequests>(*m_subscriptions, *m_articles, resolver, importers, m_outbox);
     m_documents = std::make_unique<DocumentRequests>(fetcher, resolver, importers, messenger());

@@ -111,6 +111,8 @@ QString FeedUpdater::store(qint32 subscriptionId, const FetchResult &result, con
         return {}; // removed while it was fetched
     stored = m_stores.articles.store(subscriptionId, feed, feed.ok(), now);
     m_stores.subscriptions.fillTitle(subscriptionId, ArticleText::plain(feed.title));
+    if (result.discoveredFrom.isValid() && feed.ok())
+        m_stores.subscriptions.moveToFeed(subscriptionId, result.finalUrl.toString());
     purgeOld(subscriptionId, info->deleteRead, info->deleteUnread, now);
     const QString status = statusOf(feed, stored.added);
     // A document read only in part is fetched whole next time.

@@ -147,6 +147,12 @@ void SubscriptionStore::setProperty(qint32 id, const QString &name, const Proper
         {id, name, stored}, "storing a subscription property");
 }
 
+void SubscriptionStore::moveToFeed(qint32 id, const QString &url)
+{
+    m_db.execute(QStringLiteral("UPDATE subscriptions SET url = ? WHERE id = ?"), {url, id},
+                 "moving a subscription to the feed its page links to");
+}
+
 bool SubscriptionStore::remove(qint32 id)
 {
     return m_db.execute(QStringLiteral("DELETE FROM subscriptions WHERE id = ?"), {id},

@@ -68,6 +68,8 @@ public:
     void recordFetch(qint32 id, const FetchRecord &record);
     // Takes the feed's title when the user gave none (empty, or the address itself).
     void fillTitle(qint32 id, const QString &title);
+    // The feed found behind the web page the user subscribed to becomes the address.
+    void moveToFeed(qint32 id, const QString &url);
 
 private:
     void setProperty(qint32 id, const QString &name, const PropertyValue &value);

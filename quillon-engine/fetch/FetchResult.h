@@ -27,6 +27,7 @@ struct FetchResult
     QString etag;
     QString lastModified;
     QUrl finalUrl; // after redirects
+    QUrl discoveredFrom; // the web page whose advertised feed this is, when it was one
 
     [[nodiscard]] bool ok() const { return outcome == Outcome::Ok; }
     // The one-line account a user reads, e.g. "Error: HTTP 404 Not Found".

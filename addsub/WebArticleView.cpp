@@ -1,0 +1,83 @@
+#include "WebArticleView.h"
+
+#include <QCoreApplication>
+#include <QWebEnginePage>
+#include <QWebEngineProfile>
+#include <QWebEngineSettings>
+#include <QWebEngineUrlRequestInterceptor>
+#include <QWebEngineView>
+
+#ifdef Q_OS_UNIX
+#include <unistd.h>
+#endif
+
+namespace {
+
+// Local files are for local pages only: a page from the web asking for file: URLs gets nothing.
+class LocalFileGuard final : public QWebEngineUrlRequestInterceptor
+{
+public:
+    using QWebEngineUrlRequestInterceptor::QWebEngineUrlRequestInterceptor;
+    void interceptRequest(QWebEngineUrlRequestInfo &info) override
+    {
+        const QUrl first = info.firstPartyUrl();
+        if (info.requestUrl().isLocalFile() && first.isValid() && !first.isLocalFile())
+            info.block(true);
+    }
+};
+
+} // namespace
+
+WebArticleView::WebArticleView(QWidget *parent) : ArticleView(parent)
+{
+    // An off-the-record profile: nothing a feed's page sets is kept.
+    m_profile = new QWebEngineProfile(this);
+    m_profile->setUrlRequestInterceptor(new LocalFileGuard(m_profile));
+    QWebEngineSettings *settings = m_profile->settings();
+    settings->setAttribute(QWebEngineSettings::JavascriptEnabled, false);
+    settings->setAttribute(QWebEngineSettings::PluginsEnabled, false);
+    settings->setAttribute(QWebEngineSettings::LocalContentCanAccessRemoteUrls, false);
+    settings->setAttribute(QWebEngineSettings::JavascriptCanOpenWindows, false);
+    settings->setAttribute(QWebEngineSettings::AutoLoadIconsForPage, false);
+    m_view = new QWebEngineView(parent);
+    m_view->setObjectName(QStringLiteral("webArticle"));
+    m_view->setPage(new QWebEnginePage(m_profile, m_view));
+    connect(m_view, &QWebEngineView::loadFinished, this,
+            [this](bool ok) { Q_EMIT NavigationComplete(m_view->url(), ok); });
+}
+
+WebArticleView::~WebArticleView()
+{
+    // The page must go before its profile.
+    delete m_view->page();
+}
+
+QWidget *WebArticleView::Widget()
+{
+    return m_view;
+}
+
+void WebArticleView::Navigate(const QUrl &url)
+{
+    m_view->setUrl(url);
+}
+
+QUrl WebArticleView::Location() const
+{
+    return m_view->url();
+}
+
+QString WebArticleView::Title() const
+{
+    return m_view->title();
+}
+
+void WebArticleView::PrepareProcess()
+{
+    QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
+#ifdef Q_OS_UNIX
+    // The engine's sandbox refuses to run as root; a root session runs the view without it.
+    if (geteuid() == 0 && qEnvironmentVariableIsEmpty("QTWEBENGINE_DISABLE_SANDBOX"))
+        qputenv("QTWEBENGINE_DISABLE_SANDBOX", "1");
+#endif
+}

@@ -1,0 +1,28 @@
+#pragma once
+
+#include "ArticleView.h"
+
+class QWebEngineProfile;
+class QWebEngineView;
+
+// The article view on the embedded web engine. Feed HTML is untrusted: scripts never run,
+// plugins are off, and a page from the web cannot load local files.
+class WebArticleView final : public ArticleView
+{
+    Q_OBJECT
+public:
+    explicit WebArticleView(QWidget *parent);
+    ~WebArticleView() override;
+
+    QWidget *Widget() override;
+    void Navigate(const QUrl &url) override;
+    QUrl Location() const override;
+    QString Title() const override;
+
+    // Settles what the engine needs before the application object exists (call from main).
+    static void PrepareProcess();
+
+private:
+    QWebEngineProfile *m_profile;
+    QWebEngineView *m_view;
+};

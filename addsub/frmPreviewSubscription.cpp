@@ -1,0 +1,235 @@
+#include "frmPreviewSubscription.h"
+
+#include "CBPreviewSub.h"
+#include "HandleGuard.h"
+#include "PreviewAnswer.h"
+#include "PropertyBag.h"
+#include "StandardDialogs.h"
+#include "WebArticleView.h"
+#include "htmlGenerator.h"
+#include "ui_frmPreviewSubscription.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QLoggingCategory>
+#include <QStandardPaths>
+
+Q_LOGGING_CATEGORY(lcPreview, "corvell.addsub.preview")
+
+using quillon::Handle;
+
+namespace {
+const QString kPageName = QStringLiteral("preview.html");
+const QString kMissing = quillon::kMissingText;
+} // namespace
+
+frmPreviewSubscription::frmPreviewSubscription(QWidget *parent)
+    : QDialog(parent), ui(std::make_unique<Ui::frmPreviewSubscription>())
+{
+    ui->setupUi(this);
+    m_view = new WebArticleView(ui->picArticle);
+    ui->picArticle->layout()->addWidget(m_view->Widget());
+    ui->splitArticles->setStretchFactor(1, 3);
+    ui->splitArticles->setSizes({150, 450});
+    connect(m_view, &ArticleView::NavigationComplete, this, &frmPreviewSubscription::OnNavigationComplete);
+    connect(ui->grdArticles, &QTreeWidget::currentItemChanged, this, [this]() {
+        if (!m_filling)
+            ShowArticle(ui->grdArticles->indexOfTopLevelItem(ui->grdArticles->currentItem()));
+    });
+    connect(ui->grdArticles, &QTreeWidget::itemClicked, this,
+            [this](QTreeWidgetItem *item) { ShowArticle(ui->grdArticles->indexOfTopLevelItem(item)); });
+    connect(ui->cmdShowArticle, &QPushButton::clicked, this, [this]() {
+        m_view->Navigate(QUrl::fromLocalFile(m_pagePath));
+        ui->cmdShowArticle->setEnabled(false);
+    });
+    connect(ui->cmdAdd, &QPushButton::clicked, this, &frmPreviewSubscription::OnAdd);
+    connect(ui->cmdDone, &QPushButton::clicked, this, &frmPreviewSubscription::OnDone);
+}
+
+frmPreviewSubscription::~frmPreviewSubscription()
+{
+    ResetWindow();
+}
+
+void frmPreviewSubscription::InitWindow(quillon::SubscribeClientPtr client, QObject *host, const QString &title,
+                                        const QString &url, bool noAdd)
+{
+    m_client = std::move(client);
+    m_host = host;
+    m_title = title;
+    m_url = url;
+    ui->cmdAdd->setEnabled(!noAdd);
+}
+
+void frmPreviewSubscription::showEvent(QShowEvent *event)
+{
+    QDialog::showEvent(event);
+    if (m_needRequest)
+        QMetaObject::invokeMethod(this, &frmPreviewSubscription::RequestPreview, Qt::QueuedConnection);
+}
+
+void frmPreviewSubscription::RequestPreview()
+{
+    if (!m_needRequest || !m_client)
+        return;
+    m_needRequest = false;
+    auto callback = std::make_shared<CBPreviewSub>();
+    callback->Setup(this);
+    try {
+        m_requestId = m_client->RequestPreview(QStringLiteral("NEWS"), m_url, callback);
+    } catch (const std::exception &e) {
+        qCWarning(lcPreview) << "preview request failed:" << e.what();
+        ShowError();
+    }
+}
+
+void frmPreviewSubscription::EventPreviewCallback(qint32 answer)
+{
+    if (!m_client)
+        return;
+    // The message dies with the callback; keep its Result in a bag of our own.
+    HandleGuard result(*m_client, m_client->GetHandleValue(answer, QStringLiteral("Result")));
+    m_answer = m_client->NewBag();
+    if (result.isValid())
+        m_client->SetHandleValue(m_answer, QStringLiteral("Result"), result.get());
+    ui->txtLoading->hide();
+    // Shown from the event loop, never inside the engine's delivery of the answer.
+    QMetaObject::invokeMethod(this, &frmPreviewSubscription::ShowAnswerWhenDrawn, Qt::QueuedConnection);
+}
+
+void frmPreviewSubscription::ShowAnswerWhenDrawn()
+{
+    if (m_answer < 1 || m_answerShown)
+        return;
+    m_answerShown = true;
+    ShowAnswer();
+}
+
+void frmPreviewSubscription::ShowAnswer()
+{
+    const PreviewAnswer answer(*m_client, m_answer);
+    const std::optional<PreviewAnswer::Header> header = answer.ReadHeader();
+    if (!header) {
+        ShowError();
+        return;
+    }
+    setWindowTitle(m_title != kMissing ? QStringLiteral("Corvell") + QStringLiteral(" - Preview for '") + m_title +
+                                             QStringLiteral("'")
+                                       : QStringLiteral("Corvell"));
+    if (m_title != kMissing)
+        ui->txtTitle->setText(m_title);
+    if (m_url != kMissing)
+        ui->txtURL->setText(m_url);
+    if (header->description != kMissing)
+        ui->lblDescription->setText(header->description);
+    ui->txtCount->setText(QString::number(header->itemCount));
+    const std::optional<QStringList> subjects = answer.Subjects();
+    if (!subjects)
+        return;
+    ui->grdArticles->clear();
+    m_filling = true;
+    QList<QTreeWidgetItem *> rows;
+    for (const QString &subject : *subjects)
+        rows << new QTreeWidgetItem(QStringList{subject});
+    ui->grdArticles->addTopLevelItems(rows);
+    m_filling = false;
+    if (!rows.isEmpty()) {
+        const QSignalBlocker quiet(ui->grdArticles);
+        ui->grdArticles->setCurrentItem(rows.first());
+    }
+    ShowArticle(0);
+}
+
+void frmPreviewSubscription::ShowError()
+{
+    ShowAlert(this, QStringLiteral("There was an error loading the feed for preview.  Please check that the URL is "
+                                   "valid."),
+              QString());
+    ResetWindow();
+    reject();
+}
+
+void frmPreviewSubscription::ShowArticle(qint32 index)
+{
+    if (index == m_currentArticle || index < 0)
+        return;
+    m_currentArticle = index;
+    WritePage(ArticlePage(index));
+}
+
+QString frmPreviewSubscription::ArticlePage(qint32 index) const
+{
+    if (m_answer < 1 || !m_client)
+        return QString();
+    const std::optional<PreviewAnswer::Article> article = PreviewAnswer(*m_client, m_answer).ArticleAt(index);
+    if (!article)
+        return QStringLiteral("<br><br><br><br><br><c><b>Error Loading Article...</b></c>");
+    htmlGenerator::ArticleFields fields;
+    fields.title = article->subject;
+    fields.body = article->body;
+    fields.url = article->url;
+    return htmlGenerator::BuildArticlePage(QCoreApplication::applicationDirPath(), fields);
+}
+
+void frmPreviewSubscription::WritePage(const QString &text)
+{
+    if (text.isEmpty() && m_answer > 0)
+        return; // the build failed; the page shown stays
+    // Beside the templates, as their local links expect; a read-only program folder uses the cache.
+    QString path = htmlGenerator::LocalPath(QCoreApplication::applicationDirPath()) + kPageName;
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Text)) {
+        const QString cache = QStandardPaths::writableLocation(QStandardPaths::CacheLocation);
+        QDir().mkpath(cache);
+        path = QDir(cache).filePath(kPageName);
+        file.setFileName(path);
+        if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Text)) {
+            qCWarning(lcPreview) << "cannot write the preview page" << path << file.errorString();
+            return;
+        }
+    }
+    file.write(text.toUtf8() + "\n");
+    file.close();
+    ++m_pageWrites;
+    m_pagePath = path;
+    m_view->Navigate(QUrl::fromLocalFile(path));
+}
+
+void frmPreviewSubscription::OnNavigationComplete(const QUrl &location)
+{
+    // Enabled once the user follows a link away from the article.
+    ui->cmdShowArticle->setEnabled(QFileInfo(location.path()).fileName() != kPageName);
+}
+
+void frmPreviewSubscription::OnAdd()
+{
+    ResetWindow();
+    hide();
+    m_result = kResultAdd;
+    done(kResultAdd);
+}
+
+void frmPreviewSubscription::OnDone()
+{
+    ResetWindow();
+    reject();
+}
+
+void frmPreviewSubscription::ResetWindow()
+{
+    if (m_answer > 0 && m_client) {
+        try {
+            m_client->ReleaseHandle(m_answer);
+        } catch (const std::exception &e) {
+            qCWarning(lcPreview) << "cannot release the preview answer:" << e.what();
+        }
+    }
+    m_answer = 0;
+    m_currentArticle = -99;
+    m_host.clear();
+    m_client.reset();
+    m_needRequest = true;
+    m_answerShown = false;
+}
