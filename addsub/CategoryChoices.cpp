@@ -6,6 +6,9 @@ namespace CategoryChoices {
 
 void Fill(QComboBox &box, const QStringList &userCategories)
 {
+    // Sizing to the contents would measure every category's text on first show.
+    box.setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+    box.setMinimumContentsLength(24);
     box.clear();
     box.addItem(QStringLiteral("Automatic"));
     box.addItem(QStringLiteral("New Subscriptions"));

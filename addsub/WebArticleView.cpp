@@ -1,6 +1,7 @@
 #include "WebArticleView.h"
 
 #include <QCoreApplication>
+#include <QPointer>
 #include <QWebEnginePage>
 #include <QWebEngineProfile>
 #include <QWebEngineSettings>
@@ -26,19 +27,29 @@ public:
     }
 };
 
+// One off-the-record profile for every view of the process: nothing a feed's page sets is
+// kept, and later previews reuse what the first one started.
+QWebEngineProfile *articleProfile()
+{
+    static QPointer<QWebEngineProfile> profile;
+    if (!profile) {
+        profile = new QWebEngineProfile(QCoreApplication::instance());
+        profile->setUrlRequestInterceptor(new LocalFileGuard(profile));
+        QWebEngineSettings *settings = profile->settings();
+        settings->setAttribute(QWebEngineSettings::JavascriptEnabled, false);
+        settings->setAttribute(QWebEngineSettings::PluginsEnabled, false);
+        settings->setAttribute(QWebEngineSettings::LocalContentCanAccessRemoteUrls, false);
+        settings->setAttribute(QWebEngineSettings::JavascriptCanOpenWindows, false);
+        settings->setAttribute(QWebEngineSettings::AutoLoadIconsForPage, false);
+    }
+    return profile;
+}
+
 } // namespace
 
 WebArticleView::WebArticleView(QWidget *parent) : ArticleView(parent)
 {
-    // An off-the-record profile: nothing a feed's page sets is kept.
-    m_profile = new QWebEngineProfile(this);
-    m_profile->setUrlRequestInterceptor(new LocalFileGuard(m_profile));
-    QWebEngineSettings *settings = m_profile->settings();
-    settings->setAttribute(QWebEngineSettings::JavascriptEnabled, false);
-    settings->setAttribute(QWebEngineSettings::PluginsEnabled, false);
-    settings->setAttribute(QWebEngineSettings::LocalContentCanAccessRemoteUrls, false);
-    settings->setAttribute(QWebEngineSettings::JavascriptCanOpenWindows, false);
-    settings->setAttribute(QWebEngineSettings::AutoLoadIconsForPage, false);
+    m_profile = articleProfile();
     m_view = new QWebEngineView(parent);
     m_view->setObjectName(QStringLiteral("webArticle"));
     m_view->setPage(new QWebEnginePage(m_profile, m_view));

@@ -114,15 +114,18 @@ void tst_EngineRequests::previewAnswersWithTheFeedOrAnError()
     QCOMPARE(m_engine->client->ListCount(all), 0);
     m_engine->client->ReleaseHandle(all);
 
+    // A web page leads to its site's feed; a document of another kind is no feed.
     m_server.serve("/page", "<html><body>not a feed</body></html>", "text/html");
-    for (const QString &path : {QStringLiteral("/missing"), QStringLiteral("/page")}) {
+    QCOMPARE(m_engine->preview(url("/page"))->text("MESSAGE"), QStringLiteral("PreviewResult"));
+    m_server.serve("/note", "<?xml version=\"1.0\"?><note>not a feed</note>", "text/xml");
+    for (const QString &path : {QStringLiteral("/missing"), QStringLiteral("/note")}) {
         answer = m_engine->preview(url(path));
         QVERIFY(answer);
         QCOMPARE(answer->text("MESSAGE"), QStringLiteral("RequestFailed"));
         QVERIFY(!answer->contains("Result"));
     }
     QCOMPARE(answer->text("ERROR"),
-             QStringLiteral("Error: The document is not a feed (its root element is <html>)."));
+             QStringLiteral("Error: The document is not a feed (its root element is <note>)."));
     QCOMPARE(m_engine->preview(url("/missing"))->text("ERROR"), QStringLiteral("Error: HTTP 404 Not Found"));
 }
 

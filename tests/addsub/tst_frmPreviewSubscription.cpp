@@ -1,0 +1,163 @@
+#include "ArticleView.h"
+#include "LocalHttpServer.h"
+#include "PromptRecorder.h"
+#include "TestEngine.h"
+#include "WebArticleView.h"
+#include "frmPreviewSubscription.h"
+
+#include <QApplication>
+#include <QFile>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QTest>
+#include <QTreeWidget>
+
+namespace {
+QByteArray feed(int items)
+{
+    QString out = QStringLiteral("<?xml version=\"1.0\"?><rss version=\"2.0\"><channel><title>Garden</title>"
+                                 "<description>Notes from the garden</description>");
+    for (int i = 0; i < items; ++i) {
+        // The first body tries to retitle the page from a script; scripts never run here.
+        const QString body = i == 0 ? QStringLiteral("&lt;p&gt;Tomatoes&lt;/p&gt;&lt;script&gt;document.title="
+                                                     "'changed by the feed'&lt;/script&gt;")
+                                    : QStringLiteral("&lt;p&gt;Body %1&lt;/p&gt;").arg(i);
+        out += QStringLiteral("<item><guid>g%1</guid><title>Article %1</title><link>http://127.0.0.1:9/%1</link>"
+                              "<description>%2</description></item>")
+                   .arg(i)
+                   .arg(body);
+    }
+    return (out + QStringLiteral("</channel></rss>")).toUtf8();
+}
+} // namespace
+
+// The preview against the real engine, a local feed server and the real embedded browser.
+class tst_frmPreviewSubscription : public QObject
+{
+    Q_OBJECT
+
+private:
+    frmPreviewSubscription &open(const QString &path, const QString &title = QStringLiteral("Garden"));
+    template <typename T> T *child(const char *name) { return m_preview->findChild<T *>(QLatin1String(name)); }
+
+    std::unique_ptr<TestEngine> m_engine;
+    quillon::SubscribeClientPtr m_client;
+    std::unique_ptr<frmPreviewSubscription> m_preview;
+    LocalHttpServer m_server;
+
+private Q_SLOTS:
+    void initTestCase();
+    void init();
+    void cleanup();
+    void showsTheArticlesInTheRealView();
+    void feedThatCannotBeShownAlertsAndCloses();
+    void addClosesWithItsResult();
+};
+
+void tst_frmPreviewSubscription::initTestCase()
+{
+    QVERIFY(m_server.listen());
+    m_server.serve("/garden", feed(3));
+    m_server.serve("/empty", feed(0));
+    m_server.serve("/away", "<html><body>A page the user went to</body></html>", "text/html");
+}
+
+void tst_frmPreviewSubscription::init()
+{
+    m_engine = std::make_unique<TestEngine>();
+    QVERIFY(m_engine->isReady());
+    m_client = m_engine->newClient();
+}
+
+void tst_frmPreviewSubscription::cleanup()
+{
+    m_preview.reset();
+    QCOMPARE(m_client->LiveHandleCount(), 0);
+    m_client.reset();
+    m_engine.reset();
+}
+
+frmPreviewSubscription &tst_frmPreviewSubscription::open(const QString &path, const QString &title)
+{
+    m_preview = std::make_unique<frmPreviewSubscription>();
+    m_preview->InitWindow(m_client, nullptr, title, m_server.url(path).toString(), false);
+    m_preview->show();
+    return *m_preview;
+}
+
+void tst_frmPreviewSubscription::showsTheArticlesInTheRealView()
+{
+    frmPreviewSubscription &preview = open(QStringLiteral("/garden"));
+    QSignalSpy navigated(&preview.View(), &ArticleView::NavigationComplete);
+    auto *articles = child<QTreeWidget>("grdArticles");
+    QTRY_COMPARE_WITH_TIMEOUT(articles->topLevelItemCount(), 3, 15000);
+    QCOMPARE(preview.windowTitle(), QStringLiteral("Corvell - Preview for 'Garden'"));
+    QCOMPARE(child<QLineEdit>("txtCount")->text(), QStringLiteral("3"));
+    QCOMPARE(child<QLabel>("lblDescription")->text(), QStringLiteral("Notes from the garden"));
+    QVERIFY(!child<QLabel>("txtLoading")->isVisible());
+
+    // The first article is written beside the templates and drawn by the real view.
+    QTRY_VERIFY_WITH_TIMEOUT(!navigated.isEmpty(), 30000);
+    QVERIFY(navigated.first().at(1).toBool());
+    QFile page(preview.PreviewPagePath());
+    QVERIFY(page.open(QIODevice::ReadOnly));
+    const QString html = QString::fromUtf8(page.readAll());
+    QVERIFY(html.contains(QStringLiteral("Article 0")) && html.contains(QStringLiteral("Tomatoes")));
+    QVERIFY(html.trimmed().endsWith(QStringLiteral("<!-- qliArticleID=0 -->")));
+    QTRY_VERIFY(!preview.View().Title().isEmpty());
+    QVERIFY2(!preview.View().Title().contains(QStringLiteral("changed by the feed")),
+             qPrintable(preview.View().Title()));
+
+    // The row shown again writes nothing; another row writes its page.
+    const int writes = preview.PageWrites();
+    preview.ShowArticle(0);
+    QCOMPARE(preview.PageWrites(), writes);
+    articles->setCurrentItem(articles->topLevelItem(2));
+    QCOMPARE(preview.PageWrites(), writes + 1);
+
+    // Following a link away offers the way back to the article.
+    auto *back = child<QPushButton>("cmdShowArticle");
+    QTRY_COMPARE_WITH_TIMEOUT(navigated.size(), 2, 15000);
+    QVERIFY(!back->isEnabled());
+    preview.View().Navigate(m_server.url(QStringLiteral("/away")));
+    QTRY_VERIFY_WITH_TIMEOUT(back->isEnabled(), 15000);
+    back->click();
+    QVERIFY(!back->isEnabled());
+    QTRY_COMPARE_WITH_TIMEOUT(preview.View().Location(), QUrl::fromLocalFile(preview.PreviewPagePath()), 15000);
+}
+
+void tst_frmPreviewSubscription::feedThatCannotBeShownAlertsAndCloses()
+{
+    for (const char *path : {"/empty", "/missing"}) {
+        PromptRecorder prompts;
+        frmPreviewSubscription &preview = open(QLatin1String(path));
+        QTRY_COMPARE_WITH_TIMEOUT(prompts.shown.size(), 1, 15000);
+        QCOMPARE(prompts.shown.first(), QStringLiteral("There was an error loading the feed for preview.  Please "
+                                                       "check that the URL is valid."));
+        QTRY_VERIFY(!preview.isVisible());
+        QCOMPARE(child<QTreeWidget>("grdArticles")->topLevelItemCount(), 0);
+        QCOMPARE(preview.GetResults(), 0);
+    }
+}
+
+void tst_frmPreviewSubscription::addClosesWithItsResult()
+{
+    frmPreviewSubscription &preview = open(QStringLiteral("/garden"), QStringLiteral("-237237"));
+    QTRY_COMPARE_WITH_TIMEOUT(child<QTreeWidget>("grdArticles")->topLevelItemCount(), 3, 15000);
+    QCOMPARE(preview.windowTitle(), QStringLiteral("Corvell"));
+    child<QPushButton>("cmdAdd")->click();
+    QCOMPARE(preview.GetResults(), frmPreviewSubscription::kResultAdd);
+    QVERIFY(!preview.isVisible());
+}
+
+int main(int argc, char *argv[])
+{
+    WebArticleView::PrepareProcess();
+    QApplication app(argc, argv);
+    tst_frmPreviewSubscription test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "tst_frmPreviewSubscription.moc"
