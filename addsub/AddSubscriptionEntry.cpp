@@ -6,6 +6,7 @@
 #include "frmAddSubscription.h"
 #include "frmMainWindow.h"
 #include "frmPreviewSubscription.h"
+#include "OpmlImport.h"
 
 #include <algorithm>
 #include <functional>
@@ -59,7 +60,13 @@ MainWindowEntryPoints EntryPoints()
     MainWindowEntryPoints points;
     points.addSubscription = [](QWidget *owner) { OpenAddSubscription(owner); };
     points.previewFeed = [](QWidget *owner, const QString &url) { OpenPreview(owner, owner, url, url, true); };
-    points.importOpml = [](QWidget *owner, const QString &path) { OpenAddSubscription(owner, path); };
+    points.importOpml = [](QWidget *owner, const QString &path) {
+        if (!OpmlImport::IsValidOPMLFile(path)) {
+            OpmlImport::ShowNoFeedsFound(owner);
+            return;
+        }
+        OpenAddSubscription(owner, path);
+    };
     return points;
 }
 

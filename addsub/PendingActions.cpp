@@ -8,33 +8,37 @@ void PendingActions::RowToggled(const Add &feed, bool subscribed, qint32 subscri
         m_adds.emplace();
     if (!m_removals)
         m_removals.emplace();
+    const auto mark = [](bool &marked, int &count, bool on) {
+        if (marked != on)
+            count += on ? 1 : -1;
+        marked = on;
+    };
     if (subscribed) {
-        auto it = std::find_if(m_removals->begin(), m_removals->end(),
-                               [&](const Removal &r) { return r.subscriptionId == subscriptionId; });
-        if (it != m_removals->end())
-            it->marked = !checked;
-        else if (!checked)
+        const auto it = m_removalIndex.constFind(subscriptionId);
+        if (it != m_removalIndex.cend()) {
+            mark((*m_removals)[*it].marked, m_marked.removals, !checked);
+        } else if (!checked) {
+            m_removalIndex.insert(subscriptionId, m_removals->size());
             m_removals->append({feed.title, subscriptionId, true});
+            ++m_marked.removals;
+        }
         return;
     }
-    auto it = std::find_if(m_adds->begin(), m_adds->end(), [&](const Add &a) { return a.url == feed.url; });
-    if (it != m_adds->end()) {
-        it->marked = checked;
+    const auto it = m_addIndex.constFind(feed.url);
+    if (it != m_addIndex.cend()) {
+        mark((*m_adds)[*it].marked, m_marked.adds, checked);
     } else if (checked) {
         Add add = feed;
         add.marked = true;
+        m_addIndex.insert(feed.url, m_adds->size());
         m_adds->append(add);
+        ++m_marked.adds;
     }
 }
 
 PendingActions::Counts PendingActions::CountActions() const
 {
-    if (!Exists())
-        return {};
-    const auto adds = std::count_if(m_adds->cbegin(), m_adds->cend(), [](const Add &a) { return a.marked; });
-    const auto removals =
-        std::count_if(m_removals->cbegin(), m_removals->cend(), [](const Removal &r) { return r.marked; });
-    return {int(adds), int(removals)};
+    return Exists() ? m_marked : Counts{};
 }
 
 QList<PendingActions::Add> PendingActions::QueuedAdds() const
@@ -59,6 +63,9 @@ void PendingActions::Reset()
 {
     m_adds.reset();
     m_removals.reset();
+    m_addIndex.clear();
+    m_removalIndex.clear();
+    m_marked = {};
 }
 
 PendingActions::Question PendingActions::BuildQuestion(const QString &activity, Counts counts)
@@ -95,4 +102,17 @@ PendingActions::Question PendingActions::BuildQuestion(const QString &activity, 
 QString PendingActions::CategoryFor(const QString &category, const QStringList &folders)
 {
     return category == QLatin1String("Automatic") ? folders.join(QStringLiteral("~~~")) : category;
+}
+
+QString PendingActions::OkCaption(bool searchTab, bool listTab, Counts counts, bool rowSelected)
+{
+    if (searchTab)
+        return QStringLiteral("&Add Search");
+    if (!listTab)
+        return QStringLiteral("&Add");
+    if (counts.adds > 0)
+        return counts.removals > 0 ? QStringLiteral("&Add+Remove") : QStringLiteral("&Add Checked");
+    if (counts.removals > 0)
+        return QStringLiteral("&Remove");
+    return rowSelected ? QStringLiteral("&Add Selection") : QStringLiteral("&Add");
 }

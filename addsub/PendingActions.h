@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QHash>
 #include <QList>
 #include <QString>
 #include <QStringList>
@@ -50,10 +51,17 @@ public:
 
     // activity is "Browsing" or "Importing".
     [[nodiscard]] static Question BuildQuestion(const QString &activity, Counts counts);
+    // The caption of the wizard's cmdOK for the tab shown and what is queued.
+    [[nodiscard]] static QString OkCaption(bool searchTab, bool listTab, Counts counts, bool rowSelected);
     // The category of an add: the folders joined by "~~~" for "Automatic", else as given.
     [[nodiscard]] static QString CategoryFor(const QString &category, const QStringList &folders);
 
 private:
     std::optional<QList<Add>> m_adds;
     std::optional<QList<Removal>> m_removals;
+    // Where each address and subscription sits in the queues, and how many are marked: a list
+    // of thousands is checked all at once.
+    QHash<QString, qsizetype> m_addIndex;
+    QHash<qint32, qsizetype> m_removalIndex;
+    Counts m_marked;
 };

@@ -1,6 +1,7 @@
 #include "frmAddSubscription.h"
 
 #include "AddByUrlTab.h"
+#include "AddRequestQueue.h"
 #include "BrowseTab.h"
 #include "CategoryChoices.h"
 #include "ClientAccess.h"
@@ -30,6 +31,7 @@ const QString kDefaults = QStringLiteral("ConfigDefaults");
 const QString kBrowsePref = QStringLiteral("AddToCategoryPref_browse");
 const QString kImportPref = QStringLiteral("AddToCategoryPref_import");
 constexpr int kAnswerNo = 7;
+constexpr qsizetype kAddsSentAtOnce = 25;
 } // namespace
 
 frmAddSubscription::frmAddSubscription(QWidget *parent)
@@ -188,9 +190,17 @@ void frmAddSubscription::PerformActions(FeedListPanel &list, const QString &cate
     // Removals go first, so a feed removed and re-added in one go ends up subscribed.
     for (const PendingActions::Removal &removal : m_pending.QueuedRemovals())
         callbackSupport::RemoveSubscription(*client, removal.subscriptionId, removal.title, m_host);
+    QList<AddRequestQueue::Request> adds;
     for (const PendingActions::Add &add : m_pending.QueuedAdds())
-        callbackSupport::RequestAddSubscription(m_host, client, QString(), add.url, true, QString(), QString(),
-                                                PendingActions::CategoryFor(category, add.folders));
+        adds.append({QString(), add.url, PendingActions::CategoryFor(category, add.folders)});
+    if (adds.size() <= kAddsSentAtOnce) {
+        for (const AddRequestQueue::Request &add : adds)
+            callbackSupport::RequestAddSubscription(m_host, client, add.title, add.url, true, QString(), QString(),
+                                                    add.category);
+        return;
+    }
+    // Many go out a slice at a time after the dialog has closed.
+    AddRequestQueue::Instance().Enqueue(m_host, client, adds);
 }
 
 void frmAddSubscription::AddSubsItemToCheckedList(const QModelIndex &row, bool checked)
@@ -220,19 +230,9 @@ void frmAddSubscription::AddSubsToCheckedList(FeedListPanel &list, bool checked)
 void frmAddSubscription::UpdateOkCaption()
 {
     const int tab = ui->tabController->currentIndex();
-    QString caption = QStringLiteral("&Add");
-    if (tab == SearchTabIndex) {
-        caption = QStringLiteral("&Add Search");
-    } else if (FeedListPanel *list = ListOfTab(tab)) {
-        const PendingActions::Counts counts = m_pending.CountActions();
-        if (counts.adds > 0)
-            caption = counts.removals > 0 ? QStringLiteral("&Add+Remove") : QStringLiteral("&Add Checked");
-        else if (counts.removals > 0)
-            caption = QStringLiteral("&Remove");
-        else if (list->CurrentRow().isValid())
-            caption = QStringLiteral("&Add Selection");
-    }
-    ui->cmdOK->setText(caption);
+    const FeedListPanel *list = ListOfTab(tab);
+    ui->cmdOK->setText(PendingActions::OkCaption(tab == SearchTabIndex, list != nullptr, m_pending.CountActions(),
+                                                 list && list->CurrentRow().isValid()));
 }
 
 void frmAddSubscription::OnTabChanged(int index)

@@ -2,12 +2,18 @@
 #include "ClientAccess.h"
 #include "LocalHttpServer.h"
 #include "MainWindowFixture.h"
+#include "callbackSupport.h"
 #include "categoriesUtils.h"
 #include "frmAddSubscription.h"
+#include "AddRequestQueue.h"
+#include "CLog.h"
+#include "OpmlImport.h"
 
 #include <QCheckBox>
 #include <QComboBox>
 #include <QFile>
+#include <QSignalSpy>
+#include <QTemporaryDir>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -74,12 +80,16 @@ private Q_SLOTS:
     void searchIsKeptAsAFeedUnderSearchFeeds();
     void listTabAddsTheHighlightedRowOrWhatIsChecked();
     void leavingAListWithActionsAsksFirst();
+    void directoryWalksOutlinesAndDropsStaleAnswers();
+    void importTabLoadsNestedFilesIntoNestedCategories();
+    void starterFeedsAndFileChecks();
 };
 
 void tst_frmAddSubscription::init()
 {
     m_fixture = std::make_unique<MainWindowFixture>();
     QVERIFY(m_fixture->ready());
+    callbackSupport::PendingAddCount() = 0; // answers an earlier case left unheard
     m_fixture->open();
     m_client = std::make_shared<RequestRecordingClient>(m_fixture->client);
     ClientAccess::SetEngineClient(m_client);
@@ -271,6 +281,130 @@ void tst_frmAddSubscription::leavingAListWithActionsAsksFirst()
     QCOMPARE(m_client->adds().size(), 1);
     QCOMPARE(m_client->adds().first().value("URL"), model->UrlOf(model->index(3, 0)));
     QCOMPARE(m_wizard->CountActions().any(), false);
+}
+
+void tst_frmAddSubscription::directoryWalksOutlinesAndDropsStaleAnswers()
+{
+    // A directory of the user's own: the root list on the local server.
+    m_server.serve("/root.opml",
+                   QStringLiteral("<opml><body><outline text=\"Odd\" xmlUrl=\"%1\"/><outline text=\"Gone\" xmlUrl=\"%2\"/>"
+                                  "</body></opml>")
+                       .arg(m_server.url("/odd.opml").toString(), m_server.url("/gone.opml").toString())
+                       .toUtf8(),
+                   "text/x-opml");
+    m_server.serve("/odd.opml",
+                   "<opml><body><outline text=\"\"><outline text=\"Deep&#9;Feed\" description=\"a&#9;b\" xmlUrl=\"http://d/\"/>"
+                   "</outline><outline text=\"Both\" xmlUrl=\"http://both/\"><outline text=\"Hidden\" xmlUrl=\"http://h/\"/>"
+                   "</outline><outline text=\"Folder\"><outline xmlUrl=\"http://untitled/\"/></outline></body></opml>",
+                   "text/x-opml");
+    SetConsumerSetting(*m_client, QStringLiteral("ENGINE"), QString(), QStringLiteral("OEM_Browse_URL"),
+                       m_server.url("/root.opml").toString());
+    openWizard();
+    m_wizard->findChild<QTabWidget *>(QStringLiteral("tabController"))->setCurrentIndex(1);
+    auto *sub = child<QTreeView>("grdSubList");
+    auto *model = qobject_cast<FeedListModel *>(sub->model());
+    QTRY_VERIFY_WITH_TIMEOUT(model->FeedCount() == 3, 10000);
+    // The untitled folder adds no row, but its feed sits one level deeper; a feed's children
+    // are not walked; tabs become two blanks.
+    const QModelIndex deep = model->index(0, 0);
+    QCOMPARE(model->TitleOf(deep), QStringLiteral("Deep  Feed"));
+    QCOMPARE(model->DescriptionOf(deep), QStringLiteral("a  b"));
+    QCOMPARE(deep.data(FeedListModel::LevelRole).toInt(), 2);
+    QCOMPARE(model->rowCount(model->index(1, 0)), 0);
+    const QModelIndex folder = model->index(2, 0);
+    QCOMPARE(folder.data(FeedListModel::RowTypeRole).toInt(), 4);
+    QCOMPARE(model->TitleOf(model->index(0, 0, folder)), QStringLiteral("<no title>"));
+    QCOMPARE(model->FoldersAbove(model->index(0, 0, folder)), QStringList{QStringLiteral("Folder")});
+
+    // The user moves to the second list, which fails: the alert, and the tab stays usable.
+    m_fixture->answers.clear();
+    auto *roots = child<QTreeView>("grdRootList");
+    roots->setCurrentIndex(roots->model()->index(1, 0));
+    QTRY_VERIFY_WITH_TIMEOUT(!m_fixture->asked.isEmpty(), 10000);
+    QCOMPARE(m_fixture->asked.constLast().text, QStringLiteral("Failed to retrieve the Subscription List file from the Internet."));
+    // A late answer for the list the user left does not replace what is shown.
+    roots->setCurrentIndex(roots->model()->index(0, 0));
+    QTRY_VERIFY_WITH_TIMEOUT(model->FeedCount() == 3, 10000);
+    HandleGuard stale(*m_client, m_client->NewBag());
+    HandleGuard result(*m_client, m_client->NewBag());
+    m_client->SetStringValue(result.get(), QStringLiteral("URL"), m_server.url("/gone.opml").toString());
+    m_client->SetHandleValue(stale.get(), QStringLiteral("Result"), result.get());
+    m_wizard->EventSubOPMLCallback(frmAddSubscription::DirectoryTab, stale.get());
+    QCOMPARE(model->FeedCount(), 3);
+}
+
+void tst_frmAddSubscription::importTabLoadsNestedFilesIntoNestedCategories()
+{
+    QTemporaryDir dir;
+    const QString path = dir.filePath(QStringLiteral("My Feeds (2024).opml"));
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    QString opml = QStringLiteral("<opml version=\"2.0\"><body><outline text=\"A\"><outline text=\"B\"><outline text=\"C\">");
+    for (int i = 0; i < 40; ++i)
+        opml += QStringLiteral("<outline text=\"F%1\" xmlUrl=\"http://127.0.0.1:9/f%1\"/>").arg(i);
+    opml += QStringLiteral("</outline></outline></outline><outline text=\"Top\" xmlUrl=\"http://127.0.0.1:9/top\"/></body></opml>");
+    file.write(opml.toUtf8());
+    file.close();
+
+    openWizard();
+    auto *tabs = m_wizard->findChild<QTabWidget *>(QStringLiteral("tabController"));
+    tabs->setCurrentIndex(3);
+    // An empty path asks for nothing.
+    const qsizetype before = m_client->submitted.size();
+    child<QPushButton>("cmdLoadFile")->click();
+    QCOMPARE(m_client->submitted.size(), before);
+
+    m_wizard->USMImportOPMLFile(path);
+    QCOMPARE(m_client->submitted.constLast().value("URL"),
+             QStringLiteral("file://loopback/") + QString(path).replace(QLatin1Char(' '), QStringLiteral("%20")));
+    auto *grid = child<QTreeView>("grdImportList");
+    auto *model = qobject_cast<FeedListModel *>(grid->model());
+    QTRY_VERIFY_WITH_TIMEOUT(model->FeedCount() == 41, 10000);
+    const QModelIndex a = model->index(0, 0);
+    const QModelIndex b = model->index(0, 0, a);
+    const QModelIndex c = model->index(0, 0, b);
+    QCOMPARE(a.data(FeedListModel::LevelRole).toInt(), 0);
+    QCOMPARE(b.data(FeedListModel::LevelRole).toInt(), 1);
+    QCOMPARE(c.data(FeedListModel::LevelRole).toInt(), 2);
+    QCOMPARE(model->index(0, 0, c).data(FeedListModel::LevelRole).toInt(), 4); // feeds at depth + 1
+
+    // Check all, "Automatic": the folders become the categories, sent a slice at a time.
+    child<QCheckBox>("chkImportAll")->click();
+    QCOMPARE(m_wizard->CountActions().adds, 41);
+    QSignalSpy drained(&AddRequestQueue::Instance(), &AddRequestQueue::Drained);
+    pressOk();
+    QVERIFY(drained.wait(10000));
+    const auto adds = m_client->adds();
+    QCOMPARE(adds.size(), 41);
+    QCOMPARE(adds.first().value("CATEGORY"), QStringLiteral("A~~~B~~~C"));
+    QCOMPARE(adds.constLast().value("CATEGORY"), QStringLiteral("-237237"));
+    // The main window shows them as nested folders once the answers are in.
+    QTRY_VERIFY_WITH_TIMEOUT(categoriesUtils::FindNodeByPath(m_fixture->window->Tree(), QStringLiteral("A~~~B~~~C")),
+                             15000);
+}
+
+void tst_frmAddSubscription::starterFeedsAndFileChecks()
+{
+    QTemporaryDir dir;
+    const auto write = [&](const char *name, const QByteArray &text) {
+        QFile f(dir.filePath(QLatin1String(name)));
+        return f.open(QIODevice::WriteOnly) && f.write(text) == text.size() ? f.fileName() : QString();
+    };
+    QVERIFY(OpmlImport::IsValidOPMLFile(write("ok.opml", "<opml><body><outline><outline xmlUrl=\"http://x/\"/></outline></body></opml>")));
+    QVERIFY(!OpmlImport::IsValidOPMLFile(write("none.opml", "<opml><body><outline text=\"empty\"/></body></opml>")));
+    QVERIFY(!OpmlImport::IsValidOPMLFile(write("rss.xml", "<rss><channel/></rss>")));
+    QVERIFY(!OpmlImport::IsValidOPMLFile(dir.filePath(QStringLiteral("missing.opml"))));
+
+    // The shipped starter list subscribes each feed under its folder.
+    QVERIFY(QFile::exists(OpmlImport::DefaultFeedsPath()));
+    QSignalSpy drained(&AddRequestQueue::Instance(), &AddRequestQueue::Drained);
+    OpmlImport::AddDefaultFeeds(m_fixture->window.get(), m_client);
+    QVERIFY(drained.wait(10000));
+    const auto adds = m_client->adds();
+    QVERIFY(adds.size() >= 3);
+    QVERIFY(std::all_of(adds.cbegin(), adds.cend(), [](const auto &add) {
+        return !add.value("CATEGORY").isEmpty() && add.value("CATEGORY") != QLatin1String("-237237");
+    }));
 }
 
 QTEST_MAIN(tst_frmAddSubscription)
