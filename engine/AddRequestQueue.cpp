@@ -32,6 +32,9 @@ void AddRequestQueue::Enqueue(QObject *target, const quillon::SubscribeClientPtr
 {
     for (const Request &request : requests)
         m_waiting.append({target, client, request});
+    // Counted as in flight from now on, so the window refreshes once, after the last answer,
+    // and not each time the answers catch up with a slice.
+    callbackSupport::PendingAddCount() += qint32(requests.size());
     if (!m_timer.isActive())
         m_timer.start();
 }
@@ -43,6 +46,7 @@ void AddRequestQueue::RunSlice()
     Queued last;
     while (m_next < m_waiting.size() && slice.elapsed() < kSliceMs) {
         last = m_waiting.at(m_next++);
+        --callbackSupport::PendingAddCount(); // the request counts itself when it goes out
         const quillon::SubscribeClientPtr client = last.client.lock();
         if (!client)
             continue;
