@@ -1,5 +1,6 @@
 #pragma once
 
+#include "DialogAnswer.h"
 #include "StandardDialog.h"
 
 #include <memory>
@@ -13,7 +14,7 @@ class frmAlert : public StandardDialog
 {
     Q_OBJECT
 public:
-    static constexpr int ResultOK = 1;
+    static constexpr int ResultOK = toMessageBoxCode(DialogAnswer::Ok);
 
     explicit frmAlert(QWidget *owner = nullptr);
     ~frmAlert() override;

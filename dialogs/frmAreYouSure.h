@@ -1,6 +1,7 @@
 #pragma once
 
 #include "AreYouSureAnswer.h"
+#include "DialogAnswer.h"
 #include "StandardDialog.h"
 
 #include <memory>
@@ -14,8 +15,8 @@ class frmAreYouSure : public StandardDialog
 {
     Q_OBJECT
 public:
-    static constexpr int ResultYes = 6;
-    static constexpr int ResultCancel = 2;
+    static constexpr int ResultYes = toMessageBoxCode(DialogAnswer::Yes);
+    static constexpr int ResultCancel = toMessageBoxCode(DialogAnswer::Cancel);
 
     explicit frmAreYouSure(QWidget *owner = nullptr);
     ~frmAreYouSure() override;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "DialogAnswer.h"
 #include "StandardDialog.h"
 
 #include <memory>
@@ -13,9 +14,9 @@ class frmDoYouWantToSave : public StandardDialog
 {
     Q_OBJECT
 public:
-    static constexpr int ResultYes = 6;
-    static constexpr int ResultNo = 7;
-    static constexpr int ResultCancel = 2;
+    static constexpr int ResultYes = toMessageBoxCode(DialogAnswer::Yes);
+    static constexpr int ResultNo = toMessageBoxCode(DialogAnswer::No);
+    static constexpr int ResultCancel = toMessageBoxCode(DialogAnswer::Cancel);
 
     explicit frmDoYouWantToSave(QWidget *owner = nullptr);
     ~frmDoYouWantToSave() override;

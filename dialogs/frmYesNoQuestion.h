@@ -1,5 +1,6 @@
 #pragma once
 
+#include "DialogAnswer.h"
 #include "StandardDialog.h"
 
 #include <memory>
@@ -13,8 +14,8 @@ class frmYesNoQuestion : public StandardDialog
 {
     Q_OBJECT
 public:
-    static constexpr int ResultYes = 6;
-    static constexpr int ResultNo = 7;
+    static constexpr int ResultYes = toMessageBoxCode(DialogAnswer::Yes);
+    static constexpr int ResultNo = toMessageBoxCode(DialogAnswer::No);
 
     explicit frmYesNoQuestion(QWidget *owner = nullptr);
     ~frmYesNoQuestion() override;

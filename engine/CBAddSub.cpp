@@ -45,7 +45,7 @@ void CBAddSub::Complete(quillon::SubscribeClient &client, qint32 subscriptionId)
     if (m_autoBind)
         client.BindItem(QStringLiteral("OLCONSUMER"), QStringLiteral("NEWS"), subscriptionId, 1);
     if (TakeCompletion())
-        QMetaObject::invokeMethod(Target(), "DoDisplayRefresh", Qt::DirectConnection);
+        QMetaObject::invokeMethod(Target(), HandlerNames::DoDisplayRefresh, Qt::DirectConnection);
     else
         ReportAdded(client, subscriptionId);
 }

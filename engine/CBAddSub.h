@@ -1,6 +1,7 @@
 #pragma once
 
 #include "CBBase.h"
+#include "HandlerNames.h"
 #include "SubscribeClient.h"
 
 // The answer to an add request: forwarded to the main window, then the new subscription is
@@ -11,9 +12,14 @@ public:
     using CBBase::Setup;
     void Setup(QObject *target, quillon::SubscribeClientPtr client, bool autoBind);
     void Shutdown() override;
+    [[nodiscard]] QList<SentHandler> SentHandlers() const override
+    {
+        return CBBase::SentHandlers() + QList<SentHandler>{{HandlerNames::DoDisplayRefresh, {}},
+                                                           {HandlerNames::SetStatusText, {QMetaType::fromType<QString>()}}};
+    }
 
 protected:
-    const char *HandlerName() const override { return "EventSubscribeClientMessage"; }
+    const char *HandlerName() const override { return HandlerNames::EventSubscribeClientMessage; }
     void Handle(quillon::Handle &bag) override;
 
 private:

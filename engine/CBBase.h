@@ -2,6 +2,8 @@
 
 #include "ISubscribeClientCallback.h"
 
+#include <QList>
+#include <QMetaType>
 #include <QPointer>
 
 #include <memory>
@@ -14,6 +16,18 @@ public:
     void Setup(QObject *target) override { m_target = target; }
     void Shutdown() override { m_target.clear(); }
     qint32 ProcessMessage(quillon::Handle &bag) override;
+
+    // A handler this class calls on its target by name, with the argument types it passes.
+    struct SentHandler
+    {
+        const char *name;
+        QList<QMetaType> arguments;
+    };
+    // Every handler a target of this class must offer.
+    [[nodiscard]] virtual QList<SentHandler> SentHandlers() const
+    {
+        return {{HandlerName(), {QMetaType::fromType<qint32>()}}};
+    }
 
 protected:
     // Calls the handler on the target; false when there is no target or no such handler.

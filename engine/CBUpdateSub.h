@@ -1,6 +1,7 @@
 #pragma once
 
 #include "CBBase.h"
+#include "HandlerNames.h"
 
 // The answer to a request that changes a subscription, for the main window.
 class CBUpdateSub final : public CBBase
@@ -11,5 +12,5 @@ public:
     void DeliverResult(quillon::Handle bag);
 
 protected:
-    const char *HandlerName() const override { return "HandleSubscribeClientCallback"; }
+    const char *HandlerName() const override { return HandlerNames::HandleSubscribeClientCallback; }
 };

@@ -1,6 +1,7 @@
 #include "callbackSupport.h"
 
 #include "CBAddSub.h"
+#include "HandlerNames.h"
 #include "HandleGuard.h"
 #include "PropertyBag.h"
 
@@ -36,7 +37,7 @@ const CheckNowRequest &LastCheckNow()
 void SetTargetStatusText(QObject *target, const QString &text)
 {
     if (target)
-        QMetaObject::invokeMethod(target, "SetStatusText", Qt::DirectConnection, Q_ARG(QString, text));
+        QMetaObject::invokeMethod(target, HandlerNames::SetStatusText, Qt::DirectConnection, Q_ARG(QString, text));
 }
 
 qint32 RequestAddSubscription(QObject *target, const quillon::SubscribeClientPtr &client,

@@ -2,6 +2,7 @@
 
 #include "CategoryTree.h"
 #include "ConsumerSettings.h"
+#include "DialogAnswer.h"
 #include "PropertyBag.h"
 #include "StandardDialogs.h"
 #include "TreeEditRules.h"
@@ -79,7 +80,7 @@ bool SubscriptionTreeCommands::Delete(CategoryNode &node, bool ask, CategoryNode
             IsCategory(&node)
                 ? QStringLiteral("Are you sure you want to delete this category and all it's subscriptions?")
                 : QStringLiteral("Are you sure you want to delete the selected subscription(s)?");
-        if (AskQuestion(m_owner, question, QString(), QStringLiteral("delete")) != 6)
+        if (fromMessageBoxCode(AskQuestion(m_owner, question, QString(), QStringLiteral("delete"))) != DialogAnswer::Yes)
             return false;
     }
     CategoryNode *before = NodeBefore(m_tree, node);

@@ -1,10 +1,10 @@
 #include "TreeEditRules.h"
 
 #include "CategoryTree.h"
+#include "DialogAnswer.h"
 #include "categoriesUtils.h"
 
 namespace {
-constexpr int kYes = 6;
 // Ask first, unless the user chose a fixed answer in the Outlook options.
 constexpr qint32 kAskBeforeRemoving = 2;
 } // namespace
@@ -52,5 +52,5 @@ qint32 TreeEditRules::BindValue(const QString &newImage, bool isCategory, bool h
     const QString question =
         isCategory ? QStringLiteral("Do you want to remove this category's articles from Outlook?")
                    : QStringLiteral("Do you want to remove the subscription's articles from Outlook?");
-    return ask(question) == kYes ? 0 : 1;
+    return fromMessageBoxCode(ask(question)) == DialogAnswer::Yes ? 0 : 1;
 }

@@ -3,6 +3,7 @@
 #include "CLog.h"
 #include "CategoryTreeModel.h"
 #include "ConsumerSettings.h"
+#include "DialogAnswer.h"
 #include "DetailsPane.h"
 #include "HandleGuard.h"
 #include "LocalSettings.h"
@@ -62,7 +63,11 @@ frmMainWindow::frmMainWindow(QWidget *parent)
     connect(&m_sizeSaveTimer, &QTimer::timeout, this, &frmMainWindow::SaveWindowSize);
 }
 
-frmMainWindow::~frmMainWindow() = default;
+frmMainWindow::~frmMainWindow()
+{
+    while (m_busyDepth > 0)
+        SetBusy(false);
+}
 
 void frmMainWindow::SetupViews()
 {
@@ -159,6 +164,69 @@ void frmMainWindow::SetClient(quillon::SubscribeClientPtr client)
 void frmMainWindow::SetStatusText(const QString &text)
 {
     ui->lblStatusText->setText(text);
+}
+
+QString frmMainWindow::GetConsumerID() const
+{
+    return kConfigConsumer;
+}
+
+QString frmMainWindow::GetNewsSubscriptionType() const
+{
+    return kNews;
+}
+
+void frmMainWindow::OnStatusChange()
+{
+    ui->cmdApply->setEnabled(true);
+}
+
+void frmMainWindow::EditConfiguration(qint32 subscriptionId, bool &handled)
+{
+    handled = false;
+    if (subscriptionId == 0)
+        OnAdd();
+    else
+        handled = SelectRowByID(subscriptionId);
+}
+
+void frmMainWindow::SetHotHelp(const QString &text, const QString &warning)
+{
+    // The window has no hot-help line of its own: the status line carries it.
+    SetStatusText(warning.isEmpty() ? text : warning);
+}
+
+void frmMainWindow::SetBusy(bool busy)
+{
+    if (busy) {
+        QGuiApplication::setOverrideCursor(Qt::WaitCursor);
+        ++m_busyDepth;
+    } else if (m_busyDepth > 0) {
+        QGuiApplication::restoreOverrideCursor();
+        --m_busyDepth;
+    }
+}
+
+QStringList frmMainWindow::Categories() const
+{
+    QList<const CategoryNode *> categories;
+    QList<const CategoryNode *> pending;
+    for (int i = 0; i < m_tree.topLevelCount(); ++i)
+        pending.append(m_tree.topLevelNode(i));
+    while (!pending.isEmpty()) {
+        const CategoryNode *node = pending.takeLast();
+        if (!IsCategory(node))
+            continue;
+        categories.append(node);
+        for (int i = 0; i < node->childCount(); ++i)
+            pending.append(node->child(i));
+    }
+    std::sort(categories.begin(), categories.end(),
+              [](const CategoryNode *a, const CategoryNode *b) { return a->indexOrder() < b->indexOrder(); });
+    QStringList paths;
+    for (const CategoryNode *category : std::as_const(categories))
+        paths.append(category->fullPath());
+    return paths;
 }
 
 QString frmMainWindow::StatusText() const
@@ -468,7 +536,7 @@ void frmMainWindow::OnExpansionChanged(const QModelIndex &index, bool expanded)
 
 bool frmMainWindow::CommitEdits(bool allowCancel)
 {
-    return m_editor->CommitCurrentEdits(allowCancel) != 2;
+    return fromMessageBoxCode(m_editor->CommitCurrentEdits(allowCancel)) != DialogAnswer::Cancel;
 }
 
 void frmMainWindow::LoadEditor(CategoryNode *node)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "CategoryTree.h"
+#include "ConfigHost.h"
 #include "MainWindowEntryPoints.h"
 #include "RefreshMerger.h"
 #include "SubscribeClient.h"
@@ -10,6 +11,7 @@
 
 #include <QHash>
 #include <QList>
+#include <QPointer>
 #include <QTimer>
 #include <QWidget>
 
@@ -28,8 +30,8 @@ class QModelIndex;
 
 // The user's home window: the categories and subscriptions, their details and settings, the
 // commands on them, and the reactions to engine messages and request answers, which reach it
-// by handler name.
-class frmMainWindow : public QWidget
+// by handler name. It hosts the settings editor and the windows it opens.
+class frmMainWindow : public QWidget, public ConfigHost
 {
     Q_OBJECT
 public:
@@ -39,7 +41,17 @@ public:
     explicit frmMainWindow(QWidget *parent = nullptr);
     ~frmMainWindow() override;
 
-    void SetClient(quillon::SubscribeClientPtr client);
+    // The host contract.
+    void SetHost(QObject *host) override { m_host = host; }
+    void SetClient(quillon::SubscribeClientPtr client) override;
+    [[nodiscard]] QString GetConsumerID() const override;
+    [[nodiscard]] QString GetNewsSubscriptionType() const override;
+    void OnStatusChange() override;
+    void EditConfiguration(qint32 subscriptionId, bool &handled) override;
+    void SetHotHelp(const QString &text, const QString &warning) override;
+    void SetBusy(bool busy) override;
+    [[nodiscard]] QStringList Categories() const override;
+
     void SetEntryPoints(MainWindowEntryPoints entryPoints) { m_entryPoints = std::move(entryPoints); }
     void SetModifierProbe(ModifierProbe probe) { m_modifierProbe = std::move(probe); }
 
@@ -53,7 +65,7 @@ public:
     [[nodiscard]] qint32 SelectedSubscriptionId() const;
     [[nodiscard]] const CategoryTree &Tree() const { return m_tree; }
 
-    Q_INVOKABLE void SetStatusText(const QString &text);
+    Q_INVOKABLE void SetStatusText(const QString &text) override;
     [[nodiscard]] QString StatusText() const;
     Q_INVOKABLE void EventSubscribeClientMessage(qint32 message);
     Q_INVOKABLE void HandleSubscribeClientCallback(qint32 message);
@@ -150,6 +162,7 @@ private:
     [[nodiscard]] QString SubscriptionTitle(qint32 subscriptionId);
 
     std::unique_ptr<Ui::frmMainWindow> ui;
+    QPointer<QObject> m_host;
     quillon::SubscribeClientPtr m_client;
     CategoryTree m_tree;
     CategoryTreeModel *m_model = nullptr;
@@ -169,6 +182,7 @@ private:
     // The category the grid lists; empty for every subscription.
     QString m_gridCategoryKey;
     int m_refreshCount = 0;
+    int m_busyDepth = 0;
     bool m_formLoaded = false;
     bool m_loading = false;
     bool m_selecting = false;

@@ -1,0 +1,107 @@
+#include "ConfigHost.h"
+#include "ConfigPage.h"
+
+#include <QLineEdit>
+#include <QTest>
+
+namespace {
+
+// Counts what a page reports to its host.
+class CountingHost : public ConfigHost
+{
+public:
+    void SetHost(QObject *) override {}
+    void SetClient(quillon::SubscribeClientPtr) override {}
+    QString GetConsumerID() const override { return QStringLiteral("CONFIGCONSUMER"); }
+    QString GetNewsSubscriptionType() const override { return QStringLiteral("NEWS"); }
+    void OnStatusChange() override { ++statusChanges; }
+    void EditConfiguration(qint32, bool &handled) override { handled = false; }
+    void SetHotHelp(const QString &text, const QString &) override { hotHelp.append(text); }
+    void SetStatusText(const QString &) override {}
+    void SetBusy(bool) override {}
+    QStringList Categories() const override { return {}; }
+
+    int statusChanges = 0;
+    QStringList hotHelp;
+};
+
+// One field; loading it must not count as a change.
+class OneFieldPage : public ConfigPage
+{
+public:
+    OneFieldPage() : field(new QLineEdit(this))
+    {
+        connect(field, &QLineEdit::textChanged, this, [this] { MarkDirty(); });
+        SetHotHelpText(QStringLiteral("txtField"), QStringLiteral("Type here"));
+    }
+    void Apply() override { SetDirty(false); }
+    void LoadValues() override
+    {
+        SetLoading(true);
+        field->setText(QStringLiteral("stored"));
+        SetLoading(false);
+    }
+    void Hover() { ShowHotHelp(QStringLiteral("txtField")); }
+
+    QLineEdit *field;
+};
+
+bool callDirty(ConfigPage &page)
+{
+    bool dirty = false;
+    QMetaObject::invokeMethod(&page, "Dirty", Q_RETURN_ARG(bool, dirty));
+    return dirty;
+}
+
+} // namespace
+
+class ConfigPageTest : public QObject
+{
+    Q_OBJECT
+private slots:
+    void onlyUserChangesMakeThePageDirty();
+    void hotHelpIsShownOncePerControlUntilReset();
+};
+
+void ConfigPageTest::onlyUserChangesMakeThePageDirty()
+{
+    CountingHost host;
+    OneFieldPage page;
+    QVERIFY(QMetaObject::invokeMethod(&page, "SetHost", Q_ARG(ConfigHost *, &host)));
+    QVERIFY(QMetaObject::invokeMethod(&page, "LoadValues"));
+    QCOMPARE(page.field->text(), QStringLiteral("stored"));
+    QVERIFY(!callDirty(page));
+    QCOMPARE(host.statusChanges, 0);
+
+    page.field->setText(QStringLiteral("typed"));
+    QVERIFY(callDirty(page));
+    QCOMPARE(host.statusChanges, 1);
+    QVERIFY(QMetaObject::invokeMethod(&page, "Apply"));
+    QVERIFY(!callDirty(page));
+
+    QVERIFY(QMetaObject::invokeMethod(&page, "enabled", Q_ARG(bool, false)));
+    QVERIFY(!page.field->isEnabled());
+    bool safe = false;
+    QVERIFY(QMetaObject::invokeMethod(&page, "SafeToApply", Q_RETURN_ARG(bool, safe)));
+    QVERIFY(safe);
+}
+
+void ConfigPageTest::hotHelpIsShownOncePerControlUntilReset()
+{
+    CountingHost host;
+    OneFieldPage page;
+    page.SetHost(&host);
+    page.Hover();
+    page.Hover();
+    QCOMPARE(host.hotHelp, QStringList{QStringLiteral("Type here")});
+    QString answer;
+    QVERIFY(QMetaObject::invokeMethod(&page, "SendPropMessage", Q_RETURN_ARG(QString, answer),
+                                      Q_ARG(QString, QStringLiteral("ResetHelpText")), Q_ARG(QString, QString())));
+    QCOMPARE(answer, QStringLiteral("ok"));
+    page.Hover();
+    QCOMPARE(host.hotHelp.size(), 2);
+    QCOMPARE(page.SendPropMessage(QStringLiteral("Reload"), QStringLiteral("x")), QStringLiteral("ok"));
+}
+
+QTEST_MAIN(ConfigPageTest)
+#include "tst_ConfigPage.moc"

@@ -1,0 +1,84 @@
+#include "CBAddSub.h"
+#include "CBConnect.h"
+#include "CBSearchSources.h"
+#include "CBSubOPML.h"
+#include "CBUpdateSub.h"
+#include "SubscriptionSettingsEditor.h"
+#include "frmMainWindow.h"
+
+#include <QMetaMethod>
+#include <QTest>
+
+#include <initializer_list>
+#include <memory>
+
+namespace {
+
+using Callbacks = std::initializer_list<std::shared_ptr<CBBase>>;
+
+// The handlers the callbacks send that the target class cannot take, as "Name(types)".
+QStringList MissingHandlers(const QMetaObject &target, Callbacks callbacks)
+{
+    QStringList missing;
+    for (const auto &callback : callbacks) {
+        for (const CBBase::SentHandler &sent : callback->SentHandlers()) {
+            bool offered = false;
+            for (int i = 0; i < target.methodCount() && !offered; ++i) {
+                const QMetaMethod method = target.method(i);
+                if (method.name() != sent.name || method.parameterCount() != sent.arguments.size())
+                    continue;
+                offered = true;
+                for (int a = 0; a < sent.arguments.size(); ++a)
+                    offered = offered && method.parameterMetaType(a) == sent.arguments.at(a);
+            }
+            QStringList types;
+            for (const QMetaType &type : sent.arguments)
+                types.append(QString::fromLatin1(type.name()));
+            if (!offered)
+                missing.append(QString::fromLatin1(sent.name) + u'(' + types.join(u',') + u')');
+        }
+    }
+    return missing;
+}
+
+} // namespace
+
+// A window that forgot one handler of the add answer and takes an OPML list without its tag.
+class IncompleteTarget : public QObject
+{
+    Q_OBJECT
+public:
+    Q_INVOKABLE void EventSubscribeClientMessage(qint32) {}
+    Q_INVOKABLE void SetStatusText(const QString &) {}
+    Q_INVOKABLE void EventSubOPMLCallback(qint32) {}
+};
+
+class HandlerNamesTest : public QObject
+{
+    Q_OBJECT
+private slots:
+    void everyTargetOffersTheHandlersItIsSent();
+    void aMissingOrMisshapenHandlerIsReported();
+};
+
+void HandlerNamesTest::everyTargetOffersTheHandlersItIsSent()
+{
+    // One line per window that callbacks answer to.
+    QCOMPARE(MissingHandlers(frmMainWindow::staticMetaObject,
+                             {std::make_shared<CBConnect>(), std::make_shared<CBAddSub>(),
+                              std::make_shared<CBUpdateSub>()}),
+             QStringList());
+    QCOMPARE(MissingHandlers(SubscriptionSettingsEditor::staticMetaObject, {std::make_shared<CBSearchSources>()}),
+             QStringList());
+}
+
+void HandlerNamesTest::aMissingOrMisshapenHandlerIsReported()
+{
+    QCOMPARE(MissingHandlers(IncompleteTarget::staticMetaObject, {std::make_shared<CBConnect>()}), QStringList());
+    QCOMPARE(MissingHandlers(IncompleteTarget::staticMetaObject,
+                             {std::make_shared<CBAddSub>(), std::make_shared<CBSubOPML>()}),
+             QStringList({"DoDisplayRefresh()", "EventSubOPMLCallback(int,int)"}));
+}
+
+QTEST_MAIN(HandlerNamesTest)
+#include "tst_HandlerNames.moc"
