@@ -186,7 +186,7 @@ int main(int argc, char *argv[])
 
     // The engine's per-request log lines would cost more than the work measured.
     if (qEnvironmentVariableIsEmpty("QT_LOGGING_RULES"))
-        qputenv("QT_LOGGING_RULES", "quillon.*.info=false");
+        qputenv("QT_LOGGING_RULES", "corvell.quillon.*.info=false");
     // Measure the protocol alone: the daemon fetches nothing while the figures are taken.
     qputenv("QUILLON_ENGINE_NO_FETCH", "1");
     DaemonProcess daemon;

@@ -9,7 +9,7 @@
 #include "frmUserNameAndPassword.h"
 #include "frmYesNoQuestion.h"
 
-Q_LOGGING_CATEGORY(lcDialogs, "configconsumer.dialogs")
+Q_LOGGING_CATEGORY(lcDialogs, "corvell.dialogs")
 
 namespace {
 Prompt MessagePrompt(PromptKind kind, QWidget *owner, const QString &mainText, const QString &extendedText)

@@ -1,7 +1,10 @@
 #include "SubscriptionSummary.h"
 
+#include "EngineNames.h"
 #include "HandleGuard.h"
 #include "PropertyBag.h"
+
+using EngineNames::kNewsClass;
 
 namespace {
 QString ReadText(quillon::SubscribeClient &client, quillon::Handle bag, const QString &name)
@@ -16,7 +19,7 @@ std::optional<SubscriptionSummary> SubscriptionSummary::Read(quillon::SubscribeC
 {
     if (subscriptionId < 1 || subscriptionId == quillon::kMissing)
         return std::nullopt;
-    HandleGuard bag(client, client.GetItemBag(QStringLiteral("NEWS"), subscriptionId, 0));
+    HandleGuard bag(client, client.GetItemBag(kNewsClass, subscriptionId, 0));
     if (!bag.isValid())
         return std::nullopt;
     SubscriptionSummary summary;

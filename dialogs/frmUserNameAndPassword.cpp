@@ -1,6 +1,7 @@
 #include "frmUserNameAndPassword.h"
 
 #include "DialogStrings.h"
+#include "EngineNames.h"
 #include "HandleGuard.h"
 #include "PromptSeam.h"
 #include "SubscriptionSummary.h"
@@ -10,6 +11,8 @@
 
 #include <QPushButton>
 
+using EngineNames::kNewsClass;
+
 namespace {
 void SendCredentials(quillon::SubscribeClient &client, qint32 subscriptionId, const QString &user,
                      const QString &password)
@@ -17,7 +20,7 @@ void SendCredentials(quillon::SubscribeClient &client, qint32 subscriptionId, co
     HandleGuard values(client, client.NewBag());
     client.SetStringValue(values.get(), QStringLiteral("USER"), user);
     client.SetStringValue(values.get(), QStringLiteral("PASSWORD"), password);
-    client.UpdateItem(QStringLiteral("NEWS"), subscriptionId, values.get());
+    client.UpdateItem(kNewsClass, subscriptionId, values.get());
 }
 } // namespace
 

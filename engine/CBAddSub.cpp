@@ -1,5 +1,6 @@
 #include "CBAddSub.h"
 
+#include "EngineNames.h"
 #include "HandleGuard.h"
 #include "PropertyBag.h"
 #include "callbackSupport.h"
@@ -7,6 +8,8 @@
 #include <QLoggingCategory>
 #include <QMetaObject>
 #include <QObject>
+
+using EngineNames::kNewsClass;
 
 Q_DECLARE_LOGGING_CATEGORY(lcCallbacks)
 
@@ -43,7 +46,7 @@ void CBAddSub::Handle(quillon::Handle &bag)
 void CBAddSub::Complete(quillon::SubscribeClient &client, qint32 subscriptionId)
 {
     if (m_autoBind)
-        client.BindItem(QStringLiteral("OLCONSUMER"), QStringLiteral("NEWS"), subscriptionId, 1);
+        client.BindItem(QStringLiteral("OLCONSUMER"), kNewsClass, subscriptionId, 1);
     if (TakeCompletion())
         QMetaObject::invokeMethod(Target(), HandlerNames::DoDisplayRefresh, Qt::DirectConnection);
     else
@@ -62,7 +65,7 @@ bool CBAddSub::TakeCompletion()
 
 void CBAddSub::ReportAdded(quillon::SubscribeClient &client, qint32 subscriptionId)
 {
-    HandleGuard item(client, client.GetItemBag(QStringLiteral("NEWS"), subscriptionId, 0));
+    HandleGuard item(client, client.GetItemBag(kNewsClass, subscriptionId, 0));
     QString title = client.GetStringValue(item.get(), QStringLiteral("FOLDERTITLE"));
     if (title.isEmpty() || title == quillon::kMissingText)
         title = client.GetStringValue(item.get(), QStringLiteral("TITLE"));

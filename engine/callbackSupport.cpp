@@ -1,12 +1,15 @@
 #include "callbackSupport.h"
 
 #include "CBAddSub.h"
+#include "EngineNames.h"
 #include "HandlerNames.h"
 #include "HandleGuard.h"
 #include "PropertyBag.h"
 
 #include <QMetaObject>
 #include <QObject>
+
+using EngineNames::kNewsClass;
 
 namespace callbackSupport {
 
@@ -45,7 +48,7 @@ qint32 RequestAddSubscription(QObject *target, const quillon::SubscribeClientPtr
                               const QString &password, const QString &category)
 {
     SetTargetStatusText(target, QStringLiteral("Requesting: ") + (title.isEmpty() ? url : title));
-    HandleGuard request(*client, client->CreateItemRequest(QStringLiteral("NEWS"), title, url));
+    HandleGuard request(*client, client->CreateItemRequest(kNewsClass, title, url));
     HandleGuard consumers(*client);
     if (!user.isEmpty() && !password.isEmpty()) {
         client->SetStringValue(request.get(), QStringLiteral("USER"), user);
@@ -76,18 +79,18 @@ void RemoveSubscription(quillon::SubscribeClient &client, qint32 subscriptionId,
                              : displayName;
     Q_UNUSED(name);
     SetTargetStatusText(statusTarget, QStringLiteral("Removing: ") + displayName);
-    client.RemoveItem(QStringLiteral("NEWS"), subscriptionId, 1);
+    client.RemoveItem(kNewsClass, subscriptionId, 1);
 }
 
 void UpdateAllSubscriptions(quillon::SubscribeClient &client)
 {
     HandleGuard empty(client, client.NewBag());
-    HandleGuard ids(client, client.ListConsumerItems(QStringLiteral("OLCONSUMER"), QStringLiteral("NEWS")));
+    HandleGuard ids(client, client.ListConsumerItems(QStringLiteral("OLCONSUMER"), kNewsClass));
     const qint32 count = client.ListCount(ids.get());
     for (qint32 i = 0; i < count; ++i) {
         const qint32 id = client.ListLong(ids.get(), i);
         if (id >= 1 && id != quillon::kMissing)
-            client.UpdateItem(QStringLiteral("NEWS"), id, empty.get());
+            client.UpdateItem(kNewsClass, id, empty.get());
     }
 }
 

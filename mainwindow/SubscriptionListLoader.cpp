@@ -2,16 +2,18 @@
 
 #include "CategoryTree.h"
 #include "ConsumerSettings.h"
+#include "EngineNames.h"
 #include "HandleGuard.h"
 #include "KeyedCollection.h"
 #include "categoriesUtils.h"
 
 #include <QLoggingCategory>
 
-Q_LOGGING_CATEGORY(lcListLoader, "configconsumer.mainwindow.list")
+using EngineNames::kNewsClass;
+
+Q_LOGGING_CATEGORY(lcListLoader, "corvell.mainwindow.list")
 
 namespace {
-const QString kNews = QStringLiteral("NEWS");
 const QString kConfigConsumer = QStringLiteral("CONFIGCONSUMER");
 const QString kOutlookConsumer = QStringLiteral("OLCONSUMER");
 
@@ -25,7 +27,7 @@ qint32 highestKeyNumber(const CategoryNode &node)
 
 KeyedCollection deliveredCollection(quillon::SubscribeClient &client)
 {
-    HandleGuard list(client, client.ListConsumerItems(kOutlookConsumer, kNews));
+    HandleGuard list(client, client.ListConsumerItems(kOutlookConsumer, kNewsClass));
     KeyedCollection delivered;
     const qint32 count = client.ListCount(list.get());
     delivered.Reserve(count);
@@ -81,11 +83,11 @@ void SubscriptionListLoader::LoadSavedCategories(Result &result)
 void SubscriptionListLoader::PlaceSubscriptions(Result &result)
 {
     const KeyedCollection delivered = deliveredCollection(m_client);
-    HandleGuard all(m_client, m_client.ListConsumerItems(QStringLiteral("*"), kNews));
+    HandleGuard all(m_client, m_client.ListConsumerItems(QStringLiteral("*"), kNewsClass));
     const qint32 count = m_client.ListCount(all.get());
     result.facts.reserve(count);
     for (qint32 i = 0; i < count; ++i) {
-        HandleGuard item(m_client, m_client.GetItemBag(kNews, m_client.ListLong(all.get(), i), 0));
+        HandleGuard item(m_client, m_client.GetItemBag(kNewsClass, m_client.ListLong(all.get(), i), 0));
         const qint32 id = m_client.GetLongValue(item.get(), QStringLiteral("SUBSCRIPTIONID"));
         if (id < 1 || id == quillon::kMissing)
             continue;

@@ -14,7 +14,7 @@
 
 #include <QScopedValueRollback>
 
-Q_LOGGING_CATEGORY(lcEditor, "configconsumer.mainwindow.editor")
+Q_LOGGING_CATEGORY(lcEditor, "corvell.mainwindow.editor")
 
 using Kind = EditorSelection::Kind;
 using Rules = SettingsEditorRules;

@@ -1,6 +1,7 @@
 #include "SubscriptionSettingsStore.h"
 
 #include "ConsumerSettings.h"
+#include "EngineNames.h"
 #include "HandleGuard.h"
 #include "SettingsEditorRules.h"
 #include "commonUtils.h"
@@ -8,10 +9,11 @@
 
 #include <QStringList>
 
+using EngineNames::kNewsClass;
+
 using quillon::Handle;
 
 namespace {
-const QString kNews = QStringLiteral("NEWS");
 const QString kOutlook = QStringLiteral("OLCONSUMER");
 const QString kMedia = QStringLiteral("MEDIACONSUMER");
 const QString kEngine = QStringLiteral("ENGINE");
@@ -58,7 +60,7 @@ SubscriptionTabValues SubscriptionSettingsStore::ReadSubscriptionTab(const QList
     QList<qint32> updateFreq, deleteRead, deleteUnread;
     QStringList users, passwords, enclosures;
     for (const qint32 id : ids) {
-        HandleGuard bag(m_client, m_client.GetItemBag(kNews, id, 0));
+        HandleGuard bag(m_client, m_client.GetItemBag(kNewsClass, id, 0));
         updateFreq << m_client.GetLongValue(bag.get(), kUpdateFreq);
         deleteRead << m_client.GetLongValue(bag.get(), kDeleteRead);
         deleteUnread << m_client.GetLongValue(bag.get(), kDeleteUnread);
@@ -146,7 +148,7 @@ void SubscriptionSettingsStore::WriteSubscriptionTab(qint32 id, const Subscripti
     setText(kUrl, edits.url);
     // An update also makes the feed due, so an apply that changes nothing here sends none.
     if (anything)
-        m_client.UpdateItem(kNews, id, bag.get());
+        m_client.UpdateItem(kNewsClass, id, bag.get());
 }
 
 void SubscriptionSettingsStore::WriteOutlookTab(qint32 id, const OutlookTabEdits &edits)

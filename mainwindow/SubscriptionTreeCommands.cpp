@@ -3,6 +3,7 @@
 #include "CategoryTree.h"
 #include "ConsumerSettings.h"
 #include "DialogAnswer.h"
+#include "EngineNames.h"
 #include "PropertyBag.h"
 #include "StandardDialogs.h"
 #include "TreeEditRules.h"
@@ -10,6 +11,8 @@
 #include "commonUtils.h"
 
 #include <QWidget>
+
+using EngineNames::kNewsClass;
 
 using namespace categoriesUtils;
 
@@ -140,7 +143,7 @@ void SubscriptionTreeCommands::Bind(const Binding &binding)
         return;
     for (const qint32 id : binding.ids) {
         if (id >= 1 && id != quillon::kMissing)
-            m_client->BindItem(kOutlookConsumer, QStringLiteral("NEWS"), id, binding.value);
+            m_client->BindItem(kOutlookConsumer, kNewsClass, id, binding.value);
     }
 }
 

@@ -5,6 +5,7 @@
 #include "ConsumerSettings.h"
 #include "DialogAnswer.h"
 #include "DetailsPane.h"
+#include "EngineNames.h"
 #include "HandleGuard.h"
 #include "LocalSettings.h"
 #include "PropertyBag.h"
@@ -30,12 +31,13 @@
 #include <QScreen>
 #include <QTimer>
 
-Q_LOGGING_CATEGORY(lcMainWindow, "configconsumer.mainwindow")
+using EngineNames::kNewsClass;
+
+Q_LOGGING_CATEGORY(lcMainWindow, "corvell.mainwindow")
 
 using namespace categoriesUtils;
 
 namespace {
-const QString kNews = QStringLiteral("NEWS");
 const QString kConfigConsumer = QStringLiteral("CONFIGCONSUMER");
 const QString kMediaConsumer = QStringLiteral("MEDIACONSUMER");
 const QString kLoadLog = QStringLiteral("Main window load");
@@ -173,7 +175,7 @@ QString frmMainWindow::GetConsumerID() const
 
 QString frmMainWindow::GetNewsSubscriptionType() const
 {
-    return kNews;
+    return kNewsClass;
 }
 
 void frmMainWindow::OnStatusChange()
@@ -583,7 +585,7 @@ void frmMainWindow::ShowSubscriptionDetails(const CategoryNode &node)
     QString nextCheck = quillon::kMissingText;
     if (m_client && validId(id)) {
         try {
-            HandleGuard item(*m_client, m_client->GetItemBag(kNews, id, 0));
+            HandleGuard item(*m_client, m_client->GetItemBag(kNewsClass, id, 0));
             facts.url = m_client->GetStringValue(item.get(), QStringLiteral("URL"));
             status = m_client->GetStringValue(item.get(), QStringLiteral("LASTUPDATESTATUS"));
             lastCheck = m_client->GetStringValue(item.get(), QStringLiteral("LastDateCheck"));
@@ -944,7 +946,7 @@ void frmMainWindow::OnSubscriptionAdded(quillon::Handle result)
     const qint32 id = m_client->GetLongValue(result, QStringLiteral("SUBSCRIPTIONID"));
     if (!validId(id))
         return;
-    HandleGuard item(*m_client, m_client->GetItemBag(kNews, id, 0));
+    HandleGuard item(*m_client, m_client->GetItemBag(kNewsClass, id, 0));
     const QString url = m_client->GetStringValue(item.get(), QStringLiteral("URL"));
     QString title = m_client->GetStringValue(item.get(), QStringLiteral("TITLE"));
     if (!SubscriptionListLoader::HasValue(title))
@@ -989,7 +991,7 @@ QList<qint32> frmMainWindow::MessageIds(quillon::Handle result)
 QString frmMainWindow::SubscriptionTitle(qint32 subscriptionId)
 {
     try {
-        HandleGuard item(*m_client, m_client->GetItemBag(kNews, subscriptionId, 0));
+        HandleGuard item(*m_client, m_client->GetItemBag(kNewsClass, subscriptionId, 0));
         const QString title = m_client->GetStringValue(item.get(), QStringLiteral("TITLE"));
         return SubscriptionListLoader::HasValue(title) ? title : QString();
     } catch (const quillon::EngineError &) {

@@ -8,7 +8,7 @@
 // Without a registry the vendor branch is an ini file of its own, beside (never inside) the
 // local store, with each key path as a group.
 
-Q_LOGGING_CATEGORY(lcRegistry, "configconsumer.services.registry")
+Q_LOGGING_CATEGORY(lcRegistry, "corvell.services.registry")
 
 struct CRegistry::Backend
 {

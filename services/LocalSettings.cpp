@@ -5,7 +5,7 @@
 #include <QSettings>
 #include <QStandardPaths>
 
-Q_LOGGING_CATEGORY(lcLocalSettings, "configconsumer.services.localsettings")
+Q_LOGGING_CATEGORY(lcLocalSettings, "corvell.services.localsettings")
 
 namespace {
 QString &baseFolderOverride()

@@ -10,7 +10,7 @@
 
 #include <optional>
 
-Q_LOGGING_CATEGORY(lcLocalization, "configconsumer.services.localization")
+Q_LOGGING_CATEGORY(lcLocalization, "corvell.services.localization")
 
 namespace {
 struct StringTable

@@ -2,7 +2,7 @@
 
 #include <QLoggingCategory>
 
-Q_LOGGING_CATEGORY(lcClient, "quillon.client")
+Q_LOGGING_CATEGORY(lcClient, "corvell.quillon.client")
 
 namespace quillon {
 

@@ -11,7 +11,7 @@
 
 #include <optional>
 
-Q_LOGGING_CATEGORY(lcSocketLink, "quillon.client.socket")
+Q_LOGGING_CATEGORY(lcSocketLink, "corvell.quillon.client.socket")
 
 namespace quillon {
 

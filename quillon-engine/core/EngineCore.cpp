@@ -7,7 +7,7 @@
 
 #include <QDir>
 
-Q_LOGGING_CATEGORY(lcCore, "quillon.engine.core")
+Q_LOGGING_CATEGORY(lcCore, "corvell.quillon.engine.core")
 
 namespace quillon {
 

@@ -5,7 +5,7 @@
 #include <QLocalSocket>
 #include <QLoggingCategory>
 
-Q_LOGGING_CATEGORY(lcConnection, "quillon.daemon.connection")
+Q_LOGGING_CATEGORY(lcConnection, "corvell.quillon.daemon.connection")
 
 namespace quillon {
 

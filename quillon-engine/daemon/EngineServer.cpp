@@ -8,7 +8,7 @@
 #include <QLockFile>
 #include <QLoggingCategory>
 
-Q_LOGGING_CATEGORY(lcServer, "quillon.daemon.server")
+Q_LOGGING_CATEGORY(lcServer, "corvell.quillon.daemon.server")
 
 namespace quillon {
 

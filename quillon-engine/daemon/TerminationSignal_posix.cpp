@@ -7,7 +7,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-Q_LOGGING_CATEGORY(lcTermination, "quillon.daemon.signal")
+Q_LOGGING_CATEGORY(lcTermination, "corvell.quillon.daemon.signal")
 
 namespace quillon {
 

@@ -100,7 +100,7 @@ int main(int argc, char *argv[])
     QCoreApplication app(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("quillon-engine"));
     // Per-session chatter only on request (QT_LOGGING_RULES overrides this).
-    QLoggingCategory::setFilterRules(QStringLiteral("quillon.*.debug=false"));
+    QLoggingCategory::setFilterRules(QStringLiteral("corvell.quillon.*.debug=false"));
     const Options options = parseOptions(app);
 
     auto core = std::make_unique<EngineCore>(options.dataDir);

@@ -2,5 +2,5 @@
 
 #include <QLoggingCategory>
 
-// Diagnostics of the fetcher ("quillon.engine.fetch").
+// Diagnostics of the fetcher ("corvell.quillon.engine.fetch").
 Q_DECLARE_LOGGING_CATEGORY(lcFetch)

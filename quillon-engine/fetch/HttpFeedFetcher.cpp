@@ -6,7 +6,7 @@
 #include <QFile>
 #include <QMetaObject>
 
-Q_LOGGING_CATEGORY(lcFetch, "quillon.engine.fetch")
+Q_LOGGING_CATEGORY(lcFetch, "corvell.quillon.engine.fetch")
 
 namespace quillon {
 

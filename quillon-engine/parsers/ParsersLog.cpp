@@ -1,3 +1,3 @@
 #include "ParsersLog.h"
 
-Q_LOGGING_CATEGORY(lcParsers, "quillon.parsers", QtInfoMsg)
+Q_LOGGING_CATEGORY(lcParsers, "corvell.quillon.parsers", QtInfoMsg)

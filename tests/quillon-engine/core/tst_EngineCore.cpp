@@ -1,7 +1,7 @@
 #include "EngineCore.h"
 #include "InProcessLink.h"
 #include "LinkedSubscribeClient.h"
-#include "RecordingCallback.h"
+#include "MessageRecorder.h"
 #include "TestEngine.h"
 
 #include <QDateTime>
@@ -48,7 +48,7 @@ class tst_EngineCore : public QObject
 
 private:
     SubscribeClientPtr client(const QString &consumerId = {},
-                              std::shared_ptr<RecordingCallback> *events = nullptr);
+                              std::shared_ptr<MessageRecorder> *events = nullptr);
     qint32 add(SubscribeClient &c, const QString &url, const QStringList &consumerIds = {});
     QString itemText(SubscribeClient &c, qint32 id, const QString &name);
     QString setting(SubscribeClient &c, const QString &consumer, const QString &section, const QString &key);
@@ -77,12 +77,12 @@ private Q_SLOTS:
 };
 
 SubscribeClientPtr tst_EngineCore::client(const QString &consumerId,
-                                          std::shared_ptr<RecordingCallback> *events)
+                                          std::shared_ptr<MessageRecorder> *events)
 {
     auto c = m_engine->newClient();
     m_clients.append(c);
     if (!consumerId.isEmpty()) {
-        auto callback = std::make_shared<RecordingCallback>(*c);
+        auto callback = std::make_shared<MessageRecorder>(*c);
         c->Connect(consumerId, callback);
         if (events)
             *events = callback;
@@ -98,7 +98,7 @@ qint32 tst_EngineCore::add(SubscribeClient &c, const QString &url, const QString
         c.ListAppend(list, consumer);
     if (!consumerIds.isEmpty())
         c.SetHandleValue(request, QStringLiteral("ConsumerIDs"), list);
-    auto answer = std::make_shared<RecordingCallback>(c);
+    auto answer = std::make_shared<MessageRecorder>(c);
     c.SubmitRequest(request, answer);
     c.ReleaseHandle(list);
     c.ReleaseHandle(request);
@@ -162,7 +162,7 @@ void tst_EngineCore::cleanup()
 
 void tst_EngineCore::addAnswersTheCallerAndTellsTheOthers()
 {
-    std::shared_ptr<RecordingCallback> configEvents, outlookEvents;
+    std::shared_ptr<MessageRecorder> configEvents, outlookEvents;
     auto config = client(QStringLiteral("CONFIGCONSUMER"), &configEvents);
     client(QStringLiteral("OLCONSUMER"), &outlookEvents);
 
@@ -174,9 +174,9 @@ void tst_EngineCore::addAnswersTheCallerAndTellsTheOthers()
     const Handle consumers = config->NewList();
     config->ListAppend(consumers, QStringLiteral("OLCONSUMER"));
     config->SetHandleValue(request, QStringLiteral("ConsumerIDs"), consumers);
-    auto answer = std::make_shared<RecordingCallback>(*config);
+    auto answer = std::make_shared<MessageRecorder>(*config);
     const qint32 first = config->SubmitRequest(request, answer);
-    const qint32 second = config->SubmitRequest(request, std::make_shared<RecordingCallback>(*config));
+    const qint32 second = config->SubmitRequest(request, std::make_shared<MessageRecorder>(*config));
     config->ReleaseHandle(consumers);
     config->ReleaseHandle(request);
     QVERIFY(first > 0);
@@ -310,7 +310,7 @@ void tst_EngineCore::settingsFallBackToTheGivenDefault()
 
 void tst_EngineCore::bindItemFollowsTheDeliveryRule()
 {
-    std::shared_ptr<RecordingCallback> events;
+    std::shared_ptr<MessageRecorder> events;
     auto config = client(QStringLiteral("CONFIGCONSUMER"), &events);
     auto outlook = client(QStringLiteral("OLCONSUMER"));
     const QString ol = QStringLiteral("OLCONSUMER");
@@ -416,7 +416,7 @@ void tst_EngineCore::requestsThatCannotBeServedAreAnswered()
             c->SetStringValue(request, QStringLiteral("REQUEST"), QString());
         else
             c->SetStringValue(request, QStringLiteral("REQUEST"), kind);
-        auto answer = std::make_shared<RecordingCallback>(*c);
+        auto answer = std::make_shared<MessageRecorder>(*c);
         c->SubmitRequest(request, answer);
         c->ReleaseHandle(request);
         return answer;
@@ -424,7 +424,7 @@ void tst_EngineCore::requestsThatCannotBeServedAreAnswered()
     const auto unknown = submit(QStringLiteral("FROB"), QStringLiteral("http://x"));
     const auto noKind = submit(QString(), QStringLiteral("http://x"));
     const auto noUrl = submit(QStringLiteral("ADD"), QString());
-    auto preview = std::make_shared<RecordingCallback>(*c);
+    auto preview = std::make_shared<MessageRecorder>(*c);
     QVERIFY(!c->RequestPreview(kNews, QStringLiteral("gopher://x"), preview).isEmpty());
 
     for (const auto &answer : {unknown, noKind, noUrl, preview}) {
@@ -481,7 +481,7 @@ void tst_EngineCore::reopenedStoreKeepsEverything()
         EngineCore core(folder);
         QVERIFY(core.open());
         auto c = LinkedSubscribeClient::create(std::make_unique<InProcessLink>(&core));
-        c->Connect(QStringLiteral("CONFIGCONSUMER"), std::make_shared<RecordingCallback>(*c));
+        c->Connect(QStringLiteral("CONFIGCONSUMER"), std::make_shared<MessageRecorder>(*c));
         id = add(*c, QStringLiteral("http://kept/feed"), {QStringLiteral("OLCONSUMER")});
         QVERIFY(id > 0);
         setSetting(*c, QStringLiteral("ENGINE"), QString(), QStringLiteral("GUID"), QStringLiteral("42"));
@@ -529,10 +529,10 @@ void tst_EngineCore::bagToTextRendersSearches()
 
 void tst_EngineCore::connectionsAndTermination()
 {
-    std::shared_ptr<RecordingCallback> old, replaced, media;
+    std::shared_ptr<MessageRecorder> old, replaced, media;
     auto config = client(QStringLiteral("CONFIGCONSUMER"), &old);
     config->Connect(QStringLiteral("CONFIGCONSUMER"),
-                    replaced = std::make_shared<RecordingCallback>(*config));
+                    replaced = std::make_shared<MessageRecorder>(*config));
     client(QStringLiteral("MEDIACONSUMER"), &media);
     client(); // never connected: hears nothing
     QCOMPARE(m_engine->core().connectedConsumers(),

@@ -7,7 +7,7 @@
 #include <QString>
 
 // Keeps a copy of every message it is handed; the handle itself dies with ProcessMessage.
-class RecordingCallback : public quillon::ISubscribeClientCallback
+class MessageRecorder : public quillon::ISubscribeClientCallback
 {
 public:
     struct Message
@@ -18,7 +18,7 @@ public:
         QList<int> ids;                // SUBSCRIPTIONIDS
     };
 
-    explicit RecordingCallback(quillon::SubscribeClient &client) : m_client(client) {}
+    explicit MessageRecorder(quillon::SubscribeClient &client) : m_client(client) {}
 
     void Setup(QObject *) override {}
     void Shutdown() override {}

@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-Q_LOGGING_CATEGORY(lcCategoryTree, "configconsumer.mainwindow.categorytree")
+Q_LOGGING_CATEGORY(lcCategoryTree, "corvell.categories.tree")
 
 namespace {
 const QString kSeparator = QStringLiteral("~~~");

@@ -2,6 +2,7 @@
 
 #include "CategoryTreeSerializer.h"
 #include "ConsumerSettings.h"
+#include "EngineNames.h"
 #include "HandleGuard.h"
 #include "PromptSeam.h"
 #include "PropertyBag.h"
@@ -11,7 +12,9 @@
 
 #include <algorithm>
 
-Q_LOGGING_CATEGORY(lcCategories, "configconsumer.mainwindow.categories")
+using EngineNames::kNewsClass;
+
+Q_LOGGING_CATEGORY(lcCategories, "corvell.categories")
 
 namespace categoriesUtils {
 
@@ -68,7 +71,7 @@ void updateEngineCategory(quillon::SubscribeClient &client, const CategoryNode &
     }
     HandleGuard bag(client, client.NewBag());
     client.SetStringValue(bag.get(), QStringLiteral("CATEGORY"), category);
-    client.UpdateItem(QStringLiteral("NEWS"), id, bag.get());
+    client.UpdateItem(kNewsClass, id, bag.get());
 }
 
 void collectCategoryPaths(const CategoryNode &node, QList<CategoryPath> &paths)

@@ -9,7 +9,7 @@
 #include <algorithm>
 #include <vector>
 
-Q_LOGGING_CATEGORY(lcTreeText, "configconsumer.mainwindow.treetext")
+Q_LOGGING_CATEGORY(lcTreeText, "corvell.categories.treetext")
 
 namespace {
 const QString kLineBreak = QStringLiteral("\r\n");
