@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QHash>
+#include <QScopedValueRollback>
 #include <QString>
 #include <QWidget>
 
@@ -38,7 +39,8 @@ protected:
     void MarkDirty();
     void SetDirty(bool dirty);
     [[nodiscard]] bool Loading() const { return m_loading; }
-    void SetLoading(bool loading) { m_loading = loading; }
+    // While the guard lives, field changes are the page filling its fields, not the user.
+    [[nodiscard]] QScopedValueRollback<bool> LoadingGuard() { return QScopedValueRollback<bool>(m_loading, true); }
 
     void SetHotHelpText(const QString &controlName, const QString &text) { m_hotHelp.insert(controlName, text); }
     // Shows the control's hot help through the host, once per control in a row.

@@ -1,9 +1,9 @@
 #include "SubscriptionSettingsEditor.h"
 
-#include "CBSearchSources.h"
 #include "FieldError.h"
 #include "PropertyBag.h"
 #include "QLUtils.h"
+#include "SearchSubscriptionPanel.h"
 #include "SettingsEditorRules.h"
 #include "StandardDialogs.h"
 #include "SubscriptionSettingsStore.h"
@@ -12,7 +12,6 @@
 #include "frmDoYouWantToSave.h"
 #include "ui_SubscriptionSettingsEditor.h"
 
-#include <QScopedValueRollback>
 
 Q_LOGGING_CATEGORY(lcEditor, "corvell.mainwindow.editor")
 
@@ -33,12 +32,10 @@ const QString kNotAllSaved = QStringLiteral("Not all settings could be saved.");
 const QString kFrequencyField = QStringLiteral("the update frequency");
 const QString kReadAgeField = QStringLiteral("the age of read articles");
 const QString kUnreadAgeField = QStringLiteral("the age of unread articles");
-const QString kSearchLimitField = QStringLiteral("the number of search results");
 
 const QString kThemePlain = QStringLiteral("Plain");
 const QString kThemeFull = QStringLiteral("Full");
 const QString kThemeDefault = QStringLiteral("Default");
-const QString kNotApplicable = QStringLiteral("n/a");
 
 bool IsValidId(qint32 id)
 {
@@ -47,38 +44,35 @@ bool IsValidId(qint32 id)
 } // namespace
 
 SubscriptionSettingsEditor::SubscriptionSettingsEditor(QWidget *parent)
-    : QWidget(parent), ui(std::make_unique<Ui::SubscriptionSettingsEditor>())
+    : ConfigPage(parent), ui(std::make_unique<Ui::SubscriptionSettingsEditor>())
 {
     ui->setupUi(this);
     ConnectChangeEvents();
     LoadSelection({});
 }
 
-SubscriptionSettingsEditor::~SubscriptionSettingsEditor()
-{
-    if (m_sourcesCallback)
-        m_sourcesCallback->Shutdown();
-}
+SubscriptionSettingsEditor::~SubscriptionSettingsEditor() = default;
 
 void SubscriptionSettingsEditor::SetClient(quillon::SubscribeClientPtr client)
 {
-    m_client = std::move(client);
+    m_client = client;
+    ui->picSearchSubscription->SetClient(std::move(client));
 }
 
 void SubscriptionSettingsEditor::ConnectChangeEvents()
 {
     for (QLineEdit *field :
          {ui->txtSubTitle, ui->txtUpdateFreq, ui->txtDelRead, ui->txtDelUnread, ui->txtUserNameField,
-          ui->txtPasswordField, ui->txtSearchString, ui->txtSearchLimit})
+          ui->txtPasswordField})
         connect(field, &QLineEdit::textChanged, this, &SubscriptionSettingsEditor::OnFieldChanged);
     for (QComboBox *units : {ui->cboUpdateFreq, ui->cboDelRead, ui->cboDelUnread})
         connect(units, &QComboBox::currentIndexChanged, this, &SubscriptionSettingsEditor::OnFieldChanged);
-    connect(ui->cboSearchSources, &QComboBox::currentIndexChanged, this,
-            &SubscriptionSettingsEditor::OnSearchSourceChosen);
+    connect(ui->picSearchSubscription, &SearchSubscriptionPanel::Edited, this,
+            &SubscriptionSettingsEditor::OnFieldChanged);
     for (QButtonGroup *group :
          {ui->btnsUpdateFreq, ui->btnsDelete, ui->btnsEnclosure, ui->btnsContent, ui->btnsStoreLocation})
         connect(group, &QButtonGroup::buttonToggled, this, &SubscriptionSettingsEditor::OnOptionChanged);
-    for (QCheckBox *check : {ui->chkDelRead, ui->chkDelUnread, ui->chkSearchLimit, ui->chkSubNamedFolder})
+    for (QCheckBox *check : {ui->chkDelRead, ui->chkDelUnread, ui->chkSubNamedFolder})
         connect(check, &QCheckBox::toggled, this, &SubscriptionSettingsEditor::OnOptionChanged);
     connect(ui->cmdStoreInSpecificFolder, &QPushButton::clicked, this,
             &SubscriptionSettingsEditor::PickSpecificFolder);
@@ -86,25 +80,16 @@ void SubscriptionSettingsEditor::ConnectChangeEvents()
 
 void SubscriptionSettingsEditor::OnFieldChanged()
 {
-    if (!m_loading)
-        SetDirty(true);
+    MarkDirty();
 }
 
 void SubscriptionSettingsEditor::OnOptionChanged()
 {
-    if (m_loading)
+    if (Loading())
         return;
     EnableSubscriptionTab();
     EnableOutlookTab();
-    SetDirty(true);
-}
-
-void SubscriptionSettingsEditor::SetDirty(bool dirty)
-{
-    if (m_dirty == dirty)
-        return;
-    m_dirty = dirty;
-    Q_EMIT DirtyChanged(dirty);
+    MarkDirty();
 }
 
 bool SubscriptionSettingsEditor::HasSelection() const
@@ -140,7 +125,7 @@ void SubscriptionSettingsEditor::LoadSelection(const EditorSelection &selection)
 
 void SubscriptionSettingsEditor::LoadSubscriptionTab()
 {
-    const QScopedValueRollback<bool> loading(m_loading, true);
+    const auto loading = LoadingGuard();
     const bool subscription = m_selection.kind == Kind::Subscription;
     ui->grpDefinition->setTitle(m_selection.kind == Kind::Category
                                     ? QStringLiteral("Category Definition")
@@ -166,7 +151,7 @@ void SubscriptionSettingsEditor::LoadSubscriptionTab()
                                   : values.enclosure == QLatin1String("0") ? ui->optEnclosureNever
                                                                            : nullptr);
     if (IsSearchSelection())
-        LoadSearch();
+        ui->picSearchSubscription->Load(m_selection.url);
     else if (subscription)
         LoadLogin(values);
     SetDirty(false);
@@ -176,17 +161,12 @@ void SubscriptionSettingsEditor::ClearSubscriptionTab()
 {
     for (QButtonGroup *group : {ui->btnsUpdateFreq, ui->btnsDelete, ui->btnsEnclosure})
         ShowChoice(group, nullptr);
-    for (QLineEdit *field : {ui->txtUpdateFreq, ui->txtDelRead, ui->txtDelUnread, ui->txtUserNameField,
-                             ui->txtPasswordField, ui->txtSearchString, ui->txtSearchLimit})
+    for (QLineEdit *field :
+         {ui->txtUpdateFreq, ui->txtDelRead, ui->txtDelUnread, ui->txtUserNameField, ui->txtPasswordField})
         field->clear();
-    for (QCheckBox *check : {ui->chkDelRead, ui->chkDelUnread, ui->chkSearchLimit})
+    for (QCheckBox *check : {ui->chkDelRead, ui->chkDelUnread})
         check->setChecked(false);
-    if (m_sourcesCallback)
-        m_sourcesCallback->Shutdown(); // an answer for the last selection is no longer wanted
-    m_sourcesCallback.reset();
-    m_sources.clear();
-    ui->cboSearchSources->clear();
-    m_loadedSearch = {};
+    ui->picSearchSubscription->Clear();
 }
 
 void SubscriptionSettingsEditor::LoadFrequency(qint32 common)
@@ -223,7 +203,7 @@ void SubscriptionSettingsEditor::LoadLogin(const SubscriptionTabValues &values)
 
 void SubscriptionSettingsEditor::LoadOutlookTab()
 {
-    const QScopedValueRollback<bool> loading(m_loading, true);
+    const auto loading = LoadingGuard();
     ShowChoice(ui->btnsStoreLocation, nullptr);
     ShowChoice(ui->btnsContent, nullptr);
     setSpecificFolderName(QString());
@@ -299,7 +279,7 @@ void SubscriptionSettingsEditor::EnableSubscriptionTab()
     ui->chkDelUnread->setEnabled(custom);
     ui->txtDelUnread->setEnabled(custom && ui->chkDelUnread->isChecked());
     ui->cboDelUnread->setEnabled(custom && ui->chkDelUnread->isChecked());
-    EnableSearchLimit();
+    ui->picSearchSubscription->EnableLimit();
 }
 
 void SubscriptionSettingsEditor::EnableOutlookTab()
@@ -309,130 +289,6 @@ void SubscriptionSettingsEditor::EnableOutlookTab()
     ui->cmdStoreInSpecificFolder->setEnabled(specific);
     ui->lblStoreInSpecificFolder->setEnabled(specific);
     ui->chkSubNamedFolder->setEnabled(ui->btnsStoreLocation->checkedButton() != nullptr);
-}
-
-// ---- search subscriptions ----
-
-void SubscriptionSettingsEditor::LoadSearch()
-{
-    m_loadedSearch = SearchUrl::Parse(m_selection.url);
-    if (!SearchUrl::LimitCounts(m_loadedSearch.limit))
-        m_loadedSearch.limit.clear();
-    ui->txtSearchString->setText(m_loadedSearch.keywords);
-    ui->chkSearchLimit->setChecked(!m_loadedSearch.limit.isEmpty());
-    ui->txtSearchLimit->setText(m_loadedSearch.limit);
-    RequestSearchSources();
-}
-
-void SubscriptionSettingsEditor::RequestSearchSources()
-{
-    auto callback = std::make_shared<CBSearchSources>();
-    callback->Setup(this);
-    m_sourcesCallback = callback;
-    try {
-        SubscriptionSettingsStore(*m_client).RequestSearchSources(callback);
-    } catch (const quillon::EngineError &error) {
-        qCWarning(lcEditor) << "search sources not requested:" << error.message();
-        callback->Shutdown();
-        m_sourcesCallback.reset();
-    }
-}
-
-void SubscriptionSettingsEditor::EventSearchSourcesCallback(qint32 message)
-{
-    m_sourcesCallback.reset();
-    QList<SearchSource> sources;
-    try {
-        sources = SubscriptionSettingsStore(*m_client).ReadSearchSources(message);
-    } catch (const quillon::EngineError &error) {
-        qCWarning(lcEditor) << "search sources unreadable:" << error.message();
-    }
-    {
-        const QScopedValueRollback<bool> loading(m_loading, true);
-        m_sources = sources;
-        ShowSources();
-    }
-    EnableSubscriptionTab();
-}
-
-void SubscriptionSettingsEditor::ShowSources()
-{
-    ui->cboSearchSources->clear();
-    qsizetype chosen = -1;
-    for (qsizetype i = 0; i < m_sources.size(); ++i) {
-        ui->cboSearchSources->addItem(m_sources.at(i).title);
-        if (m_sources.at(i).guid == m_loadedSearch.guid)
-            chosen = i;
-    }
-    ui->cboSearchSources->setCurrentIndex(int(chosen));
-    if (!ui->chkSearchLimit->isChecked())
-        ShowSourceLimit();
-}
-
-const SearchSource *SubscriptionSettingsEditor::ChosenSource() const
-{
-    const int index = ui->cboSearchSources->currentIndex();
-    return index >= 0 && index < m_sources.size() ? &m_sources.at(index) : nullptr;
-}
-
-bool SubscriptionSettingsEditor::SourceGivesLimit() const
-{
-    const SearchSource *source = ChosenSource();
-    return !source || SearchUrl::LimitCounts(source->defaultLimit);
-}
-
-void SubscriptionSettingsEditor::OnSearchSourceChosen()
-{
-    if (m_loading)
-        return;
-    ShowSourceLimit();
-    EnableSearchLimit();
-    SetDirty(true);
-}
-
-void SubscriptionSettingsEditor::ShowSourceLimit()
-{
-    const SearchSource *source = ChosenSource();
-    if (!source)
-        return;
-    if (SourceGivesLimit()) {
-        ui->txtSearchLimit->setText(source->defaultLimit);
-    } else {
-        ui->txtSearchLimit->setText(kNotApplicable);
-        ui->chkSearchLimit->setChecked(false);
-    }
-}
-
-void SubscriptionSettingsEditor::EnableSearchLimit()
-{
-    const bool limit = SourceGivesLimit();
-    ui->chkSearchLimit->setEnabled(limit);
-    ui->txtSearchLimit->setEnabled(limit && ui->chkSearchLimit->isChecked());
-}
-
-SearchUrl SubscriptionSettingsEditor::SearchInForm() const
-{
-    const SearchSource *source = ChosenSource();
-    SearchUrl search;
-    search.guid = source ? source->guid : m_loadedSearch.guid;
-    search.keywords = ui->txtSearchString->text();
-    if (ui->chkSearchLimit->isChecked() && SourceGivesLimit()) {
-        qint32 limit = TimeField::WholeNumber(ui->txtSearchLimit->text(), kSearchLimitField);
-        if (source)
-            limit = SearchUrl::ClampLimit(limit, *source);
-        search.limit = QString::number(limit);
-    }
-    return search;
-}
-
-std::optional<QString> SubscriptionSettingsEditor::ReadSearchUrlEdit()
-{
-    if (!IsSearchSelection())
-        return std::nullopt;
-    const SearchUrl search = SearchInForm();
-    if (search == m_loadedSearch)
-        return std::nullopt;
-    return SubscriptionSettingsStore(*m_client).SearchUrlText(search);
 }
 
 // ---- the Outlook folder ----
@@ -452,7 +308,7 @@ void SubscriptionSettingsEditor::PickSpecificFolder()
         return;
     setSpecificFolderName(folder->path);
     m_specificFolderId = folder->folderId;
-    SetDirty(true);
+    MarkDirty();
 }
 
 void SubscriptionSettingsEditor::setStoreNamedFolderCheck(bool checked)
@@ -539,7 +395,8 @@ SubscriptionTabEdits SubscriptionSettingsEditor::ReadSubscriptionEdits()
         edits.user = ui->txtUserNameField->text();
         edits.password = ui->txtPasswordField->text();
     }
-    edits.url = ReadSearchUrlEdit();
+    if (IsSearchSelection())
+        edits.url = ui->picSearchSubscription->EditedUrl();
     return edits;
 }
 
@@ -566,7 +423,7 @@ void SubscriptionSettingsEditor::ApplySubscriptionTab(const QList<qint32> &ids)
         store.WriteSubscriptionTab(id, edits);
     if (edits.url) {
         m_selection.url = *edits.url;
-        m_loadedSearch = SearchUrl::Parse(*edits.url);
+        ui->picSearchSubscription->SetStored(*edits.url);
     }
     if (edits.folderTitle) {
         m_loadedTitle = m_selection.title = *edits.folderTitle;
@@ -585,11 +442,16 @@ void SubscriptionSettingsEditor::ApplyOutlookTab(const QList<qint32> &ids)
         store.WriteOutlookTab(id, edits);
 }
 
-bool SubscriptionSettingsEditor::Apply()
+bool SubscriptionSettingsEditor::SafeToApply()
+{
+    return !HasSelection() || CheckOutlookTabSettings();
+}
+
+bool SubscriptionSettingsEditor::WriteSelection()
 {
     if (!HasSelection())
         return true;
-    if (!CheckOutlookTabSettings())
+    if (!SafeToApply())
         return false;
     ApplySubscriptionTab(m_selection.subscriptionIds);
     ApplyOutlookTab(m_selection.subscriptionIds);
@@ -610,7 +472,7 @@ bool SubscriptionSettingsEditor::ApplyEdits()
 {
     try {
         CorrectUpdateFreq();
-        if (!Apply())
+        if (!WriteSelection())
             return false;
     } catch (const FieldError &error) {
         ShowAlert(this, kNotSaved, error.message());
@@ -624,9 +486,19 @@ bool SubscriptionSettingsEditor::ApplyEdits()
     return true;
 }
 
+void SubscriptionSettingsEditor::Apply()
+{
+    ApplyEdits();
+}
+
+void SubscriptionSettingsEditor::LoadValues()
+{
+    LoadSelection(m_selection);
+}
+
 int SubscriptionSettingsEditor::CommitCurrentEdits(bool allowCancel)
 {
-    if (!m_dirty)
+    if (!Dirty())
         return 0;
     int answer = AskDoYouWantToSave(this, kSaveQuestion, QString());
     if (answer == frmDoYouWantToSave::ResultCancel && !allowCancel)

@@ -1,21 +1,16 @@
 #pragma once
 
+#include "ConfigPage.h"
 #include "EditorSelection.h"
-#include "SearchSource.h"
-#include "SearchUrl.h"
 #include "SubscribeClient.h"
 #include "SubscriptionSettingsValues.h"
 
-#include <QWidget>
-
 #include <memory>
-#include <optional>
 
 class QAbstractButton;
 class QButtonGroup;
 class QComboBox;
 class QLineEdit;
-class CBSearchSources;
 
 namespace Ui {
 class SubscriptionSettingsEditor;
@@ -23,7 +18,8 @@ class SubscriptionSettingsEditor;
 
 // The settings tabs beside the tree: what the selected subscription, or every subscription
 // under the selected category, has in common, and the writing back of what the user changed.
-class SubscriptionSettingsEditor : public QWidget
+// A page of the main window: it reports changes to its host.
+class SubscriptionSettingsEditor : public ConfigPage
 {
     Q_OBJECT
 public:
@@ -38,7 +34,12 @@ public:
     bool ApplyEdits();
     // 0 when not dirty; else asks and returns 6 (applied), 7 (dropped) or 2 (cancelled).
     int CommitCurrentEdits(bool allowCancel);
-    [[nodiscard]] bool IsDirty() const { return m_dirty; }
+    [[nodiscard]] bool IsDirty() const { return Dirty(); }
+
+    // The page operations: Apply is the apply command, LoadValues reads the selection again.
+    void Apply() override;
+    bool SafeToApply() override;
+    void LoadValues() override;
 
     void LoadSubscriptionTab();
     void LoadOutlookTab();
@@ -53,7 +54,7 @@ public:
     void ApplySubscriptionTab(const QList<qint32> &ids);
     void ApplyOutlookTab(const QList<qint32> &ids);
     // Checks and applies both tabs to the selection; false when the check stops it.
-    bool Apply();
+    bool WriteSelection();
 
     // "1", "0" or "NothingCommon".
     [[nodiscard]] QString RadioEnclosure() const;
@@ -62,10 +63,7 @@ public:
     void setStoreNamedFolderCheck(bool checked);
     void setSpecificFolderName(const QString &path);
 
-    Q_INVOKABLE void EventSearchSourcesCallback(qint32 message);
-
 Q_SIGNALS:
-    void DirtyChanged(bool dirty);
     // An apply changed the subscription's title.
     void TitleApplied(const QString &newTitle);
     // An apply wrote the selection; the tree and details may show something new.
@@ -75,7 +73,6 @@ private:
     void ConnectChangeEvents();
     void OnFieldChanged();
     void OnOptionChanged();
-    void SetDirty(bool dirty);
     [[nodiscard]] bool HasSelection() const;
     [[nodiscard]] bool IsSearchSelection() const;
 
@@ -83,20 +80,10 @@ private:
     void LoadFrequency(qint32 common);
     void LoadDeletion(qint32 read, qint32 unread);
     void LoadLogin(const SubscriptionTabValues &values);
-    void LoadSearch();
-    void RequestSearchSources();
-    void ShowSources();
-    void OnSearchSourceChosen();
-    void ShowSourceLimit();
-    void EnableSearchLimit();
     void PickSpecificFolder();
 
     [[nodiscard]] SubscriptionTabEdits ReadSubscriptionEdits();
     [[nodiscard]] OutlookTabEdits ReadOutlookEdits() const;
-    [[nodiscard]] std::optional<QString> ReadSearchUrlEdit();
-    [[nodiscard]] SearchUrl SearchInForm() const;
-    [[nodiscard]] const SearchSource *ChosenSource() const;
-    [[nodiscard]] bool SourceGivesLimit() const;
     void CorrectUpdateFreq();
 
     static void ShowChoice(QButtonGroup *group, QAbstractButton *chosen);
@@ -106,11 +93,6 @@ private:
     quillon::SubscribeClientPtr m_client;
     EditorSelection m_selection;
     EngineTimeDefaults m_defaults;
-    bool m_loading = false;
-    bool m_dirty = false;
     QString m_loadedTitle;
-    SearchUrl m_loadedSearch;
-    QList<SearchSource> m_sources;
-    std::shared_ptr<CBSearchSources> m_sourcesCallback;
     QString m_specificFolderId;
 };

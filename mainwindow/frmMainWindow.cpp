@@ -117,7 +117,9 @@ void frmMainWindow::SetupSettingsEditor()
 {
     m_editor = new SubscriptionSettingsEditor(ui->fraSettingsEditor);
     ui->layoutSettingsEditor->addWidget(m_editor);
-    connect(m_editor, &SubscriptionSettingsEditor::DirtyChanged, ui->cmdApply, &QWidget::setEnabled);
+    m_editor->SetHost(this);
+    // The page turns Apply on through OnStatusChange; its clean state turns it off.
+    connect(m_editor, &ConfigPage::DirtyChanged, ui->cmdApply, &QWidget::setEnabled);
     connect(m_editor, &SubscriptionSettingsEditor::TitleApplied, this, &frmMainWindow::OnTitleApplied);
     connect(m_editor, &SubscriptionSettingsEditor::Applied, this, [this] { ShowDetails(CurrentNode()); });
 }
@@ -755,7 +757,7 @@ void frmMainWindow::ImportOPMLFile(const QString &path)
 
 void frmMainWindow::OnApply()
 {
-    m_editor->ApplyEdits();
+    m_editor->Apply();
     ShowDetails(CurrentNode());
 }
 

@@ -37,9 +37,8 @@ public:
     void Apply() override { SetDirty(false); }
     void LoadValues() override
     {
-        SetLoading(true);
+        const auto loading = LoadingGuard();
         field->setText(QStringLiteral("stored"));
-        SetLoading(false);
     }
     void Hover() { ShowHotHelp(QStringLiteral("txtField")); }
 

@@ -3,7 +3,7 @@
 #include "CBSearchSources.h"
 #include "CBSubOPML.h"
 #include "CBUpdateSub.h"
-#include "SubscriptionSettingsEditor.h"
+#include "SearchSubscriptionPanel.h"
 #include "frmMainWindow.h"
 
 #include <QMetaMethod>
@@ -68,7 +68,7 @@ void HandlerNamesTest::everyTargetOffersTheHandlersItIsSent()
                              {std::make_shared<CBConnect>(), std::make_shared<CBAddSub>(),
                               std::make_shared<CBUpdateSub>()}),
              QStringList());
-    QCOMPARE(MissingHandlers(SubscriptionSettingsEditor::staticMetaObject, {std::make_shared<CBSearchSources>()}),
+    QCOMPARE(MissingHandlers(SearchSubscriptionPanel::staticMetaObject, {std::make_shared<CBSearchSources>()}),
              QStringList());
 }
 
