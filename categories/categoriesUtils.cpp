@@ -327,4 +327,35 @@ CategoryNode *CopyNodeTo(CategoryTree &tree, CategoryNode &node, CategoryNode *n
     return copy;
 }
 
+CategoryNode *FindSubscriptionNode(const CategoryTree &tree, qint32 subscriptionId)
+{
+    const QString tag = QString::number(subscriptionId);
+    QList<CategoryNode *> pending;
+    for (int i = 0; i < tree.topLevelCount(); ++i)
+        pending.append(tree.topLevelNode(i));
+    while (!pending.isEmpty()) {
+        CategoryNode *node = pending.takeLast();
+        if (node->tag() == tag)
+            return node;
+        for (int i = 0; i < node->childCount(); ++i)
+            pending.append(node->child(i));
+    }
+    return nullptr;
+}
+
+CategoryNode *FindSelectedCategory(const CategoryTree &tree, const CategoryNode *parent)
+{
+    const int count = parent ? parent->childCount() : tree.topLevelCount();
+    for (int i = 0; i < count; ++i) {
+        CategoryNode *node = parent ? parent->child(i) : tree.topLevelNode(i);
+        if (!IsCategory(node))
+            continue;
+        if (node->selected())
+            return node;
+        if (CategoryNode *found = FindSelectedCategory(tree, node))
+            return found;
+    }
+    return nullptr;
+}
+
 } // namespace categoriesUtils

@@ -62,6 +62,11 @@ struct CategoryPath
     QString key;
     QString path;
 };
+// The subscription's node, or null.
+[[nodiscard]] CategoryNode *FindSubscriptionNode(const CategoryTree &tree, qint32 subscriptionId);
+// The first category marked selected under the node (null: the whole tree), depth first.
+[[nodiscard]] CategoryNode *FindSelectedCategory(const CategoryTree &tree, const CategoryNode *parent = nullptr);
+
 // Categories under the node (null: the whole tree), each before its children.
 [[nodiscard]] QList<CategoryPath> CollectCategoryPaths(const CategoryTree &tree, const CategoryNode *node);
 

@@ -129,3 +129,15 @@ CategoryNode *SubscriptionListLoader::Place(CategoryTree &tree, qint32 id, const
         categoriesUtils::UpdateParentState(*parent);
     return node;
 }
+
+void SubscriptionListLoader::ReadStatus(quillon::SubscribeClient &client, qint32 id, SubscriptionFacts &facts,
+                                        SubscriptionStatus &status)
+{
+    HandleGuard item(client, client.GetItemBag(kNewsClass, id, 0));
+    facts.url = client.GetStringValue(item.get(), QStringLiteral("URL"));
+    status.lastStatus = client.GetStringValue(item.get(), QStringLiteral("LASTUPDATESTATUS"));
+    status.lastCheck = client.GetStringValue(item.get(), QStringLiteral("LastDateCheck"));
+    status.nextCheck = client.GetStringValue(item.get(), QStringLiteral("NEXTUPDATETIME"));
+    facts.readCount = client.GetLongValue(item.get(), QStringLiteral("ITEMREADCOUNT"));
+    facts.unreadCount = client.GetLongValue(item.get(), QStringLiteral("ITEMUNREADCOUNT"));
+}

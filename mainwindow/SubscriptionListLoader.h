@@ -18,6 +18,14 @@ struct SubscriptionFacts
     qint32 unreadCount = quillon::kMissing;
 };
 
+// What the details pane shows beside the facts, as the engine gives it.
+struct SubscriptionStatus
+{
+    QString lastStatus = quillon::kMissingText;
+    QString lastCheck = quillon::kMissingText;
+    QString nextCheck = quillon::kMissingText;
+};
+
 // Builds the tree of categories and subscriptions from the saved categories and the engine.
 // One GetItemBag per subscription; every other step is a hash or sorted-insert lookup.
 class SubscriptionListLoader
@@ -44,6 +52,10 @@ public:
     [[nodiscard]] static QString NodeText(const QString &folderTitle, const QString &title,
                                           const QString &url);
     [[nodiscard]] static bool HasValue(const QString &text);
+    // Reads the subscription's status and brings its facts up to date; what was read before
+    // a failure stays. Throws quillon::EngineError.
+    static void ReadStatus(quillon::SubscribeClient &client, qint32 id, SubscriptionFacts &facts,
+                           SubscriptionStatus &status);
 
 private:
     void LoadSavedCategories(Result &result);

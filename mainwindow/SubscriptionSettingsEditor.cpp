@@ -1,6 +1,7 @@
 #include "SubscriptionSettingsEditor.h"
 
 #include "FieldError.h"
+#include "FormControls.h"
 #include "PropertyBag.h"
 #include "QLUtils.h"
 #include "SearchSubscriptionPanel.h"
@@ -15,6 +16,8 @@
 
 Q_LOGGING_CATEGORY(lcEditor, "corvell.mainwindow.editor")
 
+using FormControls::ShowChoice;
+using FormControls::ShowTime;
 using Kind = EditorSelection::Kind;
 using Rules = SettingsEditorRules;
 
@@ -234,26 +237,6 @@ void SubscriptionSettingsEditor::LoadOutlookTab()
                                 : values.articleTheme == kThemeFull    ? ui->optFullContent
                                 : values.articleTheme == kThemeDefault ? ui->optDefaultContent
                                                                        : nullptr);
-}
-
-void SubscriptionSettingsEditor::ShowChoice(QButtonGroup *group, QAbstractButton *chosen)
-{
-    if (chosen) {
-        chosen->setChecked(true);
-        return;
-    }
-    // An exclusive group cannot show "nothing chosen" by itself.
-    group->setExclusive(false);
-    for (QAbstractButton *button : group->buttons())
-        button->setChecked(false);
-    group->setExclusive(true);
-}
-
-void SubscriptionSettingsEditor::ShowTime(QLineEdit *number, QComboBox *unit, qint32 seconds)
-{
-    const TimeDisplay display = TimeField::Display(seconds);
-    number->setText(QString::number(display.amount));
-    unit->setCurrentIndex(display.unitIndex);
 }
 
 // ---- enabling ----

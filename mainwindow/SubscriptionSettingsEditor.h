@@ -7,11 +7,6 @@
 
 #include <memory>
 
-class QAbstractButton;
-class QButtonGroup;
-class QComboBox;
-class QLineEdit;
-
 namespace Ui {
 class SubscriptionSettingsEditor;
 }
@@ -85,9 +80,6 @@ private:
     [[nodiscard]] SubscriptionTabEdits ReadSubscriptionEdits();
     [[nodiscard]] OutlookTabEdits ReadOutlookEdits() const;
     void CorrectUpdateFreq();
-
-    static void ShowChoice(QButtonGroup *group, QAbstractButton *chosen);
-    static void ShowTime(QLineEdit *number, QComboBox *unit, qint32 seconds);
 
     std::unique_ptr<Ui::SubscriptionSettingsEditor> ui;
     quillon::SubscribeClientPtr m_client;
