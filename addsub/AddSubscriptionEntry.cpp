@@ -1,36 +1,12 @@
 #include "AddSubscriptionEntry.h"
 
-#include "CategoryTree.h"
 #include "ClientAccess.h"
-#include "categoriesUtils.h"
+#include "ConfigHost.h"
 #include "frmAddSubscription.h"
-#include "frmMainWindow.h"
 #include "frmPreviewSubscription.h"
 #include "OpmlImport.h"
 
-#include <algorithm>
-#include <functional>
-
 namespace AddSubscriptionEntry {
-
-QStringList CategoryPaths(const CategoryTree &tree)
-{
-    QList<const CategoryNode *> categories;
-    std::function<void(const CategoryNode *)> visit = [&](const CategoryNode *node) {
-        if (categoriesUtils::IsCategory(node))
-            categories << node;
-        for (int i = 0; i < node->childCount(); ++i)
-            visit(node->child(i));
-    };
-    for (int i = 0; i < tree.topLevelCount(); ++i)
-        visit(tree.topLevelNode(i));
-    std::sort(categories.begin(), categories.end(),
-              [](const CategoryNode *a, const CategoryNode *b) { return a->indexOrder() < b->indexOrder(); });
-    QStringList paths;
-    for (const CategoryNode *node : categories)
-        paths << node->fullPath();
-    return paths;
-}
 
 bool OpenPreview(QWidget *owner, QObject *host, const QString &title, const QString &url, bool noAdd)
 {
@@ -42,10 +18,10 @@ bool OpenPreview(QWidget *owner, QObject *host, const QString &title, const QStr
 
 void OpenAddSubscription(QWidget *owner, const QString &importPath)
 {
-    auto *window = qobject_cast<frmMainWindow *>(owner);
+    const auto *host = dynamic_cast<const ConfigHost *>(owner);
     frmAddSubscription wizard(owner);
     wizard.SetHost(owner);
-    wizard.Initialize(window ? CategoryPaths(window->Tree()) : QStringList());
+    wizard.Initialize(host ? host->Categories() : QStringList());
     wizard.SetPreviewOpener([owner](QWidget *parent, const QString &title, const QString &url) {
         return OpenPreview(parent, owner, title, url, false);
     });

@@ -4,7 +4,6 @@
 
 #include <QStringList>
 
-class CategoryTree;
 class QObject;
 class QWidget;
 
@@ -13,8 +12,6 @@ namespace AddSubscriptionEntry {
 
 // The wizard and preview hooks of the main window.
 [[nodiscard]] MainWindowEntryPoints EntryPoints();
-// The category nodes' paths, in the order they were added to the tree.
-[[nodiscard]] QStringList CategoryPaths(const CategoryTree &tree);
 // Opens the wizard over the main window, on the import tab with the file when one is given.
 void OpenAddSubscription(QWidget *owner, const QString &importPath = QString());
 // Shows the preview modally; true when it was closed with its add command.

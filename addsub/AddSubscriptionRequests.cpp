@@ -4,13 +4,15 @@
 #include "CBRootOPML.h"
 #include "CBSubOPML.h"
 #include "ConsumerSettings.h"
+#include "EngineNames.h"
 #include "HandleGuard.h"
+#include "HandlerNames.h"
 #include "PropertyBag.h"
 
+using EngineNames::kNewsClass;
 using quillon::Handle;
 
 namespace {
-const QString kNews = QStringLiteral("NEWS");
 // Where the engine keeps the directory it ships, when the setting was never written.
 const QString kShippedDirectory = QStringLiteral("quillon-data:directory/root.opml");
 } // namespace
@@ -27,7 +29,7 @@ void AddSubscriptionRequests::RequestRootList(QObject *target)
     callback->Setup(target);
     HandleGuard request(*m_client, m_client->NewBag());
     m_client->SetStringValue(request.get(), QStringLiteral("REQUEST"), QStringLiteral("FETCHOPML"));
-    m_client->SetStringValue(request.get(), QStringLiteral("CLASS"), kNews);
+    m_client->SetStringValue(request.get(), QStringLiteral("CLASS"), kNewsClass);
     m_client->SetStringValue(request.get(), QStringLiteral("URL"), url);
     m_client->SubmitRequest(request.get(), callback);
 }
@@ -38,7 +40,7 @@ void AddSubscriptionRequests::RequestOutlineList(QObject *target, qint32 tag, co
     callback->Setup(target, tag);
     HandleGuard request(*m_client, m_client->NewBag());
     m_client->SetStringValue(request.get(), QStringLiteral("REQUEST"), QStringLiteral("FETCHOPML"));
-    m_client->SetStringValue(request.get(), QStringLiteral("CLASS"), kNews);
+    m_client->SetStringValue(request.get(), QStringLiteral("CLASS"), kNewsClass);
     m_client->SetStringValue(request.get(), QStringLiteral("URL"), address);
     m_client->SubmitRequest(request.get(), callback);
 }
@@ -55,12 +57,12 @@ void AddSubscriptionRequests::SubmitList(QObject *target, const QString &list, c
 
 void AddSubscriptionRequests::RequestSearchSources(QObject *target)
 {
-    SubmitList(target, QStringLiteral("SEARCHSOURCES"), "EventSearchSourcesCallback");
+    SubmitList(target, QStringLiteral("SEARCHSOURCES"), HandlerNames::EventSearchSourcesCallback);
 }
 
 void AddSubscriptionRequests::RequestImportSources(QObject *target)
 {
-    SubmitList(target, QStringLiteral("IMPORT"), "EventImportSourcesCallback");
+    SubmitList(target, QStringLiteral("IMPORT"), HandlerNames::EventImportSourcesCallback);
 }
 
 QList<std::pair<QString, QString>> AddSubscriptionRequests::ReadRootRows(Handle result) const
@@ -130,12 +132,12 @@ const QHash<QString, qint32> &AddSubscriptionRequests::Subscribed()
     if (m_subscribed)
         return *m_subscribed;
     m_subscribed.emplace();
-    HandleGuard ids(*m_client, m_client->ListConsumerItems(QStringLiteral("*"), kNews));
+    HandleGuard ids(*m_client, m_client->ListConsumerItems(QStringLiteral("*"), kNewsClass));
     for (qint32 i = 0, n = m_client->ListCount(ids.get()); i < n; ++i) {
         const qint32 id = m_client->ListLong(ids.get(), i);
         if (id < 1 || id == quillon::kMissing)
             continue;
-        HandleGuard bag(*m_client, m_client->GetItemBag(kNews, id, 0));
+        HandleGuard bag(*m_client, m_client->GetItemBag(kNewsClass, id, 0));
         if (bag.isValid())
             m_subscribed->insert(m_client->GetStringValue(bag.get(), QStringLiteral("URL")), id);
     }

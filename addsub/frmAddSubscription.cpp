@@ -6,6 +6,7 @@
 #include "CategoryChoices.h"
 #include "ClientAccess.h"
 #include "ConsumerSettings.h"
+#include "DialogAnswer.h"
 #include "HandleGuard.h"
 #include "ImportTab.h"
 #include "OutlineWalk.h"
@@ -30,7 +31,6 @@ const QString kConsumer = QStringLiteral("CONFIGCONSUMER");
 const QString kDefaults = QStringLiteral("ConfigDefaults");
 const QString kBrowsePref = QStringLiteral("AddToCategoryPref_browse");
 const QString kImportPref = QStringLiteral("AddToCategoryPref_import");
-constexpr int kAnswerNo = 7;
 constexpr qsizetype kAddsSentAtOnce = 25;
 } // namespace
 
@@ -252,7 +252,7 @@ void frmAddSubscription::OnTabChanged(int index)
 
 void frmAddSubscription::OnSwitchTimer()
 {
-    if (AskPendingChanges() != kAnswerNo) {
+    if (AskPendingChanges() != DialogAnswer::No) {
         // The question has already emptied the queue on Yes, so this adds the list's current row.
         if (FeedListPanel *list = ListOfTab(m_currentTab))
             PerformActions(*list, ListCategory(m_currentTab));
@@ -262,13 +262,13 @@ void frmAddSubscription::OnSwitchTimer()
     m_switching = false;
 }
 
-int frmAddSubscription::AskPendingChanges()
+DialogAnswer frmAddSubscription::AskPendingChanges()
 {
     const QString activity =
         m_currentTab == ImportTabIndex ? QStringLiteral("Importing") : QStringLiteral("Browsing");
     const PendingActions::Question q = PendingActions::BuildQuestion(activity, m_pending.CountActions());
-    const int answer = AskQuestion(this, q.sentence, q.question, q.kind);
-    if (answer != kAnswerNo)
+    const DialogAnswer answer = fromMessageBoxCode(AskQuestion(this, q.sentence, q.question, q.kind));
+    if (answer != DialogAnswer::No)
         m_pending.Reset();
     return answer;
 }

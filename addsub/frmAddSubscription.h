@@ -1,6 +1,7 @@
 #pragma once
 
 #include "AddSubscriptionRequests.h"
+#include "DialogAnswer.h"
 #include "PendingActions.h"
 
 #include <QDialog>
@@ -54,8 +55,8 @@ public:
     void Dispose();
 
     void SetPreviewOpener(PreviewOpener opener) { m_openPreview = std::move(opener); }
-    // Asks the pending-changes question; the answer is a message-box code (7 keeps the actions).
-    int AskPendingChanges();
+    // Asks the pending-changes question; No keeps the actions.
+    DialogAnswer AskPendingChanges();
 
 private:
     void BuildTabs();

@@ -1,6 +1,7 @@
 #include "frmPreviewSubscription.h"
 
 #include "CBPreviewSub.h"
+#include "EngineNames.h"
 #include "HandleGuard.h"
 #include "PreviewAnswer.h"
 #include "PropertyBag.h"
@@ -78,7 +79,7 @@ void frmPreviewSubscription::RequestPreview()
     auto callback = std::make_shared<CBPreviewSub>();
     callback->Setup(this);
     try {
-        m_requestId = m_client->RequestPreview(QStringLiteral("NEWS"), m_url, callback);
+        m_requestId = m_client->RequestPreview(EngineNames::kNewsClass, m_url, callback);
     } catch (const std::exception &e) {
         qCWarning(lcPreview) << "preview request failed:" << e.what();
         ShowError();

@@ -58,7 +58,7 @@ double openWizardMillis(const CategoryTree &tree)
     QElapsedTimer timer;
     timer.start();
     frmAddSubscription wizard;
-    wizard.Initialize(AddSubscriptionEntry::CategoryPaths(tree));
+    wizard.Initialize(categoriesUtils::CategoryPathsInIndexOrder(tree));
     wizard.show();
     QCoreApplication::processEvents();
     return timer.nsecsElapsed() / 1e6;

@@ -358,4 +358,17 @@ CategoryNode *FindSelectedCategory(const CategoryTree &tree, const CategoryNode 
     return nullptr;
 }
 
+QStringList CategoryPathsInIndexOrder(const CategoryTree &tree)
+{
+    QList<const CategoryNode *> categories;
+    for (const CategoryPath &category : CollectCategoryPaths(tree, nullptr))
+        categories.append(tree.findByKey(category.key));
+    std::sort(categories.begin(), categories.end(),
+              [](const CategoryNode *a, const CategoryNode *b) { return a->indexOrder() < b->indexOrder(); });
+    QStringList paths;
+    for (const CategoryNode *category : std::as_const(categories))
+        paths.append(category->fullPath());
+    return paths;
+}
+
 } // namespace categoriesUtils

@@ -67,6 +67,9 @@ struct CategoryPath
 // The first category marked selected under the node (null: the whole tree), depth first.
 [[nodiscard]] CategoryNode *FindSelectedCategory(const CategoryTree &tree, const CategoryNode *parent = nullptr);
 
+// Every category's full path, in the order the categories were added to the tree.
+[[nodiscard]] QStringList CategoryPathsInIndexOrder(const CategoryTree &tree);
+
 // Categories under the node (null: the whole tree), each before its children.
 [[nodiscard]] QList<CategoryPath> CollectCategoryPaths(const CategoryTree &tree, const CategoryNode *node);
 

@@ -18,6 +18,8 @@ inline constexpr char EventSubOPMLCallback[] = "EventSubOPMLCallback";
 inline constexpr char EventSubscriptionItemsCallback[] = "EventSubscriptionItemsCallback";
 // The engine's search sources (message bag handle).
 inline constexpr char EventSearchSourcesCallback[] = "EventSearchSourcesCallback";
+// The feed readers the engine can import from (message bag handle).
+inline constexpr char EventImportSourcesCallback[] = "EventImportSourcesCallback";
 // The status line (text).
 inline constexpr char SetStatusText[] = "SetStatusText";
 // Reload the list and tree after the last add came back (no arguments).

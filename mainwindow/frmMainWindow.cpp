@@ -174,15 +174,7 @@ void frmMainWindow::SetBusy(bool busy)
 
 QStringList frmMainWindow::Categories() const
 {
-    QList<const CategoryNode *> categories;
-    for (const CategoryPath &category : CollectCategoryPaths(m_tree, nullptr))
-        categories.append(m_tree.findByKey(category.key));
-    std::sort(categories.begin(), categories.end(),
-              [](const CategoryNode *a, const CategoryNode *b) { return a->indexOrder() < b->indexOrder(); });
-    QStringList paths;
-    for (const CategoryNode *category : std::as_const(categories))
-        paths.append(category->fullPath());
-    return paths;
+    return CategoryPathsInIndexOrder(m_tree);
 }
 
 // ---- Form load and close ---------------------------------------------------------------

@@ -1,10 +1,16 @@
 #include "CBAddSub.h"
 #include "CBConnect.h"
+#include "CBNamedAnswer.h"
+#include "CBPreviewSub.h"
+#include "CBRootOPML.h"
 #include "CBSearchSources.h"
 #include "CBSubOPML.h"
 #include "CBUpdateSub.h"
+#include "HandlerNames.h"
 #include "SearchSubscriptionPanel.h"
+#include "frmAddSubscription.h"
 #include "frmMainWindow.h"
+#include "frmPreviewSubscription.h"
 
 #include <QMetaMethod>
 #include <QTest>
@@ -69,6 +75,13 @@ void HandlerNamesTest::everyTargetOffersTheHandlersItIsSent()
                               std::make_shared<CBUpdateSub>()}),
              QStringList());
     QCOMPARE(MissingHandlers(SearchSubscriptionPanel::staticMetaObject, {std::make_shared<CBSearchSources>()}),
+             QStringList());
+    QCOMPARE(MissingHandlers(frmAddSubscription::staticMetaObject,
+                             {std::make_shared<CBRootOPML>(), std::make_shared<CBSubOPML>(),
+                              std::make_shared<CBNamedAnswer>(HandlerNames::EventSearchSourcesCallback),
+                              std::make_shared<CBNamedAnswer>(HandlerNames::EventImportSourcesCallback)}),
+             QStringList());
+    QCOMPARE(MissingHandlers(frmPreviewSubscription::staticMetaObject, {std::make_shared<CBPreviewSub>()}),
              QStringList());
 }
 
