@@ -108,7 +108,8 @@ int main(int argc, char *argv[])
     if (qEnvironmentVariableIsEmpty("QT_NO_GLIB"))
         qputenv("QT_NO_GLIB", "1");
     QCoreApplication app(argc, argv);
-    QLoggingCategory::setFilterRules(QStringLiteral("corvell.quillon.*.debug=false\ncorvell.quillon.*.info=false"));
+    QLoggingCategory::setFilterRules(
+        QStringLiteral("corvell.quillon.*.debug=false\ncorvell.quillon.*.info=false"));
     const QStringList args = app.arguments();
     const int feeds = args.size() > 1 ? args.at(1).toInt() : 100;
     const QString script = args.size() > 2 ? args.at(2) : kDefaultScript;

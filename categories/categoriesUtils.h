@@ -65,7 +65,8 @@ struct CategoryPath
 // The subscription's node, or null.
 [[nodiscard]] CategoryNode *FindSubscriptionNode(const CategoryTree &tree, qint32 subscriptionId);
 // The first category marked selected under the node (null: the whole tree), depth first.
-[[nodiscard]] CategoryNode *FindSelectedCategory(const CategoryTree &tree, const CategoryNode *parent = nullptr);
+[[nodiscard]] CategoryNode *FindSelectedCategory(const CategoryTree &tree,
+                                                 const CategoryNode *parent = nullptr);
 
 // Every category's full path, in the order the categories were added to the tree.
 [[nodiscard]] QStringList CategoryPathsInIndexOrder(const CategoryTree &tree);

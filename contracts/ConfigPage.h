@@ -40,9 +40,15 @@ protected:
     void SetDirty(bool dirty);
     [[nodiscard]] bool Loading() const { return m_loading; }
     // While the guard lives, field changes are the page filling its fields, not the user.
-    [[nodiscard]] QScopedValueRollback<bool> LoadingGuard() { return QScopedValueRollback<bool>(m_loading, true); }
+    [[nodiscard]] QScopedValueRollback<bool> LoadingGuard()
+    {
+        return QScopedValueRollback<bool>(m_loading, true);
+    }
 
-    void SetHotHelpText(const QString &controlName, const QString &text) { m_hotHelp.insert(controlName, text); }
+    void SetHotHelpText(const QString &controlName, const QString &text)
+    {
+        m_hotHelp.insert(controlName, text);
+    }
     // Shows the control's hot help through the host, once per control in a row.
     void ShowHotHelp(const QString &controlName, const QString &warning = QString());
     [[nodiscard]] const QString &LastHotHelpKey() const { return m_lastHotHelpKey; }

@@ -14,8 +14,9 @@ public:
     void Shutdown() override;
     [[nodiscard]] QList<SentHandler> SentHandlers() const override
     {
-        return CBBase::SentHandlers() + QList<SentHandler>{{HandlerNames::DoDisplayRefresh, {}},
-                                                           {HandlerNames::SetStatusText, {QMetaType::fromType<QString>()}}};
+        return CBBase::SentHandlers() +
+               QList<SentHandler>{{HandlerNames::DoDisplayRefresh, {}},
+                                  {HandlerNames::SetStatusText, {QMetaType::fromType<QString>()}}};
     }
 
 protected:

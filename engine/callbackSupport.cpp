@@ -2,8 +2,8 @@
 
 #include "CBAddSub.h"
 #include "EngineNames.h"
-#include "HandlerNames.h"
 #include "HandleGuard.h"
+#include "HandlerNames.h"
 #include "PropertyBag.h"
 
 #include <QMetaObject>
@@ -40,7 +40,8 @@ const CheckNowRequest &LastCheckNow()
 void SetTargetStatusText(QObject *target, const QString &text)
 {
     if (target)
-        QMetaObject::invokeMethod(target, HandlerNames::SetStatusText, Qt::DirectConnection, Q_ARG(QString, text));
+        QMetaObject::invokeMethod(target, HandlerNames::SetStatusText, Qt::DirectConnection,
+                                  Q_ARG(QString, text));
 }
 
 qint32 RequestAddSubscription(QObject *target, const quillon::SubscribeClientPtr &client,

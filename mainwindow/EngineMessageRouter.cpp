@@ -45,7 +45,8 @@ void EngineMessageRouter::EventSubscribeClientMessage(qint32 message)
         if (result.isValid())
             Dispatch(name, result.get());
     } catch (const std::exception &e) {
-        CLog::SaveMessage(QLatin1String(HandlerNames::EventSubscribeClientMessage), QString::fromUtf8(e.what()));
+        CLog::SaveMessage(QLatin1String(HandlerNames::EventSubscribeClientMessage),
+                          QString::fromUtf8(e.what()));
     }
 }
 

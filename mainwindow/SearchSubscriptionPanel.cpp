@@ -24,7 +24,8 @@ SearchSubscriptionPanel::SearchSubscriptionPanel(QWidget *parent)
             EnableLimit();
         OnEdited();
     });
-    connect(ui->cboSearchSources, &QComboBox::currentIndexChanged, this, &SearchSubscriptionPanel::OnSourceChosen);
+    connect(ui->cboSearchSources, &QComboBox::currentIndexChanged, this,
+            &SearchSubscriptionPanel::OnSourceChosen);
 }
 
 SearchSubscriptionPanel::~SearchSubscriptionPanel()

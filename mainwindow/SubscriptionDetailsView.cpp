@@ -31,7 +31,8 @@ void SubscriptionDetailsView::ShowSubscription(const QString &title, const Subsc
     ui->lblNewArticles->setText(DetailsPane::CountText(facts.unreadCount));
 }
 
-void SubscriptionDetailsView::ShowCategory(const QString &title, const QList<SubscriptionFacts> &subscriptions)
+void SubscriptionDetailsView::ShowCategory(const QString &title,
+                                           const QList<SubscriptionFacts> &subscriptions)
 {
     ui->lblDetailsHeading->setText(DetailsPane::Heading(title));
     ui->stkDetails->setCurrentWidget(ui->picCategoryDetails);

@@ -20,7 +20,8 @@ public:
     ~SubscriptionDetailsView() override;
 
     void ShowNothing();
-    void ShowSubscription(const QString &title, const SubscriptionFacts &facts, const SubscriptionStatus &status);
+    void ShowSubscription(const QString &title, const SubscriptionFacts &facts,
+                          const SubscriptionStatus &status);
     void ShowCategory(const QString &title, const QList<SubscriptionFacts> &subscriptions);
 
 private:

@@ -13,7 +13,6 @@
 #include "frmDoYouWantToSave.h"
 #include "ui_SubscriptionSettingsEditor.h"
 
-
 Q_LOGGING_CATEGORY(lcEditor, "corvell.mainwindow.editor")
 
 using FormControls::ShowChoice;
@@ -64,9 +63,8 @@ void SubscriptionSettingsEditor::SetClient(quillon::SubscribeClientPtr client)
 
 void SubscriptionSettingsEditor::ConnectChangeEvents()
 {
-    for (QLineEdit *field :
-         {ui->txtSubTitle, ui->txtUpdateFreq, ui->txtDelRead, ui->txtDelUnread, ui->txtUserNameField,
-          ui->txtPasswordField})
+    for (QLineEdit *field : {ui->txtSubTitle, ui->txtUpdateFreq, ui->txtDelRead, ui->txtDelUnread,
+                             ui->txtUserNameField, ui->txtPasswordField})
         connect(field, &QLineEdit::textChanged, this, &SubscriptionSettingsEditor::OnFieldChanged);
     for (QComboBox *units : {ui->cboUpdateFreq, ui->cboDelRead, ui->cboDelUnread})
         connect(units, &QComboBox::currentIndexChanged, this, &SubscriptionSettingsEditor::OnFieldChanged);
@@ -467,16 +465,6 @@ bool SubscriptionSettingsEditor::ApplyEdits()
     }
     SetDirty(false);
     return true;
-}
-
-void SubscriptionSettingsEditor::Apply()
-{
-    ApplyEdits();
-}
-
-void SubscriptionSettingsEditor::LoadValues()
-{
-    LoadSelection(m_selection);
 }
 
 int SubscriptionSettingsEditor::CommitCurrentEdits(bool allowCancel)

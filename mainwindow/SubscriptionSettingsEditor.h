@@ -32,9 +32,9 @@ public:
     [[nodiscard]] bool IsDirty() const { return Dirty(); }
 
     // The page operations: Apply is the apply command, LoadValues reads the selection again.
-    void Apply() override;
+    void Apply() override { ApplyEdits(); }
     bool SafeToApply() override;
-    void LoadValues() override;
+    void LoadValues() override { LoadSelection(m_selection); }
 
     void LoadSubscriptionTab();
     void LoadOutlookTab();

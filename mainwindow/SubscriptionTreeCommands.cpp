@@ -83,7 +83,8 @@ bool SubscriptionTreeCommands::Delete(CategoryNode &node, bool ask, CategoryNode
             IsCategory(&node)
                 ? QStringLiteral("Are you sure you want to delete this category and all it's subscriptions?")
                 : QStringLiteral("Are you sure you want to delete the selected subscription(s)?");
-        if (fromMessageBoxCode(AskQuestion(m_owner, question, QString(), QStringLiteral("delete"))) != DialogAnswer::Yes)
+        if (fromMessageBoxCode(AskQuestion(m_owner, question, QString(), QStringLiteral("delete"))) !=
+            DialogAnswer::Yes)
             return false;
     }
     CategoryNode *before = NodeBefore(m_tree, node);

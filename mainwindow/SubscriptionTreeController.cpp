@@ -31,13 +31,17 @@ SubscriptionTreeController::SubscriptionTreeController(CategoryTree &tree, Subsc
       m_model(new CategoryTreeModel(tree, this)), m_commands(tree, owner),
       m_modifierProbe([] { return QGuiApplication::queryKeyboardModifiers(); })
 {
-    m_model->SetToolTipSource([this](const CategoryNode &node) { return m_facts.value(node.tag().toInt()).url; });
+    m_model->SetToolTipSource(
+        [this](const CategoryNode &node) { return m_facts.value(node.tag().toInt()).url; });
     m_view->setModel(m_model);
     connect(m_view->selectionModel(), &QItemSelectionModel::currentChanged, this,
             &SubscriptionTreeController::OnCurrentChanged);
-    connect(m_view, &QTreeView::expanded, this, [this](const QModelIndex &at) { OnExpansionChanged(at, true); });
-    connect(m_view, &QTreeView::collapsed, this, [this](const QModelIndex &at) { OnExpansionChanged(at, false); });
-    connect(m_view, &SubscriptionTreeView::CheckToggleRequested, this, &SubscriptionTreeController::ToggleCheck);
+    connect(m_view, &QTreeView::expanded, this,
+            [this](const QModelIndex &at) { OnExpansionChanged(at, true); });
+    connect(m_view, &QTreeView::collapsed, this,
+            [this](const QModelIndex &at) { OnExpansionChanged(at, false); });
+    connect(m_view, &SubscriptionTreeView::CheckToggleRequested, this,
+            &SubscriptionTreeController::ToggleCheck);
     connect(m_view, &SubscriptionTreeView::DeleteRequested, this, &SubscriptionTreeController::Delete);
     connect(m_view, &SubscriptionTreeView::NodeDropped, this, &SubscriptionTreeController::Drop);
     connect(m_model, &CategoryTreeModel::RenameRequested, this, &SubscriptionTreeController::Rename);
@@ -249,8 +253,9 @@ void SubscriptionTreeController::Delete()
     CategoryNode *node = CurrentNode();
     if (!node || !CommitEdits(true))
         return;
-    const bool suppressed = TextToBool(GetRegistrySetting(QStringLiteral("Quill On"), QStringLiteral("CONFIGCONSUMER"),
-                                                          QStringLiteral("SupressDeleteWarnings"), QString()));
+    const bool suppressed =
+        TextToBool(GetRegistrySetting(QStringLiteral("Quill On"), QStringLiteral("CONFIGCONSUMER"),
+                                      QStringLiteral("SupressDeleteWarnings"), QString()));
     const bool ctrlHeld = m_modifierProbe().testFlag(Qt::ControlModifier);
     CategoryNode *after = nullptr;
     bool deleted = false;

@@ -81,14 +81,16 @@ void frmMainWindow::SetupViews()
         if (CategoryNode *node = m_treeControl->CurrentNode(); IsSubscription(node))
             m_treeControl->Rename(node, newTitle);
     });
-    connect(m_editor, &SubscriptionSettingsEditor::Applied, this, [this] { ShowDetails(m_treeControl->CurrentNode()); });
+    connect(m_editor, &SubscriptionSettingsEditor::Applied, this,
+            [this] { ShowDetails(m_treeControl->CurrentNode()); });
 }
 
 void frmMainWindow::ConnectCommands()
 {
     connect(ui->cmdAdd, &QPushButton::clicked, this, &frmMainWindow::OnAdd);
     connect(ui->cmdDelete, &QPushButton::clicked, m_treeControl, &SubscriptionTreeController::Delete);
-    connect(ui->cmdNewCategory, &QPushButton::clicked, m_treeControl, &SubscriptionTreeController::NewCategory);
+    connect(ui->cmdNewCategory, &QPushButton::clicked, m_treeControl,
+            &SubscriptionTreeController::NewCategory);
     connect(ui->cmdPreviewThisFeed, &QPushButton::clicked, this, &frmMainWindow::OnPreviewThisFeed);
     connect(ui->cmdPrefs, &QPushButton::clicked, this, &frmMainWindow::OnPrefs);
     connect(ui->cmdAbout, &QPushButton::clicked, this, [this] { frmAbout(this).exec(); });

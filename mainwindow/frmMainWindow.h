@@ -63,8 +63,14 @@ public:
     void ImportOPMLFile(const QString &path);
 
     // The handlers callbacks call by name, and the tick's work (the deferred-refresh flush).
-    Q_INVOKABLE void EventSubscribeClientMessage(qint32 message) { m_router.EventSubscribeClientMessage(message); }
-    Q_INVOKABLE void HandleSubscribeClientCallback(qint32 message) { m_router.HandleSubscribeClientCallback(message); }
+    Q_INVOKABLE void EventSubscribeClientMessage(qint32 message)
+    {
+        m_router.EventSubscribeClientMessage(message);
+    }
+    Q_INVOKABLE void HandleSubscribeClientCallback(qint32 message)
+    {
+        m_router.HandleSubscribeClientCallback(message);
+    }
     Q_INVOKABLE void DoDisplayRefresh() { m_router.DoDisplayRefresh(); }
     Q_INVOKABLE void Run() { m_router.Run(); }
 

@@ -95,7 +95,8 @@ void ConfigPageTest::hotHelpIsShownOncePerControlUntilReset()
     QCOMPARE(host.hotHelp, QStringList{QStringLiteral("Type here")});
     QString answer;
     QVERIFY(QMetaObject::invokeMethod(&page, "SendPropMessage", Q_RETURN_ARG(QString, answer),
-                                      Q_ARG(QString, QStringLiteral("ResetHelpText")), Q_ARG(QString, QString())));
+                                      Q_ARG(QString, QStringLiteral("ResetHelpText")),
+                                      Q_ARG(QString, QString())));
     QCOMPARE(answer, QStringLiteral("ok"));
     page.Hover();
     QCOMPARE(host.hotHelp.size(), 2);

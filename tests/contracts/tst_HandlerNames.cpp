@@ -74,8 +74,9 @@ void HandlerNamesTest::everyTargetOffersTheHandlersItIsSent()
                              {std::make_shared<CBConnect>(), std::make_shared<CBAddSub>(),
                               std::make_shared<CBUpdateSub>()}),
              QStringList());
-    QCOMPARE(MissingHandlers(SearchSubscriptionPanel::staticMetaObject, {std::make_shared<CBSearchSources>()}),
-             QStringList());
+    QCOMPARE(
+        MissingHandlers(SearchSubscriptionPanel::staticMetaObject, {std::make_shared<CBSearchSources>()}),
+        QStringList());
     QCOMPARE(MissingHandlers(frmAddSubscription::staticMetaObject,
                              {std::make_shared<CBRootOPML>(), std::make_shared<CBSubOPML>(),
                               std::make_shared<CBNamedAnswer>(HandlerNames::EventSearchSourcesCallback),
@@ -87,7 +88,8 @@ void HandlerNamesTest::everyTargetOffersTheHandlersItIsSent()
 
 void HandlerNamesTest::aMissingOrMisshapenHandlerIsReported()
 {
-    QCOMPARE(MissingHandlers(IncompleteTarget::staticMetaObject, {std::make_shared<CBConnect>()}), QStringList());
+    QCOMPARE(MissingHandlers(IncompleteTarget::staticMetaObject, {std::make_shared<CBConnect>()}),
+             QStringList());
     QCOMPARE(MissingHandlers(IncompleteTarget::staticMetaObject,
                              {std::make_shared<CBAddSub>(), std::make_shared<CBSubOPML>()}),
              QStringList({"DoDisplayRefresh()", "EventSubOPMLCallback(int,int)"}));

@@ -63,7 +63,8 @@ inline QString itemText(SubscribeClient &c, qint32 id, const QString &name)
     return value;
 }
 
-inline QString setting(SubscribeClient &c, const QString &consumer, const QString &section, const QString &key)
+inline QString setting(SubscribeClient &c, const QString &consumer, const QString &section,
+                       const QString &key)
 {
     const Handle keys = c.NewBag();
     c.SetStringValue(keys, key, kMissingText);
@@ -74,8 +75,8 @@ inline QString setting(SubscribeClient &c, const QString &consumer, const QStrin
     return value;
 }
 
-inline void setSetting(SubscribeClient &c, const QString &consumer, const QString &section, const QString &key,
-                       const QString &value)
+inline void setSetting(SubscribeClient &c, const QString &consumer, const QString &section,
+                       const QString &key, const QString &value)
 {
     const Handle values = c.NewBag();
     c.SetStringValue(values, key, value);

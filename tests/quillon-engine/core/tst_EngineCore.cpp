@@ -17,7 +17,6 @@
 using namespace quillon;
 using namespace EngineCoreCalls;
 
-
 class tst_EngineCore : public QObject
 {
     Q_OBJECT
@@ -46,8 +45,7 @@ private Q_SLOTS:
     void connectionsAndTermination();
 };
 
-SubscribeClientPtr tst_EngineCore::client(const QString &consumerId,
-                                          std::shared_ptr<MessageRecorder> *events)
+SubscribeClientPtr tst_EngineCore::client(const QString &consumerId, std::shared_ptr<MessageRecorder> *events)
 {
     auto c = m_engine->newClient();
     m_clients.append(c);
@@ -445,8 +443,7 @@ void tst_EngineCore::connectionsAndTermination()
 {
     std::shared_ptr<MessageRecorder> old, replaced, media;
     auto config = client(QStringLiteral("CONFIGCONSUMER"), &old);
-    config->Connect(QStringLiteral("CONFIGCONSUMER"),
-                    replaced = std::make_shared<MessageRecorder>(*config));
+    config->Connect(QStringLiteral("CONFIGCONSUMER"), replaced = std::make_shared<MessageRecorder>(*config));
     client(QStringLiteral("MEDIACONSUMER"), &media);
     client(); // never connected: hears nothing
     QCOMPARE(m_engine->core().connectedConsumers(),
