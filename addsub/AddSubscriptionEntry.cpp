@@ -2,9 +2,9 @@
 
 #include "ClientAccess.h"
 #include "ConfigHost.h"
+#include "OpmlImport.h"
 #include "frmAddSubscription.h"
 #include "frmPreviewSubscription.h"
-#include "OpmlImport.h"
 
 namespace AddSubscriptionEntry {
 

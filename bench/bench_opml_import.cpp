@@ -7,7 +7,6 @@
 //   bench_opml_import [feeds=5000] [folders=50]
 
 #include "AddRequestQueue.h"
-#include "AddSubscriptionEntry.h"
 #include "CBConnect.h"
 #include "ClientAccess.h"
 #include "DaemonProcess.h"
@@ -123,7 +122,7 @@ int main(int argc, char *argv[])
     StallWatch watch;
     frmAddSubscription wizard;
     wizard.SetHost(&window);
-    wizard.Initialize(AddSubscriptionEntry::CategoryPaths(window.Tree()));
+    wizard.Initialize(window.Categories());
     wizard.show();
     auto *model = qobject_cast<FeedListModel *>(wizard.findChild<QTreeView *>(QStringLiteral("grdImportList"))->model());
     const qint64 cpu0 = processCpuMillis(QCoreApplication::applicationPid());
