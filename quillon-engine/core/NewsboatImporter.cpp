@@ -51,7 +51,8 @@ OpmlOutline outlineOf(const Feed &feed)
 {
     OpmlOutline outline;
     outline.title = feed.title;
-    outline.text = feed.title;
+    // Lists show the text of an untitled feed; the engine swaps an address for the feed's title.
+    outline.text = feed.title.isEmpty() ? feed.url : feed.title;
     outline.xmlUrl = feed.url;
     outline.type = QStringLiteral("rss");
     outline.category = feed.tags.mid(1).join(u',');

@@ -309,6 +309,8 @@ void tst_EngineRequests::readersOfThisDesktopImportWithTheirFolders()
     // newsboat's own order: the folder in the home beats the configuration folder.
     QVERIFY(writeFile(m_home.filePath(".newsboat/urls"), "http://old.example/rss\n"));
     QCOMPARE(readerFeeds("NEWSBOAT"), QStringList("http://old.example/rss"));
+    const BagPtr untitled = entry(fetchOpml("newsboat")->bag("Result")->list("SubscriptionList"), 0);
+    QCOMPARE(untitled->text("text"), QStringLiteral("http://old.example/rss"));
 
     // Liferea: folders kept, search folders and command sources left out; else its older home.
     QVERIFY(writeFile(config + "/liferea/feedlist.opml", kLifereaList));
