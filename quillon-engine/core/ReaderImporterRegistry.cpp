@@ -1,6 +1,8 @@
 #include "ReaderImporterRegistry.h"
 
 #include "AbsentReaderImporter.h"
+#include "NewsboatImporter.h"
+#include "OpmlFileImporter.h"
 
 namespace quillon {
 
@@ -11,6 +13,10 @@ ReaderImporterRegistry ReaderImporterRegistry::withKnownReaders()
         std::make_unique<AbsentReaderImporter>(QStringLiteral("newsgator"), QStringLiteral("NewsGator")));
     registry.add(
         std::make_unique<AbsentReaderImporter>(QStringLiteral("intravnews"), QStringLiteral("IntraVnews")));
+    // The readers of Unix desktops follow the ones the import tab names.
+    registry.add(std::make_unique<NewsboatImporter>());
+    registry.add(OpmlFileImporter::liferea());
+    registry.add(OpmlFileImporter::akregator());
     return registry;
 }
 

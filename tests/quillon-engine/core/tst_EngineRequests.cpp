@@ -50,6 +50,60 @@ bool writeFile(const QString &path, const QByteArray &bytes)
     QFile file(path);
     return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
 }
+
+// Every feed of an outline list as its folder path and address ("Work~~~Projects~~~http://..."),
+// with a title when it has one ("... = Title") and its other categories ("... [a,b]").
+QStringList feedPaths(const ListPtr &outlines, const QString &folder = {})
+{
+    QStringList paths;
+    for (qsizetype i = 0; outlines && i < outlines->size(); ++i) {
+        const BagPtr outline = entry(outlines, int(i));
+        const QString here = folder + (folder.isEmpty() ? "" : "~~~");
+        if (outline->contains("xmlUrl")) {
+            QString path = here + outline->text("xmlUrl");
+            if (outline->contains("title"))
+                path += " = " + outline->text("title");
+            if (outline->contains("category"))
+                path += " [" + outline->text("category") + "]";
+            paths.append(path);
+        } else {
+            const QString title = outline->text(outline->contains("title") ? "title" : "text");
+            paths += feedPaths(outline->list("children"), here + title);
+        }
+    }
+    return paths;
+}
+
+// A newsboat urls file as people write them: tags quoted or bare, a title tag, a hidden tag,
+// comments, a search feed and commands.
+const QByteArray kNewsboatUrls = "# news\n"
+                                 "http://a.example/rss \"tech news\" linux \"~A's \\\"best\\\" feed\"\n"
+                                 "  \"http://b.example/feed\"\t!hidden   # \"not a tag\"\r\n"
+                                 "query:Unread:unread = \"yes\"\n"
+                                 "\n"
+                                 "http://c.example/atom tech ~Cee\n"
+                                 "http://d.example/x#part\n"
+                                 "exec:~/bin/feed.sh tech\n"
+                                 "filter:~/bin/clean.py:http://e.example/rss \"tech news\" tech news\n";
+
+const QByteArray kLifereaList =
+    "<?xml version=\"1.0\"?><opml version=\"1.0\"><head><title>Liferea Feed List Export</title></head><body>"
+    "<outline title=\"Work\" text=\"Work\" type=\"folder\" expanded=\"true\">"
+    "<outline title=\"Projects\" text=\"Projects\" type=\"folder\">"
+    "<outline title=\"Build\" text=\"Build\" type=\"rss\" xmlUrl=\"http://build.example/rss\"/></outline>"
+    "<outline title=\"Script\" text=\"Script\" type=\"rss\" xmlUrl=\"|/usr/bin/feedgen\"/></outline>"
+    "<outline title=\"Unread\" text=\"Unread\" type=\"vfolder\"/>"
+    "<outline title=\"Top\" text=\"Top\" type=\"rss\" xmlUrl=\"http://top.example/rss\"/>"
+    "</body></opml>";
+
+const QByteArray kAkregatorList =
+    "<?xml version=\"1.0\" encoding=\"UTF-8\"?><opml version=\"1.0\"><head><title>Akregator Feeds</title>"
+    "</head><body><outline isOpen=\"true\" id=\"1\" text=\"KDE\">"
+    "<outline isOpen=\"false\" id=\"2\" text=\"Planets\">"
+    "<outline title=\"Planet KDE\" text=\"Planet KDE\" type=\"rss\" id=\"3\""
+    " xmlUrl=\"https://planet.kde.org/global/atom.xml\" htmlUrl=\"https://planet.kde.org/\"/></outline>"
+    "<outline title=\"Dot\" text=\"Dot\" type=\"rss\" id=\"4\" xmlUrl=\"https://dot.kde.org/rss.xml\"/>"
+    "</outline></body></opml>";
 } // namespace
 
 class tst_EngineRequests : public QObject
@@ -63,20 +117,49 @@ private:
         return m_engine->request({{"REQUEST", "FETCHOPML"}, {"URL", address}});
     }
 
+    QStringList availableReaders()
+    {
+        const BagPtr answer = m_engine->request({{"REQUEST", "LIST"}, {"LIST", "IMPORT"}});
+        QStringList available;
+        const ListPtr readers = answer->bag("Result")->list("IMPORT");
+        for (qsizetype i = 0; i < readers->size(); ++i) {
+            if (entry(readers, int(i))->text("available") == u"1")
+                available.append(entry(readers, int(i))->text("id"));
+        }
+        return available;
+    }
+    QStringList readerFeeds(const QString &reader)
+    {
+        const BagPtr answer = fetchOpml(reader);
+        if (answer->text("MESSAGE") != u"OPMLResult")
+            return {answer->text("MESSAGE")};
+        return feedPaths(answer->bag("Result")->list("SubscriptionList"));
+    }
+
     std::unique_ptr<EngineFixture> m_engine;
     LocalHttpServer m_server;
     QTemporaryDir m_dir;
+    QTemporaryDir m_home; // the user's home, where the other readers keep their lists
 
 private Q_SLOTS:
-    void initTestCase() { QVERIFY(m_server.listen()); }
+    void initTestCase();
     void init();
     void cleanup();
     void previewAnswersWithTheFeedOrAnError();
     void fetchOpmlReadsFilesWebListsAndReaders();
     void listsImportersAndSearchSources();
+    void readersOfThisDesktopImportWithTheirFolders();
     void searchSubscriptionsFetchTheirSource();
     void shippedDirectoryAndSourcesAreUsable();
 };
+
+void tst_EngineRequests::initTestCase()
+{
+    QVERIFY(m_server.listen());
+    qputenv("HOME", QFile::encodeName(m_home.path()));
+    qputenv("XDG_CONFIG_HOME", QFile::encodeName(m_home.filePath(".config")));
+    qunsetenv("XDG_DATA_HOME");
+}
 
 void tst_EngineRequests::init()
 {
@@ -180,9 +263,11 @@ void tst_EngineRequests::listsImportersAndSearchSources()
     BagPtr answer = m_engine->request({{"REQUEST", "LIST"}, {"LIST", "IMPORT"}});
     QCOMPARE(answer->text("MESSAGE"), QStringLiteral("ListResult"));
     const ListPtr readers = answer->bag("Result")->list("IMPORT");
-    QCOMPARE(readers->size(), 2);
-    QCOMPARE(entry(readers, 0)->text("id"), QStringLiteral("newsgator"));
-    QCOMPARE(entry(readers, 1)->text("id"), QStringLiteral("intravnews"));
+    QStringList listed;
+    for (qsizetype i = 0; i < readers->size(); ++i)
+        listed << entry(readers, int(i))->text("id") + ":" + entry(readers, int(i))->text("title");
+    QCOMPARE(listed, QStringList({"newsgator:NewsGator", "intravnews:IntraVnews", "newsboat:Newsboat",
+                                  "liferea:Liferea", "akregator:Akregator"}));
     QCOMPARE(entry(readers, 1)->text("available"), QStringLiteral("0"));
     const Handle outlines = m_engine->client->ListReaderSubscriptions("newsgator");
     QCOMPARE(m_engine->client->ListCount(outlines), 0);
@@ -204,6 +289,54 @@ void tst_EngineRequests::listsImportersAndSearchSources()
 
     answer = m_engine->request({{"REQUEST", "LIST"}, {"LIST", "FROB"}});
     QCOMPARE(answer->text("MESSAGE"), QStringLiteral("RequestFailed"));
+}
+
+void tst_EngineRequests::readersOfThisDesktopImportWithTheirFolders()
+{
+    QDir(m_home.path()).removeRecursively();
+    QVERIFY(QDir().mkpath(m_home.path()));
+    QCOMPARE(availableReaders(), QStringList());
+    QCOMPARE(readerFeeds("newsboat"), QStringList("RequestFailed"));
+
+    // Each feed under the folder of its first tag, the other tags kept as its categories.
+    const QString config = m_home.filePath(".config");
+    QVERIFY(writeFile(config + "/newsboat/urls", kNewsboatUrls));
+    QCOMPARE(availableReaders(), QStringList("newsboat"));
+    QCOMPARE(readerFeeds("newsboat"),
+             QStringList({"tech news~~~http://a.example/rss = A's \"best\" feed [linux]",
+                          "tech news~~~http://e.example/rss [tech,news]", "hidden~~~http://b.example/feed",
+                          "tech~~~http://c.example/atom = Cee", "http://d.example/x#part"}));
+    // newsboat's own order: the folder in the home beats the configuration folder.
+    QVERIFY(writeFile(m_home.filePath(".newsboat/urls"), "http://old.example/rss\n"));
+    QCOMPARE(readerFeeds("NEWSBOAT"), QStringList("http://old.example/rss"));
+    const BagPtr untitled = entry(fetchOpml("newsboat")->bag("Result")->list("SubscriptionList"), 0);
+    QCOMPARE(untitled->text("text"), QStringLiteral("http://old.example/rss"));
+
+    // Liferea: folders kept, search folders and command sources left out; else its older home.
+    QVERIFY(writeFile(config + "/liferea/feedlist.opml", kLifereaList));
+    QCOMPARE(readerFeeds("liferea"), QStringList({"Work~~~Projects~~~http://build.example/rss = Build",
+                                                  "http://top.example/rss = Top"}));
+    QVERIFY(QFile::remove(config + "/liferea/feedlist.opml"));
+    QVERIFY(writeFile(m_home.filePath(".liferea_1.4/feedlist.opml"), kOpml));
+    QVERIFY(writeFile(m_home.filePath(".liferea_1.10/feedlist.opml"), kLifereaList));
+    QCOMPARE(readerFeeds("liferea").size(), 2);
+
+    // Akregator in the data folder, wherever XDG_DATA_HOME points.
+    QVERIFY(writeFile(m_home.filePath(".local/share/akregator/data/feeds.opml"), kAkregatorList));
+    QCOMPARE(availableReaders(), QStringList({"newsboat", "liferea", "akregator"}));
+    const QStringList akregator{"KDE~~~Planets~~~https://planet.kde.org/global/atom.xml = Planet KDE",
+                                "KDE~~~https://dot.kde.org/rss.xml = Dot"};
+    QCOMPARE(readerFeeds("akregator"), akregator);
+    qputenv("XDG_DATA_HOME", QFile::encodeName(m_home.filePath("data")));
+    QCOMPARE(readerFeeds("akregator"), QStringList("RequestFailed"));
+    QVERIFY(writeFile(m_home.filePath("data/akregator/data/feeds.opml"), kAkregatorList.left(300)));
+    QCOMPARE(fetchOpml("akregator")->text("MESSAGE"), QStringLiteral("OPMLResult")); // what was read
+    qunsetenv("XDG_DATA_HOME");
+
+    // The feeds alone, as the client library lists them.
+    const Handle feeds = m_engine->client->ListReaderSubscriptions("akregator");
+    QCOMPARE(m_engine->client->ListCount(feeds), 2);
+    m_engine->client->ReleaseHandle(feeds);
 }
 
 void tst_EngineRequests::searchSubscriptionsFetchTheirSource()
