@@ -107,7 +107,10 @@ QList<ImportTab::Source> AddSubscriptionRequests::ReadImportSources(Handle answe
         QString title = m_client->GetStringValue(bag.get(), QStringLiteral("title"));
         if (title == quillon::kMissingText)
             title = id;
-        sources << ImportTab::Source{id, title, m_client->GetLongValue(bag.get(), QStringLiteral("available")) == 1};
+        const bool available = m_client->GetLongValue(bag.get(), QStringLiteral("available")) == 1;
+        // The two readers of the import tab are always offered; others only where they are found.
+        if (available || id == QLatin1String("newsgator") || id == QLatin1String("intravnews"))
+            sources << ImportTab::Source{id, title, available};
     }
     return sources;
 }
