@@ -124,6 +124,9 @@ void EngineCorePrivate::createFetching()
                                                                  const PropertyBag &request) {
         m_documents->fetchOpml(origin.session, origin.callbackId, request.text(QStringLiteral("URL")));
     });
+    m_deliveryStore = std::make_unique<DeliveryStore>(*m_db);
+    m_delivery = std::make_unique<DeliveryRequests>(*m_deliveryStore, m_outbox, messenger());
+    m_delivery->registerWith(*m_requests);
     m_updater = std::make_unique<FeedUpdater>(
         FeedUpdater::Stores{*m_db, *m_subscriptions, *m_articles, *m_settings, *m_defaults}, fetcher,
         resolver, messenger(), now, [this](qint32 id, const QString &status) { updateFinished(id, status); });
@@ -157,6 +160,8 @@ void EngineCorePrivate::updateFinished(qint32 subscriptionId, const QString &sta
         }
         m_scheduler->poke();
     }
+    if (!status.isEmpty())
+        m_delivery->announce(subscriptionId);
     if (!status.isEmpty() && updated)
         updated(subscriptionId, status);
 }
@@ -278,6 +283,7 @@ PropertyValue EngineCorePrivate::bindItem(const Call &call)
         const bool bound = action == BindingRule::Action::Bind;
         m_outbox.toConnected(
             EngineMessages::bindingChanged(sessions.consumerOf(call.session), consumerId, bound, id));
+        m_delivery->announce(id);
     }
     return {};
 }

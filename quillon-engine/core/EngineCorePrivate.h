@@ -4,6 +4,8 @@
 #include "ArticleStore.h"
 #include "BindingStore.h"
 #include "CatalogRequests.h"
+#include "DeliveryRequests.h"
+#include "DeliveryStore.h"
 #include "DocumentRequests.h"
 #include "EngineCore.h"
 #include "EngineDatabase.h"
@@ -102,6 +104,8 @@ private:
     std::unique_ptr<EngineDefaults> m_defaults;
     std::unique_ptr<CatalogRequests> m_catalog;
     std::unique_ptr<DocumentRequests> m_documents;
+    std::unique_ptr<DeliveryStore> m_deliveryStore;
+    std::unique_ptr<DeliveryRequests> m_delivery;
     std::unique_ptr<FeedUpdater> m_updater;
     std::unique_ptr<FeedScheduler> m_scheduler;
     Outbox m_outbox;

@@ -1,0 +1,145 @@
+#include "DeliveryRequests.h"
+
+#include "CoreLogging.h"
+#include "EngineMessages.h"
+#include "Outbox.h"
+
+namespace quillon {
+
+namespace {
+// "ARTICLEIDS": a list of integers or numeric texts (the client appends texts), or one text
+// of IDs separated by commas. Anything else is skipped.
+QList<qint64> articleIds(const PropertyBag &request)
+{
+    QList<qint64> ids;
+    const auto take = [&ids](const QString &text) {
+        bool ok = false;
+        const qint64 id = text.trimmed().toLongLong(&ok);
+        if (ok && id > 0)
+            ids.append(id);
+    };
+    if (const ListPtr list = request.list(QStringLiteral("ARTICLEIDS"))) {
+        for (const PropertyValue &value : list->items())
+            take(valueText(value));
+    } else if (request.contains(QStringLiteral("ARTICLEIDS"))) {
+        for (const QString &part : request.text(QStringLiteral("ARTICLEIDS")).split(QLatin1Char(',')))
+            take(part);
+    }
+    return ids;
+}
+
+int batchSize(const PropertyBag &request)
+{
+    if (!request.contains(QStringLiteral("LIMIT")))
+        return DeliveryRequests::kDefaultBatch;
+    return std::clamp(request.number(QStringLiteral("LIMIT")), 1, DeliveryRequests::kMaxBatch);
+}
+
+BagPtr countPayload(int count)
+{
+    auto payload = PropertyBag::create();
+    payload->setLong(QStringLiteral("ITEMCOUNT"), count);
+    return payload;
+}
+} // namespace
+
+void DeliveryRequests::registerWith(RequestProcessor &requests)
+{
+    const auto kind = [this, &requests](const char *name, void (DeliveryRequests::*handler)(const Origin &,
+                                                                                          const PropertyBag &)) {
+        requests.registerKind(QLatin1String(name), [this, handler](const Origin &origin, const PropertyBag &request) {
+            if (requireConsumer(origin))
+                (this->*handler)(origin, request);
+        });
+    };
+    kind("PENDINGARTICLES", &DeliveryRequests::pendingArticles);
+    kind("ACKNOWLEDGE", &DeliveryRequests::acknowledge);
+    kind("SETREADSTATE", &DeliveryRequests::setReadState);
+    kind("PENDINGREMOVALS", &DeliveryRequests::pendingRemovals);
+    kind("CONFIRMREMOVALS", &DeliveryRequests::confirmRemovals);
+}
+
+bool DeliveryRequests::requireConsumer(const Origin &origin)
+{
+    if (!origin.consumerId.isEmpty())
+        return true;
+    m_outbox.toCallback(origin.session, origin.callbackId,
+                        EngineMessages::failure(QStringLiteral("Delivery requests need a connected consumer")));
+    return false;
+}
+
+void DeliveryRequests::answer(const Origin &origin, const QString &message, BagPtr payload)
+{
+    m_outbox.toCallback(origin.session, origin.callbackId, EngineMessages::message(message, std::move(payload)));
+}
+
+void DeliveryRequests::pendingArticles(const Origin &origin, const PropertyBag &request)
+{
+    const int limit = batchSize(request);
+    const qint32 subscriptionId =
+        request.contains(QStringLiteral("SUBSCRIPTIONID")) ? request.number(QStringLiteral("SUBSCRIPTIONID")) : 0;
+    // One more than asked tells whether another batch waits.
+    ListPtr items = m_store.pending(origin.consumerId, std::max(subscriptionId, 0), limit + 1);
+    const bool more = items->size() > limit;
+    if (more) {
+        auto trimmed = PropertyList::create();
+        for (int i = 0; i < limit; ++i)
+            trimmed->append(items->at(i));
+        items = trimmed;
+    }
+    BagPtr payload = countPayload(items->size());
+    payload->set(QStringLiteral("ITEMS"), items);
+    payload->setLong(QStringLiteral("MORE"), more ? 1 : 0);
+    answer(origin, QStringLiteral("PendingArticles"), payload);
+}
+
+void DeliveryRequests::acknowledge(const Origin &origin, const PropertyBag &request)
+{
+    const int marked = m_store.acknowledge(origin.consumerId, articleIds(request), origin.now);
+    answer(origin, QStringLiteral("AcknowledgeResult"), countPayload(marked));
+}
+
+void DeliveryRequests::setReadState(const Origin &origin, const PropertyBag &request)
+{
+    const bool read = request.number(QStringLiteral("READ")) == 1;
+    const int changed = m_store.setRead(articleIds(request), read);
+    answer(origin, QStringLiteral("ReadStateResult"), countPayload(changed));
+}
+
+void DeliveryRequests::pendingRemovals(const Origin &origin, const PropertyBag &request)
+{
+    const ListPtr items = m_store.removals(origin.consumerId, batchSize(request));
+    BagPtr payload = countPayload(items->size());
+    payload->set(QStringLiteral("ITEMS"), items);
+    answer(origin, QStringLiteral("PendingRemovals"), payload);
+}
+
+void DeliveryRequests::confirmRemovals(const Origin &origin, const PropertyBag &request)
+{
+    const int confirmed = m_store.confirmRemovals(origin.consumerId, articleIds(request));
+    answer(origin, QStringLiteral("RemovalsConfirmed"), countPayload(confirmed));
+}
+
+void DeliveryRequests::announce(qint32 subscriptionId)
+{
+    QList<DeliveryStore::Counts> waiting;
+    try {
+        waiting = m_store.waiting(subscriptionId);
+    } catch (const std::exception &e) {
+        qCWarning(lcCore) << "cannot count deliveries of subscription" << subscriptionId << e.what();
+        return;
+    }
+    for (const DeliveryStore::Counts &counts : waiting) {
+        for (const auto &[name, count] : {std::pair{QStringLiteral("ArticlesAvailable"), counts.pending},
+                                          std::pair{QStringLiteral("ArticlesRemoved"), counts.removals}}) {
+            if (count <= 0)
+                continue;
+            BagPtr payload = countPayload(count);
+            payload->setText(QStringLiteral("CONSUMERID"), counts.consumerId);
+            payload->setLong(QStringLiteral("SUBSCRIPTIONID"), subscriptionId);
+            m_messenger.toConnected(EngineMessages::message(name, payload));
+        }
+    }
+}
+
+} // namespace quillon

@@ -1,0 +1,48 @@
+#pragma once
+
+#include "DeliveryStore.h"
+#include "EngineMessenger.h"
+#include "RequestProcessor.h"
+
+namespace quillon {
+
+class Outbox;
+
+// The requests of a consumer that delivers articles somewhere (the mail delivery consumer):
+// "PENDINGARTICLES", "ACKNOWLEDGE", "SETREADSTATE", "PENDINGREMOVALS", "CONFIRMREMOVALS",
+// each answered at its callback for the consumer the session connected as; and the messages
+// "ArticlesAvailable" and "ArticlesRemoved" that tell such consumers to ask.
+class DeliveryRequests
+{
+public:
+    using Origin = RequestProcessor::Origin;
+
+    // Largest batch one answer carries, and the batch when the request names none.
+    static constexpr int kMaxBatch = 1000;
+    static constexpr int kDefaultBatch = 200;
+
+    DeliveryRequests(DeliveryStore &store, Outbox &outbox, EngineMessenger messenger)
+        : m_store(store), m_outbox(outbox), m_messenger(std::move(messenger))
+    {
+    }
+
+    void registerWith(RequestProcessor &requests);
+    // Tells the consumers bound to the subscription what waits for them there, if anything.
+    void announce(qint32 subscriptionId);
+
+private:
+    void pendingArticles(const Origin &origin, const PropertyBag &request);
+    void acknowledge(const Origin &origin, const PropertyBag &request);
+    void setReadState(const Origin &origin, const PropertyBag &request);
+    void pendingRemovals(const Origin &origin, const PropertyBag &request);
+    void confirmRemovals(const Origin &origin, const PropertyBag &request);
+    // False (and the request answered with RequestFailed) for a session not connected.
+    bool requireConsumer(const Origin &origin);
+    void answer(const Origin &origin, const QString &message, BagPtr payload);
+
+    DeliveryStore &m_store;
+    Outbox &m_outbox;
+    EngineMessenger m_messenger;
+};
+
+} // namespace quillon

@@ -1,0 +1,134 @@
+#include "DeliveryStore.h"
+
+#include "EngineDatabase.h"
+#include "ItemBags.h"
+#include "SubscriptionFields.h"
+
+#include <QHash>
+#include <QJsonArray>
+#include <QJsonDocument>
+
+namespace quillon {
+
+namespace {
+QString idsJson(const QList<qint64> &ids)
+{
+    QJsonArray array;
+    for (const qint64 id : ids)
+        array.append(id);
+    return QString::fromUtf8(QJsonDocument(array).toJson(QJsonDocument::Compact));
+}
+
+QDateTime dateOf(const QVariant &column)
+{
+    return column.isNull() ? QDateTime() : QDateTime::fromString(column.toString(), Qt::ISODate);
+}
+
+const QString kPendingFrom =
+    QStringLiteral(" FROM articles a JOIN bindings b ON b.subscription_id = a.subscription_id"
+                   " AND b.consumer_id = ?"
+                   " WHERE NOT EXISTS (SELECT 1 FROM delivered_articles d"
+                   " WHERE d.consumer_id = b.consumer_id AND d.article_id = a.id)");
+} // namespace
+
+ListPtr DeliveryStore::pending(const QString &consumerId, qint32 subscriptionId, int limit)
+{
+    const auto rows = m_db.select(
+        QStringLiteral("SELECT a.id, a.subscription_id, a.guid, a.title, a.link, a.author, a.body,"
+                       " a.published, a.updated, a.is_read") +
+            kPendingFrom + QStringLiteral(" AND (? = 0 OR a.subscription_id = ?) ORDER BY a.id LIMIT ?"),
+        {consumerId, subscriptionId, subscriptionId, limit}, "listing articles to deliver");
+    QList<qint64> ids;
+    for (const auto &row : rows)
+        ids.append(row.at(0).toLongLong());
+    QHash<qint64, QList<ParsedEnclosure>> enclosures;
+    const auto enclosureRows = m_db.select(
+        QStringLiteral("SELECT article_id, url, type, length FROM article_enclosures"
+                       " WHERE article_id IN (SELECT value FROM json_each(?)) ORDER BY article_id, position"),
+        {idsJson(ids)}, "reading enclosures to deliver");
+    for (const auto &row : enclosureRows)
+        enclosures[row.at(0).toLongLong()].append(
+            {row.at(1).toString(), row.at(2).toString(), row.at(3).isNull() ? -1 : row.at(3).toLongLong()});
+
+    auto list = PropertyList::create();
+    for (const auto &row : rows) {
+        Article article;
+        article.key = row.at(2).toString();
+        article.subject = row.at(3).toString();
+        article.url = row.at(4).toString();
+        article.author = row.at(5).toString();
+        article.body = row.at(6).toString();
+        article.published = dateOf(row.at(7));
+        article.updated = dateOf(row.at(8));
+        article.enclosures = enclosures.value(row.at(0).toLongLong());
+        BagPtr bag = ItemBags::item(article);
+        bag->setLong(QStringLiteral("ARTICLEID"), qint32(row.at(0).toLongLong()));
+        bag->setLong(QStringLiteral("SUBSCRIPTIONID"), row.at(1).toInt());
+        bag->setLong(QStringLiteral("READ"), row.at(9).toInt() != 0 ? 1 : 0);
+        list->append(bag);
+    }
+    return list;
+}
+
+int DeliveryStore::acknowledge(const QString &consumerId, const QList<qint64> &articleIds, const QDateTime &now)
+{
+    return m_db.execute(
+        QStringLiteral("INSERT OR IGNORE INTO delivered_articles (consumer_id, article_id, delivered_at)"
+                       " SELECT b.consumer_id, a.id, ? FROM articles a JOIN bindings b"
+                       " ON b.subscription_id = a.subscription_id AND b.consumer_id = ?"
+                       " WHERE a.id IN (SELECT value FROM json_each(?))"),
+        {SubscriptionFields::isoDate(now), consumerId, idsJson(articleIds)}, "marking articles delivered");
+}
+
+int DeliveryStore::setRead(const QList<qint64> &articleIds, bool read)
+{
+    return m_db.execute(QStringLiteral("UPDATE articles SET is_read = ? WHERE is_read <> ?"
+                                       " AND id IN (SELECT value FROM json_each(?))"),
+                        {read ? 1 : 0, read ? 1 : 0, idsJson(articleIds)}, "marking articles read");
+}
+
+ListPtr DeliveryStore::removals(const QString &consumerId, int limit)
+{
+    const auto rows = m_db.select(QStringLiteral("SELECT article_id, subscription_id, guid FROM delivery_removals"
+                                                 " WHERE consumer_id = ? ORDER BY article_id LIMIT ?"),
+                                  {consumerId, limit}, "listing articles to remove");
+    auto list = PropertyList::create();
+    for (const auto &row : rows) {
+        auto bag = PropertyBag::create();
+        bag->setLong(QStringLiteral("ARTICLEID"), qint32(row.at(0).toLongLong()));
+        bag->setLong(QStringLiteral("SUBSCRIPTIONID"), row.at(1).toInt());
+        bag->setText(QStringLiteral("GUID"), row.at(2).toString());
+        list->append(bag);
+    }
+    return list;
+}
+
+int DeliveryStore::confirmRemovals(const QString &consumerId, const QList<qint64> &articleIds)
+{
+    return m_db.execute(QStringLiteral("DELETE FROM delivery_removals WHERE consumer_id = ?"
+                                       " AND article_id IN (SELECT value FROM json_each(?))"),
+                        {consumerId, idsJson(articleIds)}, "confirming removals");
+}
+
+QList<DeliveryStore::Counts> DeliveryStore::waiting(qint32 subscriptionId)
+{
+    const auto rows = m_db.select(
+        QStringLiteral("SELECT b.consumer_id,"
+                       " (SELECT COUNT(*) FROM articles a WHERE a.subscription_id = b.subscription_id"
+                       "  AND NOT EXISTS (SELECT 1 FROM delivered_articles d"
+                       "  WHERE d.consumer_id = b.consumer_id AND d.article_id = a.id)),"
+                       " (SELECT COUNT(*) FROM delivery_removals r WHERE r.consumer_id = b.consumer_id"
+                       "  AND r.subscription_id = b.subscription_id)"
+                       " FROM bindings b WHERE b.subscription_id = ?"
+                       " UNION SELECT r.consumer_id, 0, COUNT(*) FROM delivery_removals r"
+                       " WHERE r.subscription_id = ? AND NOT EXISTS (SELECT 1 FROM bindings b"
+                       " WHERE b.consumer_id = r.consumer_id AND b.subscription_id = r.subscription_id)"
+                       " GROUP BY r.consumer_id"),
+        {subscriptionId, subscriptionId}, "counting what waits for delivery");
+    QList<Counts> counts;
+    for (const auto &row : rows)
+        counts.append({row.at(0).toString(), row.at(1).toInt(), row.at(2).toInt()});
+    return counts;
+}
+
+} // namespace quillon

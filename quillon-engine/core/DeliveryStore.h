@@ -1,0 +1,45 @@
+#pragma once
+
+#include "PropertyBag.h"
+
+#include <QDateTime>
+#include <QList>
+#include <QString>
+
+namespace quillon {
+
+class EngineDatabase;
+
+// What each delivering consumer still has to store or take away: articles of its bound
+// subscriptions without a delivered mark, and removals the schema's triggers recorded.
+class DeliveryStore
+{
+public:
+    struct Counts
+    {
+        QString consumerId;
+        qint32 pending = 0;
+        qint32 removals = 0;
+    };
+
+    explicit DeliveryStore(EngineDatabase &db) : m_db(db) {}
+
+    // Up to limit item bags (ItemBags) in article order, each with "ARTICLEID",
+    // "SUBSCRIPTIONID" and "READ"; subscriptionId 0 means every bound subscription.
+    [[nodiscard]] ListPtr pending(const QString &consumerId, qint32 subscriptionId, int limit);
+    // Marks the articles delivered, those of subscriptions bound to the consumer only.
+    // Returns how many were newly marked.
+    int acknowledge(const QString &consumerId, const QList<qint64> &articleIds, const QDateTime &now);
+    // Returns how many articles changed their state.
+    int setRead(const QList<qint64> &articleIds, bool read);
+    // Bags of "ARTICLEID", "SUBSCRIPTIONID", "GUID", oldest first.
+    [[nodiscard]] ListPtr removals(const QString &consumerId, int limit);
+    int confirmRemovals(const QString &consumerId, const QList<qint64> &articleIds);
+    // Per consumer bound to the subscription, what waits for it there.
+    [[nodiscard]] QList<Counts> waiting(qint32 subscriptionId);
+
+private:
+    EngineDatabase &m_db;
+};
+
+} // namespace quillon

@@ -1,0 +1,236 @@
+#include "EngineFixture.h"
+#include "LocalHttpServer.h"
+
+#include <QSignalSpy>
+
+using namespace quillon;
+
+namespace {
+const QDateTime kStart = QDateTime(QDate(2024, 5, 1), QTime(12, 0), Qt::UTC);
+
+QByteArray feedOf(int count)
+{
+    QByteArray out = "<rss version=\"2.0\"><channel><title>Delivered</title>";
+    for (int i = 1; i <= count; ++i)
+        out += QByteArray("<item><guid>g") + QByteArray::number(i) + "</guid><title>T" + QByteArray::number(i) +
+               "</title><enclosure url=\"http://example.com/" + QByteArray::number(i) +
+               ".mp3\" type=\"audio/mpeg\"/></item>";
+    return out + "</channel></rss>";
+}
+
+QList<qint32> idsOf(const BagPtr &answer)
+{
+    QList<qint32> ids;
+    const ListPtr items = answer->bag("Result")->list("ITEMS");
+    for (const PropertyValue &item : items->items())
+        ids.append(std::get<BagPtr>(item)->number("ARTICLEID"));
+    return ids;
+}
+} // namespace
+
+// The requests and messages a delivering consumer lives by, against the real engine.
+class tst_DeliveryRequests : public QObject
+{
+    Q_OBJECT
+
+private:
+    // A request of the delivering consumer; ids go as a list of texts, as the client makes them.
+    BagPtr deliver(const QString &kind, const QList<qint32> &ids = {}, const EngineFixture::Fields &fields = {});
+    QString waitForUpdate();
+
+    std::unique_ptr<EngineFixture> m_engine;
+    SubscribeClientPtr m_consumer;
+    std::shared_ptr<CopyingCallback> m_consumerEvents;
+    std::unique_ptr<QSignalSpy> m_updates;
+    LocalHttpServer m_server;
+    QDateTime m_now = kStart;
+
+private Q_SLOTS:
+    void initTestCase() { QVERIFY(m_server.listen()); }
+    void init();
+    void cleanup();
+    void boundArticlesArePendingUntilAcknowledged();
+    void readReportsReachTheCounts();
+    void removalsFollowAgeAndUnbinding();
+    void requestsNeedAConnectedConsumer();
+};
+
+void tst_DeliveryRequests::init()
+{
+    m_engine = std::make_unique<EngineFixture>();
+    QVERIFY(m_engine->engine.isReady());
+    m_now = kStart;
+    m_engine->engine.core().setClock([this]() { return m_now; });
+    m_updates = std::make_unique<QSignalSpy>(&m_engine->engine.core(), &EngineCore::subscriptionUpdated);
+    m_engine->engine.core().startUpdating();
+    m_consumer = m_engine->engine.newClient();
+    m_consumerEvents = std::make_shared<CopyingCallback>(*m_consumer);
+    m_consumer->Connect(QStringLiteral("OLCONSUMER"), m_consumerEvents);
+}
+
+void tst_DeliveryRequests::cleanup()
+{
+    QCOMPARE(m_consumer->LiveHandleCount(), 0);
+    m_consumer.reset();
+    m_updates.reset();
+    m_engine.reset();
+}
+
+QString tst_DeliveryRequests::waitForUpdate()
+{
+    const qsizetype target = m_updates->size() + 1;
+    if (!QTest::qWaitFor([&]() { return m_updates->size() >= target; }, 20000))
+        return QStringLiteral("(timed out)");
+    return m_updates->at(target - 1).at(1).toString();
+}
+
+BagPtr tst_DeliveryRequests::deliver(const QString &kind, const QList<qint32> &ids,
+                                     const EngineFixture::Fields &fields)
+{
+    const Handle bag = m_consumer->NewBag();
+    m_consumer->SetStringValue(bag, QStringLiteral("REQUEST"), kind);
+    for (const auto &[name, value] : fields)
+        m_consumer->SetStringValue(bag, name, value);
+    if (!ids.isEmpty()) {
+        const Handle list = m_consumer->NewList();
+        for (const qint32 id : ids)
+            m_consumer->ListAppend(list, QString::number(id));
+        m_consumer->SetHandleValue(bag, QStringLiteral("ARTICLEIDS"), list);
+        m_consumer->ReleaseHandle(list);
+    }
+    auto answer = std::make_shared<CopyingCallback>(*m_consumer);
+    m_consumer->SubmitRequest(bag, answer);
+    m_consumer->ReleaseHandle(bag);
+    if (!QTest::qWaitFor([&answer]() { return !answer->received.isEmpty(); }, 20000))
+        return PropertyBag::create();
+    return answer->received.first();
+}
+
+void tst_DeliveryRequests::boundArticlesArePendingUntilAcknowledged()
+{
+    m_server.serve("/five", feedOf(5));
+    const qint32 id = m_engine->add(m_server.url("/five").toString());
+    QCOMPARE(waitForUpdate(), QStringLiteral("OK: 5 items, 5 new"));
+    // Not bound: nothing waits, and acknowledging marks nothing.
+    QCOMPARE(deliver("PENDINGARTICLES")->bag("Result")->text("ITEMCOUNT"), QStringLiteral("0"));
+    QCOMPARE(deliver("ACKNOWLEDGE", {1, 2})->bag("Result")->text("ITEMCOUNT"), QStringLiteral("0"));
+
+    m_consumerEvents->received.clear();
+    m_engine->client->BindItem(QStringLiteral("OLCONSUMER"), QStringLiteral("NEWS"), id, 1);
+    QTRY_COMPARE(m_consumerEvents->named("ArticlesAvailable").size(), 1);
+    const BagPtr available = m_consumerEvents->named("ArticlesAvailable").first()->bag("Result");
+    QCOMPARE(available->text("CONSUMERID"), QStringLiteral("OLCONSUMER"));
+    QCOMPARE(available->text("SUBSCRIPTIONID"), QString::number(id));
+    QCOMPARE(available->text("ITEMCOUNT"), QStringLiteral("5"));
+
+    // Batches in article order, with MORE while another waits.
+    BagPtr batch = deliver("PENDINGARTICLES", {}, {{"LIMIT", "3"}});
+    QCOMPARE(batch->text("MESSAGE"), QStringLiteral("PendingArticles"));
+    QCOMPARE(batch->bag("Result")->text("MORE"), QStringLiteral("1"));
+    const QList<qint32> first = idsOf(batch);
+    QCOMPARE(first.size(), 3);
+    const BagPtr item = std::get<BagPtr>(batch->bag("Result")->list("ITEMS")->at(0));
+    QCOMPARE(item->text("GUID"), QStringLiteral("g1"));
+    QCOMPARE(item->text("SUBSCRIPTIONID"), QString::number(id));
+    QCOMPARE(item->text("READ"), QStringLiteral("0"));
+    QCOMPARE(std::get<BagPtr>(item->list("ENCLOSURES")->at(0))->text("URL"), QStringLiteral("http://example.com/1.mp3"));
+
+    // Acknowledging twice counts once; the rest is the next batch.
+    QCOMPARE(deliver("ACKNOWLEDGE", first)->bag("Result")->text("ITEMCOUNT"), QStringLiteral("3"));
+    QCOMPARE(deliver("ACKNOWLEDGE", first)->bag("Result")->text("ITEMCOUNT"), QStringLiteral("0"));
+    batch = deliver("PENDINGARTICLES", {}, {{"SUBSCRIPTIONID", QString::number(id)}});
+    QCOMPARE(idsOf(batch).size(), 2);
+    QCOMPARE(batch->bag("Result")->text("MORE"), QStringLiteral("0"));
+    QVERIFY(idsOf(batch).first() > first.last());
+    // Another consumer keeps its own marks.
+    QCOMPARE(deliver("ACKNOWLEDGE", idsOf(batch))->bag("Result")->text("ITEMCOUNT"), QStringLiteral("2"));
+    m_engine->client->BindItem(QStringLiteral("TAGCONSUMER"), QStringLiteral("NEWS"), id, 1);
+    QCOMPARE(m_engine->request({{"REQUEST", "PENDINGARTICLES"}})->bag("Result")->text("ITEMCOUNT"),
+             QStringLiteral("0")); // CONFIGCONSUMER is not bound
+    QCOMPARE(deliver("PENDINGARTICLES")->bag("Result")->text("ITEMCOUNT"), QStringLiteral("0"));
+}
+
+void tst_DeliveryRequests::readReportsReachTheCounts()
+{
+    m_server.serve("/three", feedOf(3));
+    const qint32 id = m_engine->add(m_server.url("/three").toString());
+    waitForUpdate();
+    m_engine->client->BindItem(QStringLiteral("OLCONSUMER"), QStringLiteral("NEWS"), id, 1);
+    const QList<qint32> ids = idsOf(deliver("PENDINGARTICLES"));
+    QCOMPARE(deliver("SETREADSTATE", ids.mid(0, 2), {{"READ", "1"}})->bag("Result")->text("ITEMCOUNT"),
+             QStringLiteral("2"));
+    QCOMPARE(m_engine->itemBag(id)->text("ITEMREADCOUNT"), QStringLiteral("2"));
+    QCOMPARE(m_engine->itemBag(id)->text("ITEMUNREADCOUNT"), QStringLiteral("1"));
+    QCOMPARE(deliver("SETREADSTATE", ids.mid(1, 1), {{"READ", "0"}})->bag("Result")->text("ITEMCOUNT"),
+             QStringLiteral("1"));
+    QCOMPARE(m_engine->itemBag(id)->text("ITEMREADCOUNT"), QStringLiteral("1"));
+
+    // The read age now applies to the article marked read.
+    m_engine->update(id, {{"DELETEREAD", "600"}, {"DELETEUNREAD", "0"}});
+    waitForUpdate();
+    m_now = kStart.addSecs(700);
+    m_engine->update(id);
+    waitForUpdate();
+    QCOMPARE(m_engine->itemBag(id)->text("ITEMREADCOUNT"), QStringLiteral("0"));
+    QCOMPARE(m_engine->itemBag(id)->text("ITEMUNREADCOUNT"), QStringLiteral("2"));
+}
+
+void tst_DeliveryRequests::removalsFollowAgeAndUnbinding()
+{
+    m_server.serve("/aged", feedOf(2));
+    m_server.serve("/kept", feedOf(2));
+    const qint32 aged = m_engine->add(m_server.url("/aged").toString());
+    waitForUpdate();
+    const qint32 kept = m_engine->add(m_server.url("/kept").toString());
+    waitForUpdate();
+    for (const qint32 id : {aged, kept})
+        m_engine->client->BindItem(QStringLiteral("OLCONSUMER"), QStringLiteral("NEWS"), id, 1);
+    const QList<qint32> all = idsOf(deliver("PENDINGARTICLES"));
+    QCOMPARE(all.size(), 4);
+    // One article of each stays undelivered: only delivered ones come back as removals.
+    deliver("ACKNOWLEDGE", {all.at(0), all.at(2)});
+
+    m_engine->update(aged, {{"DELETEUNREAD", "600"}});
+    waitForUpdate();
+    m_consumerEvents->received.clear();
+    m_now = kStart.addSecs(700);
+    m_engine->update(aged);
+    waitForUpdate();
+    QTRY_COMPARE(m_consumerEvents->named("ArticlesRemoved").size(), 1);
+    QCOMPARE(m_consumerEvents->named("ArticlesRemoved").first()->bag("Result")->text("SUBSCRIPTIONID"),
+             QString::number(aged));
+
+    // Unbinding with 1 keeps what was delivered; with 0 removes it.
+    m_engine->client->BindItem(QStringLiteral("OLCONSUMER"), QStringLiteral("NEWS"), kept, 0);
+    BagPtr removals = deliver("PENDINGREMOVALS");
+    QCOMPARE(removals->text("MESSAGE"), QStringLiteral("PendingRemovals"));
+    QCOMPARE(idsOf(removals), (QList<qint32>{all.at(0), all.at(2)}));
+    const BagPtr removal = std::get<BagPtr>(removals->bag("Result")->list("ITEMS")->at(1));
+    QCOMPARE(removal->text("SUBSCRIPTIONID"), QString::number(kept));
+    QCOMPARE(removal->text("GUID"), QStringLiteral("g1"));
+
+    QCOMPARE(deliver("CONFIRMREMOVALS", {all.at(0)})->bag("Result")->text("ITEMCOUNT"), QStringLiteral("1"));
+    QCOMPARE(idsOf(deliver("PENDINGREMOVALS")), (QList<qint32>{all.at(2)}));
+    // Binding again delivers the kept subscription's articles anew.
+    m_engine->client->BindItem(QStringLiteral("OLCONSUMER"), QStringLiteral("NEWS"), kept, 1);
+    QCOMPARE(idsOf(deliver("PENDINGARTICLES")).size(), 2);
+}
+
+void tst_DeliveryRequests::requestsNeedAConnectedConsumer()
+{
+    SubscribeClientPtr stranger = m_engine->engine.newClient();
+    auto answer = std::make_shared<CopyingCallback>(*stranger);
+    const Handle bag = stranger->NewBag();
+    stranger->SetStringValue(bag, QStringLiteral("REQUEST"), QStringLiteral("PENDINGARTICLES"));
+    stranger->SubmitRequest(bag, answer);
+    stranger->ReleaseHandle(bag);
+    QTRY_COMPARE(answer->received.size(), 1);
+    QCOMPARE(answer->received.first()->text("MESSAGE"), QStringLiteral("RequestFailed"));
+    // Junk IDs and an absurd batch size are harmless.
+    QCOMPARE(deliver("ACKNOWLEDGE", {}, {{"ARTICLEIDS", "x,-4,,99999"}})->bag("Result")->text("ITEMCOUNT"),
+             QStringLiteral("0"));
+    QCOMPARE(deliver("PENDINGARTICLES", {}, {{"LIMIT", "-7"}})->text("MESSAGE"), QStringLiteral("PendingArticles"));
+}
+
+QTEST_MAIN(tst_DeliveryRequests)
+#include "tst_DeliveryRequests.moc"
