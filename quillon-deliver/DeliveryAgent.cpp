@@ -1,0 +1,462 @@
+#include "DeliveryAgent.h"
+
+#include "DeliveryLogging.h"
+#include "PropertyBag.h"
+
+#include <QPointer>
+
+using quillon::Handle;
+
+Q_LOGGING_CATEGORY(lcDeliver, "corvell.deliver")
+
+namespace {
+const QString kNews = QStringLiteral("NEWS");
+
+// Hands each answer or message to a function; the client owns the bag.
+class FunctionCallback : public quillon::ISubscribeClientCallback
+{
+public:
+    explicit FunctionCallback(std::function<void(Handle)> f) : m_f(std::move(f)) {}
+    void Setup(QObject *) override {}
+    void Shutdown() override { m_f = nullptr; }
+    qint32 ProcessMessage(Handle &bag) override
+    {
+        if (m_f)
+            m_f(bag);
+        return 0;
+    }
+
+private:
+    std::function<void(Handle)> m_f;
+};
+
+// Releases a handle at the end of a scope.
+class Held
+{
+public:
+    Held(quillon::SubscribeClient &client, Handle handle) : m_client(client), m_handle(handle) {}
+    ~Held()
+    {
+        if (m_handle > 0)
+            m_client.ReleaseHandle(m_handle);
+    }
+    Held(const Held &) = delete;
+    Held &operator=(const Held &) = delete;
+    [[nodiscard]] Handle get() const { return m_handle; }
+
+private:
+    quillon::SubscribeClient &m_client;
+    Handle m_handle;
+};
+
+QString valueOf(quillon::SubscribeClient &client, Handle bag, const QString &name)
+{
+    const QString text = client.GetStringValue(bag, name);
+    return text == quillon::kMissingText ? QString() : text;
+}
+} // namespace
+
+DeliveryAgent::DeliveryAgent(quillon::SubscribeClientPtr client, std::unique_ptr<MailStore> store,
+                             QString indexPath, Options options, QObject *parent)
+    : QObject(parent), m_client(std::move(client)), m_store(std::move(store)), m_index(std::move(indexPath)),
+      m_options(std::move(options)), m_settings(*m_client), m_html(m_options.dataFolder), m_builder(m_html)
+{
+    m_readTimer.setInterval(m_options.readPollMs);
+    m_replanTimer.setInterval(m_options.replanMs);
+    m_retryTimer.setInterval(5000);
+    m_retryTimer.setSingleShot(true);
+    connect(&m_readTimer, &QTimer::timeout, this, &DeliveryAgent::pollReadMarks);
+    connect(&m_replanTimer, &QTimer::timeout, this, &DeliveryAgent::replanFolders);
+    connect(&m_retryTimer, &QTimer::timeout, this, [this] {
+        requestArticles();
+        requestRemovals();
+    });
+}
+
+DeliveryAgent::~DeliveryAgent() = default;
+
+bool DeliveryAgent::start(QString *error)
+{
+    if (!m_store->open(error))
+        return false;
+    m_index.load();
+    QPointer<DeliveryAgent> self(this);
+    try {
+        m_client->Connect(DeliverySettings::kConsumer, std::make_shared<FunctionCallback>([self](Handle message) {
+                              if (self)
+                                  self->onEngineMessage(message);
+                          }));
+        m_client->Log(QStringLiteral("Mail delivery connected; messages go to %1").arg(m_store->describe()), 1);
+    } catch (const std::exception &e) {
+        if (error)
+            *error = QString::fromUtf8(e.what());
+        return false;
+    }
+    qCInfo(lcDeliver) << "delivering into" << m_store->describe();
+    replanFolders();
+    requestRemovals();
+    requestArticles();
+    pollReadMarks();
+    m_readTimer.start();
+    m_replanTimer.start();
+    return true;
+}
+
+void DeliveryAgent::engineFailed(const std::exception &e)
+{
+    if (m_lost)
+        return;
+    // A refused call is tried again later; a lost connection ends the delivery.
+    if (!QString::fromUtf8(e.what()).contains(QLatin1String("connection was lost"), Qt::CaseInsensitive)) {
+        qCWarning(lcDeliver) << "engine call failed:" << e.what();
+        m_retryTimer.start();
+        return;
+    }
+    m_lost = true;
+    m_readTimer.stop();
+    m_replanTimer.stop();
+    Q_EMIT engineLost(QString::fromUtf8(e.what()));
+}
+
+void DeliveryAgent::onEngineMessage(Handle message)
+{
+    try {
+        const QString name = m_client->GetStringValue(message, QStringLiteral("MESSAGE"));
+        if (name == QLatin1String("EngineTerminated")) {
+            m_lost = true;
+            m_readTimer.stop();
+            m_replanTimer.stop();
+            Q_EMIT engineLost(QStringLiteral("The engine stopped"));
+            return;
+        }
+        Held result(*m_client, m_client->GetHandleValue(message, QStringLiteral("Result")));
+        if (result.get() <= 0)
+            return;
+        const QString consumer = m_client->GetStringValue(result.get(), QStringLiteral("CONSUMERID"));
+        if (consumer.compare(DeliverySettings::kConsumer, Qt::CaseInsensitive) != 0)
+            return;
+        if (name == QLatin1String("ArticlesAvailable")) {
+            requestArticles();
+        } else if (name == QLatin1String("ArticlesRemoved")) {
+            requestRemovals();
+        } else if (name == QLatin1String("SubscriptionBindingChanged")) {
+            replanFolders();
+            requestRemovals();
+        }
+    } catch (const std::exception &e) {
+        engineFailed(e);
+    }
+}
+
+void DeliveryAgent::submit(const QString &kind, const std::function<void(Handle)> &fill,
+                           std::function<void(Handle)> answer)
+{
+    Held bag(*m_client, m_client->NewBag());
+    m_client->SetStringValue(bag.get(), QStringLiteral("REQUEST"), kind);
+    if (fill)
+        fill(bag.get());
+    QPointer<DeliveryAgent> self(this);
+    m_client->SubmitRequest(bag.get(), std::make_shared<FunctionCallback>([self, answer](Handle reply) {
+                                if (self)
+                                    answer(reply);
+                            }));
+}
+
+void DeliveryAgent::putIds(Handle bag, const QList<qint32> &ids)
+{
+    Held list(*m_client, m_client->NewList());
+    for (const qint32 id : ids)
+        m_client->ListAppend(list.get(), QString::number(id));
+    m_client->SetHandleValue(bag, QStringLiteral("ARTICLEIDS"), list.get());
+}
+
+void DeliveryAgent::requestArticles()
+{
+    if (m_lost)
+        return;
+    if (m_fetching) {
+        m_fetchAgain = true;
+        return;
+    }
+    m_fetching = true;
+    m_fetchAgain = false;
+    try {
+        submit(
+            QStringLiteral("PENDINGARTICLES"),
+            [this](Handle bag) { m_client->SetLongValue(bag, QStringLiteral("LIMIT"), m_options.batchSize); },
+            [this](Handle answer) { onArticles(answer); });
+    } catch (const std::exception &e) {
+        m_fetching = false;
+        engineFailed(e);
+    }
+}
+
+ArticleMessage DeliveryAgent::readArticle(Handle item, const SubscriptionPlace &place, const FolderDefaults &defaults)
+{
+    ArticleMessage a;
+    a.articleId = m_client->GetLongValue(item, QStringLiteral("ARTICLEID"));
+    a.subscriptionId = place.id;
+    a.guid = valueOf(*m_client, item, QStringLiteral("GUID"));
+    a.subject = valueOf(*m_client, item, QStringLiteral("SUBJECT"));
+    a.link = valueOf(*m_client, item, QStringLiteral("URL"));
+    a.author = valueOf(*m_client, item, QStringLiteral("AUTHOR"));
+    a.bodyHtml = valueOf(*m_client, item, QStringLiteral("BODY"));
+    a.date = QDateTime::fromString(valueOf(*m_client, item, QStringLiteral("DATE")), Qt::ISODate);
+    a.feedTitle = place.title;
+    a.feedUrl = place.url;
+    a.theme = FolderPlan::themeFor(defaults, place);
+    Held enclosures(*m_client, m_client->GetHandleValue(item, QStringLiteral("ENCLOSURES")));
+    if (enclosures.get() > 0) {
+        for (qint32 i = 0, n = m_client->ListCount(enclosures.get()); i < n; ++i) {
+            Held e(*m_client, m_client->ListHandle(enclosures.get(), i));
+            const qint32 length = m_client->GetLongValue(e.get(), QStringLiteral("LENGTH"));
+            a.enclosures.append({valueOf(*m_client, e.get(), QStringLiteral("URL")),
+                                 valueOf(*m_client, e.get(), QStringLiteral("TYPE")),
+                                 length == quillon::kMissing ? -1 : length});
+        }
+    }
+    return a;
+}
+
+const SubscriptionPlace *DeliveryAgent::placeOf(qint32 subscriptionId)
+{
+    auto it = m_places.find(subscriptionId);
+    if (it == m_places.end())
+        it = m_places.insert(subscriptionId, m_settings.place(subscriptionId));
+    return it->has_value() ? &**it : nullptr;
+}
+
+MailStore::Folder DeliveryAgent::folderFor(qint32 subscriptionId, const SubscriptionPlace &place,
+                                           const FolderDefaults &defaults)
+{
+    if (const auto known = m_index.folderOf(subscriptionId))
+        return *known;
+    const MailStore::Folder folder = FolderPlan::folderFor(defaults, place);
+    m_index.setFolder(subscriptionId, folder);
+    return folder;
+}
+
+void DeliveryAgent::onArticles(Handle answer)
+{
+    QList<qint32> stored;
+    bool more = false;
+    try {
+        Held result(*m_client, m_client->GetHandleValue(answer, QStringLiteral("Result")));
+        Held items(*m_client, result.get() > 0 ? m_client->GetHandleValue(result.get(), QStringLiteral("ITEMS")) : 0);
+        if (items.get() <= 0) {
+            qCWarning(lcDeliver) << "the engine did not list articles:" << m_client->GetStringValue(answer, QStringLiteral("ERROR"));
+            m_fetching = false;
+            return;
+        }
+        more = m_client->GetLongValue(result.get(), QStringLiteral("MORE")) == 1;
+        const FolderDefaults defaults = m_settings.defaults();
+        m_places.clear();
+        for (qint32 i = 0, n = m_client->ListCount(items.get()); i < n; ++i) {
+            Held item(*m_client, m_client->ListHandle(items.get(), i));
+            const SubscriptionPlace *place = placeOf(m_client->GetLongValue(item.get(), QStringLiteral("SUBSCRIPTIONID")));
+            if (!place)
+                continue; // removed meanwhile; its articles went with it
+            const ArticleMessage article = readArticle(item.get(), *place, defaults);
+            const MailStore::Folder folder = folderFor(place->id, *place, defaults);
+            QString error;
+            if (m_store->add(folder, MailStore::keyOf(article.articleId), m_builder.build(article), &error)) {
+                m_store->tag(folder, place->id);
+                stored.append(article.articleId);
+            } else {
+                qCWarning(lcDeliver) << "cannot store article" << article.articleId << error;
+            }
+        }
+    } catch (const std::exception &e) {
+        m_fetching = false;
+        engineFailed(e);
+        return;
+    }
+    QString error;
+    if (!m_store->commit(&error) || !m_index.save()) {
+        qCWarning(lcDeliver) << "delivery postponed:" << error;
+        m_fetching = false;
+        m_retryTimer.start();
+        return;
+    }
+    acknowledge(stored, more);
+}
+
+void DeliveryAgent::acknowledge(const QList<qint32> &articleIds, bool more)
+{
+    const auto fillIds = [this, articleIds](Handle bag) { putIds(bag, articleIds); };
+    try {
+        submit(QStringLiteral("ACKNOWLEDGE"), fillIds, [this, count = articleIds.size(), more](Handle) {
+            m_fetching = false;
+            if (count > 0)
+                Q_EMIT delivered(int(count));
+            if (more || m_fetchAgain)
+                requestArticles();
+            else
+                Q_EMIT caughtUp();
+        });
+    } catch (const std::exception &e) {
+        m_fetching = false;
+        engineFailed(e);
+    }
+}
+
+void DeliveryAgent::requestRemovals()
+{
+    if (m_lost)
+        return;
+    if (m_removing) {
+        m_removeAgain = true;
+        return;
+    }
+    m_removing = true;
+    m_removeAgain = false;
+    try {
+        submit(
+            QStringLiteral("PENDINGREMOVALS"),
+            [this](Handle bag) { m_client->SetLongValue(bag, QStringLiteral("LIMIT"), m_options.batchSize); },
+            [this](Handle answer) { onRemovals(answer); });
+    } catch (const std::exception &e) {
+        m_removing = false;
+        engineFailed(e);
+    }
+}
+
+void DeliveryAgent::onRemovals(Handle answer)
+{
+    QList<qint32> done;
+    try {
+        Held result(*m_client, m_client->GetHandleValue(answer, QStringLiteral("Result")));
+        Held items(*m_client, result.get() > 0 ? m_client->GetHandleValue(result.get(), QStringLiteral("ITEMS")) : 0);
+        const qint32 count = items.get() > 0 ? m_client->ListCount(items.get()) : 0;
+        const FolderDefaults defaults = m_settings.defaults();
+        m_places.clear();
+        for (qint32 i = 0; i < count; ++i) {
+            Held item(*m_client, m_client->ListHandle(items.get(), i));
+            const qint32 articleId = m_client->GetLongValue(item.get(), QStringLiteral("ARTICLEID"));
+            const qint32 subscriptionId = m_client->GetLongValue(item.get(), QStringLiteral("SUBSCRIPTIONID"));
+            const auto folder = m_index.folderOf(subscriptionId);
+            // A subscription deleted in ConfigConsumer keeps its messages unless told otherwise.
+            const bool keep = !placeOf(subscriptionId) && defaults.deletedInConfig != 0;
+            if (folder && !keep)
+                m_store->remove(*folder, MailStore::keyOf(articleId));
+            done.append(articleId);
+        }
+        if (done.isEmpty()) {
+            m_removing = false;
+            if (m_removeAgain)
+                requestRemovals();
+            return;
+        }
+        const auto fillIds = [this, done](Handle bag) { putIds(bag, done); };
+        submit(QStringLiteral("CONFIRMREMOVALS"), fillIds, [this, n = done.size()](Handle) {
+            m_removing = false;
+            Q_EMIT removed(int(n));
+            requestRemovals(); // until none is left
+        });
+    } catch (const std::exception &e) {
+        m_removing = false;
+        engineFailed(e);
+    }
+}
+
+void DeliveryAgent::replanFolders()
+{
+    if (m_lost)
+        return;
+    try {
+        const FolderDefaults defaults = m_settings.defaults();
+        const QList<qint32> bound = m_settings.boundSubscriptions();
+        m_places.clear();
+        for (const qint32 id : m_index.subscriptions()) {
+            const auto current = m_index.folderOf(id);
+            const SubscriptionPlace *place = placeOf(id);
+            if (!place) {
+                // Deleted in ConfigConsumer: "SubDeletedInConfig" 0 takes its messages away.
+                if (defaults.deletedInConfig == 0)
+                    m_store->removeAll(*current);
+                m_index.forget(id);
+                continue;
+            }
+            if (!bound.contains(id))
+                continue;
+            const MailStore::Folder planned = FolderPlan::folderFor(defaults, *place);
+            if (!m_store->exists(*current)) {
+                followMailProgram(id, *current, defaults, planned);
+            } else if (*current != planned) {
+                // Changed in ConfigConsumer: "SubMovedInConfig" 0 takes the messages along.
+                QString error;
+                if (defaults.movedInConfig == 0 && !m_store->move(*current, planned, &error))
+                    qCWarning(lcDeliver) << "cannot move" << FolderPlan::pathText(*current) << error;
+                m_index.setFolder(id, planned);
+                qCInfo(lcDeliver) << "subscription" << id << "now delivers to" << FolderPlan::pathText(planned);
+            }
+        }
+        m_index.save();
+    } catch (const std::exception &e) {
+        engineFailed(e);
+    }
+}
+
+void DeliveryAgent::followMailProgram(qint32 subscriptionId, const MailStore::Folder &current,
+                                      const FolderDefaults &defaults, const MailStore::Folder &planned)
+{
+    if (const auto moved = m_store->findTagged(subscriptionId)) {
+        // "SubMovedInOutlook" 0: the folder's new place becomes the subscription's own.
+        if (defaults.movedInMailer == 0) {
+            m_settings.store(QStringLiteral("SubscriptionSpecifics_%1").arg(subscriptionId),
+                             {{QStringLiteral("StoreLocationOption"), QStringLiteral("1")},
+                              {QStringLiteral("StoreLocationSpecificFolder"), FolderPlan::pathText(*moved)},
+                              {QStringLiteral("StoreInNamedFolder"), QStringLiteral("0")}});
+            m_index.setFolder(subscriptionId, *moved);
+        } else {
+            m_index.setFolder(subscriptionId, planned);
+        }
+        qCInfo(lcDeliver) << "folder" << FolderPlan::pathText(current) << "was moved to" << FolderPlan::pathText(*moved);
+        return;
+    }
+    // "SubDeletedInOutlook" 0: delivery of the subscription stops; 1: the folder comes back.
+    qCInfo(lcDeliver) << "folder" << FolderPlan::pathText(current) << "was deleted in the mail program";
+    if (defaults.deletedInMailer == 0) {
+        m_client->BindItem(DeliverySettings::kConsumer, kNews, subscriptionId, 0);
+        m_index.forget(subscriptionId);
+    } else {
+        m_index.setFolder(subscriptionId, planned);
+    }
+}
+
+void DeliveryAgent::pollReadMarks()
+{
+    if (m_lost)
+        return;
+    QList<qint32> read, unread;
+    for (const MailStore::Folder &folder : m_store->changedFolders(m_index.folders())) {
+        QHash<QString, bool> &known = m_readMarks[FolderPlan::pathText(folder)];
+        const QHash<QString, bool> now = m_store->readStates(folder);
+        for (auto it = now.cbegin(); it != now.cend(); ++it) {
+            const auto before = known.constFind(it.key());
+            if (before != known.cend() && *before == it.value())
+                continue;
+            (it.value() ? read : unread).append(MailStore::articleOf(it.key()));
+        }
+        known = now;
+    }
+    read.removeAll(0);
+    unread.removeAll(0);
+    reportRead(read, true);
+    reportRead(unread, false);
+}
+
+void DeliveryAgent::reportRead(const QList<qint32> &ids, bool read)
+{
+    if (ids.isEmpty())
+        return;
+    const auto fill = [this, ids, read](Handle bag) {
+        putIds(bag, ids);
+        m_client->SetLongValue(bag, QStringLiteral("READ"), read ? 1 : 0);
+    };
+    try {
+        submit(QStringLiteral("SETREADSTATE"), fill, [](Handle) {});
+    } catch (const std::exception &e) {
+        engineFailed(e);
+    }
+}

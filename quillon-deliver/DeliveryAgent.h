@@ -1,0 +1,96 @@
+#pragma once
+
+#include "ArticleHtml.h"
+#include "DeliveryIndex.h"
+#include "DeliverySettings.h"
+#include "MailStore.h"
+#include "MessageBuilder.h"
+#include "SubscribeClient.h"
+
+#include <QHash>
+#include <QObject>
+#include <QTimer>
+
+#include <memory>
+
+// The delivery consumer: connects as "OLCONSUMER", takes the articles of its bound
+// subscriptions from the engine in batches, stores each as a message, acknowledges what is
+// safely stored, takes away what the engine removed, follows folder changes made in
+// ConfigConsumer or in the mail program, and reports read marks back.
+class DeliveryAgent : public QObject
+{
+    Q_OBJECT
+public:
+    struct Options
+    {
+        int batchSize = 500;
+        int readPollMs = 1000;    // how often the store is looked at for read marks
+        int replanMs = 10000;     // how often folder settings are compared with the store
+        QString dataFolder;       // QuillonData, for the article template
+    };
+
+    DeliveryAgent(quillon::SubscribeClientPtr client, std::unique_ptr<MailStore> store, QString indexPath,
+                  Options options, QObject *parent = nullptr);
+    ~DeliveryAgent() override;
+
+    // Opens the store, connects and catches up. False with a reason when the store cannot
+    // be opened or the engine refuses the connection.
+    [[nodiscard]] bool start(QString *error);
+    [[nodiscard]] MailStore &store() { return *m_store; }
+
+    // Runs the periodic work now (tests).
+    void replanFolders();
+    void pollReadMarks();
+
+Q_SIGNALS:
+    // A batch was stored and acknowledged.
+    void delivered(int count);
+    // Everything the engine had for delivery is stored.
+    void caughtUp();
+    // Removals were carried out.
+    void removed(int count);
+    // The engine went away; the consumer has nothing left to do.
+    void engineLost(const QString &reason);
+
+private:
+    void onEngineMessage(quillon::Handle message);
+    void requestArticles();
+    void onArticles(quillon::Handle answer);
+    void acknowledge(const QList<qint32> &articleIds, bool more);
+    void requestRemovals();
+    void onRemovals(quillon::Handle answer);
+    void reportRead(const QList<qint32> &ids, bool read);
+    // "ARTICLEIDS" of a request bag.
+    void putIds(quillon::Handle bag, const QList<qint32> &ids);
+    // Sends a request bag filled by fill; answer gets the reply bag.
+    void submit(const QString &kind, const std::function<void(quillon::Handle)> &fill,
+                std::function<void(quillon::Handle)> answer);
+    [[nodiscard]] ArticleMessage readArticle(quillon::Handle item, const SubscriptionPlace &place,
+                                             const FolderDefaults &defaults);
+    // The place of a subscription, read once per batch.
+    const SubscriptionPlace *placeOf(qint32 subscriptionId);
+    // The folder the subscription's messages go to now.
+    MailStore::Folder folderFor(qint32 subscriptionId, const SubscriptionPlace &place,
+                                const FolderDefaults &defaults);
+    void followMailProgram(qint32 subscriptionId, const MailStore::Folder &current,
+                           const FolderDefaults &defaults, const MailStore::Folder &planned);
+    void engineFailed(const std::exception &e);
+
+    quillon::SubscribeClientPtr m_client;
+    std::unique_ptr<MailStore> m_store;
+    DeliveryIndex m_index;
+    Options m_options;
+    DeliverySettings m_settings;
+    ArticleHtml m_html;
+    MessageBuilder m_builder;
+    QHash<qint32, std::optional<SubscriptionPlace>> m_places; // for one batch
+    QHash<QString, QHash<QString, bool>> m_readMarks;         // by folder path text, by key
+    QTimer m_readTimer;
+    QTimer m_replanTimer;
+    QTimer m_retryTimer;
+    bool m_fetching = false;
+    bool m_fetchAgain = false;
+    bool m_removing = false;
+    bool m_removeAgain = false;
+    bool m_lost = false;
+};

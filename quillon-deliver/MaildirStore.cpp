@@ -1,0 +1,273 @@
+#include "MaildirStore.h"
+
+#include "DeliveryLogging.h"
+#include "DurableFile.h"
+#include "FolderPlan.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QRegularExpression>
+
+namespace {
+const QString kTagFile = QStringLiteral("quillon-subscription");
+
+// "a12.quillon" in new/, "a12.quillon:2,S" in cur/ once a mail program has seen it.
+const QRegularExpression &ourName()
+{
+    static const QRegularExpression re(QStringLiteral("^(a\\d+)\\.quillon(?::2,([A-Za-z]*))?$"));
+    return re;
+}
+
+bool writeFile(const QString &path, const QByteArray &bytes)
+{
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly | QIODevice::Truncate) && file.write(bytes) == bytes.size() &&
+           file.flush();
+}
+} // namespace
+
+QString MaildirStore::folderPath(const Folder &folder) const
+{
+    if (folder.isEmpty())
+        return m_root;
+    return QDir(m_root).filePath(QLatin1Char('.') + folder.join(QLatin1Char('.')));
+}
+
+bool MaildirStore::makeMaildir(const QString &dir, QString *error) const
+{
+    for (const char *sub : {"cur", "new", "tmp"}) {
+        if (!QDir().mkpath(QDir(dir).filePath(QLatin1String(sub)))) {
+            if (error)
+                *error = QStringLiteral("Cannot create the mail folder %1").arg(dir);
+            return false;
+        }
+    }
+    if (dir != m_root && !QFile::exists(QDir(dir).filePath(QStringLiteral("maildirfolder"))))
+        writeFile(QDir(dir).filePath(QStringLiteral("maildirfolder")), {});
+    return true;
+}
+
+bool MaildirStore::open(QString *error)
+{
+    if (!makeMaildir(m_root, error))
+        return false;
+    // Messages left in tmp/ by a delivery that was cut off were never acknowledged: they
+    // come again from the engine.
+    QList<Folder> all = folders();
+    all.append(Folder());
+    for (const Folder &folder : std::as_const(all)) {
+        QDir tmp(QDir(folderPath(folder)).filePath(QStringLiteral("tmp")));
+        for (const QString &name : tmp.entryList(QDir::Files)) {
+            if (ourName().match(name).hasMatch())
+                tmp.remove(name);
+        }
+    }
+    return true;
+}
+
+QHash<QString, QString> MaildirStore::messages(const QString &dir) const
+{
+    QHash<QString, QString> found;
+    for (const char *sub : {"new", "cur"}) {
+        const QDir d(QDir(dir).filePath(QLatin1String(sub)));
+        for (const QString &name : d.entryList(QDir::Files)) {
+            const auto match = ourName().match(name);
+            if (match.hasMatch())
+                found.insert(match.captured(1), d.filePath(name));
+        }
+    }
+    return found;
+}
+
+QSet<QString> &MaildirStore::knownKeys(const QString &dir)
+{
+    auto it = m_keys.find(dir);
+    if (it == m_keys.end()) {
+        const auto present = messages(dir);
+        it = m_keys.insert(dir, QSet<QString>(present.keyBegin(), present.keyEnd()));
+    }
+    return *it;
+}
+
+bool MaildirStore::add(const Folder &folder, const QString &key, const QByteArray &message, QString *error)
+{
+    const QString dir = folderPath(folder);
+    QSet<QString> &keys = knownKeys(dir);
+    if (keys.contains(key))
+        return true;
+    if (!QFileInfo::exists(QDir(dir).filePath(QStringLiteral("new"))) && !create(folder, error))
+        return false;
+    const QString name = fileName(key);
+    const QString tmpPath = QDir(dir).filePath(QStringLiteral("tmp/") + name);
+    if (!writeFile(tmpPath, message)) {
+        if (error)
+            *error = QStringLiteral("Cannot write %1").arg(tmpPath);
+        QFile::remove(tmpPath);
+        return false;
+    }
+    const QString newDir = QDir(dir).filePath(QStringLiteral("new"));
+    m_pending.append({tmpPath, QDir(newDir).filePath(name), newDir});
+    keys.insert(key);
+    return true;
+}
+
+bool MaildirStore::commit(QString *error)
+{
+    QStringList written;
+    for (const Pending &p : m_pending)
+        written.append(p.tmpPath);
+    const QList<Pending> pending = std::exchange(m_pending, {});
+    if (!DurableFile::syncFiles(written)) {
+        if (error)
+            *error = QStringLiteral("Cannot flush the messages to disk");
+        m_keys.clear();
+        return false;
+    }
+    QSet<QString> dirs;
+    bool ok = true;
+    for (const Pending &p : pending) {
+        if (!QFile::rename(p.tmpPath, p.newPath)) {
+            ok = false;
+            if (error)
+                *error = QStringLiteral("Cannot move %1 into new/").arg(p.tmpPath);
+        }
+        dirs.insert(p.newDir);
+    }
+    for (const QString &dir : dirs)
+        ok = DurableFile::syncDirectory(dir) && ok;
+    if (!ok)
+        m_keys.clear(); // read them again from disk
+    return ok;
+}
+
+bool MaildirStore::remove(const Folder &folder, const QString &key)
+{
+    const QString dir = folderPath(folder);
+    const QString path = messages(dir).value(key);
+    knownKeys(dir).remove(key);
+    return path.isEmpty() || QFile::remove(path);
+}
+
+bool MaildirStore::move(const Folder &from, const Folder &to, QString *error)
+{
+    const QString source = folderPath(from);
+    const QString target = folderPath(to);
+    if (source == target || !QFileInfo::exists(source))
+        return true;
+    if (!create(to, error))
+        return false;
+    const auto moving = messages(source);
+    for (auto it = moving.cbegin(); it != moving.cend(); ++it) {
+        const QFileInfo file(it.value());
+        const QString destination = QDir(target).filePath(file.dir().dirName() + QLatin1Char('/') + file.fileName());
+        if (!QFile::rename(it.value(), destination) && !QFile::remove(it.value()))
+            qCWarning(lcDeliver) << "cannot move" << it.value() << "to" << destination;
+    }
+    DurableFile::syncDirectory(QDir(target).filePath(QStringLiteral("cur")));
+    DurableFile::syncDirectory(QDir(target).filePath(QStringLiteral("new")));
+    m_keys.remove(source);
+    m_keys.remove(target);
+    const QString tag = QDir(source).filePath(kTagFile);
+    if (QFile::exists(tag)) {
+        QFile::remove(QDir(target).filePath(kTagFile));
+        QFile::rename(tag, QDir(target).filePath(kTagFile));
+    }
+    dropIfEmpty(source);
+    return true;
+}
+
+void MaildirStore::removeAll(const Folder &folder)
+{
+    const QString dir = folderPath(folder);
+    for (const QString &path : messages(dir))
+        QFile::remove(path);
+    m_keys.remove(dir);
+    dropIfEmpty(dir);
+}
+
+void MaildirStore::dropIfEmpty(const QString &dir)
+{
+    if (dir == m_root)
+        return;
+    for (const char *sub : {"new", "cur"}) {
+        if (!QDir(QDir(dir).filePath(QLatin1String(sub))).isEmpty(QDir::Files | QDir::NoDotAndDotDot))
+            return;
+    }
+    QDir(dir).removeRecursively();
+    m_keys.remove(dir);
+}
+
+bool MaildirStore::exists(const Folder &folder)
+{
+    return QFileInfo::exists(QDir(folderPath(folder)).filePath(QStringLiteral("cur")));
+}
+
+bool MaildirStore::create(const Folder &folder, QString *error)
+{
+    // Parents too, so that a mail program can open every level.
+    for (qsizetype depth = 1; depth <= folder.size(); ++depth) {
+        if (!makeMaildir(folderPath(folder.mid(0, depth)), error))
+            return false;
+    }
+    return true;
+}
+
+QList<MailStore::Folder> MaildirStore::folders()
+{
+    QList<Folder> found;
+    const QStringList names = QDir(m_root).entryList(QDir::Dirs | QDir::Hidden | QDir::NoDotAndDotDot, QDir::Name);
+    for (const QString &name : names) {
+        if (name.startsWith(QLatin1Char('.')) && name.size() > 1)
+            found.append(name.mid(1).split(QLatin1Char('.')));
+    }
+    return found;
+}
+
+QList<MailStore::Folder> MaildirStore::changedFolders(const QList<Folder> &watched)
+{
+    QList<Folder> changed;
+    for (const Folder &folder : watched) {
+        const QString dir = folderPath(folder);
+        // A rename inside cur/ or new/ (a new flag, a message taken) changes that directory.
+        const qint64 stamp = QFileInfo(QDir(dir).filePath(QStringLiteral("cur"))).lastModified().toMSecsSinceEpoch() ^
+                             (QFileInfo(QDir(dir).filePath(QStringLiteral("new"))).lastModified().toMSecsSinceEpoch() << 1);
+        const auto it = m_stamps.constFind(dir);
+        if (it == m_stamps.cend() || *it != stamp)
+            changed.append(folder);
+        m_stamps.insert(dir, stamp);
+    }
+    return changed;
+}
+
+QHash<QString, bool> MaildirStore::readStates(const Folder &folder)
+{
+    QHash<QString, bool> states;
+    const QString dir = folderPath(folder);
+    for (const char *sub : {"new", "cur"}) {
+        const QDir d(QDir(dir).filePath(QLatin1String(sub)));
+        for (const QString &name : d.entryList(QDir::Files)) {
+            const auto match = ourName().match(name);
+            if (match.hasMatch())
+                states.insert(match.captured(1), match.captured(2).contains(QLatin1Char('S')));
+        }
+    }
+    return states;
+}
+
+void MaildirStore::tag(const Folder &folder, qint32 subscriptionId)
+{
+    const QString path = QDir(folderPath(folder)).filePath(kTagFile);
+    if (!QFile::exists(path))
+        writeFile(path, QByteArray::number(subscriptionId));
+}
+
+std::optional<MailStore::Folder> MaildirStore::findTagged(qint32 subscriptionId)
+{
+    for (const Folder &folder : folders()) {
+        QFile file(QDir(folderPath(folder)).filePath(kTagFile));
+        if (file.open(QIODevice::ReadOnly) && file.readAll().trimmed().toInt() == subscriptionId)
+            return folder;
+    }
+    return std::nullopt;
+}

@@ -1,0 +1,56 @@
+#pragma once
+
+#include "MailStore.h"
+
+#include <QDateTime>
+#include <QHash>
+#include <QSet>
+
+// A Maildir++ tree: the root is the inbox, a folder {"Feeds", "News"} is the directory
+// ".Feeds.News" beside it. Messages are written to tmp/, flushed to disk in one go at
+// commit() and only then renamed into new/, so a message is either whole or absent.
+class MaildirStore : public MailStore
+{
+public:
+    explicit MaildirStore(QString root) : m_root(std::move(root)) {}
+
+    [[nodiscard]] QString describe() const override { return m_root; }
+    [[nodiscard]] bool open(QString *error) override;
+    [[nodiscard]] bool add(const Folder &folder, const QString &key, const QByteArray &message,
+                           QString *error) override;
+    [[nodiscard]] bool commit(QString *error) override;
+    bool remove(const Folder &folder, const QString &key) override;
+    [[nodiscard]] bool move(const Folder &from, const Folder &to, QString *error) override;
+    void removeAll(const Folder &folder) override;
+    [[nodiscard]] bool exists(const Folder &folder) override;
+    [[nodiscard]] bool create(const Folder &folder, QString *error) override;
+    [[nodiscard]] QList<Folder> folders() override;
+    [[nodiscard]] QList<Folder> changedFolders(const QList<Folder> &watched) override;
+    [[nodiscard]] QHash<QString, bool> readStates(const Folder &folder) override;
+    void tag(const Folder &folder, qint32 subscriptionId) override;
+    [[nodiscard]] std::optional<Folder> findTagged(qint32 subscriptionId) override;
+
+    // The directory of a folder.
+    [[nodiscard]] QString folderPath(const Folder &folder) const;
+    // The message file's name for a key, as written into new/.
+    [[nodiscard]] static QString fileName(const QString &key) { return key + QStringLiteral(".quillon"); }
+
+private:
+    struct Pending
+    {
+        QString tmpPath;
+        QString newPath;
+        QString newDir;
+    };
+    // Our messages in a folder: key -> path, from cur/ and new/.
+    [[nodiscard]] QHash<QString, QString> messages(const QString &dir) const;
+    QSet<QString> &knownKeys(const QString &dir);
+    [[nodiscard]] bool makeMaildir(const QString &dir, QString *error) const;
+    // The folder's directory goes when no message at all is left in it.
+    void dropIfEmpty(const QString &dir);
+
+    QString m_root;
+    QList<Pending> m_pending;
+    QHash<QString, QSet<QString>> m_keys; // by folder directory
+    QHash<QString, qint64> m_stamps;      // last seen change stamp, by folder directory
+};

@@ -1,0 +1,69 @@
+#include "DeliveryAgent.h"
+#include "MaildirStore.h"
+#include "SubscribeClientFactory.h"
+
+#include <QCommandLineParser>
+#include <QCoreApplication>
+#include <QDir>
+#include <QStandardPaths>
+
+#include <cstdio>
+
+namespace {
+QString corvellFolder(const QString &name)
+{
+    return QDir(QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation))
+        .filePath(QStringLiteral("Corvell/") + name);
+}
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    QCoreApplication app(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("quillon-deliver"));
+    QCommandLineParser parser;
+    parser.setApplicationDescription(
+        QStringLiteral("Delivers the articles of the subscriptions checked in ConfigConsumer as mail."));
+    parser.addHelpOption();
+    const QCommandLineOption maildir(QStringLiteral("maildir"), QStringLiteral("Maildir root (default %1)").arg(corvellFolder(QStringLiteral("Mail"))), QStringLiteral("dir"));
+    const QCommandLineOption index(QStringLiteral("index"), QStringLiteral("Where the folder index is kept"), QStringLiteral("file"));
+    const QCommandLineOption socket(QStringLiteral("socket"), QStringLiteral("Engine socket name"), QStringLiteral("name"));
+    const QCommandLineOption data(QStringLiteral("quillon-data"), QStringLiteral("QuillonData folder (article template)"), QStringLiteral("dir"));
+    const QCommandLineOption batch(QStringLiteral("batch"), QStringLiteral("Articles per batch (default 500)"), QStringLiteral("n"));
+    const QCommandLineOption once(QStringLiteral("once"), QStringLiteral("Deliver what waits, then end"));
+    parser.addOptions({maildir, index, socket, data, batch, once});
+    parser.process(app);
+
+    if (parser.isSet(socket))
+        qputenv("QUILLON_ENGINE_SOCKET", parser.value(socket).toLocal8Bit());
+    const QString root = parser.isSet(maildir) ? parser.value(maildir) : corvellFolder(QStringLiteral("Mail"));
+    const QString indexPath = parser.isSet(index) ? parser.value(index) : QDir(root).filePath(QStringLiteral("quillon-deliver.json"));
+
+    DeliveryAgent::Options options;
+    options.dataFolder = parser.isSet(data) ? parser.value(data) : QDir(QCoreApplication::applicationDirPath()).filePath(QStringLiteral("QuillonData"));
+    if (parser.isSet(batch))
+        options.batchSize = std::clamp(parser.value(batch).toInt(), 1, 1000);
+
+    quillon::SubscribeClientPtr client;
+    try {
+        client = quillon::SubscribeClientFactory::Create(quillon::SubscribeClientFactory::kProgId);
+    } catch (const std::exception &e) {
+        std::fprintf(stderr, "quillon-deliver: cannot reach the engine: %s\n", e.what());
+        return 2;
+    }
+    DeliveryAgent agent(client, std::make_unique<MaildirStore>(root), indexPath, options);
+    QObject::connect(&agent, &DeliveryAgent::engineLost, &app, [](const QString &reason) {
+        std::fprintf(stderr, "quillon-deliver: %s\n", qPrintable(reason));
+        QCoreApplication::exit(0);
+    });
+    if (parser.isSet(once))
+        QObject::connect(&agent, &DeliveryAgent::caughtUp, &app, [] { QCoreApplication::exit(0); });
+    QString error;
+    if (!agent.start(&error)) {
+        std::fprintf(stderr, "quillon-deliver: %s\n", qPrintable(error));
+        return 3;
+    }
+    std::printf("quillon-deliver delivering into %s\n", qPrintable(root));
+    std::fflush(stdout);
+    return app.exec();
+}

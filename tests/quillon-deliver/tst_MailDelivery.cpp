@@ -1,0 +1,342 @@
+#include "DaemonProcess.h"
+#include "DeliveryAgent.h"
+#include "EngineFixture.h"
+#include "LocalHttpServer.h"
+#include "MaildirProbe.h"
+#include "MaildirStore.h"
+
+#include <QProcess>
+#include <QRegularExpression>
+#include <QSet>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+
+using namespace quillon;
+
+namespace {
+// Dated items with authors, HTML bodies and, for every third, an enclosure.
+QByteArray feed(const QString &title, int first, int last)
+{
+    QString out = QStringLiteral("<rss version=\"2.0\"><channel><title>%1</title><link>http://example.com/</link>").arg(title);
+    for (int i = first; i <= last; ++i) {
+        out += QStringLiteral("<item><guid>%1-%2</guid><title>Story %2</title><link>http://example.com/%2</link>"
+                              "<author>ann@example.com (Ann)</author><pubDate>Wed, 01 May 2024 10:%3:00 GMT</pubDate>"
+                              "<description>&lt;p&gt;Paragraph one of %2.&lt;/p&gt;&lt;p&gt;Two.&lt;/p&gt;</description>")
+                   .arg(title)
+                   .arg(i)
+                   .arg(i % 60, 2, 10, QLatin1Char('0'));
+        if (i % 3 == 0)
+            out += QStringLiteral("<enclosure url=\"http://example.com/%1.mp3\" type=\"audio/mpeg\" length=\"4096\"/>").arg(i);
+        out += QStringLiteral("</item>");
+    }
+    return (out + QStringLiteral("</channel></rss>")).toUtf8();
+}
+
+qint32 unreadCount(SubscribeClient &client, qint32 id)
+{
+    const Handle bag = client.GetItemBag("NEWS", id, 0);
+    const qint32 count = client.GetLongValue(bag, "ITEMUNREADCOUNT");
+    client.ReleaseHandle(bag);
+    return count;
+}
+
+QSet<QByteArray> messageIds(const MaildirProbe &probe, const QStringList &folder)
+{
+    static const QRegularExpression id(QStringLiteral("^Message-Id: (<[^>]+>)"), QRegularExpression::CaseInsensitiveOption | QRegularExpression::MultilineOption);
+    QSet<QByteArray> ids;
+    for (const QString &path : probe.files(folder)) {
+        QFile file(path);
+        if (file.open(QIODevice::ReadOnly))
+            ids.insert(id.match(QString::fromUtf8(file.readAll())).captured(1).toUtf8());
+    }
+    return ids;
+}
+} // namespace
+
+// Articles reach a Maildir through the real engine, and what the user does on either side
+// follows.
+class tst_MailDelivery : public QObject
+{
+    Q_OBJECT
+
+private:
+    qint32 subscribe(const QString &path, const QString &title, const QString &category, int items);
+    void bind(qint32 id, qint32 flag) { m_engine->client->BindItem("OLCONSUMER", "NEWS", id, flag); }
+    void setSpecific(qint32 id, const QString &key, const QString &value)
+    {
+        m_engine->setSetting("OLCONSUMER", QStringLiteral("SubscriptionSpecifics_%1").arg(id), key, value);
+    }
+    void startAgent();
+    // Fetches again now, past the engine's shortest interval between two fetches of a feed.
+    void refetch(qint32 id, const EngineFixture::Fields &changes = {})
+    {
+        m_skew += 120;
+        const qsizetype before = m_updates->size();
+        m_engine->update(id, changes);
+        QTRY_VERIFY_WITH_TIMEOUT(m_updates->size() > before, 20000);
+    }
+    qint32 addBound(SubscribeClient &client, const QString &path, const QString &title, int items);
+
+    LocalHttpServer m_server;
+    std::unique_ptr<EngineFixture> m_engine;
+    std::unique_ptr<QSignalSpy> m_updates;
+    std::unique_ptr<QTemporaryDir> m_mail;
+    std::unique_ptr<MaildirProbe> m_probe;
+    std::unique_ptr<DeliveryAgent> m_agent;
+    SubscribeClientPtr m_agentClient;
+    qint64 m_skew = 0;
+
+private Q_SLOTS:
+    void initTestCase() { QVERIFY(m_server.listen()); }
+    void init();
+    void cleanup();
+    void checkedSubscriptionsArriveInTheirFolders();
+    void configChangesMoveAndRemoveMessages();
+    void seenFlagsFlowBack();
+    void mailProgramMovesAndDeletesAreFollowed();
+    void killedDeliveryLosesNothingAndCatchesUp();
+};
+
+void tst_MailDelivery::init()
+{
+    m_engine = std::make_unique<EngineFixture>();
+    QVERIFY(m_engine->engine.isReady());
+    m_updates = std::make_unique<QSignalSpy>(&m_engine->engine.core(), &EngineCore::subscriptionUpdated);
+    m_skew = 0;
+    m_engine->engine.core().setClock([this] { return QDateTime::currentDateTimeUtc().addSecs(m_skew); });
+    m_engine->engine.core().startUpdating();
+    m_mail = std::make_unique<QTemporaryDir>();
+    m_probe = std::make_unique<MaildirProbe>(m_mail->filePath("Mail"));
+}
+
+void tst_MailDelivery::cleanup()
+{
+    m_agent.reset();
+    if (m_agentClient)
+        QCOMPARE(m_agentClient->LiveHandleCount(), 0);
+    m_agentClient.reset();
+    m_updates.reset();
+    m_engine.reset();
+}
+
+void tst_MailDelivery::startAgent()
+{
+    m_agentClient = m_engine->engine.newClient();
+    DeliveryAgent::Options options;
+    options.readPollMs = 50;
+    options.replanMs = 3600000; // the tests replan when they want to
+    m_agent = std::make_unique<DeliveryAgent>(m_agentClient, std::make_unique<MaildirStore>(m_mail->filePath("Mail")),
+                                              m_mail->filePath("index.json"), options);
+    QString error;
+    QVERIFY2(m_agent->start(&error), qPrintable(error));
+}
+
+qint32 tst_MailDelivery::subscribe(const QString &path, const QString &title, const QString &category, int items)
+{
+    m_server.serve(path, feed(title, 1, items));
+    const qint32 id = m_engine->add(m_server.url(path).toString());
+    refetch(id, {{"CATEGORY", category}});
+    return id;
+}
+
+qint32 tst_MailDelivery::addBound(SubscribeClient &client, const QString &path, const QString &title, int items)
+{
+    m_server.serve(path, feed(title, 1, items));
+    const Handle request = client.CreateItemRequest("NEWS", QString(), m_server.url(path).toString());
+    const Handle consumers = client.NewList();
+    client.ListAppend(consumers, "OLCONSUMER");
+    client.SetHandleValue(request, "ConsumerIDs", consumers);
+    client.ReleaseHandle(consumers);
+    auto answer = std::make_shared<CopyingCallback>(client);
+    client.SubmitRequest(request, answer);
+    client.ReleaseHandle(request);
+    if (!QTest::qWaitFor([&] { return !answer->received.isEmpty(); }, 20000))
+        return 0;
+    return answer->received.first()->bag("Result")->number("SUBSCRIPTIONID");
+}
+
+void tst_MailDelivery::checkedSubscriptionsArriveInTheirFolders()
+{
+    startAgent();
+    const qint32 linux = subscribe("/linux", "Linux Weekly", "Tech~~~Linux", 4);
+    const qint32 unchecked = subscribe("/other", "Other", "", 2);
+    bind(linux, 1);
+    const QStringList folder = {"Tech", "Linux", "Linux Weekly"};
+    QTRY_COMPARE(m_probe->count(folder), 4);
+    QVERIFY(m_probe->exists({"Tech"})); // every level opens in a mail program
+    QVERIFY(!m_probe->exists({"Other"}));
+    Q_UNUSED(unchecked);
+
+    const QByteArray message = m_probe->first(folder);
+    QVERIFY(message.contains("Subject: Story 1"));
+    QVERIFY(message.contains("From: Linux Weekly <feed-"));
+    QVERIFY(message.contains("X-Feed-URL: " + m_server.url("/linux").toString().toUtf8()));
+    QVERIFY(message.contains("Date: Wed, 01 May 2024 10:01:00 +0000"));
+    QVERIFY(message.contains("Content-Type: text/html"));
+    QVERIFY(message.contains("Content-Type: text/plain"));
+    // Unread on arrival: still in new/.
+    QVERIFY(m_probe->files(folder).first().contains("/new/"));
+    QCOMPARE(m_engine->itemBag(linux)->text("ITEMREADCOUNT"), QStringLiteral("0"));
+
+    // Defaults for the next subscription: under a top folder and a named sub-folder, text only.
+    for (const auto &[key, value] : {std::pair{"TopFolderTitle", "\\Feeds"}, std::pair{"RadioSubPlacement", "1"},
+                                     std::pair{"SubFolderTitle", "Reading"}, std::pair{"Article_Theme", "Plain"}})
+        m_engine->setSetting("OLCONSUMER", "OutlookDefaults", key, value);
+    const qint32 plain = subscribe("/plain", "Plain Feed", "", 3);
+    bind(plain, 1);
+    const QStringList plainFolder = {"Feeds", "Reading", "Plain Feed"};
+    QTRY_COMPARE(m_probe->count(plainFolder), 3);
+    QByteArray all;
+    for (const QString &path : m_probe->files(plainFolder)) {
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        all += file.readAll();
+    }
+    QVERIFY(!all.contains("text/html"));
+    QVERIFY(all.contains("Enclosure: http://example.com/3.mp3 (audio/mpeg)"));
+    // The new defaults moved the subscription already delivered along.
+    const QStringList moved = {"Feeds", "Reading", "Tech", "Linux", "Linux Weekly"};
+    QTRY_COMPARE(m_probe->count(moved), 4);
+
+    // New articles of a bound feed follow as they are fetched.
+    m_server.serve("/linux", feed("Linux Weekly", 1, 6));
+    refetch(linux);
+    QTRY_COMPARE(m_probe->count(moved), 6);
+    QCOMPARE(messageIds(*m_probe, moved).size(), 6);
+}
+
+void tst_MailDelivery::configChangesMoveAndRemoveMessages()
+{
+    startAgent();
+    const qint32 id = subscribe("/moving", "Moving", "News", 3);
+    bind(id, 1);
+    QTRY_COMPARE(m_probe->count({"News", "Moving"}), 3);
+
+    // Renamed in ConfigConsumer: the messages go along.
+    setSpecific(id, "FOLDERTITLE", "Renamed");
+    m_agent->replanFolders();
+    QCOMPARE(m_probe->count({"News", "Renamed"}), 3);
+    QVERIFY(!m_probe->exists({"News", "Moving"}));
+
+    // "SubMovedInConfig" 1 leaves them; new articles go to the new place.
+    m_engine->setSetting("OLCONSUMER", "OutlookDefaults", "SubMovedInConfig", "1");
+    refetch(id, {{"CATEGORY", "Elsewhere"}});
+    m_agent->replanFolders();
+    QCOMPARE(m_probe->count({"News", "Renamed"}), 3);
+    m_server.serve("/moving", feed("Moving", 1, 4));
+    refetch(id);
+    QTRY_COMPARE(m_probe->count({"Elsewhere", "Renamed"}), 1);
+
+    // Unchecked with "remove the articles": the delivered messages go.
+    bind(id, 0);
+    QTRY_COMPARE(m_probe->count({"Elsewhere", "Renamed"}), 0);
+    // Messages left behind by "SubMovedInConfig" 1 are the user's now.
+    QCOMPARE(m_probe->count({"News", "Renamed"}), 3);
+
+    // Deleted in ConfigConsumer with "SubDeletedInConfig" 0: its folder goes too.
+    const qint32 doomed = subscribe("/doomed", "Doomed", "", 2);
+    bind(doomed, 1);
+    QTRY_COMPARE(m_probe->count({"Doomed"}), 2);
+    m_engine->setSetting("OLCONSUMER", "OutlookDefaults", "SubDeletedInConfig", "0");
+    m_engine->client->RemoveItem("NEWS", doomed, 0);
+    m_agent->replanFolders();
+    QVERIFY(!m_probe->exists({"Doomed"}));
+}
+
+void tst_MailDelivery::seenFlagsFlowBack()
+{
+    startAgent();
+    const qint32 id = subscribe("/seen", "Seen", "", 3);
+    bind(id, 1);
+    QTRY_COMPARE(m_probe->count({"Seen"}), 3);
+    const QStringList files = m_probe->files({"Seen"});
+    QVERIFY(m_probe->markSeen(files.at(0)));
+    QVERIFY(m_probe->markSeen(files.at(1)));
+    QTRY_COMPARE(m_engine->itemBag(id)->text("ITEMREADCOUNT"), QStringLiteral("2"));
+    QCOMPARE(m_engine->itemBag(id)->text("ITEMUNREADCOUNT"), QStringLiteral("1"));
+
+    // Marked unread again in the mail program.
+    const QString seen = m_probe->files({"Seen"}).filter(":2,S").first();
+    QVERIFY(QFile::rename(seen, seen.chopped(1)));
+    QTRY_COMPARE(m_engine->itemBag(id)->text("ITEMREADCOUNT"), QStringLiteral("1"));
+}
+
+void tst_MailDelivery::mailProgramMovesAndDeletesAreFollowed()
+{
+    startAgent();
+    const qint32 moved = subscribe("/moved", "Moved", "", 2);
+    const qint32 deleted = subscribe("/deleted", "Deleted", "", 2);
+    bind(moved, 1);
+    bind(deleted, 1);
+    QTRY_COMPARE(m_probe->count({"Moved"}), 2);
+    QTRY_COMPARE(m_probe->count({"Deleted"}), 2);
+
+    // The user moves one folder and deletes the other in the mail program.
+    QVERIFY(QDir().rename(m_probe->path({"Moved"}), m_probe->path({"Archive"})));
+    QVERIFY(QDir(m_probe->path({"Deleted"})).removeRecursively());
+    m_agent->replanFolders();
+
+    // Moved: the new place becomes the subscription's own, and new articles go there.
+    m_server.serve("/moved", feed("Moved", 1, 3));
+    refetch(moved);
+    QTRY_COMPARE(m_probe->count({"Archive"}), 3);
+    QVERIFY(!m_probe->exists({"Moved"}));
+    // Deleted: delivery stopped, as ConfigConsumer shows.
+    QTRY_VERIFY(!m_engine->events->named("SubscriptionBindingChanged").isEmpty());
+    const Handle bound = m_engine->client->ListConsumerItems("OLCONSUMER", "NEWS");
+    QCOMPARE(m_engine->client->ListCount(bound), 1);
+    m_engine->client->ReleaseHandle(bound);
+    QVERIFY(!m_probe->exists({"Deleted"}));
+}
+
+void tst_MailDelivery::killedDeliveryLosesNothingAndCatchesUp()
+{
+    DaemonProcess daemon;
+    QVERIFY2(daemon.start(), qPrintable(daemon.errorText()));
+    SubscribeClientPtr client = daemon.newClient();
+    const int feeds = 6, items = 150;
+    QList<qint32> ids;
+    for (int f = 0; f < feeds; ++f)
+        ids.append(addBound(*client, QStringLiteral("/bulk%1").arg(f), QStringLiteral("Bulk %1").arg(f), items));
+    // Every feed fetched before delivery starts, so there is plenty to cut into.
+    for (const qint32 id : ids)
+        QTRY_COMPARE_WITH_TIMEOUT(unreadCount(*client, id), items, 30000);
+
+    const QString root = m_mail->filePath("Mail");
+    const QStringList args = {"--socket", daemon.socketName(), "--maildir", root, "--batch", "20"};
+    const QString program = QDir(qEnvironmentVariable("QUILLON_BIN_DIR", QCoreApplication::applicationDirPath()))
+                                .filePath("quillon-deliver");
+    const auto delivered = [&] {
+        int total = 0;
+        for (int f = 0; f < feeds; ++f)
+            total += m_probe->count({QStringLiteral("Bulk %1").arg(f)});
+        return total;
+    };
+    QProcess first;
+    first.setProcessChannelMode(QProcess::ForwardedChannels);
+    first.start(program, args);
+    QTRY_VERIFY_WITH_TIMEOUT(delivered() >= 100, 30000);
+    first.kill(); // SIGKILL: no chance to tidy up
+    QVERIFY(first.waitForFinished(10000));
+    QVERIFY(delivered() < feeds * items);
+
+    // While it is away, a new subscription brings more.
+    const qint32 late = addBound(*client, "/late", "Late", 5);
+    QTRY_COMPARE_WITH_TIMEOUT(unreadCount(*client, late), 5, 30000);
+
+    QProcess second;
+    second.setProcessChannelMode(QProcess::ForwardedChannels);
+    second.start(program, args + QStringList{"--once"});
+    QVERIFY(second.waitForFinished(60000));
+    QCOMPARE(second.exitCode(), 0);
+    QCOMPARE(delivered(), feeds * items);
+    QCOMPARE(m_probe->count({"Late"}), 5);
+    for (int f = 0; f < feeds; ++f) {
+        const QStringList folder = {QStringLiteral("Bulk %1").arg(f)};
+        QCOMPARE(messageIds(*m_probe, folder).size(), m_probe->count(folder));
+    }
+    QVERIFY(QDir(root + "/.Bulk 0/tmp").isEmpty());
+}
+
+QTEST_MAIN(tst_MailDelivery)
+#include "tst_MailDelivery.moc"
