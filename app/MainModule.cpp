@@ -3,6 +3,7 @@
 #include "CBConnect.h"
 #include "ClientAccess.h"
 #include "HandleGuard.h"
+#include "MailStoreOutlook.h"
 #include "PropertyBag.h"
 #include "SingleInstance.h"
 #include "SubscribeClientFactory.h"
@@ -95,6 +96,7 @@ void Main()
     state().retryConnect = false;
     if (SingleInstance::AnotherInstanceRunning())
         return;
+    MailStoreOutlook::Install();
     if (ConnectToEngine(kConsumerId)) {
         state().retryConnect = true;
         StartTickTimer(kTickMs);

@@ -10,10 +10,14 @@
 #include <cstdio>
 
 namespace {
-QString corvellFolder(const QString &name)
+// Where ConfigConsumer's folder pickers look too.
+QString defaultRoot()
 {
+    const QString configured = qEnvironmentVariable("QUILLON_MAILDIR");
+    if (!configured.isEmpty())
+        return configured;
     return QDir(QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation))
-        .filePath(QStringLiteral("Corvell/") + name);
+        .filePath(QStringLiteral("Corvell/Mail"));
 }
 } // namespace
 
@@ -25,7 +29,7 @@ int main(int argc, char *argv[])
     parser.setApplicationDescription(
         QStringLiteral("Delivers the articles of the subscriptions checked in ConfigConsumer as mail."));
     parser.addHelpOption();
-    const QCommandLineOption maildir(QStringLiteral("maildir"), QStringLiteral("Maildir root (default %1)").arg(corvellFolder(QStringLiteral("Mail"))), QStringLiteral("dir"));
+    const QCommandLineOption maildir(QStringLiteral("maildir"), QStringLiteral("Maildir root (default %1)").arg(defaultRoot()), QStringLiteral("dir"));
     const QCommandLineOption index(QStringLiteral("index"), QStringLiteral("Where the folder index is kept"), QStringLiteral("file"));
     const QCommandLineOption socket(QStringLiteral("socket"), QStringLiteral("Engine socket name"), QStringLiteral("name"));
     const QCommandLineOption data(QStringLiteral("quillon-data"), QStringLiteral("QuillonData folder (article template)"), QStringLiteral("dir"));
@@ -36,7 +40,7 @@ int main(int argc, char *argv[])
 
     if (parser.isSet(socket))
         qputenv("QUILLON_ENGINE_SOCKET", parser.value(socket).toLocal8Bit());
-    const QString root = parser.isSet(maildir) ? parser.value(maildir) : corvellFolder(QStringLiteral("Mail"));
+    const QString root = parser.isSet(maildir) ? parser.value(maildir) : defaultRoot();
     const QString indexPath = parser.isSet(index) ? parser.value(index) : QDir(root).filePath(QStringLiteral("quillon-deliver.json"));
 
     DeliveryAgent::Options options;

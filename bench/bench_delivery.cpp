@@ -1,0 +1,174 @@
+// Mail delivery of N synthetic feeds (20 articles each, gen_feeds.py serve on 127.0.0.1):
+// the engine daemon fetches them while the delivery consumer stores every article in a
+// Maildir; timed from the first subscription (its fetch starts at once) to the last message
+// flushed to disk and acknowledged. rss2email does the same work into a Maildir as the peer.
+// Usage: bench_delivery [feeds=1000 ...] [--peer] [--script path of gen_feeds.py]
+
+#include "DaemonProcess.h"
+#include "DeliveryAgent.h"
+#include "MaildirStore.h"
+#include "ProcessCpu.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QDirIterator>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QLoggingCategory>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QTextStream>
+
+using namespace quillon;
+
+namespace {
+struct Server
+{
+    QProcess process;
+    QString base; // http://127.0.0.1:port/
+};
+
+bool startServer(Server &server, const QString &script, int feeds, const QString &dir)
+{
+    server.process.start(QStringLiteral("python3"),
+                         {script, QStringLiteral("serve"), QStringLiteral("--n"), QString::number(feeds),
+                          QStringLiteral("--dir"), dir, QStringLiteral("--max-seconds"), QStringLiteral("1800")});
+    QByteArray said;
+    while (!said.contains("serving") && server.process.waitForReadyRead(120000))
+        said += server.process.readAllStandardOutput();
+    const qsizetype at = said.indexOf("http://");
+    server.base = QString::fromUtf8(said.mid(at, said.indexOf(' ', at) - at));
+    return at >= 0;
+}
+
+QString feedUrl(const Server &server, int i)
+{
+    return server.base + QStringLiteral("feed-%1.xml").arg(i, 5, 10, QLatin1Char('0'));
+}
+
+int countMessages(const QString &root)
+{
+    int count = 0;
+    QDirIterator it(root, QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
+    while (it.hasNext()) {
+        const QString path = it.next();
+        count += path.contains(QLatin1String("/new/")) || path.contains(QLatin1String("/cur/"));
+    }
+    return count;
+}
+
+struct Figure
+{
+    qint64 wallMs = -1;
+    qint64 cpuMs = -1; // the deliverer's own CPU (this process) or the peer's
+    int messages = 0;
+};
+
+Figure deliverOurs(const QString &script, int feeds)
+{
+    QTemporaryDir dir;
+    Server server;
+    DaemonProcess daemon;
+    if (!startServer(server, script, feeds, dir.filePath(QStringLiteral("feeds"))) || !daemon.start())
+        return {};
+    const QString root = dir.filePath(QStringLiteral("Mail"));
+    DeliveryAgent agent(daemon.newClient(), std::make_unique<MaildirStore>(root), dir.filePath(QStringLiteral("index.json")),
+                        DeliveryAgent::Options{});
+    int delivered = 0;
+    QObject::connect(&agent, &DeliveryAgent::delivered, [&delivered](int n) { delivered += n; });
+    QString error;
+    if (!agent.start(&error))
+        return {};
+    SubscribeClientPtr client = daemon.newClient();
+    QElapsedTimer timer;
+    timer.start();
+    const qint64 cpuBefore = processCpuMillis(QCoreApplication::applicationPid());
+    for (int i = 0; i < feeds; ++i) {
+        const Handle request = client->CreateItemRequest(QStringLiteral("NEWS"), QString(), feedUrl(server, i));
+        const Handle consumers = client->NewList();
+        client->ListAppend(consumers, QStringLiteral("OLCONSUMER"));
+        client->SetHandleValue(request, QStringLiteral("ConsumerIDs"), consumers);
+        client->SetStringValue(request, QStringLiteral("CATEGORY"), QStringLiteral("Category %1").arg(i % 10));
+        client->SubmitRequest(request, nullptr);
+        client->ReleaseHandle(consumers);
+        client->ReleaseHandle(request);
+    }
+    const int expected = feeds * 20;
+    while (delivered < expected && timer.elapsed() < 600000)
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 100);
+    Figure figure{timer.elapsed(), processCpuMillis(QCoreApplication::applicationPid()) - cpuBefore, countMessages(root)};
+    server.process.kill();
+    server.process.waitForFinished();
+    daemon.stop();
+    return figure;
+}
+
+Figure deliverPeer(const QString &script, int feeds)
+{
+    QTemporaryDir dir;
+    Server server;
+    if (!startServer(server, script, feeds, dir.filePath(QStringLiteral("feeds"))))
+        return {};
+    const QString config = dir.filePath(QStringLiteral("r2e.cfg"));
+    const QString data = dir.filePath(QStringLiteral("r2e.json"));
+    const QString root = dir.filePath(QStringLiteral("Mail"));
+    for (const char *sub : {"cur", "new", "tmp"})
+        QDir().mkpath(root + QStringLiteral("/INBOX/") + QLatin1String(sub));
+    QFile cfg(config);
+    if (!cfg.open(QIODevice::WriteOnly))
+        return {};
+    cfg.write(QStringLiteral("[DEFAULT]\nto = reader@example.invalid\nemail-protocol = maildir\nmaildir-path = %1\n"
+                             "maildir-mailbox = INBOX\n")
+                  .arg(root)
+                  .toUtf8());
+    cfg.close();
+    // The OPML the server made already names every feed with the server's port.
+    QProcess r2e;
+    r2e.start(QStringLiteral("r2e"), {QStringLiteral("-c"), config, QStringLiteral("-d"), data, QStringLiteral("opmlimport"),
+                                     dir.filePath(QStringLiteral("feeds/feeds.opml"))});
+    r2e.waitForFinished(600000);
+    QElapsedTimer timer;
+    timer.start();
+    r2e.start(QStringLiteral("r2e"), {QStringLiteral("-c"), config, QStringLiteral("-d"), data, QStringLiteral("run")});
+    const qint64 pid = r2e.processId();
+    qint64 cpu = 0;
+    while (!r2e.waitForFinished(200))
+        cpu = std::max(cpu, processCpuMillis(pid));
+    Figure figure{timer.elapsed(), cpu, countMessages(root)};
+    server.process.kill();
+    server.process.waitForFinished();
+    return figure;
+}
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    QCoreApplication app(argc, argv);
+    QLoggingCategory::setFilterRules(QStringLiteral("*.debug=false\n*.info=false"));
+    QString script = QStringLiteral("/work/shared/bench/gen_feeds.py");
+    bool peer = false;
+    QList<int> sizes;
+    const QStringList args = app.arguments().mid(1);
+    for (qsizetype i = 0; i < args.size(); ++i) {
+        if (args.at(i) == QLatin1String("--peer"))
+            peer = true;
+        else if (args.at(i) == QLatin1String("--script") && i + 1 < args.size())
+            script = args.at(++i);
+        else if (args.at(i).toInt() > 0)
+            sizes.append(args.at(i).toInt());
+    }
+    if (sizes.isEmpty())
+        sizes = {1000};
+    QTextStream out(stdout);
+    for (const int feeds : sizes) {
+        const Figure ours = deliverOurs(script, feeds);
+        out << "quillon-deliver " << feeds << " feeds: " << ours.wallMs << " ms wall, " << ours.cpuMs
+            << " ms CPU (deliverer), " << ours.messages << " messages" << Qt::endl;
+        if (peer) {
+            const Figure theirs = deliverPeer(script, feeds);
+            out << "rss2email       " << feeds << " feeds: " << theirs.wallMs << " ms wall, " << theirs.cpuMs
+                << " ms CPU, " << theirs.messages << " messages" << Qt::endl;
+        }
+    }
+    return 0;
+}
