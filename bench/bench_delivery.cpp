@@ -2,7 +2,8 @@
 // the engine daemon fetches them while the delivery consumer stores every article in a
 // Maildir; timed from the first subscription (its fetch starts at once) to the last message
 // flushed to disk and acknowledged. rss2email does the same work into a Maildir as the peer.
-// Usage: bench_delivery [feeds=1000 ...] [--peer] [--script path of gen_feeds.py]
+// Usage: bench_delivery [feeds=1000 ...] [--peer] [--script path of gen_feeds.py] [--keep maildir]
+// (--keep delivers into that folder and leaves it there, to be looked at in a mail program.)
 
 #include "DaemonProcess.h"
 #include "DeliveryAgent.h"
@@ -64,14 +65,14 @@ struct Figure
     int messages = 0;
 };
 
-Figure deliverOurs(const QString &script, int feeds)
+Figure deliverOurs(const QString &script, int feeds, const QString &keep)
 {
     QTemporaryDir dir;
     Server server;
     DaemonProcess daemon;
     if (!startServer(server, script, feeds, dir.filePath(QStringLiteral("feeds"))) || !daemon.start())
         return {};
-    const QString root = dir.filePath(QStringLiteral("Mail"));
+    const QString root = keep.isEmpty() ? dir.filePath(QStringLiteral("Mail")) : keep;
     DeliveryAgent agent(daemon.newClient(), std::make_unique<MaildirStore>(root), dir.filePath(QStringLiteral("index.json")),
                         DeliveryAgent::Options{});
     int delivered = 0;
@@ -146,6 +147,7 @@ int main(int argc, char *argv[])
     QCoreApplication app(argc, argv);
     QLoggingCategory::setFilterRules(QStringLiteral("*.debug=false\n*.info=false"));
     QString script = QStringLiteral("/work/shared/bench/gen_feeds.py");
+    QString keep;
     bool peer = false;
     QList<int> sizes;
     const QStringList args = app.arguments().mid(1);
@@ -154,6 +156,8 @@ int main(int argc, char *argv[])
             peer = true;
         else if (args.at(i) == QLatin1String("--script") && i + 1 < args.size())
             script = args.at(++i);
+        else if (args.at(i) == QLatin1String("--keep") && i + 1 < args.size())
+            keep = args.at(++i);
         else if (args.at(i).toInt() > 0)
             sizes.append(args.at(i).toInt());
     }
@@ -161,7 +165,7 @@ int main(int argc, char *argv[])
         sizes = {1000};
     QTextStream out(stdout);
     for (const int feeds : sizes) {
-        const Figure ours = deliverOurs(script, feeds);
+        const Figure ours = deliverOurs(script, feeds, keep);
         out << "quillon-deliver " << feeds << " feeds: " << ours.wallMs << " ms wall, " << ours.cpuMs
             << " ms CPU (deliverer), " << ours.messages << " messages" << Qt::endl;
         if (peer) {

@@ -1,4 +1,5 @@
 #include "DeliveryAgent.h"
+#include "ImapStore.h"
 #include "MaildirStore.h"
 #include "SubscribeClientFactory.h"
 
@@ -34,8 +35,10 @@ int main(int argc, char *argv[])
     const QCommandLineOption socket(QStringLiteral("socket"), QStringLiteral("Engine socket name"), QStringLiteral("name"));
     const QCommandLineOption data(QStringLiteral("quillon-data"), QStringLiteral("QuillonData folder (article template)"), QStringLiteral("dir"));
     const QCommandLineOption batch(QStringLiteral("batch"), QStringLiteral("Articles per batch (default 500)"), QStringLiteral("n"));
+    const QCommandLineOption imap(QStringLiteral("imap"), QStringLiteral("Deliver to an IMAP account instead: user@host[:port]; the password comes from QUILLON_IMAP_PASSWORD"), QStringLiteral("account"));
+    const QCommandLineOption imapTls(QStringLiteral("imap-tls"), QStringLiteral("Use implicit TLS (default port 993)"));
     const QCommandLineOption once(QStringLiteral("once"), QStringLiteral("Deliver what waits, then end"));
-    parser.addOptions({maildir, index, socket, data, batch, once});
+    parser.addOptions({maildir, index, socket, data, batch, imap, imapTls, once});
     parser.process(app);
 
     if (parser.isSet(socket))
@@ -55,7 +58,24 @@ int main(int argc, char *argv[])
         std::fprintf(stderr, "quillon-deliver: cannot reach the engine: %s\n", e.what());
         return 2;
     }
-    DeliveryAgent agent(client, std::make_unique<MaildirStore>(root), indexPath, options);
+    std::unique_ptr<MailStore> store;
+    if (parser.isSet(imap)) {
+        // user@host[:port]; the last '@' separates, since a user name may hold one.
+        const QString spec = parser.value(imap);
+        ImapSession::Account account;
+        account.user = spec.section(QLatin1Char('@'), 0, -2);
+        const QString hostPort = spec.section(QLatin1Char('@'), -1);
+        account.host = hostPort.section(QLatin1Char(':'), 0, 0);
+        account.tls = parser.isSet(imapTls);
+        account.port = quint16(hostPort.contains(QLatin1Char(':')) ? hostPort.section(QLatin1Char(':'), 1).toUInt()
+                                                                   : (account.tls ? 993 : 143));
+        account.password = qEnvironmentVariable("QUILLON_IMAP_PASSWORD");
+        store = std::make_unique<ImapStore>(account);
+        options.readPollMs = 3000; // each look is a STATUS per folder on the server
+    } else {
+        store = std::make_unique<MaildirStore>(root);
+    }
+    DeliveryAgent agent(client, std::move(store), indexPath, options);
     QObject::connect(&agent, &DeliveryAgent::engineLost, &app, [](const QString &reason) {
         std::fprintf(stderr, "quillon-deliver: %s\n", qPrintable(reason));
         QCoreApplication::exit(0);
@@ -67,7 +87,7 @@ int main(int argc, char *argv[])
         std::fprintf(stderr, "quillon-deliver: %s\n", qPrintable(error));
         return 3;
     }
-    std::printf("quillon-deliver delivering into %s\n", qPrintable(root));
+    std::printf("quillon-deliver delivering into %s\n", qPrintable(agent.store().describe()));
     std::fflush(stdout);
     return app.exec();
 }

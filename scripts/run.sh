@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Builds, starts this user's engine (unless one already runs) and then ConfigConsumer.
+# Builds, starts this user's engine (unless one already runs), the mail delivery and then ConfigConsumer.
 # Without a display the program runs offscreen, saves a screenshot, prints its path and ends.
 set -euo pipefail
 root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
@@ -8,7 +8,11 @@ bash "$root/scripts/build.sh"
 bin="$build/bin"
 
 engine_pid=""
-stop_engine() { [ -n "$engine_pid" ] && kill "$engine_pid" 2>/dev/null && wait "$engine_pid" 2>/dev/null || true; }
+deliver_pid=""
+stop_engine() {
+  [ -n "$deliver_pid" ] && kill "$deliver_pid" 2>/dev/null && wait "$deliver_pid" 2>/dev/null || true
+  [ -n "$engine_pid" ] && kill "$engine_pid" 2>/dev/null && wait "$engine_pid" 2>/dev/null || true
+}
 trap stop_engine EXIT
 
 log="$(mktemp -t quillon-engine.XXXXXX.log)"
@@ -23,6 +27,10 @@ for _ in $(seq 1 50); do
   sleep 0.1
 done
 grep -h "listening" "$log" || true
+
+# Articles of the checked subscriptions go to the Maildir (see the README).
+"$bin/quillon-deliver" &
+deliver_pid=$!
 
 if [ -z "${DISPLAY:-}" ] && [ -z "${WAYLAND_DISPLAY:-}" ]; then
   shot="${SCREENSHOT:-$build/configconsumer.png}"

@@ -1,4 +1,6 @@
 #include "DaemonProcess.h"
+#include "DovecotServer.h"
+#include "ImapStore.h"
 #include "DeliveryAgent.h"
 #include "EngineFixture.h"
 #include "LocalHttpServer.h"
@@ -66,7 +68,7 @@ private:
     {
         m_engine->setSetting("OLCONSUMER", QStringLiteral("SubscriptionSpecifics_%1").arg(id), key, value);
     }
-    void startAgent();
+    void startAgent(std::unique_ptr<MailStore> store = {});
     // Fetches again now, past the engine's shortest interval between two fetches of a feed.
     void refetch(qint32 id, const EngineFixture::Fields &changes = {})
     {
@@ -95,6 +97,7 @@ private Q_SLOTS:
     void seenFlagsFlowBack();
     void mailProgramMovesAndDeletesAreFollowed();
     void killedDeliveryLosesNothingAndCatchesUp();
+    void imapAccountGetsTheSameDelivery();
 };
 
 void tst_MailDelivery::init()
@@ -119,14 +122,15 @@ void tst_MailDelivery::cleanup()
     m_engine.reset();
 }
 
-void tst_MailDelivery::startAgent()
+void tst_MailDelivery::startAgent(std::unique_ptr<MailStore> store)
 {
     m_agentClient = m_engine->engine.newClient();
     DeliveryAgent::Options options;
     options.readPollMs = 50;
     options.replanMs = 3600000; // the tests replan when they want to
-    m_agent = std::make_unique<DeliveryAgent>(m_agentClient, std::make_unique<MaildirStore>(m_mail->filePath("Mail")),
-                                              m_mail->filePath("index.json"), options);
+    if (!store)
+        store = std::make_unique<MaildirStore>(m_mail->filePath("Mail"));
+    m_agent = std::make_unique<DeliveryAgent>(m_agentClient, std::move(store), m_mail->filePath("index.json"), options);
     QString error;
     QVERIFY2(m_agent->start(&error), qPrintable(error));
 }
@@ -336,6 +340,49 @@ void tst_MailDelivery::killedDeliveryLosesNothingAndCatchesUp()
         QCOMPARE(messageIds(*m_probe, folder).size(), m_probe->count(folder));
     }
     QVERIFY(QDir(root + "/.Bulk 0/tmp").isEmpty());
+}
+
+void tst_MailDelivery::imapAccountGetsTheSameDelivery()
+{
+    DovecotServer dovecot;
+    QString why;
+    if (!dovecot.start(&why))
+        QSKIP(qPrintable(why));
+    ImapSession::Account account;
+    account.port = dovecot.port();
+    account.user = dovecot.user();
+    account.password = dovecot.password();
+    startAgent(std::make_unique<ImapStore>(account));
+
+    // What a mail client sees, over its own connection.
+    ImapSession client;
+    QVERIFY2(client.open(account, &why), qPrintable(why));
+    const auto count = [&client](const QByteArray &box) {
+        const ImapSession::Answer status = client.command("STATUS " + box + " (MESSAGES)");
+        return status.ok ? status.untagged.value(0).split(' ').last().chopped(1).toInt() : -1;
+    };
+    const qint32 id = subscribe("/imap", "Über IMAP", "Tech", 3);
+    bind(id, 1);
+    const QByteArray box = "\"Tech." + ImapSession::encodeName("Über IMAP") + "\"";
+    QTRY_COMPARE(count(box), 3);
+    QCOMPARE(ImapSession::decodeName(ImapSession::encodeName("Über & IMAP")), QStringLiteral("Über & IMAP"));
+    // Delivered again after a restart: nothing doubles.
+    startAgent(std::make_unique<ImapStore>(account));
+    QCOMPARE(count(box), 3);
+
+    // The client reads one: \Seen reaches the engine.
+    QVERIFY(client.command("SELECT " + box).ok);
+    QVERIFY(client.command("STORE 1 +FLAGS (\\Seen)").ok);
+    QVERIFY(client.command("UNSELECT").ok);
+    QTRY_COMPARE(m_engine->itemBag(id)->text("ITEMREADCOUNT"), QStringLiteral("1"));
+
+    // Renamed in ConfigConsumer: the messages move; unchecked with removal: they go.
+    setSpecific(id, "FOLDERTITLE", "Renamed");
+    m_agent->replanFolders();
+    QCOMPARE(count("\"Tech.Renamed\""), 3);
+    QCOMPARE(count(box), -1);
+    bind(id, 0);
+    QTRY_COMPARE(count("\"Tech.Renamed\""), 0);
 }
 
 QTEST_MAIN(tst_MailDelivery)
