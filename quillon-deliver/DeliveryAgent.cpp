@@ -239,6 +239,7 @@ MailStore::Folder DeliveryAgent::folderFor(qint32 subscriptionId, const Subscrip
 void DeliveryAgent::onArticles(Handle answer)
 {
     QList<qint32> stored;
+    QHash<QString, MailStore::Folder> touched; // by path text
     bool more = false;
     try {
         Held result(*m_client, m_client->GetHandleValue(answer, QStringLiteral("Result")));
@@ -251,6 +252,7 @@ void DeliveryAgent::onArticles(Handle answer)
         more = m_client->GetLongValue(result.get(), QStringLiteral("MORE")) == 1;
         const FolderDefaults defaults = m_settings.defaults();
         m_places.clear();
+        touched.clear();
         for (qint32 i = 0, n = m_client->ListCount(items.get()); i < n; ++i) {
             Held item(*m_client, m_client->ListHandle(items.get(), i));
             const SubscriptionPlace *place = placeOf(m_client->GetLongValue(item.get(), QStringLiteral("SUBSCRIPTIONID")));
@@ -259,8 +261,13 @@ void DeliveryAgent::onArticles(Handle answer)
             const ArticleMessage article = readArticle(item.get(), *place, defaults);
             const MailStore::Folder folder = folderFor(place->id, *place, defaults);
             QString error;
-            if (m_store->add(folder, MailStore::keyOf(article.articleId), m_builder.build(article), &error)) {
-                m_store->tag(folder, place->id);
+            const QString key = MailStore::keyOf(article.articleId);
+            if (m_store->add(folder, key, m_builder.build(article), &error)) {
+                if (!touched.contains(FolderPlan::pathText(folder)))
+                    m_store->tag(folder, place->id);
+                touched.insert(FolderPlan::pathText(folder), folder);
+                // Known unread already: the next look at the folder reports nothing for it.
+                m_readMarks[FolderPlan::pathText(folder)].insert(key, false);
                 stored.append(article.articleId);
             } else {
                 qCWarning(lcDeliver) << "cannot store article" << article.articleId << error;
@@ -278,6 +285,9 @@ void DeliveryAgent::onArticles(Handle answer)
         m_retryTimer.start();
         return;
     }
+    // What this batch changed in the folders is no news to the read-mark watch.
+    if (m_readMarksPolled)
+        (void)m_store->changedFolders(touched.values());
     acknowledge(stored, more);
 }
 
@@ -429,6 +439,7 @@ void DeliveryAgent::pollReadMarks()
     if (m_lost)
         return;
     QList<qint32> read, unread;
+    m_readMarksPolled = true;
     for (const MailStore::Folder &folder : m_store->changedFolders(m_index.folders())) {
         QHash<QString, bool> &known = m_readMarks[FolderPlan::pathText(folder)];
         const QHash<QString, bool> now = m_store->readStates(folder);

@@ -93,4 +93,5 @@ private:
     bool m_removing = false;
     bool m_removeAgain = false;
     bool m_lost = false;
+    bool m_readMarksPolled = false; // the first look at every folder has been taken
 };
