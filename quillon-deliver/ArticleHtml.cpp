@@ -38,7 +38,7 @@ QString ArticleHtml::enclosureBlock(const ArticleMessage &article) const
         QString detail = e.type;
         if (e.length > 0)
             detail += QStringLiteral(", %1 KB").arg((e.length + 1023) / 1024);
-        block += QStringLiteral("<p>&#128206; <a href=\"%1\">%2</a> <small>%3</small></p>")
+        block += QStringLiteral("<li><a href=\"%1\">%2</a> <small>%3</small></li>")
                      .arg(attribute(e.url), (name.isEmpty() ? e.url : name).toHtmlEscaped(), detail.toHtmlEscaped());
     }
     return block;

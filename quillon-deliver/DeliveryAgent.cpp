@@ -170,25 +170,29 @@ void DeliveryAgent::putIds(Handle bag, const QList<qint32> &ids)
     m_client->SetHandleValue(bag, QStringLiteral("ARTICLEIDS"), list.get());
 }
 
-void DeliveryAgent::requestArticles()
+void DeliveryAgent::askForBatch(const QString &kind, Batch &batch, void (DeliveryAgent::*answered)(Handle))
 {
     if (m_lost)
         return;
-    if (m_fetching) {
-        m_fetchAgain = true;
+    if (batch.busy) {
+        batch.again = true; // one more look once this one is done
         return;
     }
-    m_fetching = true;
-    m_fetchAgain = false;
+    batch.busy = true;
+    batch.again = false;
     try {
         submit(
-            QStringLiteral("PENDINGARTICLES"),
-            [this](Handle bag) { m_client->SetLongValue(bag, QStringLiteral("LIMIT"), m_options.batchSize); },
-            [this](Handle answer) { onArticles(answer); });
+            kind, [this](Handle bag) { m_client->SetLongValue(bag, QStringLiteral("LIMIT"), m_options.batchSize); },
+            [this, answered](Handle answer) { (this->*answered)(answer); });
     } catch (const std::exception &e) {
-        m_fetching = false;
+        batch.busy = false;
         engineFailed(e);
     }
+}
+
+void DeliveryAgent::requestArticles()
+{
+    askForBatch(QStringLiteral("PENDINGARTICLES"), m_articles, &DeliveryAgent::onArticles);
 }
 
 ArticleMessage DeliveryAgent::readArticle(Handle item, const SubscriptionPlace &place, const FolderDefaults &defaults)
@@ -246,7 +250,7 @@ void DeliveryAgent::onArticles(Handle answer)
         Held items(*m_client, result.get() > 0 ? m_client->GetHandleValue(result.get(), QStringLiteral("ITEMS")) : 0);
         if (items.get() <= 0) {
             qCWarning(lcDeliver) << "the engine did not list articles:" << m_client->GetStringValue(answer, QStringLiteral("ERROR"));
-            m_fetching = false;
+            m_articles.busy = false;
             return;
         }
         more = m_client->GetLongValue(result.get(), QStringLiteral("MORE")) == 1;
@@ -274,14 +278,14 @@ void DeliveryAgent::onArticles(Handle answer)
             }
         }
     } catch (const std::exception &e) {
-        m_fetching = false;
+        m_articles.busy = false;
         engineFailed(e);
         return;
     }
     QString error;
     if (!m_store->commit(&error) || !m_index.save()) {
         qCWarning(lcDeliver) << "delivery postponed:" << error;
-        m_fetching = false;
+        m_articles.busy = false;
         m_retryTimer.start();
         return;
     }
@@ -296,39 +300,23 @@ void DeliveryAgent::acknowledge(const QList<qint32> &articleIds, bool more)
     const auto fillIds = [this, articleIds](Handle bag) { putIds(bag, articleIds); };
     try {
         submit(QStringLiteral("ACKNOWLEDGE"), fillIds, [this, count = articleIds.size(), more](Handle) {
-            m_fetching = false;
+            m_articles.busy = false;
             if (count > 0)
                 Q_EMIT delivered(int(count));
-            if (more || m_fetchAgain)
+            if (more || m_articles.again)
                 requestArticles();
             else
                 Q_EMIT caughtUp();
         });
     } catch (const std::exception &e) {
-        m_fetching = false;
+        m_articles.busy = false;
         engineFailed(e);
     }
 }
 
 void DeliveryAgent::requestRemovals()
 {
-    if (m_lost)
-        return;
-    if (m_removing) {
-        m_removeAgain = true;
-        return;
-    }
-    m_removing = true;
-    m_removeAgain = false;
-    try {
-        submit(
-            QStringLiteral("PENDINGREMOVALS"),
-            [this](Handle bag) { m_client->SetLongValue(bag, QStringLiteral("LIMIT"), m_options.batchSize); },
-            [this](Handle answer) { onRemovals(answer); });
-    } catch (const std::exception &e) {
-        m_removing = false;
-        engineFailed(e);
-    }
+    askForBatch(QStringLiteral("PENDINGREMOVALS"), m_removals, &DeliveryAgent::onRemovals);
 }
 
 void DeliveryAgent::onRemovals(Handle answer)
@@ -352,19 +340,19 @@ void DeliveryAgent::onRemovals(Handle answer)
             done.append(articleId);
         }
         if (done.isEmpty()) {
-            m_removing = false;
-            if (m_removeAgain)
+            m_removals.busy = false;
+            if (m_removals.again)
                 requestRemovals();
             return;
         }
         const auto fillIds = [this, done](Handle bag) { putIds(bag, done); };
         submit(QStringLiteral("CONFIRMREMOVALS"), fillIds, [this, n = done.size()](Handle) {
-            m_removing = false;
+            m_removals.busy = false;
             Q_EMIT removed(int(n));
             requestRemovals(); // until none is left
         });
     } catch (const std::exception &e) {
-        m_removing = false;
+        m_removals.busy = false;
         engineFailed(e);
     }
 }

@@ -53,7 +53,15 @@ Q_SIGNALS:
     void engineLost(const QString &reason);
 
 private:
+    // One request of a kind at a time; a nudge meanwhile asks again when it is answered.
+    struct Batch
+    {
+        bool busy = false;
+        bool again = false;
+    };
+
     void onEngineMessage(quillon::Handle message);
+    void askForBatch(const QString &kind, Batch &batch, void (DeliveryAgent::*answered)(quillon::Handle));
     void requestArticles();
     void onArticles(quillon::Handle answer);
     void acknowledge(const QList<qint32> &articleIds, bool more);
@@ -88,10 +96,8 @@ private:
     QTimer m_readTimer;
     QTimer m_replanTimer;
     QTimer m_retryTimer;
-    bool m_fetching = false;
-    bool m_fetchAgain = false;
-    bool m_removing = false;
-    bool m_removeAgain = false;
+    Batch m_articles;
+    Batch m_removals;
     bool m_lost = false;
     bool m_readMarksPolled = false; // the first look at every folder has been taken
 };

@@ -117,6 +117,19 @@ int ArticleStore::purge(qint32 subscriptionId, const QDateTime &readCutoff, cons
     return m_db.execute(QStringLiteral("DELETE") + old, binds, "deleting old articles");
 }
 
+Article ArticleStore::fromColumns(const QVariantList &row, qsizetype first)
+{
+    Article article;
+    article.key = row.at(first).toString();
+    article.subject = row.at(first + 1).toString();
+    article.url = row.at(first + 2).toString();
+    article.author = row.at(first + 3).toString();
+    article.body = row.at(first + 4).toString();
+    article.published = dateOf(row.at(first + 5));
+    article.updated = dateOf(row.at(first + 6));
+    return article;
+}
+
 ListPtr ArticleStore::itemBags(qint32 subscriptionId)
 {
     const auto enclosures = enclosuresOf(subscriptionId);
@@ -126,14 +139,7 @@ ListPtr ArticleStore::itemBags(qint32 subscriptionId)
         {subscriptionId}, "reading articles");
     auto list = PropertyList::create();
     for (const auto &row : rows) {
-        Article article;
-        article.key = row.at(1).toString();
-        article.subject = row.at(2).toString();
-        article.url = row.at(3).toString();
-        article.author = row.at(4).toString();
-        article.body = row.at(5).toString();
-        article.published = dateOf(row.at(6));
-        article.updated = dateOf(row.at(7));
+        Article article = fromColumns(row, 1);
         article.enclosures = enclosures.value(row.at(0).toLongLong());
         BagPtr bag = ItemBags::item(article);
         bag->setLong(QStringLiteral("READ"), row.at(8).toInt() != 0 ? 1 : 0);

@@ -32,6 +32,9 @@ public:
     int purge(qint32 subscriptionId, const QDateTime &readCutoff, const QDateTime &unreadCutoff);
     // One item bag per article (ItemBags), newest first, each with "READ" 1 or 0.
     [[nodiscard]] ListPtr itemBags(qint32 subscriptionId);
+    // An article from the columns guid, title, link, author, body, published, updated of a
+    // row, starting at first.
+    [[nodiscard]] static Article fromColumns(const QVariantList &row, qsizetype first);
 
 private:
     // The new article's row id, or 0 when it was stored already.

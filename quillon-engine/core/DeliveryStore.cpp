@@ -1,5 +1,6 @@
 #include "DeliveryStore.h"
 
+#include "ArticleStore.h"
 #include "EngineDatabase.h"
 #include "ItemBags.h"
 #include "SubscriptionFields.h"
@@ -17,11 +18,6 @@ QString idsJson(const QList<qint64> &ids)
     for (const qint64 id : ids)
         array.append(id);
     return QString::fromUtf8(QJsonDocument(array).toJson(QJsonDocument::Compact));
-}
-
-QDateTime dateOf(const QVariant &column)
-{
-    return column.isNull() ? QDateTime() : QDateTime::fromString(column.toString(), Qt::ISODate);
 }
 
 const QString kPendingFrom =
@@ -52,14 +48,7 @@ ListPtr DeliveryStore::pending(const QString &consumerId, qint32 subscriptionId,
 
     auto list = PropertyList::create();
     for (const auto &row : rows) {
-        Article article;
-        article.key = row.at(2).toString();
-        article.subject = row.at(3).toString();
-        article.url = row.at(4).toString();
-        article.author = row.at(5).toString();
-        article.body = row.at(6).toString();
-        article.published = dateOf(row.at(7));
-        article.updated = dateOf(row.at(8));
+        Article article = ArticleStore::fromColumns(row, 2);
         article.enclosures = enclosures.value(row.at(0).toLongLong());
         BagPtr bag = ItemBags::item(article);
         bag->setLong(QStringLiteral("ARTICLEID"), qint32(row.at(0).toLongLong()));

@@ -5,9 +5,13 @@
 #include "EngineFixture.h"
 #include "LocalHttpServer.h"
 #include "MaildirProbe.h"
+#include "LocalSettings.h"
 #include "MaildirStore.h"
+#include "frmMainWindow.h"
 
+#include <QLabel>
 #include <QProcess>
+#include <QStandardPaths>
 #include <QRegularExpression>
 #include <QSet>
 #include <QSignalSpy>
@@ -89,7 +93,11 @@ private:
     qint64 m_skew = 0;
 
 private Q_SLOTS:
-    void initTestCase() { QVERIFY(m_server.listen()); }
+    void initTestCase()
+    {
+        QStandardPaths::setTestModeEnabled(true);
+        QVERIFY(m_server.listen());
+    }
     void init();
     void cleanup();
     void checkedSubscriptionsArriveInTheirFolders();
@@ -258,6 +266,17 @@ void tst_MailDelivery::seenFlagsFlowBack()
     QVERIFY(m_probe->markSeen(files.at(1)));
     QTRY_COMPARE(m_engine->itemBag(id)->text("ITEMREADCOUNT"), QStringLiteral("2"));
     QCOMPARE(m_engine->itemBag(id)->text("ITEMUNREADCOUNT"), QStringLiteral("1"));
+    // The main window's details show it.
+    LocalSettings::SetBaseFolder(m_mail->path());
+    {
+        frmMainWindow window;
+        window.SetClient(m_engine->client);
+        window.DoDisplayRefresh();
+        QVERIFY(window.SelectRowByID(id));
+        QCOMPARE(window.findChild<QLabel *>("lblReadArticles")->text(), QStringLiteral("2"));
+        QCOMPARE(window.findChild<QLabel *>("lblNewArticles")->text(), QStringLiteral("1"));
+    }
+    LocalSettings::SetBaseFolder(QString());
 
     // Marked unread again in the mail program.
     const QString seen = m_probe->files({"Seen"}).filter(":2,S").first();
