@@ -77,15 +77,14 @@ private:
     void refetch(qint32 id, const EngineFixture::Fields &changes = {})
     {
         m_skew += 120;
-        const qsizetype before = m_updates->size();
+        const qsizetype before = m_engine->updates->size();
         m_engine->update(id, changes);
-        QTRY_VERIFY_WITH_TIMEOUT(m_updates->size() > before, 20000);
+        QTRY_VERIFY_WITH_TIMEOUT(m_engine->updates->size() > before, 20000);
     }
     qint32 addBound(SubscribeClient &client, const QString &path, const QString &title, int items);
 
     LocalHttpServer m_server;
     std::unique_ptr<EngineFixture> m_engine;
-    std::unique_ptr<QSignalSpy> m_updates;
     std::unique_ptr<QTemporaryDir> m_mail;
     std::unique_ptr<MaildirProbe> m_probe;
     std::unique_ptr<DeliveryAgent> m_agent;
@@ -112,10 +111,8 @@ void tst_MailDelivery::init()
 {
     m_engine = std::make_unique<EngineFixture>();
     QVERIFY(m_engine->engine.isReady());
-    m_updates = std::make_unique<QSignalSpy>(&m_engine->engine.core(), &EngineCore::subscriptionUpdated);
     m_skew = 0;
-    m_engine->engine.core().setClock([this] { return QDateTime::currentDateTimeUtc().addSecs(m_skew); });
-    m_engine->engine.core().startUpdating();
+    m_engine->startUpdating([this] { return QDateTime::currentDateTimeUtc().addSecs(m_skew); });
     m_mail = std::make_unique<QTemporaryDir>();
     m_probe = std::make_unique<MaildirProbe>(m_mail->filePath("Mail"));
 }
@@ -126,7 +123,6 @@ void tst_MailDelivery::cleanup()
     if (m_agentClient)
         QCOMPARE(m_agentClient->LiveHandleCount(), 0);
     m_agentClient.reset();
-    m_updates.reset();
     m_engine.reset();
 }
 

@@ -3,6 +3,7 @@
 #include "CopyingCallback.h"
 #include "TestEngine.h"
 
+#include <QSignalSpy>
 #include <QTest>
 
 #include <memory>
@@ -75,9 +76,27 @@ public:
         client->ReleaseHandle(bag);
     }
 
+    // Fetching on, on the test's clock, every finished update counted.
+    void startUpdating(std::function<QDateTime()> clock)
+    {
+        engine.core().setClock(std::move(clock));
+        updates = std::make_unique<QSignalSpy>(&engine.core(), &quillon::EngineCore::subscriptionUpdated);
+        engine.core().startUpdating();
+    }
+
+    // Waits until count more updates have finished; returns the last one's status.
+    QString waitForUpdates(int count = 1)
+    {
+        const qsizetype target = updates->size() + count;
+        if (!QTest::qWaitFor([&]() { return updates->size() >= target; }, 20000))
+            return QStringLiteral("(timed out)");
+        return updates->at(target - 1).at(1).toString();
+    }
+
     TestEngine engine;
     quillon::SubscribeClientPtr client;
     std::shared_ptr<CopyingCallback> events;
+    std::unique_ptr<QSignalSpy> updates;
 
 private:
     static quillon::BagPtr waitFor(const CopyingCallback &answer)

@@ -1,7 +1,6 @@
 #include "EngineFixture.h"
 #include "LocalHttpServer.h"
 
-#include <QSignalSpy>
 
 using namespace quillon;
 
@@ -36,12 +35,11 @@ class tst_DeliveryRequests : public QObject
 private:
     // A request of the delivering consumer; ids go as a list of texts, as the client makes them.
     BagPtr deliver(const QString &kind, const QList<qint32> &ids = {}, const EngineFixture::Fields &fields = {});
-    QString waitForUpdate();
+    QString waitForUpdate() { return m_engine->waitForUpdates(); }
 
     std::unique_ptr<EngineFixture> m_engine;
     SubscribeClientPtr m_consumer;
     std::shared_ptr<CopyingCallback> m_consumerEvents;
-    std::unique_ptr<QSignalSpy> m_updates;
     LocalHttpServer m_server;
     QDateTime m_now = kStart;
 
@@ -60,9 +58,7 @@ void tst_DeliveryRequests::init()
     m_engine = std::make_unique<EngineFixture>();
     QVERIFY(m_engine->engine.isReady());
     m_now = kStart;
-    m_engine->engine.core().setClock([this]() { return m_now; });
-    m_updates = std::make_unique<QSignalSpy>(&m_engine->engine.core(), &EngineCore::subscriptionUpdated);
-    m_engine->engine.core().startUpdating();
+    m_engine->startUpdating([this]() { return m_now; });
     m_consumer = m_engine->engine.newClient();
     m_consumerEvents = std::make_shared<CopyingCallback>(*m_consumer);
     m_consumer->Connect(QStringLiteral("OLCONSUMER"), m_consumerEvents);
@@ -72,16 +68,7 @@ void tst_DeliveryRequests::cleanup()
 {
     QCOMPARE(m_consumer->LiveHandleCount(), 0);
     m_consumer.reset();
-    m_updates.reset();
     m_engine.reset();
-}
-
-QString tst_DeliveryRequests::waitForUpdate()
-{
-    const qsizetype target = m_updates->size() + 1;
-    if (!QTest::qWaitFor([&]() { return m_updates->size() >= target; }, 20000))
-        return QStringLiteral("(timed out)");
-    return m_updates->at(target - 1).at(1).toString();
 }
 
 BagPtr tst_DeliveryRequests::deliver(const QString &kind, const QList<qint32> &ids,
