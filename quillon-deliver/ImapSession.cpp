@@ -6,6 +6,9 @@
 
 namespace {
 constexpr int kTimeoutMs = 30000;
+// A server that sends more than this in one line or one literal is not believed.
+constexpr qint64 kMaxLine = 1024 * 1024;
+constexpr qint64 kMaxLiteral = 64 * 1024 * 1024;
 } // namespace
 
 bool ImapSession::open(const Account &account, QString *error)
@@ -49,6 +52,10 @@ QByteArray ImapSession::readLine()
 {
     const QDeadlineTimer deadline(kTimeoutMs);
     while (!m_socket.canReadLine()) {
+        if (m_socket.bytesAvailable() > kMaxLine) {
+            qCWarning(lcDeliver) << "the IMAP server sent an endless line; disconnecting";
+            m_socket.abort();
+        }
         if (!isOpen() || deadline.hasExpired() || !m_socket.waitForReadyRead(int(deadline.remainingTime())))
             return {};
     }
@@ -66,6 +73,11 @@ QByteArray ImapSession::readResponse()
         if (line.endsWith("}\r\n") && line.contains('{')) {
             const qsizetype open = line.lastIndexOf('{');
             const qint64 size = line.mid(open + 1, line.size() - open - 4).toLongLong();
+            if (size < 0 || size > kMaxLiteral) {
+                qCWarning(lcDeliver) << "the IMAP server announced a literal of" << size << "bytes; disconnecting";
+                m_socket.abort();
+                return {};
+            }
             response += line.left(open);
             QByteArray literal;
             const QDeadlineTimer deadline(kTimeoutMs);

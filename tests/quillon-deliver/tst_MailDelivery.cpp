@@ -105,6 +105,7 @@ private Q_SLOTS:
     void mailProgramMovesAndDeletesAreFollowed();
     void killedDeliveryLosesNothingAndCatchesUp();
     void imapAccountGetsTheSameDelivery();
+    void hostileImapServerIsLeftHarmlessly();
 };
 
 void tst_MailDelivery::init()
@@ -398,6 +399,28 @@ void tst_MailDelivery::imapAccountGetsTheSameDelivery()
     QCOMPARE(count(box), -1);
     bind(id, 0);
     QTRY_COMPARE(count("\"Tech.Renamed\""), 0);
+}
+
+void tst_MailDelivery::hostileImapServerIsLeftHarmlessly()
+{
+    // Greets, then answers the login with a literal larger than any message. It runs in
+    // another process, since the store waits for its answers.
+    QProcess server;
+    server.start("python3", {"-c", "import socket,time\n"
+                                   "s=socket.socket();s.bind(('127.0.0.1',0));s.listen()\n"
+                                   "print(s.getsockname()[1],flush=True)\n"
+                                   "c,_=s.accept();s.close();c.sendall(b'* OK ready\\r\\n');c.recv(1000)\n"
+                                   "c.sendall(b'* 1 FETCH (BODY[] {99999999999}\\r\\n');time.sleep(10)"});
+    QVERIFY(server.waitForReadyRead(10000));
+    ImapSession::Account account;
+    account.port = quint16(server.readAllStandardOutput().trimmed().toUInt());
+    ImapStore store(account);
+    QString error;
+    QVERIFY(!store.open(&error));
+    QVERIFY2(error.contains("refused the login"), qPrintable(error));
+    QVERIFY(!store.add({"Any"}, "a1", "Subject: x\n\nbody\n", &error));
+    server.kill();
+    server.waitForFinished();
 }
 
 QTEST_MAIN(tst_MailDelivery)
