@@ -96,7 +96,7 @@ void Main()
     state().retryConnect = false;
     if (SingleInstance::AnotherInstanceRunning())
         return;
-    MailStoreOutlook::Install();
+    MailStoreOutlook::Install(&ClientAccess::GetEngineClient);
     if (ConnectToEngine(kConsumerId)) {
         state().retryConnect = true;
         StartTickTimer(kTickMs);

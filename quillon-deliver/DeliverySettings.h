@@ -22,10 +22,9 @@ public:
     [[nodiscard]] QList<qint32> boundSubscriptions();
     // Writes settings of the delivery consumer (section, key, value).
     void store(const QString &section, const QList<QPair<QString, QString>> &values);
-
-private:
     // Values of keys in a settings section, each with its default.
     QStringList read(const QString &section, const QList<QPair<QString, QString>> &keys);
 
+private:
     quillon::SubscribeClient &m_client;
 };

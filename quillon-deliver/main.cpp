@@ -1,6 +1,7 @@
 #include "DeliveryAgent.h"
 #include "ImapStore.h"
 #include "MaildirStore.h"
+#include "StoreLocation.h"
 #include "SubscribeClientFactory.h"
 
 #include <QCommandLineParser>
@@ -44,7 +45,6 @@ int main(int argc, char *argv[])
     if (parser.isSet(socket))
         qputenv("QUILLON_ENGINE_SOCKET", parser.value(socket).toLocal8Bit());
     const QString root = parser.isSet(maildir) ? parser.value(maildir) : defaultRoot();
-    const QString indexPath = parser.isSet(index) ? parser.value(index) : QDir(root).filePath(QStringLiteral("quillon-deliver.json"));
 
     DeliveryAgent::Options options;
     options.dataFolder = parser.isSet(data) ? parser.value(data) : QDir(QCoreApplication::applicationDirPath()).filePath(QStringLiteral("QuillonData"));
@@ -73,8 +73,12 @@ int main(int argc, char *argv[])
         store = std::make_unique<ImapStore>(account);
         options.readPollMs = 3000; // each look is a STATUS per folder on the server
     } else {
-        store = std::make_unique<MaildirStore>(root);
+        // A root named on the command line is taken as it is; else the settings decide.
+        store = std::make_unique<MaildirStore>(parser.isSet(maildir) ? root : StoreLocation::resolve(*client, root));
     }
+    // The folder index lives in the Maildir tree, or where the tree would be for IMAP.
+    const QString indexPath = parser.isSet(index) ? parser.value(index)
+                              : QDir(parser.isSet(imap) ? root : store->describe()).filePath(QStringLiteral("quillon-deliver.json"));
     DeliveryAgent agent(client, std::move(store), indexPath, options);
     QObject::connect(&agent, &DeliveryAgent::engineLost, &app, [](const QString &reason) {
         std::fprintf(stderr, "quillon-deliver: %s\n", qPrintable(reason));

@@ -1,5 +1,8 @@
 #include "MailStoreOutlook.h"
 
+#include "ConsumerSettings.h"
+#include "PropertyBag.h"
+
 #include <QDir>
 #include <QInputDialog>
 #include <QStandardPaths>
@@ -14,8 +17,17 @@ bool makeMaildir(const QString &dir)
 }
 } // namespace
 
-QString MailStoreOutlook::defaultRoot()
+QString MailStoreOutlook::defaultRoot(quillon::SubscribeClient *client)
 {
+    try {
+        const QString made = client ? GetConsumerSetting(*client, QStringLiteral("StoreRoot"), QString(),
+                                                         QStringLiteral("OLCONSUMER"), QStringLiteral("OutlookDefaults"))
+                                    : QString();
+        if (!made.isEmpty() && made != quillon::kMissingText)
+            return made;
+    } catch (const std::exception &) {
+        // The engine is away: the store is where it is by default.
+    }
     const QString configured = qEnvironmentVariable("QUILLON_MAILDIR");
     if (!configured.isEmpty())
         return configured;
@@ -23,9 +35,12 @@ QString MailStoreOutlook::defaultRoot()
         .filePath(QStringLiteral("Corvell/Mail"));
 }
 
-void MailStoreOutlook::Install()
+void MailStoreOutlook::Install(std::function<quillon::SubscribeClientPtr()> client)
 {
-    SetOutlookProvider([] { return std::make_shared<MailStoreOutlook>(defaultRoot()); });
+    SetOutlookProvider([client] {
+        const quillon::SubscribeClientPtr current = client ? client() : nullptr;
+        return std::make_shared<MailStoreOutlook>(defaultRoot(current.get()));
+    });
 }
 
 QStringList MailStoreOutlook::FolderPaths()

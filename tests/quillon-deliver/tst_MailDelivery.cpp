@@ -6,7 +6,9 @@
 #include "LocalHttpServer.h"
 #include "MaildirProbe.h"
 #include "LocalSettings.h"
+#include "MailStoreOutlook.h"
 #include "MaildirStore.h"
+#include "StoreLocation.h"
 #include "frmMainWindow.h"
 
 #include <QLabel>
@@ -106,6 +108,7 @@ private Q_SLOTS:
     void killedDeliveryLosesNothingAndCatchesUp();
     void imapAccountGetsTheSameDelivery();
     void hostileImapServerIsLeftHarmlessly();
+    void newStoreTakesTheMailAlong();
 };
 
 void tst_MailDelivery::init()
@@ -421,6 +424,30 @@ void tst_MailDelivery::hostileImapServerIsLeftHarmlessly()
     QVERIFY(!store.add({"Any"}, "a1", "Subject: x\n\nbody\n", &error));
     server.kill();
     server.waitForFinished();
+}
+
+void tst_MailDelivery::newStoreTakesTheMailAlong()
+{
+    const QString old = m_mail->filePath("Mail");
+    for (const char *dir : {"cur", "new", "tmp", ".Feeds/cur", ".Feeds/new"})
+        QVERIFY(QDir().mkpath(old + "/" + dir));
+    QFile message(old + "/.Feeds/cur/a1.quillon:2,S");
+    QVERIFY(message.open(QIODevice::WriteOnly));
+    message.close();
+    // What first run writes when the user wants a new store with the existing mail moved.
+    const QString stores = m_mail->filePath("stores");
+    for (const auto &[key, value] : {std::pair{"MakeNewPST_fileName", QString("Corvell.pst")},
+                                     std::pair{"MakeNewPST_path", stores}, std::pair{"MakeNewPST_mode", QString("1")}})
+        m_engine->setSetting("OLCONSUMER", "OutlookDefaults", key, value);
+    QVERIFY(MailStoreOutlook(QString()).CreatePersonalFolders(stores + "/Corvell.pst", "Corvell for Outlook"));
+
+    const QString root = StoreLocation::resolve(*m_engine->client, old);
+    QCOMPARE(root, stores + "/Corvell");
+    QVERIFY(QFile::exists(root + "/.Feeds/cur/a1.quillon:2,S"));
+    QVERIFY(!QFileInfo::exists(old));
+    // Made once; from then on the store is there, for ConfigConsumer's pickers too.
+    QCOMPARE(StoreLocation::resolve(*m_engine->client, old), root);
+    QCOMPARE(MailStoreOutlook::defaultRoot(m_engine->client.get()), root);
 }
 
 QTEST_MAIN(tst_MailDelivery)
