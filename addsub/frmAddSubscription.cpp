@@ -70,7 +70,10 @@ void frmAddSubscription::ConnectCommands()
     connect(ui->tabController, &QTabWidget::currentChanged, this, &frmAddSubscription::OnTabChanged);
     connect(&m_switchTimer, &QTimer::timeout, this, &frmAddSubscription::OnSwitchTimer);
     connect(m_urlTab, &AddByUrlTab::CheckNowClicked, this,
-            [this]() { callbackSupport::CheckNow(m_urlTab->Url(), GetClient()); });
+            [this]() {
+                callbackSupport::CheckNow(m_urlTab->Url(), GetClient());
+                PreviewFeed(); // what the user sees of the check
+            });
     connect(m_browseTab, &BrowseTab::RootSelected, this, &frmAddSubscription::RequestSubList);
     connect(m_importTab, &ImportTab::LoadClicked, this, &frmAddSubscription::LoadFile);
     connect(m_importTab, &ImportTab::BrowseClicked, this, &frmAddSubscription::BrowseFile);
@@ -298,6 +301,11 @@ void frmAddSubscription::RememberCategoryChoice(const QString &key, bool checked
     }
 }
 
+bool frmAddSubscription::CategoryChoiceWanted(const QString &key)
+{
+    return GetConsumerSetting(*GetClient(), key, QStringLiteral("1"), kConsumer, kDefaults) == QLatin1String("1");
+}
+
 void frmAddSubscription::EnterDirectoryTab()
 {
     if (!m_rootLoaded) {
@@ -308,8 +316,7 @@ void frmAddSubscription::EnterDirectoryTab()
         m_requests->RequestRootList(this);
     }
     CategoryChoices::Fill(m_browseTab->Categories(), m_categories);
-    const QString use = GetConsumerSetting(*GetClient(), kBrowsePref, QStringLiteral("1"), kConsumer, kDefaults);
-    m_browseTab->UseCategory().setChecked(use == QLatin1String("1"));
+    m_browseTab->UseCategory().setChecked(CategoryChoiceWanted(kBrowsePref));
 }
 
 void frmAddSubscription::EventRootOPMLCallback(qint32 answer)
@@ -395,8 +402,7 @@ void frmAddSubscription::EnterImportTab()
     m_pending.Reset();
     m_requests->RequestImportSources(this);
     CategoryChoices::Fill(m_importTab->Categories(), m_categories);
-    const QString use = GetConsumerSetting(*GetClient(), kImportPref, QStringLiteral("1"), kConsumer, kDefaults);
-    m_importTab->UseCategory().setChecked(use == QLatin1String("1"));
+    m_importTab->UseCategory().setChecked(CategoryChoiceWanted(kImportPref));
 }
 
 void frmAddSubscription::EventImportSourcesCallback(qint32 answer)
@@ -478,9 +484,14 @@ void frmAddSubscription::PreviewFeed()
     }
     if (url.isEmpty() || !m_openPreview)
         return;
-    // Adding from the preview of a list row checks the row, as a click would.
-    if (m_openPreview(this, title, url) && list && list->Model().IsFeed(row))
+    if (!m_openPreview(this, title, url))
+        return;
+    // Adding from the preview of a list row checks the row, as a click would; on the other tabs
+    // it adds what the tab holds.
+    if (list && list->Model().IsFeed(row))
         list->Model().SetChecked(row, true);
+    else if (!list)
+        OnOK();
 }
 
 void frmAddSubscription::Dispose()

@@ -78,6 +78,7 @@ private:
     [[nodiscard]] FeedListPanel *ListOfTab(int index) const;
     [[nodiscard]] QString ListCategory(int index) const;
     void RememberCategoryChoice(const QString &key, bool checked);
+    [[nodiscard]] bool CategoryChoiceWanted(const QString &key);
     void SetStatus(const QString &text);
 
     std::unique_ptr<Ui::frmAddSubscription> ui;
