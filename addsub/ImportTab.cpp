@@ -2,13 +2,15 @@
 
 #include "ui_ImportTab.h"
 
+#include <QFileDialog>
+
 ImportTab::ImportTab(QWidget *parent) : QWidget(parent), ui(std::make_unique<Ui::ImportTab>())
 {
     ui->setupUi(this);
     m_list = std::make_unique<FeedListPanel>(*ui->grdImportList, *ui->lblImportDetails, *ui->txtImportDetails);
     connect(ui->cmdExpandImport, &QPushButton::clicked, m_list.get(), &FeedListPanel::ExpandAll);
     connect(ui->cmdCollapseImport, &QPushButton::clicked, m_list.get(), &FeedListPanel::CollapseAll);
-    connect(ui->cmdBrowseFile, &QPushButton::clicked, this, &ImportTab::BrowseClicked);
+    connect(ui->cmdBrowseFile, &QPushButton::clicked, this, &ImportTab::BrowseFile);
     connect(ui->cmdLoadFile, &QPushButton::clicked, this, &ImportTab::LoadClicked);
     connect(ui->txtFilePathName, &QLineEdit::returnPressed, this, &ImportTab::LoadClicked);
     connect(ui->chkImportAll, &QCheckBox::clicked, this, &ImportTab::ImportAllClicked);
@@ -61,3 +63,14 @@ void ImportTab::Show(View view)
 void ImportTab::SetImportAll(bool checked) { ui->chkImportAll->setChecked(checked); }
 QComboBox &ImportTab::Categories() const { return *ui->cboCategories_importTab; }
 QCheckBox &ImportTab::UseCategory() const { return *ui->chkCategories_ImportTab; }
+
+void ImportTab::BrowseFile()
+{
+    const QString path = QFileDialog::getOpenFileName(
+        this, QStringLiteral("Import subscriptions"), QString(),
+        QStringLiteral("XML files (*.opml *.xml *.rss *.atom *.rdf);;OPML files (*.opml);;All files (*)"));
+    if (path.isEmpty())
+        return;
+    SetFilePath(path);
+    Q_EMIT LoadClicked();
+}

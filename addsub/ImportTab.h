@@ -43,11 +43,13 @@ public:
 
 Q_SIGNALS:
     void SourceChanged();
-    void BrowseClicked();
     void LoadClicked();
     void ImportAllClicked(bool checked);
 
 private:
+    // The system's file chooser; a chosen file is loaded at once.
+    void BrowseFile();
+
     std::unique_ptr<Ui::ImportTab> ui;
     std::unique_ptr<FeedListPanel> m_list;
     QList<Source> m_sources;

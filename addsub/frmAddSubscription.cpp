@@ -18,7 +18,6 @@
 
 #include <QCheckBox>
 #include <QComboBox>
-#include <QFileDialog>
 #include <QGuiApplication>
 #include <QLoggingCategory>
 
@@ -76,7 +75,6 @@ void frmAddSubscription::ConnectCommands()
             });
     connect(m_browseTab, &BrowseTab::RootSelected, this, &frmAddSubscription::RequestSubList);
     connect(m_importTab, &ImportTab::LoadClicked, this, &frmAddSubscription::LoadFile);
-    connect(m_importTab, &ImportTab::BrowseClicked, this, &frmAddSubscription::BrowseFile);
     connect(m_importTab, &ImportTab::SourceChanged, this, &frmAddSubscription::LoadImportSource);
     connect(m_importTab, &ImportTab::ImportAllClicked, this,
             [this](bool checked) { AddSubsToCheckedList(m_importTab->List(), checked); });
@@ -429,17 +427,6 @@ void frmAddSubscription::LoadImportSource()
     }
     m_importTab->Show(ImportTab::View::Loading);
     m_requests->RequestOutlineList(this, ImportTabIndex, source.id);
-}
-
-void frmAddSubscription::BrowseFile()
-{
-    const QString path = QFileDialog::getOpenFileName(
-        this, QStringLiteral("Import subscriptions"), QString(),
-        QStringLiteral("XML files (*.opml *.xml *.rss *.atom *.rdf);;OPML files (*.opml);;All files (*)"));
-    if (path.isEmpty())
-        return;
-    m_importTab->SetFilePath(path);
-    LoadFile();
 }
 
 void frmAddSubscription::LoadFile()

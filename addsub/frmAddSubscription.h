@@ -69,7 +69,6 @@ private:
     void EnterSearchTab();
     void EnterImportTab();
     void LoadFile();
-    void BrowseFile();
     void LoadImportSource();
     void PreviewFeed();
     void UpdateOkCaption();
