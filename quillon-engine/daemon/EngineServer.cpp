@@ -69,6 +69,11 @@ protected:
         }
 #ifdef Q_OS_UNIX
         ::close(int(descriptor));
+#else
+        // Wrapped only to be closed, so that the pipe handle is released.
+        QLocalSocket refused;
+        refused.setSocketDescriptor(qintptr(descriptor));
+        refused.abort();
 #endif
     }
 
