@@ -40,6 +40,8 @@ struct State
     QPointer<frmMainWindow> mainWindow;
     std::function<void(QWidget *)> shownHook;
     qint32 skippedOutlines = 0;
+    // Why the engine was last not reached; logged when it changes, not on every tick.
+    QString unreachedBecause;
 };
 
 State &state()
@@ -124,9 +126,14 @@ bool ConnectToEngine(const QString &consumerId)
         callback->Setup(MainWindow());
         client->Connect(consumerId, std::move(callback));
         client->Log(QStringLiteral("UI Client <> Engine comms established\r\n"), 999);
+        if (!std::exchange(state().unreachedBecause, QString()).isEmpty())
+            qCInfo(lcStartup) << "engine reached";
         return false;
     } catch (const std::exception &e) {
-        qCDebug(lcStartup) << "engine not reached:" << e.what();
+        // The tick retries every two seconds, with more timers each time: one line per change.
+        const QString reason = QString::fromLocal8Bit(e.what());
+        if (std::exchange(state().unreachedBecause, reason) != reason)
+            qCInfo(lcStartup) << "engine not reached, waiting for it:" << reason;
         return true;
     }
 }
@@ -172,6 +179,7 @@ void Reset()
     state().retryConnect = false;
     state().shownHook = {};
     state().skippedOutlines = 0;
+    state().unreachedBecause.clear();
     callbackSupport::PendingAddCount() = 0;
 }
 

@@ -1,5 +1,7 @@
 #include "SingleInstance.h"
 
+#include "EngineSocketName.h"
+
 #include <QDir>
 #include <QLockFile>
 
@@ -18,8 +20,11 @@ QString SingleInstance::LockPath()
     const QString configured = qEnvironmentVariable("CONFIGCONSUMER_LOCK");
     if (!configured.isEmpty())
         return configured;
-    QString user = qEnvironmentVariable("USER", qEnvironmentVariable("USERNAME", QStringLiteral("user")));
-    return QDir::temp().filePath(QStringLiteral("configconsumer-%1.lock").arg(user));
+    // In the user's private folder: in the shared temp folder another user could hold the name.
+    QString folder = quillon::PrivateRuntimeFolder();
+    if (folder.isEmpty())
+        folder = QDir::tempPath();
+    return QDir(folder).filePath(QStringLiteral("configconsumer.lock"));
 }
 
 bool SingleInstance::AnotherInstanceRunning()

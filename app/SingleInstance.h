@@ -8,7 +8,7 @@ class SingleInstance
 {
 public:
     [[nodiscard]] static bool AnotherInstanceRunning();
-    // Where the lock lives: CONFIGCONSUMER_LOCK when set, else a per-user file in the temp folder.
+    // Where the lock lives: CONFIGCONSUMER_LOCK when set, else a file in the user's private runtime folder.
     [[nodiscard]] static QString LockPath();
     static void Release();
 };

@@ -17,6 +17,9 @@ enum NodeKindValue : int { KindNone = 0, KindCategory = 1, KindSubscription = 2 
 
 inline const QString kPathSeparator = QStringLiteral("~~~");
 inline const QString kSavedCategoriesKey = QStringLiteral("Saved_Categories");
+// Beside it: the last saved text that read whole, and the last one that did not.
+inline const QString kLastReadableCategoriesKey = QStringLiteral("Saved_Categories_LastReadable");
+inline const QString kUnreadableCategoriesKey = QStringLiteral("Saved_Categories_Unreadable");
 
 // Decided by the Tag alone: empty for a category, the identifier for a subscription.
 [[nodiscard]] int NodeKind(const CategoryNode *node);

@@ -69,15 +69,27 @@ void SubscriptionListLoader::LoadSavedCategories(Result &result)
     const QString saved = GetConsumerSetting(m_client, categoriesUtils::kSavedCategoriesKey, QString(),
                                              kConfigConsumer, QString());
     m_tree.clear();
-    if (!saved.isEmpty() && !categoriesUtils::LoadCategoryTree(m_tree, saved)) {
-        // A saved tree that cannot be read is dropped: the engine's paths rebuild the categories.
-        m_tree.clear();
-        result.savedTreeDropped = true;
+    if (!saved.isEmpty()) {
+        if (categoriesUtils::LoadCategoryTree(m_tree, saved)) {
+            KeepAside(categoriesUtils::kLastReadableCategoriesKey, saved);
+        } else {
+            // The nodes read before the error stay and the engine's paths add the rest; the
+            // text itself is kept aside, as is the last one that read whole, so a bad name
+            // never costs the user categories for good.
+            KeepAside(categoriesUtils::kUnreadableCategoriesKey, saved);
+            result.savedTreeDropped = true;
+        }
     }
     qint32 highest = 0;
     for (int i = 0; i < m_tree.topLevelCount(); ++i)
         highest = std::max(highest, highestKeyNumber(*m_tree.topLevelNode(i)));
     categoriesUtils::AdvanceKeyCounterPast(highest);
+}
+
+void SubscriptionListLoader::KeepAside(const QString &key, const QString &text)
+{
+    if (GetConsumerSetting(m_client, key, QString(), kConfigConsumer, QString()) != text)
+        SetConsumerSetting(m_client, kConfigConsumer, QString(), key, text);
 }
 
 void SubscriptionListLoader::PlaceSubscriptions(Result &result)

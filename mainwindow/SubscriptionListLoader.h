@@ -35,7 +35,8 @@ public:
     {
         CategoryNode *lastPlaced = nullptr;
         QHash<qint32, SubscriptionFacts> facts;
-        // The saved categories could not be read and were dropped.
+        // The saved categories could not be read whole: what was read before the error stays,
+        // the text is kept aside, and the tree should be saved again.
         bool savedTreeDropped = false;
     };
 
@@ -60,6 +61,7 @@ public:
 private:
     void LoadSavedCategories(Result &result);
     void PlaceSubscriptions(Result &result);
+    void KeepAside(const QString &key, const QString &text);
 
     quillon::SubscribeClient &m_client;
     CategoryTree &m_tree;

@@ -4,8 +4,6 @@
 
 #include <QRegularExpression>
 
-#include <cmath>
-
 namespace {
 FieldError TooLarge(const QString &number, const QString &fieldName)
 {
@@ -40,7 +38,5 @@ qint32 TimeField::ToSeconds(const QString &number, int unitIndex, const QString 
 
 TimeDisplay TimeField::Display(qint32 seconds)
 {
-    if (seconds != -1 && seconds % 60 != 0)
-        return {qint32(std::lround(seconds / 60.0)), UnitMinutes};
     return SecondsToDisplay(seconds);
 }

@@ -17,6 +17,7 @@
 
 #include <QCloseEvent>
 #include <QGuiApplication>
+#include <QLabel>
 #include <QLoggingCategory>
 #include <QScopedValueRollback>
 #include <QScreen>
@@ -42,6 +43,9 @@ frmMainWindow::frmMainWindow(QWidget *parent)
     ui->setupUi(this);
     setAttribute(Qt::WA_DeleteOnClose, false);
     SetupViews();
+    // Titles, addresses and statuses come from feeds and servers: markup in them is shown, never drawn.
+    for (QLabel *label : findChildren<QLabel *>())
+        label->setTextFormat(Qt::PlainText);
     ConnectCommands();
     m_sizeSaveTimer.setSingleShot(true);
     m_sizeSaveTimer.setInterval(kSaveSizeDelayMs);

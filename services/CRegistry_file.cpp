@@ -96,7 +96,7 @@ bool CRegistry::PutString(const QString &valueName, const QString &value)
     m_backend->file->setValue(m_backend->group + QLatin1Char('/') + valueName, value);
     m_backend->file->sync();
     if (m_backend->file->status() != QSettings::NoError) {
-        qCWarning(lcRegistry) << "could not write" << m_backend->group << valueName;
+        LocalSettings::ReportUnsaved(m_backend->file->fileName());
         return false;
     }
     return true;

@@ -1,5 +1,7 @@
 #include "LocalSettings.h"
 
+#include "PromptSeam.h"
+
 #include <QDir>
 #include <QLoggingCategory>
 #include <QSettings>
@@ -16,7 +18,33 @@ QString &baseFolderOverride()
 
 // Kept apart from the vendor branch ("Marrowby Software") so equal names never meet.
 const QString kStoreFolder = QStringLiteral("ConfigConsumer");
+
+bool &unsavedReported()
+{
+    static bool reported = false;
+    return reported;
+}
 } // namespace
+
+void LocalSettings::ReportUnsaved(const QString &fileName)
+{
+    qCWarning(lcLocalSettings) << "could not save settings to" << fileName;
+    if (std::exchange(unsavedReported(), true))
+        return;
+    Prompt prompt;
+    prompt.kind = PromptKind::Alert;
+    prompt.mainText = QStringLiteral("Your settings could not be saved.");
+    prompt.extendedText =
+        QStringLiteral("The file %1 cannot be written. Changes made in this session will be lost when the "
+                       "program ends. Check that the folder exists and that you may write to it.")
+            .arg(fileName);
+    PromptSeam::Ask(prompt);
+}
+
+void LocalSettings::ResetUnsavedReport()
+{
+    unsavedReported() = false;
+}
 
 void LocalSettings::SetBaseFolder(const QString &folder)
 {
@@ -70,7 +98,7 @@ bool LocalSettings::Save(const QString &application, const QString &section, con
     settings->endGroup();
     settings->sync();
     if (settings->status() != QSettings::NoError) {
-        qCWarning(lcLocalSettings) << "could not save" << application << section << key;
+        ReportUnsaved(settings->fileName());
         return false;
     }
     return true;
@@ -83,7 +111,11 @@ bool LocalSettings::Delete(const QString &application, const QString &section, c
     settings->remove(key);
     settings->endGroup();
     settings->sync();
-    return settings->status() == QSettings::NoError;
+    if (settings->status() != QSettings::NoError) {
+        ReportUnsaved(settings->fileName());
+        return false;
+    }
+    return true;
 }
 
 QString GetSetting(const QString &application, const QString &section, const QString &key,

@@ -26,6 +26,11 @@ public:
     [[nodiscard]] static QString BaseFolder();
     // Where the file of one application lives (not used on Windows without a base folder).
     [[nodiscard]] static QString FilePath(const QString &application);
+    // A settings file could not be written: the user hears it once per run (an alert through
+    // PromptSeam), the log every time.
+    static void ReportUnsaved(const QString &fileName);
+    // Lets the next failure alert again; for tests.
+    static void ResetUnsavedReport();
 
 private:
     [[nodiscard]] static std::unique_ptr<QSettings> Open(const QString &application);

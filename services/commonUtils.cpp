@@ -82,6 +82,9 @@ TimeDisplay SecondsToDisplay(qint32 seconds)
 {
     if (seconds == -1)
         seconds = kHour;
+    // Not a whole number of minutes: the nearest minute, as the editor shows it (3599 is 60).
+    if (seconds % kMinute != 0)
+        return {qint32(std::lround(seconds / double(kMinute))), UnitMinutes};
     if (seconds % kDay == 0)
         return {seconds / kDay, UnitDays};
     if (seconds % kHour == 0)

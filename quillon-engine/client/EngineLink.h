@@ -25,6 +25,9 @@ public:
     virtual PropertyValue call(const QString &operation, const QList<PropertyValue> &args) = 0;
     virtual void setMessageSink(MessageSink sink) = 0;
     [[nodiscard]] virtual bool isConnected() const = 0;
+    // Called from the event loop once the engine's end has gone; links that cannot lose their
+    // engine never call it.
+    virtual void setClosedSink(std::function<void()> sink) { Q_UNUSED(sink); }
 };
 
 } // namespace quillon

@@ -1,6 +1,7 @@
 #include "LinkedSubscribeClient.h"
 
 #include <QLoggingCategory>
+#include <QMetaObject>
 
 Q_LOGGING_CATEGORY(lcClient, "corvell.quillon.client")
 
@@ -27,21 +28,37 @@ QList<PropertyValue> args(std::initializer_list<PropertyValue> values)
 {
     return QList<PropertyValue>(values);
 }
+
+// How often a client whose engine went away looks for it again.
+constexpr int kRetryMs = 1000;
 } // namespace
 
-std::shared_ptr<LinkedSubscribeClient> LinkedSubscribeClient::create(std::unique_ptr<EngineLink> link)
+std::shared_ptr<LinkedSubscribeClient> LinkedSubscribeClient::create(std::unique_ptr<EngineLink> link,
+                                                                     Reopen reopen)
 {
-    std::shared_ptr<LinkedSubscribeClient> client(new LinkedSubscribeClient(std::move(link)));
+    std::shared_ptr<LinkedSubscribeClient> client(
+        new LinkedSubscribeClient(std::move(link), std::move(reopen)));
     client->attachSink();
+    std::weak_ptr<LinkedSubscribeClient> weak = client;
+    QObject::connect(&client->m_retry, &QTimer::timeout, &client->m_retry, [weak]() {
+        if (auto self = weak.lock(); self && self->reconnect())
+            self->m_retry.stop();
+    });
     return client;
 }
 
-LinkedSubscribeClient::LinkedSubscribeClient(std::unique_ptr<EngineLink> link) : m_link(std::move(link)) {}
+LinkedSubscribeClient::LinkedSubscribeClient(std::unique_ptr<EngineLink> link, Reopen reopen)
+    : m_link(std::move(link)), m_reopen(std::move(reopen))
+{
+    m_retry.setInterval(kRetryMs);
+}
 
 LinkedSubscribeClient::~LinkedSubscribeClient()
 {
-    if (m_link)
+    if (m_link) {
         m_link->setMessageSink({});
+        m_link->setClosedSink({});
+    }
 }
 
 void LinkedSubscribeClient::attachSink()
@@ -51,13 +68,68 @@ void LinkedSubscribeClient::attachSink()
         if (auto self = weak.lock())
             self->deliver(callbackId, message);
     });
+    m_link->setClosedSink([weak]() {
+        if (auto self = weak.lock())
+            self->onLinkClosed();
+    });
 }
 
 PropertyValue LinkedSubscribeClient::call(const QString &operation, const QList<PropertyValue> &arguments)
 {
-    if (!m_link || !m_link->isConnected())
+    if ((!m_link || !m_link->isConnected()) && !reconnect())
         throw EngineError(QStringLiteral("The engine is not connected"));
     return m_link->call(operation, arguments);
+}
+
+void LinkedSubscribeClient::onLinkClosed()
+{
+    failLostRequests();
+    if (m_reopen && !m_terminated && !m_retry.isActive())
+        m_retry.start();
+}
+
+// A new link to an engine that was started again; the session's consumer is registered anew.
+bool LinkedSubscribeClient::reconnect()
+{
+    if (!m_reopen || m_terminated)
+        return false;
+    if (m_link && m_link->isConnected())
+        return true;
+    try {
+        std::unique_ptr<EngineLink> link = m_reopen();
+        if (!m_consumerId.isEmpty())
+            link->call(QStringLiteral("Connect"), args({m_consumerId, m_connectionCallbackId}));
+        if (m_link) {
+            m_link->setMessageSink({});
+            m_link->setClosedSink({});
+        }
+        m_link = std::move(link);
+        attachSink();
+        qCInfo(lcClient) << "engine connection restored";
+        return true;
+    } catch (const std::exception &e) {
+        qCDebug(lcClient) << "engine not back yet:" << e.what();
+        return false;
+    }
+}
+
+// Every answer that the old connection still owed comes as an error, never not at all.
+void LinkedSubscribeClient::failLostRequests()
+{
+    for (auto it = m_callbacks.cbegin(); it != m_callbacks.cend(); ++it) {
+        if (it.key() == m_connectionCallbackId)
+            continue;
+        auto error = PropertyBag::create();
+        error->setText(QStringLiteral("ERROR"), QStringLiteral("The engine connection was lost"));
+        std::weak_ptr<LinkedSubscribeClient> weak = shared_from_this();
+        QMetaObject::invokeMethod(
+            &m_retry,
+            [weak, id = it.key(), error]() {
+                if (auto self = weak.lock())
+                    self->deliver(id, error);
+            },
+            Qt::QueuedConnection);
+    }
 }
 
 Handle LinkedSubscribeClient::handleFor(const PropertyValue &value)
@@ -86,6 +158,8 @@ void LinkedSubscribeClient::deliver(qint32 callbackId, const BagPtr &message)
     }
     if (callbackId != m_connectionCallbackId)
         m_callbacks.remove(callbackId);
+    else if (message->text(QStringLiteral("MESSAGE")) == QLatin1String("EngineTerminated"))
+        m_terminated = true; // stopped on purpose: no coming back to wait for
     // Keep ourselves alive: the callback may drop the last reference to the client.
     auto self = shared_from_this();
     Handle handle = m_handles.addBag(message);
@@ -109,6 +183,7 @@ void LinkedSubscribeClient::Connect(const QString &consumerId, CallbackPtr callb
     }
     m_callbacks.remove(previous);
     m_connectionCallbackId = id;
+    m_consumerId = consumerId;
 }
 
 void LinkedSubscribeClient::ReleaseHandle(Handle handle)

@@ -5,18 +5,27 @@
 #include "SubscribeClient.h"
 
 #include <QHash>
+#include <QTimer>
+
+#include <functional>
 
 #include <memory>
 
 namespace quillon {
 
 // The engine client over any transport: keeps the handle table and the callbacks on this
-// side and sends only values across the link.
+// side and sends only values across the link. With a way to reopen the link, it comes back on
+// its own after the engine crashed and was started again: handles stay valid (they never
+// left this side), the connection callback is registered again, and requests lost with the
+// old link are answered with an "ERROR". Only "EngineTerminated" ends it for good.
 class LinkedSubscribeClient final : public SubscribeClient,
                                     public std::enable_shared_from_this<LinkedSubscribeClient>
 {
 public:
-    static std::shared_ptr<LinkedSubscribeClient> create(std::unique_ptr<EngineLink> link);
+    using Reopen = std::function<std::unique_ptr<EngineLink>()>;
+
+    static std::shared_ptr<LinkedSubscribeClient> create(std::unique_ptr<EngineLink> link,
+                                                         Reopen reopen = {});
     ~LinkedSubscribeClient() override;
 
     void Connect(const QString &consumerId, CallbackPtr callback) override;
@@ -56,10 +65,14 @@ public:
 
     int LiveHandleCount() const override { return m_handles.liveCount(); }
     [[nodiscard]] int PendingCallbackCount() const { return int(m_callbacks.size()); }
+    [[nodiscard]] bool IsLinked() const { return m_link && m_link->isConnected(); }
 
 private:
-    explicit LinkedSubscribeClient(std::unique_ptr<EngineLink> link);
+    LinkedSubscribeClient(std::unique_ptr<EngineLink> link, Reopen reopen);
     void attachSink();
+    void onLinkClosed();
+    [[nodiscard]] bool reconnect();
+    void failLostRequests();
     PropertyValue call(const QString &operation, const QList<PropertyValue> &args);
     Handle handleFor(const PropertyValue &value);
     const PropertyValue &listEntry(Handle list, qint32 index) const;
@@ -71,6 +84,10 @@ private:
     QHash<qint32, CallbackPtr> m_callbacks;
     qint32 m_connectionCallbackId = 0;
     qint32 m_lastCallbackId = 0;
+    Reopen m_reopen;
+    QString m_consumerId;
+    bool m_terminated = false;
+    QTimer m_retry;
 };
 
 } // namespace quillon

@@ -1,7 +1,9 @@
 #include "SocketLink.h"
 
 #include "EngineError.h"
+#include "EngineSocketName.h"
 #include "FrameReader.h"
+#include "PeerCredentials.h"
 #include "WireCodec.h"
 
 #include <QElapsedTimer>
@@ -32,6 +34,7 @@ struct SocketLink::Private
     QLocalSocket socket;
     FrameReader reader;
     std::shared_ptr<MessageSink> sink = std::make_shared<MessageSink>();
+    std::function<void()> closedSink;
     qint64 lastId = 0;
     qint64 awaitedId = 0;
     std::optional<QCborMap> reply;
@@ -105,6 +108,14 @@ void SocketLink::Private::onDisconnected()
 {
     readAvailable();
     qCInfo(lcSocketLink) << "engine connection closed";
+    // After the messages that came before the end, never inside a call.
+    QMetaObject::invokeMethod(
+        &context,
+        [this]() {
+            if (closedSink)
+                closedSink();
+        },
+        Qt::QueuedConnection);
 }
 
 void SocketLink::Private::send(const QByteArray &bytes)
@@ -163,10 +174,17 @@ SocketLink::~SocketLink()
 std::unique_ptr<SocketLink> SocketLink::open(const QString &socketName, int timeoutMs)
 {
     std::unique_ptr<SocketLink> link(new SocketLink());
-    link->d->socket.connectToServer(socketName);
+    const QString path = EngineSocketPath(socketName);
+    link->d->socket.connectToServer(path);
     if (!link->d->socket.waitForConnected(timeoutMs)) {
         throw EngineError(QStringLiteral("The engine does not answer on \"%1\": %2")
-                              .arg(socketName, link->d->socket.errorString()));
+                              .arg(path, link->d->socket.errorString()));
+    }
+    // Nothing, a password least of all, goes to a program of another user that took the name.
+    if (!peerIsThisUser(link->d->socket.socketDescriptor())) {
+        link->d->socket.abort();
+        throw EngineError(
+            QStringLiteral("\"%1\" is held by another user's program; not connecting").arg(path));
     }
     return link;
 }
@@ -199,6 +217,11 @@ PropertyValue SocketLink::call(const QString &operation, const QList<PropertyVal
 void SocketLink::setMessageSink(MessageSink sink)
 {
     *d->sink = std::move(sink);
+}
+
+void SocketLink::setClosedSink(std::function<void()> sink)
+{
+    d->closedSink = std::move(sink);
 }
 
 bool SocketLink::isConnected() const

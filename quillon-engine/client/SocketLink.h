@@ -18,6 +18,7 @@ public:
 
     PropertyValue call(const QString &operation, const QList<PropertyValue> &args) override;
     void setMessageSink(MessageSink sink) override;
+    void setClosedSink(std::function<void()> sink) override;
     bool isConnected() const override;
 
 private:

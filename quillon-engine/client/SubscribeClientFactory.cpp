@@ -20,7 +20,10 @@ SubscribeClientPtr SubscribeClientFactory::Create(const QString &progId)
         throw EngineError(QStringLiteral("Unknown engine client \"%1\"").arg(progId));
     if (creator())
         return creator()();
-    return LinkedSubscribeClient::create(SocketLink::open(EngineSocketName()));
+    // Comes back by itself when the engine is started again after a crash.
+    return LinkedSubscribeClient::create(
+        SocketLink::open(EngineSocketName()),
+        []() -> std::unique_ptr<EngineLink> { return SocketLink::open(EngineSocketName(), 500); });
 }
 
 void SubscribeClientFactory::SetCreator(Creator newCreator)

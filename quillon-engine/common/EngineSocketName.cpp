@@ -1,5 +1,11 @@
 #include "EngineSocketName.h"
 
+#include "PrivateFiles.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QStandardPaths>
+
 #ifdef Q_OS_UNIX
 #include <pwd.h>
 #include <unistd.h>
@@ -38,12 +44,42 @@ QString sanitised(const QString &name)
 
 } // namespace
 
+QString PrivateRuntimeFolder(QString *error)
+{
+    const QString runtime = qEnvironmentVariable("XDG_RUNTIME_DIR");
+    if (!runtime.isEmpty() && PrivateFiles::isPrivateFolder(runtime))
+        return QDir::cleanPath(runtime);
+    // No trusted runtime folder (a plain su session, macOS): the home folder is ours alone.
+    const QString cache = QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation);
+    const QString fallback =
+        QDir(cache.isEmpty() ? QDir::homePath() : cache).filePath(QStringLiteral("quillon-engine"));
+    if (PrivateFiles::makePrivateFolder(fallback))
+        return fallback;
+    if (error)
+        *error = QStringLiteral("no private folder for the engine's socket: %1 is not ours or not 0700")
+                     .arg(fallback);
+    return QString();
+}
+
+QString EngineSocketPath(const QString &name)
+{
+#ifdef Q_OS_WIN
+    return name;
+#else
+    if (QFileInfo(name).isAbsolute())
+        return name;
+    const QString folder = PrivateRuntimeFolder();
+    // Without a private folder the name still works; the peer checks on both ends then guard it.
+    return folder.isEmpty() ? QDir(QDir::tempPath()).filePath(name) : QDir(folder).filePath(name);
+#endif
+}
+
 QString EngineSocketName()
 {
-    const QString configured = qEnvironmentVariable("QUILLON_ENGINE_SOCKET");
-    if (!configured.isEmpty())
-        return configured;
-    return QStringLiteral("quillon-engine-") + sanitised(loginName());
+    QString name = qEnvironmentVariable("QUILLON_ENGINE_SOCKET");
+    if (name.isEmpty())
+        name = QStringLiteral("quillon-engine-") + sanitised(loginName());
+    return EngineSocketPath(name);
 }
 
 } // namespace quillon

@@ -36,35 +36,53 @@ PropertyValue deepCopy(const PropertyValue &value)
     return value;
 }
 
+namespace {
+constexpr qsizetype kScanUpTo = 16;
+} // namespace
+
+qsizetype PropertyBag::indexOf(const QString &name) const
+{
+    if (m_entries.size() <= kScanUpTo) {
+        for (qsizetype i = 0; i < m_entries.size(); ++i) {
+            if (m_entries[i].first.compare(name, Qt::CaseInsensitive) == 0)
+                return i;
+        }
+        return -1;
+    }
+    if (m_index.size() != m_entries.size()) {
+        m_index.clear();
+        m_index.reserve(m_entries.size());
+        for (qsizetype i = 0; i < m_entries.size(); ++i)
+            m_index.insert(m_entries[i].first.toCaseFolded(), i);
+    }
+    return m_index.value(name.toCaseFolded(), -1);
+}
+
 void PropertyBag::set(const QString &name, PropertyValue value)
 {
-    for (auto &entry : m_entries) {
-        if (entry.first.compare(name, Qt::CaseInsensitive) == 0) {
-            entry.second = std::move(value);
-            return;
-        }
+    if (const qsizetype i = indexOf(name); i >= 0) {
+        m_entries[i].second = std::move(value);
+        return;
     }
     m_entries.append({name, std::move(value)});
+    if (!m_index.isEmpty())
+        m_index.insert(name.toCaseFolded(), m_entries.size() - 1);
 }
 
 bool PropertyBag::remove(const QString &name)
 {
-    for (qsizetype i = 0; i < m_entries.size(); ++i) {
-        if (m_entries[i].first.compare(name, Qt::CaseInsensitive) == 0) {
-            m_entries.removeAt(i);
-            return true;
-        }
-    }
-    return false;
+    const qsizetype i = indexOf(name);
+    if (i < 0)
+        return false;
+    m_entries.removeAt(i);
+    m_index.clear();
+    return true;
 }
 
 const PropertyValue *PropertyBag::find(const QString &name) const
 {
-    for (const auto &entry : m_entries) {
-        if (entry.first.compare(name, Qt::CaseInsensitive) == 0)
-            return &entry.second;
-    }
-    return nullptr;
+    const qsizetype i = indexOf(name);
+    return i >= 0 ? &m_entries[i].second : nullptr;
 }
 
 QString PropertyBag::text(const QString &name) const

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QHash>
 #include <QList>
 #include <QString>
 #include <QStringList>
@@ -51,7 +52,12 @@ public:
     [[nodiscard]] BagPtr clone() const;
 
 private:
+    [[nodiscard]] qsizetype indexOf(const QString &name) const;
+
     QList<std::pair<QString, PropertyValue>> m_entries;
+    // Case-folded name to position, made once a bag is large enough for a scan to cost more:
+    // a client's bag of many names must not make decoding quadratic.
+    mutable QHash<QString, qsizetype> m_index;
 };
 
 // An ordered list of values, indexed from 0.

@@ -88,6 +88,34 @@ PropertyValue decodeAt(const QCborValue &value, int depth)
     }
 }
 
+// Walks the frame without building it: counts its values and how deep they nest.
+void scanShape(QCborStreamReader &reader, int depth, qsizetype &remaining)
+{
+    if (--remaining < 0)
+        throw EngineError(QStringLiteral("A message holds too many values"));
+    // The frame's own map and its argument list sit above the deepest value allowed.
+    if (depth > kMaxDepth + 2)
+        throw EngineError(QStringLiteral("A value is nested more than %1 levels deep").arg(kMaxDepth));
+    if (!reader.isContainer()) {
+        if (!reader.next())
+            throw EngineError(QStringLiteral("Malformed message: %1").arg(reader.lastError().toString()));
+        return;
+    }
+    if (!reader.enterContainer())
+        throw EngineError(QStringLiteral("Malformed message: %1").arg(reader.lastError().toString()));
+    while (reader.lastError() == QCborError::NoError && reader.hasNext())
+        scanShape(reader, depth + 1, remaining);
+    if (!reader.leaveContainer())
+        throw EngineError(QStringLiteral("Malformed message: %1").arg(reader.lastError().toString()));
+}
+
+void checkShape(const QByteArray &payload, qsizetype maxElements)
+{
+    QCborStreamReader reader(payload);
+    qsizetype remaining = maxElements;
+    scanShape(reader, 0, remaining);
+}
+
 } // namespace
 
 QCborValue encode(const PropertyValue &value)
@@ -112,8 +140,9 @@ QByteArray frame(const QCborMap &message)
     return bytes + payload;
 }
 
-QCborMap parsePayload(const QByteArray &payload)
+QCborMap parsePayload(const QByteArray &payload, qsizetype maxElements)
 {
+    checkShape(payload, maxElements);
     QCborStreamReader reader(payload);
     const QCborValue value = QCborValue::fromCbor(reader);
     if (reader.lastError() != QCborError::NoError)

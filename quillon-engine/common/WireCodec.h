@@ -25,14 +25,17 @@ inline constexpr qsizetype kMaxFrameBytes = 64 * 1024 * 1024;
 inline constexpr qsizetype kHeaderBytes = 4;
 // Deep enough for any real bag; shallow enough that a bag stored inside itself fails cleanly.
 inline constexpr int kMaxDepth = 64;
+// Values (names, texts, numbers, bags, lists) in one frame. Counted before anything is built,
+// so a frame of tiny empty lists cannot make the decoder allocate gigabytes.
+inline constexpr qsizetype kMaxElements = 4'000'000;
 
 [[nodiscard]] QCborValue encode(const PropertyValue &value);
 [[nodiscard]] PropertyValue decode(const QCborValue &value);
 
 // A 4-byte big-endian payload length followed by the CBOR payload.
 [[nodiscard]] QByteArray frame(const QCborMap &message);
-// The payload of one frame: exactly one CBOR map.
-[[nodiscard]] QCborMap parsePayload(const QByteArray &payload);
+// The payload of one frame: exactly one CBOR map of at most maxElements values.
+[[nodiscard]] QCborMap parsePayload(const QByteArray &payload, qsizetype maxElements = kMaxElements);
 
 [[nodiscard]] QCborMap request(qint64 id, const QString &operation, const QList<PropertyValue> &args);
 [[nodiscard]] WireRequest readRequest(const QCborMap &frame);

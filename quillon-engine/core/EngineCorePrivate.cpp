@@ -8,6 +8,7 @@
 #include "DiscoveringFetcher.h"
 #include "HttpFeedFetcher.h"
 #include "OutlineBags.h"
+#include "PrivateFiles.h"
 #include "SqlTransaction.h"
 
 #include <QCoreApplication>
@@ -90,10 +91,14 @@ void EngineCorePrivate::open()
         return;
     if (!QDir().mkpath(dataFolder))
         throw EngineError(QStringLiteral("Cannot create the engine's data folder %1").arg(dataFolder));
+    // The database holds passwords: nobody else may read it, nor what older versions left open.
+    PrivateFiles::tightenTree(dataFolder);
     const QDir folder(dataFolder);
+    PrivateFiles::createPrivateFile(folder.filePath(QStringLiteral("engine.sqlite")));
     auto db = std::make_unique<EngineDatabase>(folder.filePath(QStringLiteral("engine.sqlite")));
     db->open();
     m_subscriptions = std::make_unique<SubscriptionStore>(*db);
+    m_subscriptions->moveLoginsOutOfAddresses();
     m_bindings = std::make_unique<BindingStore>(*db);
     m_settings = std::make_unique<SettingsStore>(*db);
     m_log = std::make_unique<EngineLog>(*db, folder.filePath(QStringLiteral("engine.log")));

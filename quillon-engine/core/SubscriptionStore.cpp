@@ -5,7 +5,10 @@
 #include "EngineError.h"
 #include "SubscriptionFields.h"
 
+#include <QUrl>
+
 #include <limits>
+#include <optional>
 
 namespace quillon {
 
@@ -36,10 +39,45 @@ QVariant textOrNull(const PropertyBag &bag, const QString &name)
     const PropertyValue *v = bag.find(name);
     return v ? QVariant(valueText(*v)) : QVariant();
 }
+
+struct AddressLogin
+{
+    QString url; // without the login
+    QString user;
+    QString password;
+};
+
+// The login inside a web address, if it carries one.
+std::optional<AddressLogin> loginIn(const QString &address)
+{
+    const QUrl url(address.trimmed(), QUrl::TolerantMode);
+    const QString scheme = url.scheme().toLower();
+    if (!url.isValid() || (scheme != QLatin1String("http") && scheme != QLatin1String("https")) ||
+        (url.userName().isEmpty() && url.password().isEmpty()))
+        return std::nullopt;
+    return AddressLogin{url.adjusted(QUrl::RemoveUserInfo).toString(), url.userName(), url.password()};
+}
+
+// The request with its address's login moved to USER/PASSWORD.
+PropertyBag withoutAddressLogin(const PropertyBag &request)
+{
+    PropertyBag moved = request;
+    const auto login =
+        request.contains(QStringLiteral("URL")) ? loginIn(request.text(QStringLiteral("URL"))) : std::nullopt;
+    if (!login)
+        return moved;
+    moved.setText(QStringLiteral("URL"), login->url);
+    if (!request.contains(QStringLiteral("USER")) || request.text(QStringLiteral("USER")).isEmpty()) {
+        moved.setText(QStringLiteral("USER"), login->user);
+        moved.setText(QStringLiteral("PASSWORD"), login->password);
+    }
+    return moved;
+}
 } // namespace
 
-qint32 SubscriptionStore::create(const PropertyBag &request, const QDateTime &now)
+qint32 SubscriptionStore::create(const PropertyBag &asked, const QDateTime &now)
 {
+    const PropertyBag request = withoutAddressLogin(asked);
     // Title and category are always present: an empty category means the top of the tree.
     const qint64 id = m_db.insert(
         QStringLiteral("INSERT INTO subscriptions (title, url, category, user_name, password, update_freq,"
@@ -107,8 +145,27 @@ void SubscriptionStore::appendFreeProperties(qint32 id, PropertyBag &bag)
         bag.set(row.at(0).toString(), SubscriptionFields::fromColumn(row.at(1)));
 }
 
-void SubscriptionStore::update(qint32 id, const PropertyBag &values, const QDateTime &now)
+void SubscriptionStore::moveLoginsOutOfAddresses()
 {
+    const auto rows = m_db.select(
+        QStringLiteral(
+            "SELECT id, url, COALESCE(user_name, '') FROM subscriptions WHERE instr(url, '@') > 0"),
+        {}, "looking for logins in addresses");
+    for (const auto &row : rows) {
+        const auto login = loginIn(row.at(1).toString());
+        if (!login)
+            continue;
+        m_db.execute(QStringLiteral("UPDATE subscriptions SET url = ? WHERE id = ?"), {login->url, row.at(0)},
+                     "moving a login out of an address");
+        if (row.at(2).toString().isEmpty())
+            m_db.execute(QStringLiteral("UPDATE subscriptions SET user_name = ?, password = ? WHERE id = ?"),
+                         {login->user, login->password, row.at(0)}, "moving a login out of an address");
+    }
+}
+
+void SubscriptionStore::update(qint32 id, const PropertyBag &asked, const QDateTime &now)
+{
+    const PropertyBag values = withoutAddressLogin(asked);
     requireExists(id);
     // Due now first, so that a NEXTUPDATETIME in the bag still wins.
     setProperty(id, QStringLiteral("NEXTUPDATETIME"), SubscriptionFields::isoDate(now));

@@ -48,6 +48,9 @@ public:
 
     // Takes TITLE, URL, CATEGORY, USER and PASSWORD from an add request; returns the new ID.
     qint32 create(const PropertyBag &request, const QDateTime &now);
+    // Addresses that carry a login ("https://ann:pw@host/feed") lose it to USER/PASSWORD
+    // (kept when those are already set), so no password shows wherever an address is shown.
+    void moveLoginsOutOfAddresses();
     [[nodiscard]] bool exists(qint32 id);
     // Throws EngineError naming the ID when there is no such subscription.
     void requireExists(qint32 id);

@@ -2,12 +2,38 @@
 
 #include "WireCodec.h"
 
+#include <QCoreApplication>
 #include <QLocalSocket>
 #include <QLoggingCategory>
+#include <QTimer>
+
+#if defined(__GLIBC__)
+#include <malloc.h>
+#endif
 
 Q_LOGGING_CATEGORY(lcConnection, "corvell.quillon.daemon.connection")
 
 namespace quillon {
+
+namespace {
+// Gives the memory of a burst (a large frame, many clients) back to the system once things
+// are quiet again, instead of keeping the peak for the rest of the engine's life.
+void returnMemoryLater()
+{
+#if defined(__GLIBC__)
+    static QTimer *timer = nullptr;
+    if (!timer) {
+        timer = new QTimer(QCoreApplication::instance());
+        timer->setSingleShot(true);
+        timer->setInterval(500);
+        QObject::connect(timer, &QTimer::timeout, []() { ::malloc_trim(0); });
+    }
+    timer->start();
+#endif
+}
+
+constexpr qsizetype kLargeFrame = 1024 * 1024;
+} // namespace
 
 EngineConnection::EngineConnection(QLocalSocket *socket, EngineCore *core, QObject *parent)
     : QObject(parent), m_socket(socket), m_core(core)
@@ -22,6 +48,7 @@ EngineConnection::EngineConnection(QLocalSocket *socket, EngineCore *core, QObje
     connect(m_socket, &QLocalSocket::disconnected, this, [this]() {
         closeSession();
         deleteLater();
+        returnMemoryLater();
     });
     qCDebug(lcConnection) << "session" << m_session << "opened";
 }
@@ -44,10 +71,19 @@ void EngineConnection::finish(int timeoutMs)
 
 void EngineConnection::readRequests()
 {
+    if (m_dropping) {
+        m_socket->readAll();
+        return;
+    }
     m_reader.append(m_socket->readAll());
     try {
-        while (const auto payload = m_reader.next())
-            answer(WireCodec::parsePayload(*payload));
+        while (const auto payload = m_reader.next()) {
+            if (payload->size() > kLargeFrame)
+                returnMemoryLater();
+            answer(WireCodec::parsePayload(*payload, kMaxRequestValues));
+            if (m_dropping)
+                return;
+        }
     } catch (const EngineError &e) {
         // The stream cannot be trusted after a bad frame; other clients are not affected.
         qCWarning(lcConnection) << "session" << m_session
@@ -85,11 +121,29 @@ void EngineConnection::sendMessage(qint32 callbackId, const BagPtr &message)
 
 void EngineConnection::send(const QByteArray &bytes)
 {
-    if (m_socket->state() != QLocalSocket::ConnectedState)
+    if (m_dropping || m_socket->state() != QLocalSocket::ConnectedState)
         return;
+    if (m_socket->bytesToWrite() > kMaxQueuedBytes) {
+        drop("does not read what the engine sends");
+        return;
+    }
     m_socket->write(bytes);
     // Written now rather than on the next loop turn: the client is blocked waiting for it.
     m_socket->flush();
+}
+
+// Later, from the event loop: this may run inside the core, while it sends to every session.
+void EngineConnection::drop(const char *reason)
+{
+    if (std::exchange(m_dropping, true))
+        return;
+    qCWarning(lcConnection) << "session" << m_session << reason << "- dropping it";
+    QTimer::singleShot(0, this, [this]() {
+        closeSession();
+        m_socket->abort();
+        deleteLater();
+        returnMemoryLater();
+    });
 }
 
 void EngineConnection::closeSession()

@@ -13,10 +13,17 @@ namespace quillon {
 
 // One client's connection to the daemon: its own engine session, requests answered in order,
 // engine messages for the session written as they come. It deletes itself when the client goes.
+// A client costs the engine bounded memory: requests of at most kMaxRequestBytes and
+// kMaxRequestValues, and at most kMaxQueuedBytes of output it has not taken; past that it is
+// dropped.
 class EngineConnection : public QObject
 {
     Q_OBJECT
 public:
+    static constexpr qsizetype kMaxRequestBytes = 8 * 1024 * 1024;
+    static constexpr qsizetype kMaxRequestValues = 250'000;
+    static constexpr qint64 kMaxQueuedBytes = 16 * 1024 * 1024;
+
     EngineConnection(QLocalSocket *socket, EngineCore *core, QObject *parent = nullptr);
     ~EngineConnection() override;
 
@@ -29,11 +36,13 @@ private:
     void sendMessage(qint32 callbackId, const BagPtr &message);
     void send(const QByteArray &bytes);
     void closeSession();
+    void drop(const char *reason);
 
     QLocalSocket *m_socket;
     QPointer<EngineCore> m_core;
     EngineCore::SessionId m_session = 0;
-    FrameReader m_reader;
+    FrameReader m_reader{kMaxRequestBytes};
+    bool m_dropping = false;
 };
 
 } // namespace quillon

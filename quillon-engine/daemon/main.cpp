@@ -1,10 +1,15 @@
 #include "EngineCore.h"
 #include "EngineServer.h"
 #include "EngineSocketName.h"
+#include "PrivateFiles.h"
 #include "TerminationSignal.h"
+#include "UserNotice.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
+#include <QDateTime>
+#include <QDir>
+#include <QFile>
 #include <QLoggingCategory>
 #include <QStandardPaths>
 
@@ -76,6 +81,48 @@ int fail(int code, const QString &message)
     return code;
 }
 
+// A file that is there but is no SQLite database, or one SQLite calls damaged.
+bool looksDamaged(const QString &path, const QString &error)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly) || file.size() == 0)
+        return false;
+    return file.read(16) != QByteArrayLiteral("SQLite format 3\0") ||
+           error.contains(QLatin1String("malformed"), Qt::CaseInsensitive) ||
+           error.contains(QLatin1String("not a database"), Qt::CaseInsensitive);
+}
+
+// Moves the damaged database (and its journal files) aside, so that nothing ever writes over
+// what may still be rescued; the next start begins with an empty one. Answers the new name.
+QString setAside(const QString &path)
+{
+    const QString aside = path + QStringLiteral(".damaged-") +
+                          QDateTime::currentDateTimeUtc().toString(QStringLiteral("yyyyMMdd-HHmmss"));
+    if (!QFile::rename(path, aside))
+        return QString();
+    for (const char *suffix : {"-wal", "-shm"})
+        QFile::rename(path + QLatin1String(suffix), aside + QLatin1String(suffix));
+    return aside;
+}
+
+// The program that waits for the engine says nothing while it waits, so the engine that cannot
+// start tells the user itself, besides its log line.
+int failToStart(const EngineCore &core, const QString &dataDir, const QString &error)
+{
+    const QString database = core.databasePath();
+    QString body = QStringLiteral("The feed engine cannot open its database in %1: %2").arg(dataDir, error);
+    if (looksDamaged(database, error)) {
+        const QString aside = setAside(database);
+        if (!aside.isEmpty())
+            body =
+                QStringLiteral("The feed engine's database %1 is damaged. It was kept as %2; the next start "
+                               "begins with an empty database.")
+                    .arg(database, aside);
+    }
+    tellUser(QStringLiteral("The feed engine cannot start"), body);
+    return fail(kExitNoDatabase, body);
+}
+
 // Runs the event loop until SIGTERM/SIGINT, then tells the consumers and closes their connections.
 int runUntilStopped(EngineServer &server)
 {
@@ -97,6 +144,8 @@ int main(int argc, char *argv[])
     // The plain poll dispatcher costs the engine about a quarter less CPU per request than glib's.
     if (qEnvironmentVariableIsEmpty("QT_NO_GLIB"))
         qputenv("QT_NO_GLIB", "1");
+    // Everything the engine writes (database, log, socket, lock) is the user's alone.
+    PrivateFiles::restrictNewFiles();
     QCoreApplication app(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("quillon-engine"));
     // Per-session chatter only on request (QT_LOGGING_RULES overrides this).
@@ -119,9 +168,8 @@ int main(int argc, char *argv[])
     // Only once the name is ours: a second daemon must not touch the first one's database.
     // Nobody is served before the event loop runs.
     if (!core->open(&error))
-        return fail(kExitNoDatabase,
-                    QStringLiteral("cannot open the database in %1: %2").arg(options.dataDir, error));
-    std::printf("quillon-engine listening on %s, data in %s\n", qPrintable(options.socketName),
+        return failToStart(*core, options.dataDir, error);
+    std::printf("quillon-engine listening on %s, data in %s\n", qPrintable(server->fullServerName()),
                 qPrintable(options.dataDir));
     std::fflush(stdout);
     if (options.fetch)

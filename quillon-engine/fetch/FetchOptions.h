@@ -18,10 +18,18 @@ struct FetchOptions
     // "the document is larger than 10 MiB"
     [[nodiscard]] QString tooLargeText() const
     {
+        return QStringLiteral("the document is larger than %1").arg(limitText());
+    }
+    // A small download that unpacks to a huge document: said as such, not as a broken feed.
+    [[nodiscard]] QString unpacksTooLargeText() const
+    {
+        return QStringLiteral("the document unpacks to more than %1").arg(limitText());
+    }
+    [[nodiscard]] QString limitText() const
+    {
         const qint64 mib = 1024 * 1024;
-        return QStringLiteral("the document is larger than %1")
-            .arg(maxBytes % mib == 0 ? QStringLiteral("%1 MiB").arg(maxBytes / mib)
-                                     : QStringLiteral("%1 bytes").arg(maxBytes));
+        return maxBytes % mib == 0 ? QStringLiteral("%1 MiB").arg(maxBytes / mib)
+                                   : QStringLiteral("%1 bytes").arg(maxBytes);
     }
 };
 

@@ -17,6 +17,16 @@ bool isRedirect(int status)
     return status == 301 || status == 302 || status == 303 || status == 307 || status == 308;
 }
 
+// Scheme, host and port: a login goes only where it was asked for, never over plain http
+// after https, nor to another port of the same host.
+bool sameOrigin(const QUrl &a, const QUrl &b)
+{
+    const QString scheme = a.scheme().toLower();
+    const int defaultPort = scheme == QLatin1String("https") ? 443 : 80;
+    return scheme == b.scheme().toLower() && a.host().compare(b.host(), Qt::CaseInsensitive) == 0 &&
+           a.port(defaultPort) == b.port(defaultPort);
+}
+
 } // namespace
 
 HttpFetchJob::HttpFetchJob(QNetworkAccessManager &network, const FetchOptions &options, FetchRequest request)
@@ -44,7 +54,10 @@ void HttpFetchJob::start()
 
 void HttpFetchJob::send(const QUrl &url)
 {
-    QNetworkRequest request(url);
+    // A login travels only in our own header: Qt would hand the address's to anyone who asks.
+    QUrl address = url;
+    address.setUserInfo(QString());
+    QNetworkRequest request(address);
     // Redirects are ours to follow: the login must not go to another host.
     request.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::ManualRedirectPolicy);
     request.setHeader(QNetworkRequest::UserAgentHeader, m_options.userAgent);
@@ -59,7 +72,7 @@ void HttpFetchJob::send(const QUrl &url)
         user = url.userName();
         password = url.password();
     }
-    if (!user.isEmpty() && url.host().compare(m_request.url.host(), Qt::CaseInsensitive) == 0)
+    if (!user.isEmpty() && sameOrigin(url, m_request.url))
         request.setRawHeader("Authorization",
                              "Basic " + (user + QLatin1Char(':') + password).toUtf8().toBase64());
     m_reply = m_network.get(request);
@@ -81,7 +94,15 @@ void HttpFetchJob::readBody()
         return;
     m_body += m_reply->readAll();
     if (m_body.size() > m_options.maxBytes)
-        fail(FetchResult::Outcome::TooLarge, m_options.tooLargeText());
+        fail(FetchResult::Outcome::TooLarge,
+             isPacked() ? m_options.unpacksTooLargeText() : m_options.tooLargeText());
+}
+
+bool HttpFetchJob::isPacked() const
+{
+    const QByteArray encoding =
+        m_reply ? m_reply->rawHeader("Content-Encoding").trimmed().toLower() : QByteArray();
+    return !encoding.isEmpty() && encoding != "identity";
 }
 
 void HttpFetchJob::onReplyFinished()
@@ -99,6 +120,15 @@ void HttpFetchJob::onReplyFinished()
     const int status = statusAttribute.toInt();
     if (isRedirect(status) && followRedirect(status))
         return;
+    // An answer that stopped early is not the document: nothing of it may be stored.
+    if (m_reply->error() != QNetworkReply::NoError && status >= 200 && status <= 299) {
+        if (isPacked() && m_reply->errorString().contains(QLatin1String("ecompress"), Qt::CaseInsensitive))
+            fail(FetchResult::Outcome::TooLarge, m_options.unpacksTooLargeText(), status);
+        else
+            fail(FetchResult::Outcome::Failed,
+                 QStringLiteral("the connection was cut before the document ended"), status);
+        return;
+    }
     if (m_reported)
         return;
     finish(answered(status));

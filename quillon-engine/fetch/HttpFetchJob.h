@@ -13,7 +13,7 @@ class QNetworkReply;
 
 namespace quillon {
 
-// One web fetch: follows redirects itself (so a login never travels to another host), holds
+// One web fetch: follows redirects itself (so a login never travels to another origin), holds
 // the deadline and the size limit, and reports once with finished().
 class HttpFetchJob : public QObject
 {
@@ -33,6 +33,7 @@ private:
     void send(const QUrl &url);
     void readBody();
     void checkAnnouncedSize();
+    [[nodiscard]] bool isPacked() const;
     void onReplyFinished();
     [[nodiscard]] bool followRedirect(int status);
     [[nodiscard]] FetchResult answered(int status) const;

@@ -12,8 +12,47 @@ namespace {
 const char16_t *const kVoidElements[] = {u"area",  u"base", u"br",   u"col",   u"embed",  u"hr",    u"img",
                                          u"input", u"link", u"meta", u"param", u"source", u"track", u"wbr"};
 
-const char16_t *const kUriAttributes[] = {u"action", u"background", u"cite",   u"codebase", u"data",
-                                          u"href",   u"longdesc",   u"poster", u"src",      u"usemap"};
+const char16_t *const kUriAttributes[] = {u"background", u"cite", u"href",  u"longdesc",
+                                          u"poster",     u"src",  u"usemap"};
+
+// What an article may keep: text structure, links, images and media, tables. Anything else
+// (frames, objects, embeds, forms, scripts, SVG, MathML) loses its tag, and the elements below
+// lose their content too.
+const char16_t *const kAllowedElements[] = {
+    u"a",       u"abbr",    u"acronym",  u"address",    u"article", u"aside",   u"audio",  u"b",
+    u"bdi",     u"bdo",     u"big",      u"blockquote", u"br",      u"caption", u"center", u"cite",
+    u"code",    u"col",     u"colgroup", u"dd",         u"del",     u"details", u"dfn",    u"div",
+    u"dl",      u"dt",      u"em",       u"figcaption", u"figure",  u"font",    u"footer", u"h1",
+    u"h2",      u"h3",      u"h4",       u"h5",         u"h6",      u"header",  u"hr",     u"i",
+    u"img",     u"ins",     u"kbd",      u"li",         u"main",    u"mark",    u"nobr",   u"ol",
+    u"p",       u"picture", u"pre",      u"q",          u"rp",      u"rt",      u"ruby",   u"s",
+    u"samp",    u"section", u"small",    u"source",     u"span",    u"strike",  u"strong", u"sub",
+    u"summary", u"sup",     u"table",    u"tbody",      u"td",      u"tfoot",   u"th",     u"thead",
+    u"time",    u"tr",      u"track",    u"tt",         u"u",       u"ul",      u"var",    u"video",
+    u"wbr"};
+
+const char16_t *const kDroppedWithContent[] = {
+    u"applet", u"embed",  u"frame",  u"frameset", u"head", u"iframe",   u"math",     u"noembed",
+    u"object", u"script", u"select", u"style",    u"svg",  u"template", u"textarea", u"title"};
+
+const char16_t *const kAllowedAttributes[] = {
+    u"abbr",        u"align",       u"alt",     u"axis",    u"background", u"bgcolor", u"border",
+    u"cellpadding", u"cellspacing", u"char",    u"charoff", u"cite",       u"class",   u"clear",
+    u"color",       u"cols",        u"colspan", u"compact", u"controls",   u"coords",  u"datetime",
+    u"dir",         u"face",        u"frame",   u"headers", u"height",     u"href",    u"hreflang",
+    u"hspace",      u"kind",        u"label",   u"lang",    u"longdesc",   u"loop",    u"media",
+    u"muted",       u"name",        u"nowrap",  u"open",    u"poster",     u"preload", u"rel",
+    u"rev",         u"reversed",    u"rows",    u"rowspan", u"rules",      u"scope",   u"shape",
+    u"size",        u"span",        u"src",     u"srclang", u"start",      u"style",   u"summary",
+    u"target",      u"title",       u"type",    u"usemap",  u"valign",     u"value",   u"vspace",
+    u"width",       u"xml:lang"};
+
+const char16_t *const kAllowedSchemes[] = {u"http", u"https", u"mailto", u"ftp", u"news", u"nntp", u"feed"};
+
+// Words that make a style able to run or fetch something, or hide such a word from this check.
+const char16_t *const kUnsafeStyle[] = {u"\\",       u"/*",      u"expression", u"javascript",
+                                        u"vbscript", u"data:",   u"url(",       u"image(",
+                                        u"behavior", u"binding", u"@import",    u"&#"};
 
 template <size_t N> bool isOneOf(QStringView name, const char16_t *const (&set)[N])
 {
@@ -103,24 +142,34 @@ QString decodeReferences(QStringView s)
     return out;
 }
 
-// "javascript:" and "vbscript:", in any case and with blanks or controls mixed in, as
-// browsers forgive them.
-bool isScriptUri(QStringView value)
+// A link's scheme as a browser reads it (blanks and controls ignored, any case); empty for a
+// relative address.
+QString schemeOf(QStringView value)
 {
-    for (QStringView scheme : {QStringView(u"javascript:"), QStringView(u"vbscript:")}) {
-        qsizetype matched = 0;
-        for (qsizetype i = 0; i < value.size() && matched < scheme.size(); ++i) {
-            const QChar c = value[i];
-            if (c.isSpace() || c.unicode() < 0x20)
-                continue;
-            if (c.toLower() != scheme[matched])
-                break;
-            ++matched;
-        }
-        if (matched == scheme.size())
-            return true;
+    QString scheme;
+    for (const QChar c : value) {
+        if (c.isSpace() || c.unicode() < 0x20)
+            continue;
+        if (c == u':')
+            return scheme;
+        if (c == u'/' || c == u'?' || c == u'#')
+            return QString();
+        scheme.append(c.toLower());
     }
-    return false;
+    return QString();
+}
+
+bool isSafeUri(QStringView value)
+{
+    const QString scheme = schemeOf(value);
+    return scheme.isEmpty() || isOneOf(scheme, kAllowedSchemes);
+}
+
+bool isSafeStyle(QStringView value)
+{
+    return std::none_of(std::begin(kUnsafeStyle), std::end(kUnsafeStyle), [value](const char16_t *word) {
+        return value.contains(QStringView(word), Qt::CaseInsensitive);
+    });
 }
 
 QString lowerName(QStringView name)
@@ -227,7 +276,7 @@ qsizetype HtmlNormalizer::handleEndTag(qsizetype i)
         return escapeLessThan(i);
     }
     const QString name = lowerName(m_in.mid(i + 2, nameEnd - i - 2));
-    if (!isOneOf(name, kVoidElements)) {
+    if (!isOneOf(name, kVoidElements) && isOneOf(name, kAllowedElements)) {
         m_out.append(u"</");
         m_out.append(name);
         m_out.append(u'>');
@@ -242,14 +291,16 @@ qsizetype HtmlNormalizer::handleStartTag(qsizetype i)
         m_noMoreTags = true;
         return escapeLessThan(i);
     }
-    if (tag.name == u"script") {
-        // Scripts go with everything up to their end tag.
-        const qsizetype close = m_in.indexOf(u"</script", tag.end, Qt::CaseInsensitive);
+    if (isOneOf(tag.name, kDroppedWithContent)) {
+        // Gone with everything up to their end tag: code, frames, or text no reader should see.
+        if (tag.selfClosing || isOneOf(tag.name, kVoidElements))
+            return tag.end;
+        const qsizetype close = m_in.indexOf(QStringLiteral("</") + tag.name, tag.end, Qt::CaseInsensitive);
         const qsizetype past = close < 0 ? -1 : m_in.indexOf(u'>', close);
         return past < 0 ? m_in.size() : past + 1;
     }
-    if (tag.name == u"base" || tag.name == u"meta")
-        return tag.end; // would redirect the page or change what its links mean
+    if (!isOneOf(tag.name, kAllowedElements))
+        return tag.end; // the tag goes, its text stays
     emitStartTag(tag);
     return tag.end;
 }
@@ -347,12 +398,11 @@ void HtmlNormalizer::emitStartTag(Tag &tag)
 
 bool HtmlNormalizer::keepAttribute(const Attribute &attribute) const
 {
-    if (attribute.name.startsWith(u"on"))
+    if (!isOneOf(attribute.name, kAllowedAttributes))
         return false;
     if (attribute.name == u"style")
-        return !attribute.value.contains(u"expression", Qt::CaseInsensitive) &&
-               !attribute.value.contains(u"javascript:", Qt::CaseInsensitive); // old script-in-CSS
-    return !(isOneOf(attribute.name, kUriAttributes) && isScriptUri(attribute.value));
+        return isSafeStyle(attribute.value);
+    return !isOneOf(attribute.name, kUriAttributes) || isSafeUri(attribute.value);
 }
 
 QString HtmlNormalizer::resolved(const QString &uri) const

@@ -8,9 +8,10 @@ namespace quillon {
 
 // Rewrites an HTML fragment from a feed into one consistent, safe form: lower-case tag and
 // attribute names, attributes sorted and double-quoted, void elements closed ("<br />"),
-// stray '<' and '&' escaped, relative links resolved against the base; scripts, event
-// handlers, script URLs, script in styles and <base>/<meta> removed. Text is otherwise kept
-// as written. Runs in linear time on any input.
+// stray '<' and '&' escaped, relative links resolved against the base. Only a short list of
+// elements and attributes is kept, links only with web and mail schemes, styles only when they
+// cannot run or fetch anything. Text is otherwise kept as written. Runs in linear time on any
+// input.
 class HtmlNormalizer
 {
 public:

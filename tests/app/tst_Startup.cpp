@@ -3,6 +3,8 @@
 #include "SocketLink.h"
 
 #include <QElapsedTimer>
+#include <QFile>
+#include <QFileInfo>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
@@ -36,7 +38,8 @@ void tst_Startup::initTestCase()
     QVERIFY(m_dir.isValid());
     m_binDir = qEnvironmentVariable("QUILLON_BIN_DIR");
     QVERIFY2(!m_binDir.isEmpty(), "QUILLON_BIN_DIR is not set");
-    m_socketName = QStringLiteral("quillon-test-%1").arg(QCoreApplication::applicationPid());
+    // Absolute: the programs run with their own HOME, so a relative name would land elsewhere.
+    m_socketName = m_dir.filePath(QStringLiteral("engine.sock"));
 }
 
 void tst_Startup::cleanup()
@@ -75,7 +78,7 @@ void tst_Startup::StartEngine(QProcess &engine)
 void tst_Startup::StartProgram(QProcess &program)
 {
     program.setProcessEnvironment(Environment());
-    program.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    program.setProcessChannelMode(QProcess::MergedChannels);
     program.start(m_binDir + QStringLiteral("/configconsumer"), {});
     QVERIFY(program.waitForStarted(5000));
 }
@@ -108,6 +111,20 @@ void tst_Startup::waitsForEngineThenShowsWindowAndEndsWithIt()
     QVERIFY(second.waitForFinished(5000));
     QCOMPARE(second.exitCode(), 0);
     QVERIFY(!Printed(second, "main window shown"));
+
+    // What the program keeps is private.
+    QCOMPARE(
+        QFileInfo(m_dir.filePath(QStringLiteral("config/ConfigConsumer"))).permissions().toInt() & 0x0077, 0);
+    QCOMPARE(QFile::permissions(m_dir.filePath(QStringLiteral("config/ConfigConsumer/Quillon.ini"))),
+             QFile::ReadOwner | QFile::WriteOwner | QFile::ReadUser | QFile::WriteUser);
+
+    // The engine crashes and is started again: the window stays and finds it by itself.
+    m_engine.kill();
+    QVERIFY(m_engine.waitForFinished(5000));
+    m_engine.setProperty("seen", QByteArray());
+    StartEngine(m_engine);
+    QTRY_VERIFY_WITH_TIMEOUT(Printed(m_program, "engine connection restored"), 10000);
+    QCOMPARE(m_program.state(), QProcess::Running);
 
     // Something stored, then the engine stops (SIGTERM): the program ends with it and nothing is lost.
     {

@@ -43,6 +43,7 @@ private Q_SLOTS:
     void cleanup();
     void formLoadLogsItsStepsAndRunsFirstRunOnce();
     void loadPlacesSubscriptionsUnderTheirCategories();
+    void savedTreeReadInPartKeepsItsNodesAndText();
     void detailsPaneShowsWhatTheEngineKnows();
     void newCategoriesAreNamedInSequence();
     void renameRefusesEmptyAndSiblingNames();
@@ -171,6 +172,26 @@ void tst_frmMainWindow::loadPlacesSubscriptionsUnderTheirCategories()
     QVERIFY(!f->window->SelectRowByID(-237237));
 }
 
+void tst_frmMainWindow::savedTreeReadInPartKeepsItsNodesAndText()
+{
+    CategoryTree saved;
+    for (const char *name : {"Alpha", "Beta (draft", "Gamma"})
+        saved.addNode(nullptr, MakeNodeKey(0), QString::fromLatin1(name));
+    const QString text = SerializeCategoryTree(saved);
+    SetConsumerSetting(*f->other, kConfig, QString(), kSavedCategoriesKey, text);
+    f->add("Feed", "Gamma");
+    f->open();
+
+    // Alpha was read before the bad name; Gamma comes back from the engine's paths.
+    QVERIFY(node("Alpha"));
+    QVERIFY(node("Gamma"));
+    QCOMPARE(f->asked.size(), 1);
+    QCOMPARE(GetConsumerSetting(*f->other, kUnreadableCategoriesKey, QString(), kConfig, QString()), text);
+    const QString resaved = GetConsumerSetting(*f->other, kSavedCategoriesKey, QString(), kConfig, QString());
+    QVERIFY(resaved != text);
+    QVERIFY(resaved.contains(QStringLiteral("Text(Alpha)")));
+}
+
 void tst_frmMainWindow::detailsPaneShowsWhatTheEngineKnows()
 {
     f->open();
@@ -202,6 +223,18 @@ void tst_frmMainWindow::detailsPaneShowsWhatTheEngineKnows()
     QCOMPARE(label("lblDetailsHeading"), QStringLiteral("Details for 'News'"));
     QCOMPARE(label("lblSubs"), QStringLiteral("2"));
     QCOMPARE(label("lblCatReadArticles"), QStringLiteral("0"));
+
+    // Titles and statuses from feeds and servers are shown as written, never drawn.
+    const QString markup = QStringLiteral("<b>Loud</b><img src=\"x\">");
+    const qint32 hostile = f->add(markup, "News");
+    f->other->SetStringValue(values.get(), "LASTUPDATESTATUS", "Error: HTTP 500 <a href=\"x\">Oops</a>");
+    f->other->UpdateItem("NEWS", hostile, values.get());
+    f->window->DoDisplayRefresh();
+    QVERIFY(f->window->SelectRowByID(hostile));
+    QCOMPARE(label("lblDetailsHeading"), QStringLiteral("Details for '%1'").arg(markup));
+    QCOMPARE(label("lblDetailsStatus"), QStringLiteral("Error: HTTP 500 <a href=\"x\">Oops</a>"));
+    for (const QLabel *shown : f->window->findChildren<QLabel *>())
+        QCOMPARE(shown->textFormat(), Qt::PlainText);
 }
 
 void tst_frmMainWindow::newCategoriesAreNamedInSequence()

@@ -1,5 +1,6 @@
 #include "CRegistry.h"
 #include "LocalSettings.h"
+#include "PromptSeam.h"
 #include "RegistrySettings.h"
 
 #include <QDir>
@@ -46,6 +47,7 @@ private slots:
     void localStoreAndVendorBranchNeverMeet();
     void registryKeysAreCreatedAndEnumerated();
     void settingsFileStaysWholeWhenTheWriterIsKilled();
+    void unsavedSettingsAreReportedOncePerRun();
 
 private:
     std::unique_ptr<QTemporaryDir> m_dir;
@@ -145,6 +147,27 @@ void tst_LocalStores::settingsFileStaysWholeWhenTheWriterIsKilled()
         for (const QString &key : keys)
             QCOMPARE(settings.value(key).toString().size(), 200);
     }
+}
+
+void tst_LocalStores::unsavedSettingsAreReportedOncePerRun()
+{
+    QFile blocker(m_dir->filePath(u"file"_s));
+    QVERIFY(blocker.open(QIODevice::WriteOnly));
+    blocker.close();
+    LocalSettings::SetBaseFolder(blocker.fileName() + u"/below"_s);
+    LocalSettings::ResetUnsavedReport();
+    QStringList alerts;
+    const auto previous = PromptSeam::SetHandler([&alerts](Prompt &prompt) {
+        alerts << prompt.mainText + u' ' + prompt.extendedText;
+        return 0;
+    });
+    QVERIFY(!LocalSettings::Save(kApp, u"S"_s, u"K"_s, u"1"_s));
+    CRegistry registry;
+    QVERIFY(registry.OpenKey(u"Software\\Marrowby Software\\Quill On\\A"_s, true));
+    QVERIFY(!registry.PutString(u"Name"_s, u"x"_s));
+    PromptSeam::SetHandler(previous);
+    QCOMPARE(alerts.size(), 1);
+    QVERIFY2(alerts.at(0).contains(u"could not be saved"_s), qPrintable(alerts.at(0)));
 }
 
 int main(int argc, char **argv)

@@ -91,7 +91,14 @@ void LocalHttpServer::answer(QTcpSocket *socket, const Request &request)
     }
     if (route->neverAnswer)
         return;
-    socket->write(routeResponse(*route, request));
+    QByteArray bytes = routeResponse(*route, request);
+    if (route->cutAfter >= 0) {
+        bytes.truncate(bytes.indexOf("\r\n\r\n") + 4 + route->cutAfter);
+        socket->write(bytes);
+        socket->disconnectFromHost();
+        return;
+    }
+    socket->write(bytes);
 }
 
 using Header = QPair<QByteArray, QByteArray>;

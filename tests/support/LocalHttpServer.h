@@ -33,6 +33,7 @@ public:
         QByteArray redirectTo; // answered with redirectStatus and this Location
         int redirectStatus = 302;
         bool neverAnswer = false;
+        int cutAfter = -1; // the connection closes after this many bytes of the body
     };
 
     explicit LocalHttpServer(QObject *parent = nullptr);

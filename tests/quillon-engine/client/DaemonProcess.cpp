@@ -1,5 +1,6 @@
 #include "DaemonProcess.h"
 
+#include "EngineSocketName.h"
 #include "LinkedSubscribeClient.h"
 #include "SocketLink.h"
 
@@ -38,7 +39,8 @@ QString DaemonProcess::executable()
 QString DaemonProcess::freshSocketName()
 {
     static std::atomic<int> counter{0};
-    return QStringLiteral("quillon-test-%1-%2").arg(QCoreApplication::applicationPid()).arg(++counter);
+    return quillon::EngineSocketPath(
+        QStringLiteral("quillon-test-%1-%2").arg(QCoreApplication::applicationPid()).arg(++counter));
 }
 
 bool DaemonProcess::start(int timeoutMs)

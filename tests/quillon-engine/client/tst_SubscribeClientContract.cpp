@@ -1,8 +1,11 @@
 #include "DaemonProcess.h"
+#include "LinkedSubscribeClient.h"
 #include "RecordingCallback.h"
+#include "SocketLink.h"
 #include "TestEngine.h"
 
 #include <QFile>
+#include <QTcpServer>
 #include <QTest>
 
 #include <algorithm>
@@ -50,6 +53,7 @@ private Q_SLOTS:
     void subscriptionLifecycle();
     void searchBagRendersAsSearch();
     void engineFailuresRaiseEngineError();
+    void crashedEngineIsFoundAgain();
     // Last: it stops the engine.
     void stoppingTellsConnectedConsumers();
 
@@ -332,6 +336,46 @@ void tst_SubscribeClientContract::engineFailuresRaiseEngineError()
     client->ReleaseHandle(list);
     // A failure leaves the client usable.
     client->Log(QStringLiteral("after a failure"), 1);
+}
+
+void tst_SubscribeClientContract::crashedEngineIsFoundAgain()
+{
+    if (!m_daemon)
+        QSKIP("an engine in this process cannot crash apart from its client");
+    const QString name = m_daemon->socketName();
+    auto client =
+        LinkedSubscribeClient::create(SocketLink::open(name), [name]() -> std::unique_ptr<EngineLink> {
+            return SocketLink::open(name, 500);
+        });
+    m_clients.append(client);
+    auto events = std::make_shared<RecordingCallback>(client.get());
+    client->Connect(QStringLiteral("CONFIGCONSUMER"), events);
+    const Handle kept = client->NewBag();
+    client->SetStringValue(kept, QStringLiteral("name"), QStringLiteral("value"));
+    QTcpServer silent;
+    QVERIFY(silent.listen(QHostAddress::LocalHost));
+    auto preview = std::make_shared<RecordingCallback>(client.get());
+    client->RequestPreview(kNews, QStringLiteral("http://127.0.0.1:%1/feed").arg(silent.serverPort()),
+                           preview);
+    QTRY_VERIFY(silent.hasPendingConnections());
+
+    m_daemon->process().kill();
+    QVERIFY(m_daemon->process().waitForFinished(5000));
+    // The answer the dead engine owed comes as an error; a crash is no "EngineTerminated".
+    QTRY_COMPARE(preview->records.size(), 1);
+    QCOMPARE(preview->records.first().error, QStringLiteral("The engine connection was lost"));
+    QVERIFY(!client->IsLinked());
+
+    auto restarted = std::make_unique<DaemonProcess>(name);
+    QVERIFY2(restarted->start(), qPrintable(restarted->errorText()));
+    m_daemon = std::move(restarted);
+    QTRY_VERIFY_WITH_TIMEOUT(client->IsLinked(), 10000);
+    auto other = newClient();
+    QVERIFY(addSubscription(*other, QStringLiteral("After"), QStringLiteral("http://127.0.0.1:9/after")) > 0);
+    QTRY_VERIFY(hasMessage(*events, QStringLiteral("SubscriptionAdded")));
+    QVERIFY(!hasMessage(*events, QStringLiteral("EngineTerminated")));
+    QCOMPARE(client->GetStringValue(kept, QStringLiteral("name")), QStringLiteral("value"));
+    client->ReleaseHandle(kept);
 }
 
 void tst_SubscribeClientContract::stoppingTellsConnectedConsumers()

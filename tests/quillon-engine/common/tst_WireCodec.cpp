@@ -66,6 +66,7 @@ private Q_SLOTS:
     void malformedPayloadsAreRejected();
     void garbageNeverCrashes();
     void requestsNeedIdOperationAndArguments();
+    void largeAndHostileFramesStayBounded();
 };
 
 void tst_WireCodec::randomNestedValuesSurviveTheWire()
@@ -172,6 +173,34 @@ void tst_WireCodec::requestsNeedIdOperationAndArguments()
         partial.remove(key);
         QVERIFY_THROWS_EXCEPTION(EngineError, (void)WireCodec::readRequest(partial));
     }
+}
+
+void tst_WireCodec::largeAndHostileFramesStayBounded()
+{
+    // Many names: each is found under any case, the last as quickly as the first.
+    auto bag = PropertyBag::create();
+    for (int i = 0; i < 40000; ++i)
+        bag->setLong(QStringLiteral("Key%1").arg(i), i);
+    const auto decoded = std::get<BagPtr>(throughTheWire(bag));
+    QCOMPARE(decoded->size(), 40000);
+    QCOMPARE(decoded->number(QStringLiteral("KEY39999")), 39999);
+    QCOMPARE(decoded->names().at(17), QStringLiteral("Key17"));
+    decoded->setLong(QStringLiteral("key17"), -1);
+    QVERIFY(decoded->remove(QStringLiteral("KEY5")));
+    QCOMPARE(decoded->number(QStringLiteral("Key17")), -1);
+    QCOMPARE(decoded->number(QStringLiteral("Key39998")), 39998);
+    QCOMPARE(decoded->size(), 39999);
+
+    // Counted before anything is built: a frame of empty lists, or one nested too deep.
+    QCborArray empties;
+    for (int i = 0; i < 1000; ++i)
+        empties.append(QCborArray());
+    const QByteArray wide = QCborValue(QCborMap{{WireCodec::kArgs, empties}}).toCbor();
+    QCOMPARE(WireCodec::parsePayload(wide, 1003).size(), 1);
+    QVERIFY_THROWS_EXCEPTION(EngineError, (void)WireCodec::parsePayload(wide, 1002));
+    QByteArray deep(1, char(0xa1)); // a map of one pair...
+    deep += QByteArray(1, char(0x61)) + 'k' + QByteArray(200, char(0x81)) + char(0x00);
+    QVERIFY_THROWS_EXCEPTION(EngineError, (void)WireCodec::parsePayload(deep));
 }
 
 QTEST_GUILESS_MAIN(tst_WireCodec)

@@ -191,6 +191,19 @@ void tst_EngineCore::updateItemKeepsEveryNameAndMakesItDue()
     c->ReleaseHandle(bad);
     QCOMPARE(itemText(*c, id, QStringLiteral("TITLE")), QStringLiteral("Title of http://c/atom"));
     QCOMPARE(itemText(*c, id, QStringLiteral("UPDATEFREQ")), QStringLiteral("7200"));
+
+    // A login inside an address leaves it for USER and PASSWORD; one given beside it wins.
+    const qint32 secret = add(*c, QStringLiteral("https://ann:s3cret@e/feed"));
+    QCOMPARE(itemText(*c, secret, QStringLiteral("URL")), QStringLiteral("https://e/feed"));
+    QCOMPARE(itemText(*c, secret, QStringLiteral("USER")), QStringLiteral("ann"));
+    QCOMPARE(itemText(*c, secret, QStringLiteral("PASSWORD")), QStringLiteral("s3cret"));
+    const Handle moved = c->NewBag();
+    c->SetStringValue(moved, QStringLiteral("URL"), QStringLiteral("http://bob:pw@e/other"));
+    c->SetStringValue(moved, QStringLiteral("USER"), QStringLiteral("carol"));
+    c->UpdateItem(kNews, secret, moved);
+    c->ReleaseHandle(moved);
+    QCOMPARE(itemText(*c, secret, QStringLiteral("URL")), QStringLiteral("http://e/other"));
+    QCOMPARE(itemText(*c, secret, QStringLiteral("USER")), QStringLiteral("carol"));
 }
 
 void tst_EngineCore::settingsFallBackToTheGivenDefault()
@@ -402,10 +415,22 @@ void tst_EngineCore::reopenedStoreKeepsEverything()
         c->Log(QStringLiteral("UI Client <> Engine comms established\r\n"), 999);
         QCOMPARE(c->LiveHandleCount(), 0);
     }
+    {
+        // An address with a login in it, as older versions stored them.
+        QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("older"));
+        db.setDatabaseName(QDir(folder).filePath(QStringLiteral("engine.sqlite")));
+        QVERIFY(db.open());
+        QVERIFY(
+            QSqlQuery(db).exec(QStringLiteral("UPDATE subscriptions SET url = 'http://ann:pw@kept/feed'")));
+        db.close();
+    }
+    QSqlDatabase::removeDatabase(QStringLiteral("older"));
     EngineCore core(folder);
     QVERIFY(core.open());
     auto c = LinkedSubscribeClient::create(std::make_unique<InProcessLink>(&core));
     QCOMPARE(itemText(*c, id, QStringLiteral("URL")), QStringLiteral("http://kept/feed"));
+    QCOMPARE(itemText(*c, id, QStringLiteral("USER")), QStringLiteral("ann"));
+    QCOMPARE(itemText(*c, id, QStringLiteral("PASSWORD")), QStringLiteral("pw"));
     QCOMPARE(items(*c, QStringLiteral("OLCONSUMER")), QList<int>{id});
     QCOMPARE(setting(*c, QStringLiteral("ENGINE"), QString(), QStringLiteral("GUID")), QStringLiteral("42"));
     const Handle sync = c->GetSyncSettings();

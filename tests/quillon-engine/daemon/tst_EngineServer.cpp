@@ -1,13 +1,39 @@
 #include "DaemonProcess.h"
+#include "EngineSocketName.h"
 #include "FrameReader.h"
 #include "LinkedSubscribeClient.h"
+#include "PrivateFiles.h"
 #include "SocketLink.h"
 
 #include <QCborArray>
 #include <QDeadlineTimer>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QLocalServer>
 #include <QLocalSocket>
+#include <QProcess>
+#include <QStandardPaths>
+#include <QTemporaryDir>
 #include <QTest>
+#include <QTimer>
 #include <QtEndian>
+
+#ifdef Q_OS_UNIX
+#include <pwd.h>
+#include <sys/resource.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <unistd.h>
+#endif
+
+#ifdef QUILLON_TEST_DBUS
+#include <QDBusConnection>
+#endif
+
+#include <cstdio>
+#include <cstring>
 
 using namespace quillon;
 
@@ -52,7 +78,90 @@ bool isClosedAfter(const QString &socketName, const QByteArray &bytes)
     return raw.state() == QLocalSocket::UnconnectedState || raw.waitForDisconnected(5000);
 }
 
+#ifdef Q_OS_UNIX
+int modeOf(const QString &path)
+{
+    struct stat info
+    {
+    };
+    return ::stat(QFile::encodeName(path).constData(), &info) == 0 ? int(info.st_mode & 0777) : -1;
+}
+
+// The daemon's resident memory in KiB, from /proc.
+qint64 residentKiB(qint64 pid)
+{
+    QFile status(QStringLiteral("/proc/%1/status").arg(pid));
+    if (!status.open(QIODevice::ReadOnly))
+        return -1;
+    for (const QByteArray &line : status.readAll().split('\n')) {
+        if (line.startsWith("VmRSS:"))
+            return line.mid(6).trimmed().split(' ').value(0).toLongLong();
+    }
+    return -1;
+}
+
+// A raw connection, cheaper than a QLocalSocket when a thousand are held.
+int rawConnect(const QString &path)
+{
+    const int fd = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    const QByteArray name = QFile::encodeName(path);
+    std::memcpy(address.sun_path, name.constData(),
+                size_t(qMin<qsizetype>(name.size(), sizeof(address.sun_path) - 1)));
+    if (fd >= 0 && ::connect(fd, reinterpret_cast<sockaddr *>(&address), sizeof(address)) == 0)
+        return fd;
+    if (fd >= 0)
+        ::close(fd);
+    return -1;
+}
+
+// What a probe run as another user said (see probeMain).
+QByteArray probeAs(uid_t uid, gid_t gid, const QString &mode, const QString &path, QProcess *keep = nullptr)
+{
+    QProcess local;
+    QProcess &probe = keep ? *keep : local;
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    env.insert(QStringLiteral("QUILLON_PROBE"), mode);
+    env.insert(QStringLiteral("QUILLON_PROBE_PATH"), path);
+    env.insert(QStringLiteral("HOME"), QStringLiteral("/nonexistent"));
+    probe.setProcessEnvironment(env);
+    probe.start(QStringLiteral("setpriv"),
+                {QStringLiteral("--reuid=%1").arg(uid), QStringLiteral("--regid=%1").arg(gid),
+                 QStringLiteral("--clear-groups"), QCoreApplication::applicationFilePath()});
+    if (!probe.waitForStarted(5000))
+        return "not started";
+    QByteArray said;
+    const QDeadlineTimer deadline(15000);
+    while (!said.contains('\n') && !deadline.hasExpired() && probe.waitForReadyRead(1000))
+        said += probe.readAllStandardOutput();
+    said += probe.readAllStandardOutput();
+    if (!keep)
+        probe.waitForFinished(5000);
+    return said.trimmed();
+}
+#endif
+
 } // namespace
+
+#ifdef QUILLON_TEST_DBUS
+// The desktop's notification service, as the engine sees it on a private session bus.
+class FakeNotifications : public QObject
+{
+    Q_OBJECT
+    Q_CLASSINFO("D-Bus Interface", "org.freedesktop.Notifications")
+public:
+    QStringList shown;
+
+public Q_SLOTS:
+    uint Notify(const QString &, uint, const QString &, const QString &summary, const QString &body,
+                const QStringList &, const QVariantMap &, int)
+    {
+        shown.append(summary + QStringLiteral(": ") + body);
+        return uint(shown.size());
+    }
+};
+#endif
 
 class tst_EngineServer : public QObject
 {
@@ -61,6 +170,11 @@ private Q_SLOTS:
     void speaksTheWireFormat();
     void unreadableFramesCloseOnlyTheirConnection();
     void refusesASecondDaemonAndReplacesADeadOne();
+    void anotherUserCannotStopImpersonateOrRead();
+    void keepsItsFilesPrivate();
+    void survivesAFloodOfConnections();
+    void boundsWhatOneClientCosts();
+    void tellsTheUserWhyItCannotStart();
 };
 
 void tst_EngineServer::speaksTheWireFormat()
@@ -152,5 +266,314 @@ void tst_EngineServer::refusesASecondDaemonAndReplacesADeadOne()
     QCOMPARE(third.stop(), 0);
 }
 
-QTEST_GUILESS_MAIN(tst_EngineServer)
+void tst_EngineServer::anotherUserCannotStopImpersonateOrRead()
+{
+#ifndef Q_OS_UNIX
+    QSKIP("local sockets are files with owners only on Unix");
+#else
+    if (::geteuid() != 0)
+        QSKIP("needs root to create and become a second user (CI runs as root)");
+    const char *probeUser = "quillonprobe";
+    if (!::getpwnam(probeUser))
+        QProcess::execute(QStringLiteral("useradd"),
+                          {QStringLiteral("--system"), QStringLiteral("--no-create-home"),
+                           QStringLiteral("--shell"), QStringLiteral("/usr/sbin/nologin"),
+                           QString::fromLatin1(probeUser)});
+    const passwd *other = ::getpwnam(probeUser);
+    if (!other || QStandardPaths::findExecutable(QStringLiteral("setpriv")).isEmpty())
+        QSKIP("no second user or no setpriv on this machine");
+    const uid_t uid = other->pw_uid;
+    const gid_t gid = other->pw_gid;
+    // The probe must be able to run this very program.
+    for (QString folder = QCoreApplication::applicationDirPath(); folder != QStringLiteral("/");
+         folder = QFileInfo(folder).path()) {
+        if ((modeOf(folder) & 0001) == 0)
+            QSKIP("the test program's folder is closed to other users");
+    }
+
+    // The usual place: the other user can neither reach, take nor read anything.
+    DaemonProcess engine;
+    QVERIFY2(engine.start(), qPrintable(engine.errorText()));
+    QCOMPARE(probeAs(uid, gid, QStringLiteral("connect"), engine.socketName()), QByteArray("unreachable"));
+    QCOMPARE(probeAs(uid, gid, QStringLiteral("listen"), engine.socketName()), QByteArray("cannot listen"));
+    QCOMPARE(probeAs(uid, gid, QStringLiteral("read"), engine.dataDir() + QStringLiteral("/engine.sqlite")),
+             QByteArray("denied"));
+
+    // A name in a shared folder: both ends check who is on the other side.
+    QTemporaryDir shared;
+    QVERIFY(::chmod(QFile::encodeName(shared.path()).constData(), 01777) == 0);
+    DaemonProcess sharedEngine(shared.filePath(QStringLiteral("engine.sock")));
+    QVERIFY2(sharedEngine.start(), qPrintable(sharedEngine.errorText()));
+    QCOMPARE(probeAs(uid, gid, QStringLiteral("connect"), sharedEngine.socketName()),
+             QByteArray("unreachable"));
+    // Even with the socket file opened to all, the engine serves no stranger.
+    QVERIFY(::chmod(QFile::encodeName(sharedEngine.socketName()).constData(), 0777) == 0);
+    QCOMPARE(probeAs(uid, gid, QStringLiteral("connect"), sharedEngine.socketName()), QByteArray("refused"));
+
+    QProcess squatter;
+    const QString squatted = shared.filePath(QStringLiteral("squat.sock"));
+    QCOMPARE(probeAs(uid, gid, QStringLiteral("listen"), squatted, &squatter), QByteArray("listening"));
+    try {
+        (void)SocketLink::open(squatted);
+        QFAIL("connected to another user's program");
+    } catch (const EngineError &e) {
+        QVERIFY2(e.message().contains(QStringLiteral("another user")), qPrintable(e.message()));
+    }
+    DaemonProcess misled(squatted);
+    misled.process().setProcessChannelMode(QProcess::MergedChannels);
+    QVERIFY(!misled.start());
+    QVERIFY2(misled.errorText().contains(QStringLiteral("another user")), qPrintable(misled.errorText()));
+    squatter.kill();
+    squatter.waitForFinished(5000);
+
+    // The other user's engine keeps serving its own user.
+    engine.newClient()->Log(QStringLiteral("still ours"), 1);
+    QCOMPARE(engine.stop(), 0);
+#endif
+}
+
+void tst_EngineServer::keepsItsFilesPrivate()
+{
+#ifndef Q_OS_UNIX
+    QSKIP("file modes are a Unix matter");
+#else
+    DaemonProcess engine;
+    // What an earlier version left open is tightened at start.
+    const QString data = engine.dataDir();
+    QVERIFY(::chmod(QFile::encodeName(data).constData(), 0755) == 0);
+    QFile oldLog(data + QStringLiteral("/engine.log"));
+    QVERIFY(oldLog.open(QIODevice::WriteOnly));
+    oldLog.close();
+    QVERIFY(oldLog.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ReadOther));
+    QVERIFY2(engine.start(), qPrintable(engine.errorText()));
+    auto client = engine.newClient();
+    const Handle bag = client->NewBag();
+    client->SetStringValue(bag, QStringLiteral("password"), QStringLiteral("secret"));
+    client->SetSettings(QStringLiteral("ENGINE"), QStringLiteral("OnlineSync"), bag);
+    client->ReleaseHandle(bag);
+    client->Log(QStringLiteral("written"), 1);
+
+    QCOMPARE(modeOf(data), 0700);
+    for (const QString &file : {QStringLiteral("engine.sqlite"), QStringLiteral("engine.sqlite-wal"),
+                                QStringLiteral("engine.log")}) {
+        QVERIFY2(modeOf(data + u'/' + file) == 0600 || modeOf(data + u'/' + file) == -1, qPrintable(file));
+    }
+    QCOMPARE(modeOf(data + QStringLiteral("/engine.sqlite")), 0600);
+    QVERIFY(PrivateFiles::isPrivateFolder(QFileInfo(engine.socketName()).path()));
+    QCOMPARE(engine.stop(), 0);
+#endif
+}
+
+void tst_EngineServer::survivesAFloodOfConnections()
+{
+#ifndef Q_OS_UNIX
+    QSKIP("raw local connections are a Unix matter here");
+#else
+    rlimit limit{};
+    ::getrlimit(RLIMIT_NOFILE, &limit);
+    if (limit.rlim_max < 1300)
+        QSKIP("the open-file limit does not allow 1,100 connections in the test");
+    limit.rlim_cur = limit.rlim_max;
+    ::setrlimit(RLIMIT_NOFILE, &limit);
+
+    DaemonProcess engine;
+    engine.process().setProcessChannelMode(QProcess::SeparateChannels);
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    env.insert(QStringLiteral("QUILLON_ENGINE_MAX_CONNECTIONS"), QStringLiteral("1000"));
+    engine.process().setProcessEnvironment(env);
+    QVERIFY2(engine.start(), qPrintable(engine.errorText()));
+
+    QList<int> held;
+    for (int i = 0; i < 1100; ++i) {
+        const int fd = rawConnect(engine.socketName());
+        if (fd >= 0)
+            held.append(fd);
+    }
+    QVERIFY(held.size() > 1000);
+    QByteArray said;
+    QTRY_VERIFY_WITH_TIMEOUT(
+        (said += engine.process().readAllStandardError()).contains("connection limit of 1000"), 15000);
+    QCOMPARE(said.count("connection limit"), 1);
+    for (const int fd : held)
+        ::close(fd);
+
+    // Served again as soon as the flood is gone, without a restart.
+    QTRY_VERIFY_WITH_TIMEOUT(
+        [&engine]() {
+            try {
+                engine.newClient()->Log(QStringLiteral("served after the flood"), 1);
+                return true;
+            } catch (const EngineError &) {
+                return false;
+            }
+        }(),
+        15000);
+    QCOMPARE(engine.stop(), 0);
+#endif
+}
+
+void tst_EngineServer::boundsWhatOneClientCosts()
+{
+#ifndef Q_OS_LINUX
+    QSKIP("reads the daemon's memory from /proc");
+#else
+    // Stated bound: a client that never reads, or one frame of 4 million empty lists, leaves
+    // the daemon under 150 MiB resident.
+    constexpr qint64 kBoundKiB = 150 * 1024;
+    DaemonProcess engine;
+    QVERIFY2(engine.start(), qPrintable(engine.errorText()));
+    const qint64 pid = engine.process().processId();
+
+    // A subscription with a title of 1 MiB: every read of it is a large reply.
+    auto client = engine.newClient();
+    const Handle add = client->CreateItemRequest(QStringLiteral("NEWS"), QString(1024 * 1024, u'x'),
+                                                 QStringLiteral("http://127.0.0.1:9/big"));
+    client->SubmitRequest(add, nullptr);
+    client->ReleaseHandle(add);
+    qint32 id = 0;
+    QTRY_VERIFY([&]() {
+        const Handle all = client->ListConsumerItems(QStringLiteral("*"), QStringLiteral("NEWS"));
+        id = client->ListCount(all) > 0 ? client->ListLong(all, 0) : 0;
+        client->ReleaseHandle(all);
+        return id > 0;
+    }());
+
+    QLocalSocket flooder;
+    flooder.connectToServer(engine.socketName());
+    QVERIFY(flooder.waitForConnected(2000));
+    const QByteArray request = requestFrame(1, QStringLiteral("GetItemBag"), {QStringLiteral("NEWS"), id, 0});
+    qint64 peak = 0;
+    for (int i = 0; i < 500 && flooder.state() == QLocalSocket::ConnectedState; ++i) {
+        flooder.write(request);
+        flooder.waitForBytesWritten(100);
+        if (i % 10 == 0)
+            peak = qMax(peak, residentKiB(pid));
+    }
+    QTRY_COMPARE(flooder.state(), QLocalSocket::UnconnectedState);
+    QVERIFY2(peak < kBoundKiB, qPrintable(QString::number(peak)));
+    qInfo("daemon peak while flooded: %lld KiB", peak);
+
+    // {"args": [4,000,000 empty arrays]}, written by hand as a client could.
+    QByteArray count(4, Qt::Uninitialized);
+    qToBigEndian(quint32(4'000'000), count.data());
+    const QByteArray empties = QByteArray(1, char(0x9a)) + count + QByteArray(4'000'000, char(0x80));
+    const QByteArray frame = framed(QByteArray(1, char(0xa1)) + QByteArray(1, char(0x64)) + "args" + empties);
+    QVERIFY(isClosedAfter(engine.socketName(), frame));
+    const qint64 afterEmpties = residentKiB(pid);
+    QVERIFY2(afterEmpties < kBoundKiB, qPrintable(QString::number(afterEmpties)));
+    qInfo("daemon after the frame of empty lists: %lld KiB", afterEmpties);
+
+    engine.newClient()->Log(QStringLiteral("still serving"), 1);
+    QCOMPARE(engine.stop(), 0);
+#endif
+}
+
+void tst_EngineServer::tellsTheUserWhyItCannotStart()
+{
+#ifndef QUILLON_TEST_DBUS
+    QSKIP("built without Qt's D-Bus module");
+#else
+    if (QStandardPaths::findExecutable(QStringLiteral("dbus-daemon")).isEmpty())
+        QSKIP("no dbus-daemon for a private session bus");
+    QProcess bus;
+    bus.start(QStringLiteral("dbus-daemon"),
+              {QStringLiteral("--session"), QStringLiteral("--nofork"), QStringLiteral("--print-address")});
+    QVERIFY(bus.waitForStarted(5000));
+    QTRY_VERIFY(bus.canReadLine());
+    const QString address = QString::fromUtf8(bus.readLine().trimmed());
+    auto connection = QDBusConnection::connectToBus(address, QStringLiteral("notifications"));
+    FakeNotifications notifications;
+    QVERIFY(connection.registerService(QStringLiteral("org.freedesktop.Notifications")));
+    QVERIFY(connection.registerObject(QStringLiteral("/org/freedesktop/Notifications"), &notifications,
+                                      QDBusConnection::ExportAllSlots));
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    env.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), address);
+
+    // A damaged database is kept aside untouched, and said so.
+    DaemonProcess damaged;
+    const QByteArray garbage = QByteArray("not a database at all\n").repeated(200);
+    QFile database(damaged.dataDir() + QStringLiteral("/engine.sqlite"));
+    QVERIFY(database.open(QIODevice::WriteOnly) && database.write(garbage) == garbage.size());
+    database.close();
+    damaged.process().setProcessEnvironment(env);
+    damaged.process().setProcessChannelMode(QProcess::SeparateChannels);
+    QVERIFY(!damaged.start());
+    QCOMPARE(damaged.process().exitCode(), 2);
+    QTRY_COMPARE(notifications.shown.size(), 1);
+    QVERIFY2(notifications.shown.at(0).contains(QStringLiteral("is damaged")),
+             qPrintable(notifications.shown.at(0)));
+    const QStringList aside = QDir(damaged.dataDir()).entryList({QStringLiteral("engine.sqlite.damaged-*")});
+    QCOMPARE(aside.size(), 1);
+    QFile kept(damaged.dataDir() + u'/' + aside.at(0));
+    QVERIFY(kept.open(QIODevice::ReadOnly));
+    QCOMPARE(kept.readAll(), garbage);
+
+    // A data folder that cannot be made.
+    QTemporaryDir dir;
+    QFile blocker(dir.filePath(QStringLiteral("file")));
+    QVERIFY(blocker.open(QIODevice::WriteOnly));
+    blocker.close();
+    QProcess engine;
+    engine.setProcessEnvironment(env);
+    engine.start(DaemonProcess::executable(),
+                 {QStringLiteral("--data-dir"), blocker.fileName() + QStringLiteral("/data"),
+                  QStringLiteral("--socket"), DaemonProcess::freshSocketName()});
+    QVERIFY(engine.waitForFinished(15000));
+    QCOMPARE(engine.exitCode(), 2);
+    QTRY_COMPARE(notifications.shown.size(), 2);
+    QVERIFY2(notifications.shown.at(1).contains(QStringLiteral("cannot open its database")),
+             qPrintable(notifications.shown.at(1)));
+    bus.kill();
+    bus.waitForFinished(5000);
+#endif
+}
+
+#ifdef Q_OS_UNIX
+// Run as another user by anotherUserCannotStopImpersonateOrRead: says one line and ends.
+static int probeMain(const QString &mode, const QString &path)
+{
+    auto say = [](const char *text) {
+        std::printf("%s\n", text);
+        std::fflush(stdout);
+    };
+    if (mode == QLatin1String("read")) {
+        QFile file(path);
+        say(file.open(QIODevice::ReadOnly) ? "read" : "denied");
+        return 0;
+    }
+    if (mode == QLatin1String("listen")) {
+        QLocalServer server;
+        if (!server.listen(path)) {
+            say("cannot listen");
+            return 0;
+        }
+        say("listening");
+        QTimer::singleShot(60000, qApp, &QCoreApplication::quit);
+        return QCoreApplication::exec();
+    }
+    QLocalSocket socket;
+    socket.connectToServer(path);
+    if (!socket.waitForConnected(2000)) {
+        say("unreachable");
+        return 0;
+    }
+    socket.write(requestFrame(1, QStringLiteral("Log"), {QStringLiteral("stranger"), 1}));
+    socket.flush();
+    FrameReader reader;
+    say(readFrame(socket, reader).isEmpty() ? "refused" : "answered");
+    return 0;
+}
+#endif
+
+int main(int argc, char *argv[])
+{
+    QCoreApplication app(argc, argv);
+#ifdef Q_OS_UNIX
+    if (qEnvironmentVariableIsSet("QUILLON_PROBE"))
+        return probeMain(qEnvironmentVariable("QUILLON_PROBE"), qEnvironmentVariable("QUILLON_PROBE_PATH"));
+#endif
+    tst_EngineServer test;
+    QTEST_SET_MAIN_SOURCE_PATH
+    return QTest::qExec(&test, argc, argv);
+}
 #include "tst_EngineServer.moc"

@@ -34,7 +34,7 @@ class tst_HttpFeedFetcher : public QObject
 private Q_SLOTS:
     void initTestCase() { QVERIFY(m_server.listen()); }
     void redirectsAreBoundedAndKeepTheLoginAtHome();
-    void sizeIsCapped();
+    void sizeIsCappedAndCutAnswersAreNamed();
     void waitsForAFreeConnection();
     void filesAreAnsweredLaterToo();
 
@@ -66,9 +66,20 @@ void tst_HttpFeedFetcher::redirectsAreBoundedAndKeepTheLoginAtHome()
     QCOMPARE(r.finalUrl.host(), QStringLiteral("localhost"));
     QVERIFY(!m_server.lastHeader("/away", "authorization").isEmpty());
     QVERIFY(m_server.lastHeader("/open", "authorization").isEmpty());
+
+    // The same host on another port is another server.
+    LocalHttpServer otherPort;
+    QVERIFY(otherPort.listen());
+    otherPort.serve("/open", kFeed);
+    away.redirectTo = otherPort.url("/open").toString().toUtf8();
+    m_server.setRoute("/port", away);
+    r = fetchAndWait(fetcher, m_server.url("/port"), "ann");
+    QCOMPARE(r.outcome, Outcome::Ok);
+    QCOMPARE(otherPort.requestCount("/open"), 1);
+    QVERIFY(otherPort.lastHeader("/open", "authorization").isEmpty());
 }
 
-void tst_HttpFeedFetcher::sizeIsCapped()
+void tst_HttpFeedFetcher::sizeIsCappedAndCutAnswersAreNamed()
 {
     LocalHttpServer::Route big;
     big.body = QByteArray(5000, 'x');
@@ -82,10 +93,30 @@ void tst_HttpFeedFetcher::sizeIsCapped()
     for (const char *path : {"/big", "/packed"}) {
         const FetchResult r = fetchAndWait(fetcher, m_server.url(path));
         QCOMPARE(r.outcome, Outcome::TooLarge);
-        QCOMPARE(r.describe(), QStringLiteral("Error: the document is larger than 4096 bytes"));
+        QCOMPARE(r.describe(), path == QByteArray("/big")
+                                   ? QStringLiteral("Error: the document is larger than 4096 bytes")
+                                   : QStringLiteral("Error: the document unpacks to more than 4096 bytes"));
         QVERIFY(r.body.isEmpty());
     }
     QCOMPARE(fetcher.running(), 0);
+
+    // Told apart from a broken feed: a small download that unpacks to gigabytes, and an
+    // answer cut off mid-way; neither hands on a body.
+    LocalHttpServer::Route bomb;
+    bomb.body = QByteArray(64 * 1024 * 1024, '\0');
+    bomb.gzip = true;
+    m_server.setRoute("/bomb", bomb);
+    LocalHttpServer::Route cut;
+    cut.body = kFeed.repeated(40);
+    cut.cutAfter = 100;
+    m_server.setRoute("/cut", cut);
+    HttpFeedFetcher standard;
+    FetchResult r = fetchAndWait(standard, m_server.url("/bomb"));
+    QCOMPARE(r.describe(), QStringLiteral("Error: the document unpacks to more than 10 MiB"));
+    QVERIFY(r.body.isEmpty());
+    r = fetchAndWait(standard, m_server.url("/cut"));
+    QCOMPARE(r.describe(), QStringLiteral("Error: the connection was cut before the document ended"));
+    QVERIFY(r.body.isEmpty());
 }
 
 void tst_HttpFeedFetcher::waitsForAFreeConnection()

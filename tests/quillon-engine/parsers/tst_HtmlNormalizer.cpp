@@ -29,6 +29,21 @@ void tst_HtmlNormalizer::normalizesMarkup_data()
     QTest::newRow("script in styles, base and meta")
         << R"x(<base href="http://evil/"><meta http-equiv="refresh"><p style="width:expression(alert(1))">x</p>)x"
         << "<p>x</p>";
+    QTest::newRow("frames, objects, embeds and forms")
+        << R"(a<iframe src="http://x/">fallback</iframe><object data="x.swf"><param name=m></object>)"
+           R"(<embed src="x.swf"><form action="http://x/"><input name=q><button>Go</button></form>b)"
+        << "aGob";
+    QTest::newRow("data and other schemes, any case")
+        << R"(<a href="DATA:text/html,<script>x</script>">d</a><img src=" data:image/png;base64,AA">)"
+           R"(<a href="vbscript:x">v</a><a href="file:///etc/passwd">f</a><a href="mailto:a@b">m</a>)"
+        << R"(<a>d</a><img /><a>v</a><a>f</a><a href="mailto:a@b">m</a>)";
+    QTest::newRow("styles that could run or fetch")
+        << R"x(<p style="background:url(javascript:x)">1</p><p style="x:ex\70ression(y)">2</p>)x"
+           R"x(<p style="b:url(data:x)">3</p><p style="color:red">4</p><style>p{}</style>)x"
+        << R"(<p>1</p><p>2</p><p>3</p><p style="color:red">4</p>)";
+    QTest::newRow("svg, xlink and unknown attributes")
+        << R"(<svg><a xlink:href="javascript:x">s</a></svg><a xlink:href="javascript:y" data-x=1 formaction=z>t</a>)"
+        << "<a>t</a>";
     QTest::newRow("names lowered, attributes sorted and quoted")
         << "<A TITLE='it''s' HREF=page.html>x</A>"
         << R"(<a href="http://example.org/dir/page.html" title="it">x</a>)";
