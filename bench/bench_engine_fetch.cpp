@@ -4,8 +4,7 @@
 // Usage: bench_engine_fetch [feeds=100] [path of gen_feeds.py]
 
 #include "EngineCore.h"
-#include "OpmlCatalog.h"
-#include "OpmlParser.h"
+#include "FeedServer.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -24,42 +23,12 @@
 using namespace quillon;
 
 namespace {
-const QString kDefaultScript = QStringLiteral("/work/shared/bench/gen_feeds.py");
-
 struct Round
 {
     qint64 wallMs = 0;
     qint64 cpuMs = 0;
     QHash<QString, int> statuses; // first word of each status
 };
-
-// Starts the server and waits for the port it writes.
-int startServer(QProcess &server, const QString &script, int feeds, const QString &dir)
-{
-    const QString portFile = dir + QStringLiteral("/port");
-    server.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    server.start(QStringLiteral("python3"),
-                 {script, QStringLiteral("serve"), QStringLiteral("--n"), QString::number(feeds),
-                  QStringLiteral("--dir"), dir, QStringLiteral("--port-file"), portFile,
-                  QStringLiteral("--max-seconds"), QStringLiteral("1800")});
-    QElapsedTimer waited;
-    waited.start();
-    while (!QFile::exists(portFile) && waited.elapsed() < 120000 && server.state() != QProcess::NotRunning)
-        QThread::msleep(50);
-    QFile file(portFile);
-    return file.open(QIODevice::ReadOnly) ? file.readAll().trimmed().toInt() : 0;
-}
-
-QStringList feedAddresses(const QString &opmlPath)
-{
-    QFile file(opmlPath);
-    if (!file.open(QIODevice::ReadOnly))
-        return {};
-    QStringList urls;
-    for (const OpmlCatalog::Feed &feed : OpmlCatalog::fromDocument(OpmlParser::parse(file.readAll())).feeds)
-        urls.append(feed.url);
-    return urls;
-}
 
 void addSubscriptions(EngineCore &core, EngineCore::SessionId session, const QStringList &urls)
 {
@@ -112,14 +81,14 @@ int main(int argc, char *argv[])
         QStringLiteral("corvell.quillon.*.debug=false\ncorvell.quillon.*.info=false"));
     const QStringList args = app.arguments();
     const int feeds = args.size() > 1 ? args.at(1).toInt() : 100;
-    const QString script = args.size() > 2 ? args.at(2) : kDefaultScript;
+    const QString script = args.size() > 2 ? args.at(2) : kDefaultFeedScript;
     QTextStream out(stdout);
 
     QTemporaryDir tmp;
     const QString feedDir = tmp.filePath(QStringLiteral("feeds"));
     QDir().mkpath(feedDir);
     QProcess server;
-    if (startServer(server, script, feeds, feedDir) <= 0) {
+    if (startFeedServer(server, script, feeds, feedDir) <= 0) {
         out << "the feed server did not start (" << script << ")\n";
         return 1;
     }

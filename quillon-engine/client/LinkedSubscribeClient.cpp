@@ -1,7 +1,10 @@
 #include "LinkedSubscribeClient.h"
 
+#include <QCoreApplication>
 #include <QLoggingCategory>
 #include <QMetaObject>
+#include <QSet>
+#include <QTimer>
 
 Q_LOGGING_CATEGORY(lcClient, "corvell.quillon.client")
 
@@ -31,6 +34,26 @@ QList<PropertyValue> args(std::initializer_list<PropertyValue> values)
 
 // How often a client whose engine went away looks for it again.
 constexpr int kRetryMs = 1000;
+
+// Bags read ahead per round trip: a 10,000-subscription list in 20 trips, each frame well
+// under a megabyte.
+constexpr qsizetype kReadAheadBatch = 500;
+
+bool isNews(const QString &itemClass)
+{
+    return itemClass.compare(QLatin1String("NEWS"), Qt::CaseInsensitive) == 0;
+}
+
+// Operations after which a bag read ahead is still what the engine holds.
+bool leavesBagsAlone(const QString &operation)
+{
+    static const QSet<QString> reads = {
+        QStringLiteral("GetItemBag"),    QStringLiteral("GetItemBags"),       QStringLiteral("ListConsumerItems"),
+        QStringLiteral("GetSettings"),   QStringLiteral("CreateItemRequest"), QStringLiteral("BagToText"),
+        QStringLiteral("GetSyncSettings"), QStringLiteral("ListReaderSubscriptions"), QStringLiteral("Log"),
+        QStringLiteral("RequestPreview")};
+    return reads.contains(operation);
+}
 } // namespace
 
 std::shared_ptr<LinkedSubscribeClient> LinkedSubscribeClient::create(std::unique_ptr<EngineLink> link,
@@ -76,6 +99,8 @@ void LinkedSubscribeClient::attachSink()
 
 PropertyValue LinkedSubscribeClient::call(const QString &operation, const QList<PropertyValue> &arguments)
 {
+    if (!leavesBagsAlone(operation))
+        dropReadAhead();
     if ((!m_link || !m_link->isConnected()) && !reconnect())
         throw EngineError(QStringLiteral("The engine is not connected"));
     return m_link->call(operation, arguments);
@@ -156,6 +181,8 @@ void LinkedSubscribeClient::deliver(qint32 callbackId, const BagPtr &message)
         qCDebug(lcClient) << "message for unknown callback" << callbackId << "dropped";
         return;
     }
+    // Whatever the message tells of may have changed a bag read ahead.
+    dropReadAhead();
     if (callbackId != m_connectionCallbackId)
         m_callbacks.remove(callbackId);
     else if (message->text(QStringLiteral("MESSAGE")) == QLatin1String("EngineTerminated"))
@@ -210,12 +237,86 @@ Handle LinkedSubscribeClient::CreateItemRequest(const QString &itemClass, const 
 
 Handle LinkedSubscribeClient::ListConsumerItems(const QString &consumerId, const QString &itemClass)
 {
-    return handleFor(call(QStringLiteral("ListConsumerItems"), args({consumerId, itemClass})));
+    const PropertyValue listed = call(QStringLiteral("ListConsumerItems"), args({consumerId, itemClass}));
+    if (consumerId == QLatin1String("*") && isNews(itemClass))
+        startReadingAhead(listed);
+    return handleFor(listed);
 }
 
 Handle LinkedSubscribeClient::GetItemBag(const QString &itemClass, qint32 subscriptionId, qint32 reserved)
 {
+    if (reserved == 0 && isNews(itemClass)) {
+        if (BagPtr bag = takeReadAhead(subscriptionId))
+            return m_handles.addBag(bag);
+    }
     return handleFor(call(QStringLiteral("GetItemBag"), args({itemClass, subscriptionId, reserved})));
+}
+
+Handle LinkedSubscribeClient::GetItemBags(const QString &itemClass, Handle ids)
+{
+    return handleFor(call(QStringLiteral("GetItemBags"), args({itemClass, m_handles.list(ids)})));
+}
+
+void LinkedSubscribeClient::startReadingAhead(const PropertyValue &listed)
+{
+    dropReadAhead();
+    const auto *list = std::get_if<ListPtr>(&listed);
+    // Values in the engine change without a word to us (fetches), so what is read ahead only
+    // serves the reads that follow the listing before control returns to the event loop.
+    if (!list || !*list || !QCoreApplication::instance())
+        return;
+    m_readAhead.listed.reserve((*list)->size());
+    for (const PropertyValue &id : (*list)->items()) {
+        m_readAhead.position.insert(valueLong(id), m_readAhead.listed.size());
+        m_readAhead.listed.append(valueLong(id));
+    }
+    std::weak_ptr<LinkedSubscribeClient> weak = weak_from_this();
+    QTimer::singleShot(0, QCoreApplication::instance(), [weak, generation = m_readAheadGeneration]() {
+        if (auto self = weak.lock(); self && self->m_readAheadGeneration == generation)
+            self->dropReadAhead();
+    });
+}
+
+BagPtr LinkedSubscribeClient::takeReadAhead(qint32 subscriptionId)
+{
+    if (BagPtr bag = m_readAhead.bags.take(subscriptionId))
+        return bag;
+    const auto at = m_readAhead.position.constFind(subscriptionId);
+    if (at == m_readAhead.position.cend())
+        return {};
+    // The next batch of the listing, from this subscription on.
+    auto ids = PropertyList::create();
+    const QList<qint32> batch = m_readAhead.listed.mid(*at, kReadAheadBatch);
+    for (const qint32 id : batch)
+        ids->append(id);
+    PropertyValue answer;
+    try {
+        if (m_link && m_link->isConnected())
+            answer = m_link->call(QStringLiteral("GetItemBags"), args({QStringLiteral("NEWS"), ids}));
+    } catch (const EngineError &e) {
+        qCDebug(lcClient) << "reading ahead failed, reading one by one:" << e.message();
+    }
+    const auto *bags = std::get_if<ListPtr>(&answer);
+    if (!bags || !*bags || (*bags)->size() != batch.size()) {
+        dropReadAhead();
+        return {};
+    }
+    for (qsizetype i = 0; i < batch.size(); ++i) {
+        m_readAhead.position.remove(batch.at(i));
+        const auto *bag = std::get_if<BagPtr>(&(*bags)->at(i));
+        // An empty bag: removed meanwhile; the single read says so.
+        if (bag && *bag && (*bag)->find(QStringLiteral("SUBSCRIPTIONID")))
+            m_readAhead.bags.insert(batch.at(i), *bag);
+    }
+    return m_readAhead.bags.take(subscriptionId);
+}
+
+void LinkedSubscribeClient::dropReadAhead()
+{
+    ++m_readAheadGeneration;
+    if (m_readAhead.listed.isEmpty() && m_readAhead.bags.isEmpty())
+        return;
+    m_readAhead = {};
 }
 
 Handle LinkedSubscribeClient::NewBag()

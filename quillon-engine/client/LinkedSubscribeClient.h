@@ -36,6 +36,7 @@ public:
     Handle CreateItemRequest(const QString &itemClass, const QString &title, const QString &url) override;
     Handle ListConsumerItems(const QString &consumerId, const QString &itemClass) override;
     Handle GetItemBag(const QString &itemClass, qint32 subscriptionId, qint32 reserved) override;
+    Handle GetItemBags(const QString &itemClass, Handle ids) override;
     Handle NewBag() override;
     void SetHandleValue(Handle bag, const QString &name, Handle value) override;
     void SetStringValue(Handle bag, const QString &name, const QString &value) override;
@@ -78,6 +79,9 @@ private:
     const PropertyValue &listEntry(Handle list, qint32 index) const;
     qint32 registerCallback(CallbackPtr callback);
     void deliver(qint32 callbackId, const BagPtr &message);
+    void startReadingAhead(const PropertyValue &listed);
+    [[nodiscard]] BagPtr takeReadAhead(qint32 subscriptionId);
+    void dropReadAhead();
 
     std::unique_ptr<EngineLink> m_link;
     HandleTable m_handles;
@@ -88,6 +92,16 @@ private:
     QString m_consumerId;
     bool m_terminated = false;
     QTimer m_retry;
+
+    // Bags read ahead of GetItemBag after a listing of every subscription; each serves once.
+    struct ReadAhead
+    {
+        QList<qint32> listed;
+        QHash<qint32, qsizetype> position;
+        QHash<qint32, BagPtr> bags;
+    };
+    ReadAhead m_readAhead;
+    quint64 m_readAheadGeneration = 0;
 };
 
 } // namespace quillon

@@ -34,7 +34,14 @@ public:
                                                    const QString &url) = 0;
     // consumerId "*" lists every subscription of the class, bound or not.
     [[nodiscard]] virtual Handle ListConsumerItems(const QString &consumerId, const QString &itemClass) = 0;
+    // The client reads ahead: after ListConsumerItems("*", "NEWS") the bags of the listed
+    // subscriptions come in batches (GetItemBags) as the caller reads them in list order, until
+    // control returns to the event loop, the client changes anything in the engine or an engine
+    // message arrives. A bag read after any of these is read afresh.
     [[nodiscard]] virtual Handle GetItemBag(const QString &itemClass, qint32 subscriptionId, qint32 reserved) = 0;
+    // Several subscriptions' bags in one round trip: a list with one bag per entry of ids (a
+    // list of IDs), in the same order; an ID that names no subscription gives an empty bag.
+    [[nodiscard]] virtual Handle GetItemBags(const QString &itemClass, Handle ids) = 0;
     [[nodiscard]] virtual Handle NewBag() = 0;
     virtual void SetHandleValue(Handle bag, const QString &name, Handle value) = 0;
     virtual void SetStringValue(Handle bag, const QString &name, const QString &value) = 0;

@@ -70,6 +70,7 @@ const QHash<QString, EngineCorePrivate::Operation> &EngineCorePrivate::operation
         {QStringLiteral("CreateItemRequest"), {3, &P::createItemRequest, false}},
         {QStringLiteral("ListConsumerItems"), {2, &P::listConsumerItems, false}},
         {QStringLiteral("GetItemBag"), {3, &P::getItemBag, false}},
+        {QStringLiteral("GetItemBags"), {2, &P::getItemBags, false}},
         {QStringLiteral("ListReaderSubscriptions"), {1, &P::listReaderSubscriptions, false}},
         {QStringLiteral("UpdateItem"), {3, &P::updateItem}},
         {QStringLiteral("RequestPreview"), {3, &P::requestPreview, false}},
@@ -133,8 +134,8 @@ void EngineCorePrivate::createFetching()
     m_delivery = std::make_unique<DeliveryRequests>(*m_deliveryStore, m_outbox, messenger());
     m_delivery->registerWith(*m_requests);
     m_updater = std::make_unique<FeedUpdater>(
-        FeedUpdater::Stores{*m_db, *m_subscriptions, *m_articles, *m_settings, *m_defaults}, fetcher,
-        resolver, messenger(), now, [this](qint32 id, const QString &status) { updateFinished(id, status); });
+        m_db->filePath(), *m_subscriptions, *m_defaults, fetcher, resolver, messenger(), now,
+        [this](qint32 id, const QString &status) { updateFinished(id, status); });
     m_scheduler = std::make_unique<FeedScheduler>(*m_db, *m_subscriptions, *m_defaults, now,
                                                   [this](qint32 id) { m_updater->update(id); });
     if (m_updating)
@@ -321,6 +322,19 @@ PropertyValue EngineCorePrivate::getItemBag(const Call &call)
     const qint32 id = call.args.number(1);
     (void)call.args.number(2); // reserved, always 0
     return m_subscriptions->itemBag(id);
+}
+
+PropertyValue EngineCorePrivate::getItemBags(const Call &call)
+{
+    requireNewsClass(call.args.text(0));
+    const ListPtr ids = call.args.list(1);
+    auto bags = PropertyList::create();
+    for (const PropertyValue &id : ids->items()) {
+        // One bag per ID in the order asked; an ID that names nothing gives an empty bag.
+        const std::optional<BagPtr> bag = m_subscriptions->findItemBag(valueLong(id));
+        bags->append(bag ? *bag : PropertyBag::create());
+    }
+    return bags;
 }
 
 PropertyValue EngineCorePrivate::listReaderSubscriptions(const Call &call)

@@ -77,6 +77,7 @@ private:
     PropertyValue createItemRequest(const Call &call);
     PropertyValue listConsumerItems(const Call &call);
     PropertyValue getItemBag(const Call &call);
+    PropertyValue getItemBags(const Call &call);
     PropertyValue listReaderSubscriptions(const Call &call);
     PropertyValue updateItem(const Call &call);
     PropertyValue requestPreview(const Call &call);

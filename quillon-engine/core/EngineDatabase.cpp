@@ -163,9 +163,13 @@ void EngineDatabase::begin()
     if (m_transactionDepth++ > 0)
         return;
     m_rollbackOnly = false;
-    if (!m_db.transaction()) {
+    // The fetch store writes over a second connection: taking the write lock at the start lets
+    // SQLite's busy wait apply, where a read that turns into a write could fail at once.
+    try {
+        execute(QStringLiteral("BEGIN IMMEDIATE"), {}, "starting a transaction");
+    } catch (...) {
         m_transactionDepth = 0;
-        fail(QStringLiteral("starting a transaction"), m_db.lastError().text());
+        throw;
     }
 }
 
@@ -176,13 +180,14 @@ void EngineDatabase::commit()
     if (--m_transactionDepth > 0)
         return;
     if (m_rollbackOnly) {
-        m_db.rollback();
+        undo();
         fail(QStringLiteral("committing"), QStringLiteral("an inner step failed; everything was undone"));
     }
-    if (!m_db.commit()) {
-        const QString reason = m_db.lastError().text();
-        m_db.rollback();
-        fail(QStringLiteral("committing"), reason);
+    try {
+        execute(QStringLiteral("COMMIT"), {}, "committing");
+    } catch (...) {
+        undo();
+        throw;
     }
 }
 
@@ -194,8 +199,16 @@ void EngineDatabase::rollback()
         m_rollbackOnly = true;
         return;
     }
-    if (!m_db.rollback())
-        qCWarning(lcCore) << "rollback failed:" << m_db.lastError().text();
+    undo();
+}
+
+void EngineDatabase::undo()
+{
+    try {
+        execute(QStringLiteral("ROLLBACK"), {}, "rolling back");
+    } catch (const EngineError &) {
+        // Already logged; SQLite may have rolled back by itself.
+    }
 }
 
 } // namespace quillon

@@ -50,6 +50,7 @@ private:
     QSqlQuery &run(const QString &sql, const QVariantList &binds, const char *doing);
     [[noreturn]] void fail(const QString &doing, const QString &reason) const;
     void switchOnPragmas();
+    void undo();
 
     QString m_filePath;
     QString m_connectionName;

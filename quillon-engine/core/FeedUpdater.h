@@ -1,76 +1,65 @@
 #pragma once
 
-#include "ArticleStore.h"
 #include "EngineMessenger.h"
 #include "FeedFetcher.h"
-#include "ParsedFeed.h"
-#include "SubscriptionStore.h"
+#include "FeedStoreWorker.h"
 
 #include <QDateTime>
 #include <QObject>
 #include <QThreadPool>
 
+#include <deque>
 #include <functional>
 #include <memory>
 
 namespace quillon {
 
 class AddressResolver;
-class EngineDatabase;
 class EngineDefaults;
-class SettingsStore;
+class SubscriptionStore;
 
-// Brings one subscription up to date: fetches it (conditionally), parses it off the engine's
-// thread, stores the new articles with the status in one transaction, deletes articles past
-// their age, and tells the consumers what needs them ("LoginRequired", "PromptForDownload").
+// Brings subscriptions up to date: fetches each (conditionally), parses it on a thread pool,
+// stores the new articles with the status and the age deletions on the store's own thread
+// (FeedStoreWorker), and tells the consumers what needs them ("LoginRequired",
+// "PromptForDownload") once that is committed. Only a bounded number of updates are under way
+// at once; the rest wait in order, so a thousand feeds due cost the core's thread no burst.
 class FeedUpdater : public QObject
 {
     Q_OBJECT
 public:
-    struct Stores
-    {
-        EngineDatabase &db;
-        SubscriptionStore &subscriptions;
-        ArticleStore &articles;
-        SettingsStore &settings;
-        EngineDefaults &defaults;
-    };
     using Clock = std::function<QDateTime()>;
     // Called once per update with the status it ended with.
     using Finished = std::function<void(qint32 subscriptionId, const QString &status)>;
 
-    FeedUpdater(Stores stores, const std::unique_ptr<FeedFetcher> &fetcher, const AddressResolver &resolver,
+    FeedUpdater(const QString &databasePath, SubscriptionStore &subscriptions, EngineDefaults &defaults,
+                const std::unique_ptr<FeedFetcher> &fetcher, const AddressResolver &resolver,
                 EngineMessenger messenger, const Clock &clock, Finished finished);
     ~FeedUpdater() override;
 
+    // Queues the update; it begins once fewer than kUnderWay updates are under way.
     void update(qint32 subscriptionId);
 
-    // "OK: 20 items, 3 new", or the parse error and what was kept.
-    [[nodiscard]] static QString statusOf(const ParsedFeed &feed, int added);
+    // Enough to keep every connection of the fetcher busy while earlier feeds are stored.
+    static constexpr int kUnderWay = 32;
 
 private:
-    using FetchInfo = SubscriptionStore::FetchInfo;
-
-    void fetched(qint32 subscriptionId, const FetchInfo &info, const FetchResult &result);
-    void parsed(qint32 subscriptionId, const FetchResult &result, const ParsedFeed &feed);
-    // Stores the feed with its status in one transaction; returns the status, or nothing when
-    // the subscription is gone.
-    QString store(qint32 subscriptionId, const FetchResult &result, const ParsedFeed &feed,
-                  ArticleStore::Stored &stored);
-    // Records an update that brought no document, with the settings read when it began.
-    void record(qint32 subscriptionId, const FetchInfo &info, const QString &status);
-    void purgeOld(qint32 subscriptionId, qint32 deleteRead, qint32 deleteUnread, const QDateTime &now);
-    [[nodiscard]] bool wantsDownloadDecision(qint32 subscriptionId);
+    void startWaiting();
+    void begin(qint32 subscriptionId);
+    void fetched(qint32 subscriptionId, const FeedStoreWorker::Plan &plan, const FetchResult &result);
+    void stored(const FeedStoreWorker::Outcome &outcome);
     void announce(const QString &message, qint32 subscriptionId);
-    void done(qint32 subscriptionId, const QString &status);
 
-    Stores m_stores;
+    SubscriptionStore &m_subscriptions;
+    EngineDefaults &m_defaults;
     const std::unique_ptr<FeedFetcher> &m_fetcher;
     const AddressResolver &m_resolver;
     EngineMessenger m_messenger;
     const Clock &m_clock;
     Finished m_finished;
+    std::deque<qint32> m_waiting;
+    int m_underWay = 0;
     QThreadPool m_parsers;
+    std::unique_ptr<FeedStoreWorker> m_store;
 };
 
 } // namespace quillon

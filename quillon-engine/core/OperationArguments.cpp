@@ -44,4 +44,12 @@ BagPtr OperationArguments::bag(int index) const
     return *b;
 }
 
+ListPtr OperationArguments::list(int index) const
+{
+    const auto *l = std::get_if<ListPtr>(&at(index));
+    if (!l || !*l)
+        refuse(QStringLiteral("argument %1 must be a list").arg(index + 1));
+    return *l;
+}
+
 } // namespace quillon

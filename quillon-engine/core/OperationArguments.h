@@ -21,6 +21,7 @@ public:
     [[nodiscard]] QString text(int index) const;
     [[nodiscard]] qint32 number(int index) const;
     [[nodiscard]] BagPtr bag(int index) const;
+    [[nodiscard]] ListPtr list(int index) const;
     [[nodiscard]] const QString &operation() const { return m_operation; }
 
 private:

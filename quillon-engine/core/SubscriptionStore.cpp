@@ -115,9 +115,17 @@ QList<qint32> SubscriptionStore::allIds()
 
 BagPtr SubscriptionStore::itemBag(qint32 id)
 {
+    std::optional<BagPtr> bag = findItemBag(id);
+    if (!bag)
+        throw EngineError(QStringLiteral("There is no subscription %1").arg(id));
+    return std::move(*bag);
+}
+
+std::optional<BagPtr> SubscriptionStore::findItemBag(qint32 id)
+{
     const auto rows = m_db.select(kSelectBag, {id}, "reading a subscription");
     if (rows.isEmpty())
-        throw EngineError(QStringLiteral("There is no subscription %1").arg(id));
+        return std::nullopt;
     const auto &row = rows.first();
     auto bag = PropertyBag::create();
     bag->setLong(QStringLiteral("SUBSCRIPTIONID"), id);

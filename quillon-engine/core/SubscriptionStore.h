@@ -57,6 +57,8 @@ public:
     [[nodiscard]] QList<qint32> allIds();
     // Every value that is known; absent ones are left out. Throws for an unknown ID.
     [[nodiscard]] BagPtr itemBag(qint32 id);
+    // The same, or nothing for an unknown ID.
+    [[nodiscard]] std::optional<BagPtr> findItemBag(qint32 id);
     // Applies each name of the bag and makes the subscription due at once.
     void update(qint32 id, const PropertyBag &values, const QDateTime &now);
     // Articles, bindings and free properties go with it. Returns false when it did not exist.

@@ -37,6 +37,10 @@ public:
     {
         return m_inner->GetItemBag(itemClass, subscriptionId, reserved);
     }
+    Handle GetItemBags(const QString &itemClass, Handle ids) override
+    {
+        return m_inner->GetItemBags(itemClass, ids);
+    }
     Handle NewBag() override { return m_inner->NewBag(); }
     void SetHandleValue(Handle bag, const QString &name, Handle value) override
     {

@@ -1,0 +1,75 @@
+#pragma once
+
+#include "FetchResult.h"
+#include "ParsedFeed.h"
+
+#include <QDateTime>
+#include <QObject>
+#include <QThread>
+
+#include <atomic>
+#include <functional>
+#include <memory>
+
+namespace quillon {
+
+// Stores what fetches brought on a thread of its own, over its own connection to the engine's
+// database, so that a consumer's call never waits behind a feed being stored: WAL lets the
+// core's connection read beside it, and each feed is one short write transaction. Work runs in
+// the order it was handed in; each report is made after its commit.
+class FeedStoreWorker
+{
+public:
+    // Worked out on the core's thread when the fetch began: seconds, 0 keeps articles.
+    struct Plan
+    {
+        qint32 readAge = 0;
+        qint32 unreadAge = 0;
+        qint32 frequency = 0;
+        QDateTime now;
+    };
+    struct Outcome
+    {
+        qint32 subscriptionId = 0;
+        // Empty when the subscription was removed meanwhile.
+        QString status;
+        bool promptForDownload = false;
+        bool loginRequired = false;
+    };
+    // Called on the worker's thread; the receiver passes it on to its own thread.
+    using Report = std::function<void(const Outcome &)>;
+
+    FeedStoreWorker(QString databasePath, Report report);
+    // Drops the work not begun yet and closes the connection on its thread.
+    ~FeedStoreWorker();
+    FeedStoreWorker(const FeedStoreWorker &) = delete;
+    FeedStoreWorker &operator=(const FeedStoreWorker &) = delete;
+
+    // May be called from any thread.
+    void storeFeed(qint32 subscriptionId, const Plan &plan, FetchResult result, ParsedFeed feed);
+    // An update that brought no document: status, dates and age deletion. loginRequired is
+    // passed on in the report, so the request for a login follows the commit.
+    void recordStatus(qint32 subscriptionId, const Plan &plan, const QString &status, bool loginRequired = false);
+
+    // "OK: 20 items, 3 new", or the parse error and what was kept.
+    [[nodiscard]] static QString statusOf(const ParsedFeed &feed, int added);
+
+private:
+    struct Stores;
+
+    void post(std::function<void()> work);
+    [[nodiscard]] Stores &stores();
+    [[nodiscard]] Outcome store(qint32 subscriptionId, const Plan &plan, const FetchResult &result,
+                                const ParsedFeed &feed);
+    void record(qint32 subscriptionId, const Plan &plan, const QString &status);
+    void purgeOld(qint32 subscriptionId, const Plan &plan);
+
+    QString m_databasePath;
+    Report m_report;
+    QThread m_thread;
+    QObject m_context; // lives on m_thread; work is posted to it
+    std::unique_ptr<Stores> m_stores; // made and destroyed on m_thread
+    std::atomic_bool m_stopping = false;
+};
+
+} // namespace quillon
