@@ -51,6 +51,7 @@ private Q_SLOTS:
     void settingsRoundTripWithDefaults();
     void addIsAnsweredFromTheEventLoop();
     void subscriptionLifecycle();
+    void bulkReadAndReadAheadStayCurrent();
     void searchBagRendersAsSearch();
     void engineFailuresRaiseEngineError();
     void crashedEngineIsFoundAgain();
@@ -304,6 +305,57 @@ void tst_SubscribeClientContract::subscriptionLifecycle()
     client->RemoveItem(kNews, id, 1);
     QVERIFY_THROWS_EXCEPTION(EngineError, (void)client->GetItemBag(kNews, id, 0));
     QVERIFY(!listLongs(*client, client->ListConsumerItems(QStringLiteral("*"), kNews)).contains(id));
+}
+
+void tst_SubscribeClientContract::bulkReadAndReadAheadStayCurrent()
+{
+    auto client = newClient();
+    auto other = newClient();
+    const qint32 a = addSubscription(*client, QStringLiteral("A"), QStringLiteral("http://127.0.0.1:9/a"));
+    const qint32 b = addSubscription(*client, QStringLiteral("B"), QStringLiteral("http://127.0.0.1:9/b"));
+    QVERIFY(a > 0 && b > 0);
+    const auto titleOf = [&client](qint32 id) {
+        const Handle bag = client->GetItemBag(kNews, id, 0);
+        const QString title = client->GetStringValue(bag, QStringLiteral("TITLE"));
+        client->ReleaseHandle(bag);
+        return title;
+    };
+    const auto retitle = [](SubscribeClient &by, qint32 id, const QString &title) {
+        const Handle changes = by.NewBag();
+        by.SetStringValue(changes, QStringLiteral("TITLE"), title);
+        by.UpdateItem(kNews, id, changes);
+        by.ReleaseHandle(changes);
+    };
+
+    // One bag per ID asked, in order; an unknown ID gives an empty bag.
+    const Handle ids = client->NewList();
+    for (const qint32 id : {b, 999999, a})
+        client->ListAppend(ids, QString::number(id));
+    const Handle bags = client->GetItemBags(kNews, ids);
+    client->ReleaseHandle(ids);
+    QCOMPARE(client->ListCount(bags), 3);
+    QList<qint32> read;
+    for (qint32 i = 0; i < 3; ++i) {
+        const Handle bag = client->ListHandle(bags, i);
+        read.append(client->GetLongValue(bag, QStringLiteral("SUBSCRIPTIONID")));
+        client->ReleaseHandle(bag);
+    }
+    client->ReleaseHandle(bags);
+    QCOMPARE(read, QList<qint32>({b, kMissing, a}));
+
+    // Read ahead after listing everything: this client's own change shows at once...
+    client->ReleaseHandle(client->ListConsumerItems(QStringLiteral("*"), kNews));
+    QCOMPARE(titleOf(a), QStringLiteral("A"));
+    retitle(*client, b, QStringLiteral("B changed here"));
+    QCOMPARE(titleOf(b), QStringLiteral("B changed here"));
+    // ...and another's once control has been back in the event loop.
+    client->ReleaseHandle(client->ListConsumerItems(QStringLiteral("*"), kNews));
+    QCOMPARE(titleOf(a), QStringLiteral("A"));
+    QCoreApplication::processEvents();
+    retitle(*other, b, QStringLiteral("B changed elsewhere"));
+    QCOMPARE(titleOf(b), QStringLiteral("B changed elsewhere"));
+    client->RemoveItem(kNews, a, 1);
+    client->RemoveItem(kNews, b, 1);
 }
 
 void tst_SubscribeClientContract::searchBagRendersAsSearch()
