@@ -16,6 +16,11 @@ QVariant dateOrNull(const QDateTime &time)
     return time.isValid() ? QVariant(SubscriptionFields::isoDate(time)) : QVariant();
 }
 
+QString jsonArray(const QStringList &texts)
+{
+    return QString::fromUtf8(QJsonDocument(QJsonArray::fromStringList(texts)).toJson(QJsonDocument::Compact));
+}
+
 QDateTime dateOf(const QVariant &column)
 {
     return column.isNull() ? QDateTime() : QDateTime::fromString(column.toString(), Qt::ISODate);
@@ -29,8 +34,7 @@ ArticleStore::Stored ArticleStore::store(qint32 subscriptionId, const ParsedFeed
     keys.reserve(feed.items.size());
     for (const ParsedItem &item : feed.items)
         keys.append(Article::keyOf(item));
-    const QString keysJson =
-        QString::fromUtf8(QJsonDocument(QJsonArray::fromStringList(keys)).toJson(QJsonDocument::Compact));
+    const QString keysJson = jsonArray(keys);
     // One look-up for the whole feed: most fetches bring nothing new.
     QSet<QString> known = knownKeys(subscriptionId, keysJson);
     Stored stored;
@@ -107,14 +111,21 @@ int ArticleStore::purge(qint32 subscriptionId, const QDateTime &readCutoff, cons
     const QVariantList binds = {subscriptionId,
                                 readCutoff.isValid() ? SubscriptionFields::isoDate(readCutoff) : kept,
                                 unreadCutoff.isValid() ? SubscriptionFields::isoDate(unreadCutoff) : kept};
-    const QString old =
-        QStringLiteral(" FROM articles WHERE subscription_id = ?"
-                       " AND ((is_read = 1 AND fetched_at < ?) OR (is_read = 0 AND fetched_at < ?))");
+    // One pass: the deleted keys come back and are remembered only when there are any.
+    const auto deleted = m_db.select(
+        QStringLiteral("DELETE FROM articles WHERE subscription_id = ?"
+                       " AND ((is_read = 1 AND fetched_at < ?) OR (is_read = 0 AND fetched_at < ?)) RETURNING guid"),
+        binds, "deleting old articles");
+    if (deleted.isEmpty())
+        return 0;
+    QStringList keys;
+    keys.reserve(deleted.size());
+    for (const auto &row : deleted)
+        keys.append(row.at(0).toString());
     m_db.execute(QStringLiteral("INSERT OR IGNORE INTO purged_articles (subscription_id, guid)"
-                                " SELECT subscription_id, guid") +
-                     old,
-                 binds, "remembering deleted articles");
-    return m_db.execute(QStringLiteral("DELETE") + old, binds, "deleting old articles");
+                                " SELECT ?, value FROM json_each(?)"),
+                 {subscriptionId, jsonArray(keys)}, "remembering deleted articles");
+    return int(deleted.size());
 }
 
 Article ArticleStore::fromColumns(const QVariantList &row, qsizetype first)

@@ -44,12 +44,69 @@ FeedStoreWorker::~FeedStoreWorker()
     m_thread.wait();
 }
 
-void FeedStoreWorker::post(std::function<void()> work)
+void FeedStoreWorker::post(Work work)
 {
-    QMetaObject::invokeMethod(&m_context, [this, work = std::move(work)]() {
-        if (!m_stopping)
-            work();
-    }, Qt::QueuedConnection);
+    const QMutexLocker lock(&m_mutex);
+    m_waiting.push_back(std::move(work));
+    if (std::exchange(m_drainPosted, true))
+        return;
+    QMetaObject::invokeMethod(&m_context, [this]() { drain(); }, Qt::QueuedConnection);
+}
+
+void FeedStoreWorker::drain()
+{
+    while (!m_stopping) {
+        QList<Work> batch;
+        {
+            const QMutexLocker lock(&m_mutex);
+            while (!m_waiting.empty() && batch.size() < kBatch) {
+                batch.append(std::move(m_waiting.front()));
+                m_waiting.pop_front();
+            }
+            if (batch.isEmpty()) {
+                m_drainPosted = false;
+                return;
+            }
+        }
+        m_report(runBatch(batch));
+    }
+}
+
+QList<FeedStoreWorker::Outcome> FeedStoreWorker::runBatch(const QList<Work> &batch)
+{
+    QList<Outcome> outcomes;
+    try {
+        Stores &s = stores();
+        SqlTransaction transaction(s.db);
+        for (const Work &work : batch)
+            outcomes.append(work.run(s));
+        transaction.commit();
+    } catch (const std::exception &) {
+        // Rolled back: each feed again on its own, so one that fails takes no other with it.
+        outcomes.clear();
+        for (const Work &work : batch) {
+            try {
+                Stores &s = stores();
+                SqlTransaction transaction(s.db);
+                outcomes.append(work.run(s));
+                transaction.commit();
+            } catch (const std::exception &single) {
+                qCWarning(lcCore) << "cannot store subscription" << work.failed.subscriptionId << single.what();
+                Outcome failed = work.failed;
+                if (failed.status.isEmpty())
+                    failed.status = QStringLiteral("Error: ") + QString::fromLocal8Bit(single.what());
+                outcomes.append(failed);
+            }
+        }
+    }
+    for (Outcome &outcome : outcomes) {
+        // Once the media consumer holds an answer for the subscription, nobody needs asking.
+        if (outcome.promptForDownload && m_stores)
+            outcome.promptForDownload = !m_stores->settings.value(
+                QStringLiteral("MEDIACONSUMER"), QStringLiteral("SubscriptionSpecifics_%1").arg(outcome.subscriptionId),
+                QStringLiteral("EnableAutoDownload"));
+    }
+    return outcomes;
 }
 
 FeedStoreWorker::Stores &FeedStoreWorker::stores()
@@ -61,71 +118,49 @@ FeedStoreWorker::Stores &FeedStoreWorker::stores()
 
 void FeedStoreWorker::storeFeed(qint32 subscriptionId, const Plan &plan, FetchResult result, ParsedFeed feed)
 {
-    post([this, subscriptionId, plan, result = std::move(result), feed = std::move(feed)]() {
-        Outcome outcome;
-        try {
-            outcome = store(subscriptionId, plan, result, feed);
-        } catch (const std::exception &e) {
-            qCWarning(lcCore) << "cannot store subscription" << subscriptionId << e.what();
-            outcome = {subscriptionId, QStringLiteral("Error: ") + QString::fromLocal8Bit(e.what()), false, false};
-        }
-        m_report(outcome);
-    });
+    post({[subscriptionId, plan, result = std::move(result), feed = std::move(feed)](Stores &s) {
+              return store(s, subscriptionId, plan, result, feed);
+          },
+          {subscriptionId, {}, false, false}});
 }
 
 void FeedStoreWorker::recordStatus(qint32 subscriptionId, const Plan &plan, const QString &status,
                                    bool loginRequired)
 {
-    post([this, subscriptionId, plan, status, loginRequired]() {
-        // A subscription removed meanwhile has no row left to change, so nothing is written.
-        try {
-            record(subscriptionId, plan, status);
-        } catch (const std::exception &e) {
-            qCWarning(lcCore) << "cannot record the update of subscription" << subscriptionId << e.what();
-        }
-        m_report({subscriptionId, status, false, loginRequired});
-    });
+    const Outcome outcome{subscriptionId, status, false, loginRequired};
+    post({[subscriptionId, plan, outcome](Stores &s) {
+              // A subscription removed meanwhile has no row left to change, so nothing is written.
+              purgeOld(s, subscriptionId, plan);
+              s.subscriptions.recordFetch(subscriptionId, {outcome.status, plan.now,
+                                                           plan.now.addSecs(plan.frequency), false, {}, {}});
+              return outcome;
+          },
+          outcome});
 }
 
-FeedStoreWorker::Outcome FeedStoreWorker::store(qint32 subscriptionId, const Plan &plan,
+FeedStoreWorker::Outcome FeedStoreWorker::store(Stores &s, qint32 subscriptionId, const Plan &plan,
                                                 const FetchResult &result, const ParsedFeed &feed)
 {
-    Stores &s = stores();
-    SqlTransaction transaction(s.db);
     if (!s.subscriptions.exists(subscriptionId))
         return {subscriptionId, {}, false, false}; // removed while it was fetched
     const ArticleStore::Stored stored = s.articles.store(subscriptionId, feed, feed.ok(), plan.now);
     s.subscriptions.fillTitle(subscriptionId, ArticleText::plain(feed.title));
     if (result.discoveredFrom.isValid() && feed.ok())
         s.subscriptions.moveToFeed(subscriptionId, result.finalUrl.toString());
-    purgeOld(subscriptionId, plan);
+    purgeOld(s, subscriptionId, plan);
     const QString status = statusOf(feed, stored.added);
     // A document read only in part is fetched whole next time.
     s.subscriptions.recordFetch(subscriptionId,
                                 {status, plan.now, plan.now.addSecs(plan.frequency), true,
                                  feed.ok() ? result.etag : QString(), feed.ok() ? result.lastModified : QString()});
-    transaction.commit();
-    // Once the media consumer holds an answer for the subscription, nobody needs asking.
-    const bool prompt = stored.newEnclosures > 0 &&
-                        !s.settings.value(QStringLiteral("MEDIACONSUMER"),
-                                          QStringLiteral("SubscriptionSpecifics_%1").arg(subscriptionId),
-                                          QStringLiteral("EnableAutoDownload"));
-    return {subscriptionId, status, prompt, false};
+    // Asked only if the media consumer holds no answer yet; that is looked up after the commit.
+    return {subscriptionId, status, stored.newEnclosures > 0, false};
 }
 
-void FeedStoreWorker::record(qint32 subscriptionId, const Plan &plan, const QString &status)
+void FeedStoreWorker::purgeOld(Stores &s, qint32 subscriptionId, const Plan &plan)
 {
-    Stores &s = stores();
-    SqlTransaction transaction(s.db);
-    purgeOld(subscriptionId, plan);
-    s.subscriptions.recordFetch(subscriptionId, {status, plan.now, plan.now.addSecs(plan.frequency), false, {}, {}});
-    transaction.commit();
-}
-
-void FeedStoreWorker::purgeOld(qint32 subscriptionId, const Plan &plan)
-{
-    stores().articles.purge(subscriptionId, plan.readAge > 0 ? plan.now.addSecs(-plan.readAge) : QDateTime(),
-                            plan.unreadAge > 0 ? plan.now.addSecs(-plan.unreadAge) : QDateTime());
+    s.articles.purge(subscriptionId, plan.readAge > 0 ? plan.now.addSecs(-plan.readAge) : QDateTime(),
+                     plan.unreadAge > 0 ? plan.now.addSecs(-plan.unreadAge) : QDateTime());
 }
 
 QString FeedStoreWorker::statusOf(const ParsedFeed &feed, int added)

@@ -4,10 +4,13 @@
 #include "ParsedFeed.h"
 
 #include <QDateTime>
+#include <QList>
+#include <QMutex>
 #include <QObject>
 #include <QThread>
 
 #include <atomic>
+#include <deque>
 #include <functional>
 #include <memory>
 
@@ -15,8 +18,8 @@ namespace quillon {
 
 // Stores what fetches brought on a thread of its own, over its own connection to the engine's
 // database, so that a consumer's call never waits behind a feed being stored: WAL lets the
-// core's connection read beside it, and each feed is one short write transaction. Work runs in
-// the order it was handed in; each report is made after its commit.
+// core's connection read beside it. Work runs in the order it was handed in; what has gathered
+// meanwhile (at most kBatch feeds) is stored in one transaction, and reported after its commit.
 class FeedStoreWorker
 {
 public:
@@ -36,8 +39,12 @@ public:
         bool promptForDownload = false;
         bool loginRequired = false;
     };
-    // Called on the worker's thread; the receiver passes it on to its own thread.
-    using Report = std::function<void(const Outcome &)>;
+    // Called on the worker's thread with the outcomes of one commit, in order; the receiver
+    // passes them on to its own thread.
+    using Report = std::function<void(const QList<Outcome> &)>;
+    // Feeds per transaction at most: one commit instead of many, yet short for the core's own
+    // writes waiting on the lock.
+    static constexpr int kBatch = 16;
 
     FeedStoreWorker(QString databasePath, Report report);
     // Drops the work not begun yet and closes the connection on its thread.
@@ -56,13 +63,21 @@ public:
 
 private:
     struct Stores;
+    // One feed's store work, run inside a transaction; safe to run again after a rollback.
+    struct Work
+    {
+        std::function<Outcome(Stores &)> run;
+        // Reported when it fails; an empty status becomes "Error: " and the reason.
+        Outcome failed;
+    };
 
-    void post(std::function<void()> work);
+    void post(Work work);
+    void drain();
+    [[nodiscard]] QList<Outcome> runBatch(const QList<Work> &batch);
     [[nodiscard]] Stores &stores();
-    [[nodiscard]] Outcome store(qint32 subscriptionId, const Plan &plan, const FetchResult &result,
-                                const ParsedFeed &feed);
-    void record(qint32 subscriptionId, const Plan &plan, const QString &status);
-    void purgeOld(qint32 subscriptionId, const Plan &plan);
+    [[nodiscard]] static Outcome store(Stores &s, qint32 subscriptionId, const Plan &plan,
+                                       const FetchResult &result, const ParsedFeed &feed);
+    static void purgeOld(Stores &s, qint32 subscriptionId, const Plan &plan);
 
     QString m_databasePath;
     Report m_report;
@@ -70,6 +85,9 @@ private:
     QObject m_context; // lives on m_thread; work is posted to it
     std::unique_ptr<Stores> m_stores; // made and destroyed on m_thread
     std::atomic_bool m_stopping = false;
+    QMutex m_mutex; // guards the two below
+    std::deque<Work> m_waiting;
+    bool m_drainPosted = false;
 };
 
 } // namespace quillon

@@ -19,8 +19,14 @@ FeedUpdater::FeedUpdater(const QString &databasePath, SubscriptionStore &subscri
       m_messenger(std::move(messenger)), m_clock(clock), m_finished(std::move(finished))
 {
     // Reports come from the store's thread and are handled on this one, in the order committed.
-    m_store = std::make_unique<FeedStoreWorker>(databasePath, [this](const FeedStoreWorker::Outcome &outcome) {
-        QMetaObject::invokeMethod(this, [this, outcome]() { stored(outcome); }, Qt::QueuedConnection);
+    m_store = std::make_unique<FeedStoreWorker>(databasePath, [this](const QList<FeedStoreWorker::Outcome> &outcomes) {
+        QMetaObject::invokeMethod(
+            this,
+            [this, outcomes]() {
+                for (const FeedStoreWorker::Outcome &outcome : outcomes)
+                    stored(outcome);
+            },
+            Qt::QueuedConnection);
     });
 }
 

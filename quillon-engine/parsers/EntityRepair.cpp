@@ -1,5 +1,7 @@
 #include "EntityRepair.h"
 
+#include "TextSearch.h"
+
 #include "HtmlEntities.h"
 
 #include <array>
@@ -109,7 +111,7 @@ EntityRepair::Result EntityRepair::repair(const QString &text)
 
 qsizetype EntityRepair::skipPast(qsizetype from, QStringView terminator) const
 {
-    const qsizetype at = m_in.indexOf(terminator, from);
+    const qsizetype at = findTerminator(m_in, terminator, from);
     return at < 0 ? -1 : at + terminator.size();
 }
 

@@ -8,7 +8,7 @@ namespace {
 
 struct NamedZone
 {
-    const char16_t *name;
+    QStringView name; // lengths known at compile time: no scan per comparison
     int minutes;
 };
 
@@ -21,15 +21,17 @@ constexpr NamedZone kZones[] = {
     {u"IST", 330},      {u"AEST", 600},     {u"AEDT", 660},
 };
 
-const char16_t *const kMonths[] = {u"jan", u"feb", u"mar", u"apr", u"may", u"jun",
+constexpr QStringView kMonths[] = {u"jan", u"feb", u"mar", u"apr", u"may", u"jun",
                                    u"jul", u"aug", u"sep", u"oct", u"nov", u"dec"};
 
 int monthFromName(QStringView token)
 {
     if (token.size() < 3 || token.size() > 9)
         return 0;
+    // ASCII letters compared by hand, without regard to case (| 0x20 lowers them).
+    const auto lowered = [&token](int k) { return char16_t(token[k].unicode() | 0x20); };
     for (int m = 0; m < 12; ++m) {
-        if (token.left(3).compare(QStringView(kMonths[m]), Qt::CaseInsensitive) == 0)
+        if (lowered(0) == kMonths[m][0] && lowered(1) == kMonths[m][1] && lowered(2) == kMonths[m][2])
             return m + 1;
     }
     return 0;
@@ -51,7 +53,7 @@ std::optional<int> zoneMinutes(QStringView token)
     if (token.size() > 4)
         return std::nullopt;
     for (const NamedZone &zone : kZones) {
-        if (token.compare(QStringView(zone.name), Qt::CaseInsensitive) == 0)
+        if (token.size() == zone.name.size() && token.compare(zone.name, Qt::CaseInsensitive) == 0)
             return zone.minutes;
     }
     if (token.size() == 1 && token[0].isLetter())
@@ -66,6 +68,20 @@ QDateTime utcFrom(QDate date, QTime time, int zoneOffsetMinutes)
     return QDateTime(date, time, Qt::UTC).addSecs(-qint64(zoneOffsetMinutes) * 60);
 }
 
+// The value of a token of at most 9 ASCII digits, else -1.
+int digitsValue(QStringView token)
+{
+    if (token.isEmpty() || token.size() > 9)
+        return -1;
+    int value = 0;
+    for (const QChar c : token) {
+        if (c < u'0' || c > u'9')
+            return -1;
+        value = value * 10 + (c.unicode() - u'0');
+    }
+    return value;
+}
+
 int expandYear(int year, qsizetype digits)
 {
     if (digits == 2)
@@ -73,17 +89,35 @@ int expandYear(int year, qsizetype digits)
     return year;
 }
 
+// "hh:mm", "hh:mm:ss" or "hh:mm:ss.fff", read by hand: this runs for every article.
 std::optional<QTime> timeFromToken(QStringView token)
 {
-    const auto parts = token.split(u':');
-    if (parts.size() < 2 || parts.size() > 3)
+    int parts[3] = {0, 0, 0};
+    int count = 0;
+    qsizetype i = 0;
+    for (;;) {
+        const qsizetype start = i;
+        while (i < token.size() && i - start < 3 && token[i] >= u'0' && token[i] <= u'9')
+            parts[count] = parts[count] * 10 + (token[i++].unicode() - u'0');
+        if (i == start || i - start > 2)
+            return std::nullopt;
+        ++count;
+        if (i == token.size())
+            break;
+        if (count == 3 && token[i] == u'.') { // fractions of a second count for nothing
+            for (++i; i < token.size() && token[i] >= u'0' && token[i] <= u'9';)
+                ++i;
+            if (i != token.size())
+                return std::nullopt;
+            break;
+        }
+        if (count == 3 || token[i] != u':')
+            return std::nullopt;
+        ++i;
+    }
+    if (count < 2)
         return std::nullopt;
-    bool okH = false, okM = false, okS = true;
-    const int h = parts[0].toInt(&okH);
-    const int m = parts[1].toInt(&okM);
-    const int s = parts.size() == 3 ? int(parts[2].toDouble(&okS)) : 0;
-    if (!okH || !okM || !okS)
-        return std::nullopt;
+    const auto [h, m, s] = parts;
     if (h == 24 && m == 0 && s == 0)
         return QTime(23, 59, 59);
     QTime time(h, m, s);
@@ -184,9 +218,8 @@ QDateTime FeedDateParser::parseRfc822(QStringView text)
                 zone = z.value_or(0);
             }
         } else if (token[0].isDigit()) {
-            bool ok = false;
-            const int value = token.toInt(&ok);
-            if (!ok)
+            const int value = digitsValue(token);
+            if (value < 0)
                 return {};
             if (day == 0 && token.size() <= 2 && value >= 1 && value <= 31)
                 day = value;

@@ -9,16 +9,17 @@ namespace quillon {
 
 namespace {
 
-const char16_t *const kVoidElements[] = {u"area",  u"base", u"br",   u"col",   u"embed",  u"hr",    u"img",
+// Views, so a comparison looks at the length before any character.
+constexpr QStringView kVoidElements[] = {u"area",  u"base", u"br",   u"col",   u"embed",  u"hr",    u"img",
                                          u"input", u"link", u"meta", u"param", u"source", u"track", u"wbr"};
 
-const char16_t *const kUriAttributes[] = {u"background", u"cite", u"href",  u"longdesc",
+constexpr QStringView kUriAttributes[] = {u"background", u"cite", u"href",  u"longdesc",
                                           u"poster",     u"src",  u"usemap"};
 
 // What an article may keep: text structure, links, images and media, tables. Anything else
 // (frames, objects, embeds, forms, scripts, SVG, MathML) loses its tag, and the elements below
 // lose their content too.
-const char16_t *const kAllowedElements[] = {
+constexpr QStringView kAllowedElements[] = {
     u"a",       u"abbr",    u"acronym",  u"address",    u"article", u"aside",   u"audio",  u"b",
     u"bdi",     u"bdo",     u"big",      u"blockquote", u"br",      u"caption", u"center", u"cite",
     u"code",    u"col",     u"colgroup", u"dd",         u"del",     u"details", u"dfn",    u"div",
@@ -31,11 +32,11 @@ const char16_t *const kAllowedElements[] = {
     u"time",    u"tr",      u"track",    u"tt",         u"u",       u"ul",      u"var",    u"video",
     u"wbr"};
 
-const char16_t *const kDroppedWithContent[] = {
+constexpr QStringView kDroppedWithContent[] = {
     u"applet", u"embed",  u"frame",  u"frameset", u"head", u"iframe",   u"math",     u"noembed",
     u"object", u"script", u"select", u"style",    u"svg",  u"template", u"textarea", u"title"};
 
-const char16_t *const kAllowedAttributes[] = {
+constexpr QStringView kAllowedAttributes[] = {
     u"abbr",        u"align",       u"alt",     u"axis",    u"background", u"bgcolor", u"border",
     u"cellpadding", u"cellspacing", u"char",    u"charoff", u"cite",       u"class",   u"clear",
     u"color",       u"cols",        u"colspan", u"compact", u"controls",   u"coords",  u"datetime",
@@ -47,17 +48,16 @@ const char16_t *const kAllowedAttributes[] = {
     u"target",      u"title",       u"type",    u"usemap",  u"valign",     u"value",   u"vspace",
     u"width",       u"xml:lang"};
 
-const char16_t *const kAllowedSchemes[] = {u"http", u"https", u"mailto", u"ftp", u"news", u"nntp", u"feed"};
+constexpr QStringView kAllowedSchemes[] = {u"http", u"https", u"mailto", u"ftp", u"news", u"nntp", u"feed"};
 
 // Words that make a style able to run or fetch something, or hide such a word from this check.
-const char16_t *const kUnsafeStyle[] = {u"\\",       u"/*",      u"expression", u"javascript",
+constexpr QStringView kUnsafeStyle[] = {u"\\",       u"/*",      u"expression", u"javascript",
                                         u"vbscript", u"data:",   u"url(",       u"image(",
                                         u"behavior", u"binding", u"@import",    u"&#"};
 
-template <size_t N> bool isOneOf(QStringView name, const char16_t *const (&set)[N])
+template <size_t N> bool isOneOf(QStringView name, const QStringView (&set)[N])
 {
-    return std::any_of(std::begin(set), std::end(set),
-                       [name](const char16_t *s) { return name == QStringView(s); });
+    return std::any_of(std::begin(set), std::end(set), [name](QStringView s) { return name == s; });
 }
 
 bool isAsciiLetter(QChar c)
@@ -167,18 +167,18 @@ bool isSafeUri(QStringView value)
 
 bool isSafeStyle(QStringView value)
 {
-    return std::none_of(std::begin(kUnsafeStyle), std::end(kUnsafeStyle), [value](const char16_t *word) {
-        return value.contains(QStringView(word), Qt::CaseInsensitive);
-    });
+    return std::none_of(std::begin(kUnsafeStyle), std::end(kUnsafeStyle),
+                        [value](QStringView word) { return value.contains(word, Qt::CaseInsensitive); });
+}
+
+bool hasCapitals(QStringView name)
+{
+    return std::any_of(name.begin(), name.end(), [](QChar c) { return c >= u'A' && c <= u'Z'; });
 }
 
 QString lowerName(QStringView name)
 {
-    for (QChar c : name) {
-        if (c >= u'A' && c <= u'Z')
-            return name.toString().toLower();
-    }
-    return name.toString();
+    return hasCapitals(name) ? name.toString().toLower() : name.toString();
 }
 
 } // namespace

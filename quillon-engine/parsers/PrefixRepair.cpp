@@ -1,5 +1,7 @@
 #include "PrefixRepair.h"
 
+#include "TextSearch.h"
+
 #include <QHash>
 #include <QSet>
 #include <QStringList>
@@ -49,7 +51,20 @@ QString prefixAt(const QString &text, qsizetype from)
 QSet<QString> usedElementPrefixes(const QString &text)
 {
     QSet<QString> used;
+    const QStringView view(text);
     for (qsizetype i = text.indexOf(u'<'); i >= 0; i = text.indexOf(u'<', i + 1)) {
+        // Markup inside CDATA sections and comments names no elements: skip it whole.
+        const QStringView rest = view.mid(i);
+        const QStringView end = rest.startsWith(u"<![CDATA[") ? QStringView(u"]]>")
+                                : rest.startsWith(u"<!--")    ? QStringView(u"-->")
+                                                              : QStringView();
+        if (!end.isEmpty()) {
+            const qsizetype at = findTerminator(view, end, i);
+            if (at < 0)
+                break;
+            i = at;
+            continue;
+        }
         const qsizetype name = (i + 1 < text.size() && text.at(i + 1) == u'/') ? i + 2 : i + 1;
         const QString prefix = prefixAt(text, name);
         if (!prefix.isEmpty())
