@@ -5,6 +5,7 @@
 #include "PropertyBag.h"
 
 #include <QDateTime>
+#include <QHash>
 #include <QSet>
 
 namespace quillon {
@@ -28,7 +29,8 @@ public:
     // forgotten.
     Stored store(qint32 subscriptionId, const ParsedFeed &feed, bool complete, const QDateTime &now);
     // Deletes read articles stored before readCutoff and unread ones stored before
-    // unreadCutoff; an invalid cut-off keeps them all. Returns how many went.
+    // unreadCutoff; an invalid cut-off keeps them all. Returns how many went. Skips the
+    // database when the oldest article this store knows of is newer than both cut-offs.
     int purge(qint32 subscriptionId, const QDateTime &readCutoff, const QDateTime &unreadCutoff);
     // One item bag per article (ItemBags), newest first, each with "READ" 1 or 0.
     [[nodiscard]] ListPtr itemBags(qint32 subscriptionId);
@@ -45,7 +47,12 @@ private:
     void forgetPurgedKeysNotIn(qint32 subscriptionId, const QString &keysJson);
     [[nodiscard]] QHash<qint64, QList<ParsedEnclosure>> enclosuresOf(qint32 subscriptionId);
 
+    [[nodiscard]] QString oldestStored(qint32 subscriptionId);
+
     EngineDatabase &m_db;
+    // When each subscription's oldest article was stored, as far as this store has seen. It
+    // only errs towards older (articles deleted elsewhere), which costs a look, never a miss.
+    QHash<qint32, QString> m_oldest;
 };
 
 } // namespace quillon
