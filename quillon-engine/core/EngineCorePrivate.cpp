@@ -327,12 +327,15 @@ PropertyValue EngineCorePrivate::getItemBag(const Call &call)
 PropertyValue EngineCorePrivate::getItemBags(const Call &call)
 {
     requireNewsClass(call.args.text(0));
-    const ListPtr ids = call.args.list(1);
+    QList<qint32> ids;
+    for (const PropertyValue &id : call.args.list(1)->items())
+        ids.append(valueLong(id));
+    const QHash<qint32, BagPtr> found = m_subscriptions->itemBags(ids);
     auto bags = PropertyList::create();
-    for (const PropertyValue &id : ids->items()) {
+    for (const qint32 id : std::as_const(ids)) {
         // One bag per ID in the order asked; an ID that names nothing gives an empty bag.
-        const std::optional<BagPtr> bag = m_subscriptions->findItemBag(valueLong(id));
-        bags->append(bag ? *bag : PropertyBag::create());
+        const BagPtr bag = found.value(id);
+        bags->append(bag ? bag : PropertyBag::create());
     }
     return bags;
 }

@@ -15,18 +15,22 @@ namespace quillon {
 namespace {
 // One statement reads everything GetItemBag returns except free properties, which are only
 // looked up when the last column says there are some.
-const QString kSelectBag =
+// The columns of a bag, then the ID; kSelectBag reads one subscription, kSelectBags several.
+const QString kBagColumns =
     QStringLiteral("SELECT s.title, s.url, s.category, s.user_name, s.password, s.update_freq, s.delete_read,"
                    " s.delete_unread, s.last_update_status, s.last_date_check, s.next_update_time,"
                    " (SELECT COUNT(*) FROM articles a WHERE a.subscription_id = s.id AND a.is_read = 1),"
                    " (SELECT COUNT(*) FROM articles a WHERE a.subscription_id = s.id AND a.is_read = 0),"
                    " (SELECT st.value FROM settings st WHERE st.consumer_id = 'OLCONSUMER'"
                    "  AND st.section = 'SubscriptionSpecifics_' || s.id AND st.key = 'FOLDERTITLE'),"
-                   " EXISTS (SELECT 1 FROM subscription_properties p WHERE p.subscription_id = s.id)"
-                   " FROM subscriptions s WHERE s.id = ?");
+                   " EXISTS (SELECT 1 FROM subscription_properties p WHERE p.subscription_id = s.id), s.id"
+                   " FROM subscriptions s");
+const QString kSelectBag = kBagColumns + QStringLiteral(" WHERE s.id = ?");
+const QString kSelectBags = kBagColumns + QStringLiteral(" WHERE s.id IN (SELECT value FROM json_each(?))");
 constexpr int kReadCountColumn = 11;
 constexpr int kFolderTitleColumn = 13;
 constexpr int kHasFreeColumn = 14;
+constexpr int kIdColumn = 15;
 
 QString textOrEmpty(const PropertyBag &bag, const QString &name)
 {
@@ -126,7 +130,28 @@ std::optional<BagPtr> SubscriptionStore::findItemBag(qint32 id)
     const auto rows = m_db.select(kSelectBag, {id}, "reading a subscription");
     if (rows.isEmpty())
         return std::nullopt;
-    const auto &row = rows.first();
+    return bagFromRow(rows.first());
+}
+
+QHash<qint32, BagPtr> SubscriptionStore::itemBags(const QList<qint32> &ids)
+{
+    QStringList texts;
+    texts.reserve(ids.size());
+    for (const qint32 id : ids)
+        texts.append(QString::number(id));
+    // One statement for all: JSON numbers, read by json_each.
+    const auto rows = m_db.select(kSelectBags, {QLatin1Char('[') + texts.join(QLatin1Char(',')) + QLatin1Char(']')},
+                                  "reading subscriptions");
+    QHash<qint32, BagPtr> bags;
+    bags.reserve(rows.size());
+    for (const auto &row : rows)
+        bags.insert(row.at(kIdColumn).toInt(), bagFromRow(row));
+    return bags;
+}
+
+BagPtr SubscriptionStore::bagFromRow(const EngineDatabase::Row &row)
+{
+    const qint32 id = row.at(kIdColumn).toInt();
     auto bag = PropertyBag::create();
     bag->setLong(QStringLiteral("SUBSCRIPTIONID"), id);
     const auto &fields = SubscriptionFields::all();

@@ -3,6 +3,7 @@
 #include "PropertyBag.h"
 
 #include <QDateTime>
+#include <QHash>
 #include <QList>
 
 #include <optional>
@@ -59,6 +60,8 @@ public:
     [[nodiscard]] BagPtr itemBag(qint32 id);
     // The same, or nothing for an unknown ID.
     [[nodiscard]] std::optional<BagPtr> findItemBag(qint32 id);
+    // The bags of those IDs that name a subscription, in one statement.
+    [[nodiscard]] QHash<qint32, BagPtr> itemBags(const QList<qint32> &ids);
     // Applies each name of the bag and makes the subscription due at once.
     void update(qint32 id, const PropertyBag &values, const QDateTime &now);
     // Articles, bindings and free properties go with it. Returns false when it did not exist.
@@ -79,6 +82,7 @@ public:
 private:
     void setProperty(qint32 id, const QString &name, const PropertyValue &value);
     void appendFreeProperties(qint32 id, PropertyBag &bag);
+    [[nodiscard]] BagPtr bagFromRow(const QVariantList &row);
 
     EngineDatabase &m_db;
 };
