@@ -176,9 +176,11 @@ bool hasCapitals(QStringView name)
     return std::any_of(name.begin(), name.end(), [](QChar c) { return c >= u'A' && c <= u'Z'; });
 }
 
+// Names live no longer than the normalizer's run over its input, so a lower-case one is not
+// copied: it refers to the input's characters.
 QString lowerName(QStringView name)
 {
-    return hasCapitals(name) ? name.toString().toLower() : name.toString();
+    return hasCapitals(name) ? name.toString().toLower() : QString::fromRawData(name.data(), name.size());
 }
 
 } // namespace

@@ -76,8 +76,8 @@ QSet<QString> usedElementPrefixes(const QString &text)
 QSet<QString> declaredPrefixes(const QString &text)
 {
     QSet<QString> declared{QStringLiteral("xml"), QStringLiteral("xmlns")};
-    const QString marker = QStringLiteral("xmlns:");
-    for (qsizetype i = text.indexOf(marker); i >= 0; i = text.indexOf(marker, i + 1)) {
+    const QStringView marker = u"xmlns:";
+    for (qsizetype i = findTerminator(text, marker, 0); i >= 0; i = findTerminator(text, marker, i + 1)) {
         qsizetype end = i + marker.size();
         while (end < text.size() && isNameChar(text.at(end)))
             ++end;
@@ -129,7 +129,10 @@ qsizetype rootTagEnd(const QString &text)
 
 int PrefixRepair::declareMissing(QString &text)
 {
-    QStringList missing = (usedElementPrefixes(text) - declaredPrefixes(text)).values();
+    const QSet<QString> used = usedElementPrefixes(text);
+    if (used.isEmpty())
+        return 0; // most feeds: no look for declarations needed
+    QStringList missing = (used - declaredPrefixes(text)).values();
     if (missing.isEmpty())
         return 0;
     const qsizetype end = rootTagEnd(text);

@@ -4,9 +4,9 @@
 
 namespace quillon {
 
-// Where terminator next starts in text from `from` on, or -1. Finds candidates by the first
-// character (a vectorised search): several times cheaper over long CDATA sections than the
-// general substring search, which is what these short terminators ("]]>", "-->", "?>") meet.
+// Where a short marker ("]]>", "-->", "xmlns:") next starts in text from `from` on, or -1.
+// Finds candidates by the first character (a vectorised search): several times cheaper over a
+// long text than QString's general substring search.
 inline qsizetype findTerminator(QStringView text, QStringView terminator, qsizetype from)
 {
     for (qsizetype at = text.indexOf(terminator.front(), from); at >= 0;
