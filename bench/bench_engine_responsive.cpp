@@ -72,7 +72,8 @@ bool startAndWaitFor(QProcess &process, const QString &program, const QStringLis
 bool startEngine(QProcess &engine, const Programs &programs, const QString &dataDir, bool fetch)
 {
     return startAndWaitFor(engine, programs.binDir + QStringLiteral("/quillon-engine"),
-                           {QStringLiteral("--data-dir"), dataDir}, environment(programs, fetch), "listening on");
+                           {QStringLiteral("--data-dir"), dataDir}, environment(programs, fetch),
+                           "listening on");
 }
 
 void stop(QProcess &process)
@@ -218,11 +219,13 @@ int main(int argc, char *argv[])
     }
 
     copyFolder(seed, tmp.filePath(QStringLiteral("calls")));
-    const CallTimes calls = timeCallsWhileFetching(programs, tmp.filePath(QStringLiteral("calls")), port, feeds);
+    const CallTimes calls =
+        timeCallsWhileFetching(programs, tmp.filePath(QStringLiteral("calls")), port, feeds);
     out << feeds << " subscriptions, all due at start\n"
-        << "(a) " << calls.ns.size() << " GetItemBag round trips while " << calls.served << " feeds were fetched in "
-        << calls.fetchWallMs << " ms (engine CPU " << calls.engineCpuMs << " ms): median "
-        << micro(percentile(calls.ns, 0.5)) << ", p99 " << micro(percentile(calls.ns, 0.99)) << ", longest "
+        << "(a) " << calls.ns.size() << " GetItemBag round trips while " << calls.served
+        << " feeds were fetched in " << calls.fetchWallMs << " ms (engine CPU " << calls.engineCpuMs
+        << " ms): median " << micro(percentile(calls.ns, 0.5)) << ", p99 "
+        << micro(percentile(calls.ns, 0.99)) << ", longest "
         << micro(calls.ns.isEmpty() ? 0 : calls.ns.last()) << "\n";
     out.flush();
 
@@ -232,7 +235,8 @@ int main(int argc, char *argv[])
     out.flush();
     // For comparison: the same store with the engine fetching nothing.
     copyFolder(seed, tmp.filePath(QStringLiteral("quiet")));
-    out << timeWindowShown(programs, tmp.filePath(QStringLiteral("quiet")), false) << " ms with no fetching\n";
+    out << timeWindowShown(programs, tmp.filePath(QStringLiteral("quiet")), false)
+        << " ms with no fetching\n";
     server.kill();
     server.waitForFinished();
     return 0;

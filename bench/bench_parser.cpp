@@ -72,15 +72,18 @@ QByteArray rssCdataFeed(QRandomGenerator &random, int feed, int items)
                      words(random, 4) + "</title>\n<link>http://site" + QByteArray::number(feed) +
                      ".example/</link>\n<description>" + words(random, 12) + "</description>\n";
     for (int i = 0; i < items; ++i) {
-        const QByteArray link = "http://site" + QByteArray::number(feed) + ".example/posts/" + QByteArray::number(i);
+        const QByteArray link =
+            "http://site" + QByteArray::number(feed) + ".example/posts/" + QByteArray::number(i);
         xml += "<item>\n<title>" + words(random, 6) + "</title>\n<link>" + link +
                "</link>\n<guid isPermaLink=\"false\">urn:synthetic:" + QByteArray::number(feed) + ":" +
-               QByteArray::number(i) + "</guid>\n<pubDate>Tue, 14 Nov 2023 22:13:20 GMT</pubDate>\n"
-               "<description><![CDATA[<p>" + words(random, 8) + " <b>" + words(random, 2) + "</b> " +
-               words(random, 10) + ".</p><p>" + words(random, 6) + " <a href=\"" + link + "\">" +
-               words(random, 3) + "</a> " + words(random, 7) + ".</p><ul><li>" + words(random, 4) + "</li><li>" +
-               words(random, 4) + "</li><li><i>" + words(random, 3) + "</i></li></ul><p>" + words(random, 6) +
-               ".</p><p>" + words(random, 6) + ".</p>]]></description>\n</item>\n";
+               QByteArray::number(i) +
+               "</guid>\n<pubDate>Tue, 14 Nov 2023 22:13:20 GMT</pubDate>\n"
+               "<description><![CDATA[<p>" +
+               words(random, 8) + " <b>" + words(random, 2) + "</b> " + words(random, 10) + ".</p><p>" +
+               words(random, 6) + " <a href=\"" + link + "\">" + words(random, 3) + "</a> " +
+               words(random, 7) + ".</p><ul><li>" + words(random, 4) + "</li><li>" + words(random, 4) +
+               "</li><li><i>" + words(random, 3) + "</i></li></ul><p>" + words(random, 6) + ".</p><p>" +
+               words(random, 6) + ".</p>]]></description>\n</item>\n";
     }
     return xml + "</channel>\n</rss>\n";
 }

@@ -47,11 +47,16 @@ bool isNews(const QString &itemClass)
 // Operations after which a bag read ahead is still what the engine holds.
 bool leavesBagsAlone(const QString &operation)
 {
-    static const QSet<QString> reads = {
-        QStringLiteral("GetItemBag"),    QStringLiteral("GetItemBags"),       QStringLiteral("ListConsumerItems"),
-        QStringLiteral("GetSettings"),   QStringLiteral("CreateItemRequest"), QStringLiteral("BagToText"),
-        QStringLiteral("GetSyncSettings"), QStringLiteral("ListReaderSubscriptions"), QStringLiteral("Log"),
-        QStringLiteral("RequestPreview")};
+    static const QSet<QString> reads = {QStringLiteral("GetItemBag"),
+                                        QStringLiteral("GetItemBags"),
+                                        QStringLiteral("ListConsumerItems"),
+                                        QStringLiteral("GetSettings"),
+                                        QStringLiteral("CreateItemRequest"),
+                                        QStringLiteral("BagToText"),
+                                        QStringLiteral("GetSyncSettings"),
+                                        QStringLiteral("ListReaderSubscriptions"),
+                                        QStringLiteral("Log"),
+                                        QStringLiteral("RequestPreview")};
     return reads.contains(operation);
 }
 } // namespace

@@ -45,7 +45,8 @@ ArticleStore::Stored ArticleStore::store(qint32 subscriptionId, const ParsedFeed
         known.insert(keys.at(i)); // a feed that repeats an item stores it once
         const Article article = Article::fromParsed(feed.items.at(i));
         if (const qint64 articleId = insert(subscriptionId, article, fetchedAt)) {
-            if (const auto oldest = m_oldest.find(subscriptionId); oldest != m_oldest.end() && fetchedAt < *oldest)
+            if (const auto oldest = m_oldest.find(subscriptionId);
+                oldest != m_oldest.end() && fetchedAt < *oldest)
                 *oldest = fetchedAt; // a clock set back
             ++stored.added;
             stored.newEnclosures += insertEnclosures(articleId, article.enclosures);
@@ -119,8 +120,9 @@ int ArticleStore::purge(qint32 subscriptionId, const QDateTime &readCutoff, cons
         return 0;
     // One pass: the deleted keys come back and are remembered only when there are any.
     const auto deleted = m_db.select(
-        QStringLiteral("DELETE FROM articles WHERE subscription_id = ?"
-                       " AND ((is_read = 1 AND fetched_at < ?) OR (is_read = 0 AND fetched_at < ?)) RETURNING guid"),
+        QStringLiteral(
+            "DELETE FROM articles WHERE subscription_id = ?"
+            " AND ((is_read = 1 AND fetched_at < ?) OR (is_read = 0 AND fetched_at < ?)) RETURNING guid"),
         binds, "deleting old articles");
     m_oldest.remove(subscriptionId); // looked up again next time
     if (deleted.isEmpty())
@@ -152,10 +154,12 @@ QString ArticleStore::oldestStored(qint32 subscriptionId)
 {
     if (const auto known = m_oldest.constFind(subscriptionId); known != m_oldest.cend())
         return *known;
-    const auto rows = m_db.select(QStringLiteral("SELECT MIN(fetched_at) FROM articles WHERE subscription_id = ?"),
-                                  {subscriptionId}, "finding the oldest article");
+    const auto rows =
+        m_db.select(QStringLiteral("SELECT MIN(fetched_at) FROM articles WHERE subscription_id = ?"),
+                    {subscriptionId}, "finding the oldest article");
     // No articles: nothing to delete until one is stored, which needs no entry (a null text).
-    const QString oldest = rows.isEmpty() || rows.first().at(0).isNull() ? QString() : rows.first().at(0).toString();
+    const QString oldest =
+        rows.isEmpty() || rows.first().at(0).isNull() ? QString() : rows.first().at(0).toString();
     if (!oldest.isEmpty())
         m_oldest.insert(subscriptionId, oldest);
     return oldest;

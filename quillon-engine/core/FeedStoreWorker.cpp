@@ -19,7 +19,10 @@ QString itemsText(qsizetype count)
 
 struct FeedStoreWorker::Stores
 {
-    explicit Stores(const QString &path) : db(path), subscriptions(db), articles(db), settings(db) { db.open(); }
+    explicit Stores(const QString &path) : db(path), subscriptions(db), articles(db), settings(db)
+    {
+        db.open();
+    }
 
     EngineDatabase db;
     SubscriptionStore subscriptions;
@@ -39,7 +42,8 @@ FeedStoreWorker::~FeedStoreWorker()
 {
     m_stopping = true;
     // The connection belongs to the worker's thread and is closed there.
-    QMetaObject::invokeMethod(&m_context, [this]() { m_stores.reset(); }, Qt::BlockingQueuedConnection);
+    QMetaObject::invokeMethod(
+        &m_context, [this]() { m_stores.reset(); }, Qt::BlockingQueuedConnection);
     m_thread.quit();
     m_thread.wait();
 }
@@ -50,7 +54,8 @@ void FeedStoreWorker::post(Work work)
     m_waiting.push_back(std::move(work));
     if (std::exchange(m_drainPosted, true))
         return;
-    QMetaObject::invokeMethod(&m_context, [this]() { drain(); }, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(
+        &m_context, [this]() { drain(); }, Qt::QueuedConnection);
 }
 
 void FeedStoreWorker::drain()
@@ -91,7 +96,8 @@ QList<FeedStoreWorker::Outcome> FeedStoreWorker::runBatch(const QList<Work> &bat
                 outcomes.append(work.run(s));
                 transaction.commit();
             } catch (const std::exception &single) {
-                qCWarning(lcCore) << "cannot store subscription" << work.failed.subscriptionId << single.what();
+                qCWarning(lcCore) << "cannot store subscription" << work.failed.subscriptionId
+                                  << single.what();
                 Outcome failed = work.failed;
                 if (failed.status.isEmpty())
                     failed.status = QStringLiteral("Error: ") + QString::fromLocal8Bit(single.what());
@@ -103,7 +109,8 @@ QList<FeedStoreWorker::Outcome> FeedStoreWorker::runBatch(const QList<Work> &bat
         // Once the media consumer holds an answer for the subscription, nobody needs asking.
         if (outcome.promptForDownload && m_stores)
             outcome.promptForDownload = !m_stores->settings.value(
-                QStringLiteral("MEDIACONSUMER"), QStringLiteral("SubscriptionSpecifics_%1").arg(outcome.subscriptionId),
+                QStringLiteral("MEDIACONSUMER"),
+                QStringLiteral("SubscriptionSpecifics_%1").arg(outcome.subscriptionId),
                 QStringLiteral("EnableAutoDownload"));
     }
     return outcomes;
@@ -131,8 +138,9 @@ void FeedStoreWorker::recordStatus(qint32 subscriptionId, const Plan &plan, cons
     post({[subscriptionId, plan, outcome](Stores &s) {
               // A subscription removed meanwhile has no row left to change, so nothing is written.
               purgeOld(s, subscriptionId, plan);
-              s.subscriptions.recordFetch(subscriptionId, {outcome.status, plan.now,
-                                                           plan.now.addSecs(plan.frequency), false, {}, {}});
+              s.subscriptions.recordFetch(
+                  subscriptionId,
+                  {outcome.status, plan.now, plan.now.addSecs(plan.frequency), false, {}, {}});
               return outcome;
           },
           outcome});
@@ -150,9 +158,9 @@ FeedStoreWorker::Outcome FeedStoreWorker::store(Stores &s, qint32 subscriptionId
     purgeOld(s, subscriptionId, plan);
     const QString status = statusOf(feed, stored.added);
     // A document read only in part is fetched whole next time.
-    s.subscriptions.recordFetch(subscriptionId,
-                                {status, plan.now, plan.now.addSecs(plan.frequency), true,
-                                 feed.ok() ? result.etag : QString(), feed.ok() ? result.lastModified : QString()});
+    s.subscriptions.recordFetch(subscriptionId, {status, plan.now, plan.now.addSecs(plan.frequency), true,
+                                                 feed.ok() ? result.etag : QString(),
+                                                 feed.ok() ? result.lastModified : QString()});
     // Asked only if the media consumer holds no answer yet; that is looked up after the commit.
     return {subscriptionId, status, stored.newEnclosures > 0, false};
 }

@@ -56,7 +56,8 @@ public:
     void storeFeed(qint32 subscriptionId, const Plan &plan, FetchResult result, ParsedFeed feed);
     // An update that brought no document: status, dates and age deletion. loginRequired is
     // passed on in the report, so the request for a login follows the commit.
-    void recordStatus(qint32 subscriptionId, const Plan &plan, const QString &status, bool loginRequired = false);
+    void recordStatus(qint32 subscriptionId, const Plan &plan, const QString &status,
+                      bool loginRequired = false);
 
     // "OK: 20 items, 3 new", or the parse error and what was kept.
     [[nodiscard]] static QString statusOf(const ParsedFeed &feed, int added);
@@ -82,7 +83,7 @@ private:
     QString m_databasePath;
     Report m_report;
     QThread m_thread;
-    QObject m_context; // lives on m_thread; work is posted to it
+    QObject m_context;                // lives on m_thread; work is posted to it
     std::unique_ptr<Stores> m_stores; // made and destroyed on m_thread
     std::atomic_bool m_stopping = false;
     QMutex m_mutex; // guards the two below

@@ -19,15 +19,16 @@ FeedUpdater::FeedUpdater(const QString &databasePath, SubscriptionStore &subscri
       m_messenger(std::move(messenger)), m_clock(clock), m_finished(std::move(finished))
 {
     // Reports come from the store's thread and are handled on this one, in the order committed.
-    m_store = std::make_unique<FeedStoreWorker>(databasePath, [this](const QList<FeedStoreWorker::Outcome> &outcomes) {
-        QMetaObject::invokeMethod(
-            this,
-            [this, outcomes]() {
-                for (const FeedStoreWorker::Outcome &outcome : outcomes)
-                    stored(outcome);
-            },
-            Qt::QueuedConnection);
-    });
+    m_store = std::make_unique<FeedStoreWorker>(
+        databasePath, [this](const QList<FeedStoreWorker::Outcome> &outcomes) {
+            QMetaObject::invokeMethod(
+                this,
+                [this, outcomes]() {
+                    for (const FeedStoreWorker::Outcome &outcome : outcomes)
+                        stored(outcome);
+                },
+                Qt::QueuedConnection);
+        });
 }
 
 FeedUpdater::~FeedUpdater()
@@ -65,7 +66,11 @@ void FeedUpdater::begin(qint32 subscriptionId)
     if (!info) {
         // Removed while it waited; answered from the event loop like every other update.
         QMetaObject::invokeMethod(
-            this, [this, subscriptionId]() { stored({subscriptionId, {}, false, false}); }, Qt::QueuedConnection);
+            this,
+            [this, subscriptionId]() {
+                stored({subscriptionId, {}, false, false});
+            },
+            Qt::QueuedConnection);
         return;
     }
     const FeedStoreWorker::Plan plan{m_defaults.deleteReadAge(info->deleteRead),
@@ -86,7 +91,8 @@ void FeedUpdater::begin(qint32 subscriptionId)
     });
 }
 
-void FeedUpdater::fetched(qint32 subscriptionId, const FeedStoreWorker::Plan &fetchPlan, const FetchResult &result)
+void FeedUpdater::fetched(qint32 subscriptionId, const FeedStoreWorker::Plan &fetchPlan,
+                          const FetchResult &result)
 {
     FeedStoreWorker::Plan plan = fetchPlan;
     plan.now = m_clock();

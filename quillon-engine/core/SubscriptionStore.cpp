@@ -140,8 +140,9 @@ QHash<qint32, BagPtr> SubscriptionStore::itemBags(const QList<qint32> &ids)
     for (const qint32 id : ids)
         texts.append(QString::number(id));
     // One statement for all: JSON numbers, read by json_each.
-    const auto rows = m_db.select(kSelectBags, {QLatin1Char('[') + texts.join(QLatin1Char(',')) + QLatin1Char(']')},
-                                  "reading subscriptions");
+    const auto rows =
+        m_db.select(kSelectBags, {QLatin1Char('[') + texts.join(QLatin1Char(',')) + QLatin1Char(']')},
+                    "reading subscriptions");
     QHash<qint32, BagPtr> bags;
     bags.reserve(rows.size());
     for (const auto &row : rows)

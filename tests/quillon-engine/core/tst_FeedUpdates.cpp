@@ -1,4 +1,3 @@
-#include <algorithm>
 #include "EngineFixture.h"
 #include "HttpFeedFetcher.h"
 #include "LocalHttpServer.h"
@@ -6,6 +5,8 @@
 #include <QSignalSpy>
 #include <QSqlDatabase>
 #include <QSqlQuery>
+
+#include <algorithm>
 
 using namespace quillon;
 
