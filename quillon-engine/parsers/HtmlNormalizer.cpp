@@ -3,6 +3,8 @@
 #include "HtmlEntities.h"
 #include "LinkResolver.h"
 
+#include <QSet>
+
 #include <algorithm>
 
 namespace quillon {
@@ -55,9 +57,12 @@ constexpr QStringView kUnsafeStyle[] = {u"\\",       u"/*",      u"expression", 
                                         u"vbscript", u"data:",   u"url(",       u"image(",
                                         u"behavior", u"binding", u"@import",    u"&#"};
 
-template <size_t N> bool isOneOf(QStringView name, const QStringView (&set)[N])
+// One hash per table, made on first use: every tag and attribute is looked up in these, and a
+// scan of the longer ones (80 names) cost more than the rest of the tag's handling.
+template <const auto &Set> bool isOneOf(QStringView name)
 {
-    return std::any_of(std::begin(set), std::end(set), [name](QStringView s) { return name == s; });
+    static const QSet<QStringView> names(std::begin(Set), std::end(Set));
+    return names.contains(name);
 }
 
 bool isAsciiLetter(QChar c)
@@ -162,7 +167,7 @@ QString schemeOf(QStringView value)
 bool isSafeUri(QStringView value)
 {
     const QString scheme = schemeOf(value);
-    return scheme.isEmpty() || isOneOf(scheme, kAllowedSchemes);
+    return scheme.isEmpty() || isOneOf<kAllowedSchemes>(scheme);
 }
 
 bool isSafeStyle(QStringView value)
@@ -278,7 +283,7 @@ qsizetype HtmlNormalizer::handleEndTag(qsizetype i)
         return escapeLessThan(i);
     }
     const QString name = lowerName(m_in.mid(i + 2, nameEnd - i - 2));
-    if (!isOneOf(name, kVoidElements) && isOneOf(name, kAllowedElements)) {
+    if (!isOneOf<kVoidElements>(name) && isOneOf<kAllowedElements>(name)) {
         m_out.append(u"</");
         m_out.append(name);
         m_out.append(u'>');
@@ -293,15 +298,15 @@ qsizetype HtmlNormalizer::handleStartTag(qsizetype i)
         m_noMoreTags = true;
         return escapeLessThan(i);
     }
-    if (isOneOf(tag.name, kDroppedWithContent)) {
+    if (isOneOf<kDroppedWithContent>(tag.name)) {
         // Gone with everything up to their end tag: code, frames, or text no reader should see.
-        if (tag.selfClosing || isOneOf(tag.name, kVoidElements))
+        if (tag.selfClosing || isOneOf<kVoidElements>(tag.name))
             return tag.end;
         const qsizetype close = m_in.indexOf(QStringLiteral("</") + tag.name, tag.end, Qt::CaseInsensitive);
         const qsizetype past = close < 0 ? -1 : m_in.indexOf(u'>', close);
         return past < 0 ? m_in.size() : past + 1;
     }
-    if (!isOneOf(tag.name, kAllowedElements))
+    if (!isOneOf<kAllowedElements>(tag.name))
         return tag.end; // the tag goes, its text stays
     emitStartTag(tag);
     return tag.end;
@@ -379,7 +384,7 @@ void HtmlNormalizer::emitStartTag(Tag &tag)
         if (attribute.name == previous || !keepAttribute(attribute))
             continue; // the first of duplicates wins, as in browsers
         previous = attribute.name;
-        if (isOneOf(attribute.name, kUriAttributes))
+        if (isOneOf<kUriAttributes>(attribute.name))
             attribute.value = resolved(attribute.value);
         m_out.append(u' ');
         m_out.append(attribute.name);
@@ -387,7 +392,7 @@ void HtmlNormalizer::emitStartTag(Tag &tag)
         appendEscaped(m_out, attribute.value);
         m_out.append(u'"');
     }
-    if (isOneOf(tag.name, kVoidElements)) {
+    if (isOneOf<kVoidElements>(tag.name)) {
         m_out.append(u" />");
     } else if (tag.selfClosing) {
         m_out.append(u"></");
@@ -400,11 +405,11 @@ void HtmlNormalizer::emitStartTag(Tag &tag)
 
 bool HtmlNormalizer::keepAttribute(const Attribute &attribute) const
 {
-    if (!isOneOf(attribute.name, kAllowedAttributes))
+    if (!isOneOf<kAllowedAttributes>(attribute.name))
         return false;
     if (attribute.name == u"style")
         return isSafeStyle(attribute.value);
-    return !isOneOf(attribute.name, kUriAttributes) || isSafeUri(attribute.value);
+    return !isOneOf<kUriAttributes>(attribute.name) || isSafeUri(attribute.value);
 }
 
 QString HtmlNormalizer::resolved(const QString &uri) const
