@@ -25,6 +25,7 @@
 #include <QTextStream>
 
 #include <algorithm>
+#include <cstdio>
 
 using namespace quillon;
 
@@ -191,11 +192,8 @@ QString micro(qint64 ns)
     return QString::number(double(ns) / 1000.0, 'f', 0) + QStringLiteral(" µs");
 }
 
-} // namespace
-
-int main(int argc, char *argv[])
+int run(const QCoreApplication &app)
 {
-    QCoreApplication app(argc, argv);
     const QStringList args = app.arguments();
     const int feeds = args.size() > 1 ? args.at(1).toInt() : 1000;
     const QString script = args.size() > 2 ? args.at(2) : kDefaultFeedScript;
@@ -240,4 +238,18 @@ int main(int argc, char *argv[])
     server.kill();
     server.waitForFinished();
     return 0;
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    QCoreApplication app(argc, argv);
+    // Caught here so that the programs started are stopped on the way out.
+    try {
+        return run(app);
+    } catch (const std::exception &e) {
+        std::fprintf(stderr, "bench_engine_responsive: %s\n", e.what());
+        return 1;
+    }
 }
