@@ -22,6 +22,21 @@
 #include <functional>
 #include <memory>
 
+// The tree as indented lines: two blanks a level, "[x]"/"[ ]" for the check.
+inline QStringList TreeOutline(const CategoryTree &tree, const CategoryNode *parent = nullptr, int level = 0)
+{
+    QStringList lines;
+    const int count = parent ? parent->childCount() : tree.topLevelCount();
+    for (int i = 0; i < count; ++i) {
+        const CategoryNode *node = parent ? parent->child(i) : tree.topLevelNode(i);
+        const QString check =
+            node->image().startsWith(QLatin1String("unc")) ? QStringLiteral("[ ]") : QStringLiteral("[x]");
+        lines << QString(level * 2, QLatin1Char(' ')) + check + QLatin1Char(' ') + node->text();
+        lines << TreeOutline(tree, node, level + 1);
+    }
+    return lines;
+}
+
 // The window's engine client, keeping every binding it sends.
 class BindRecordingClient : public ForwardingSubscribeClient
 {

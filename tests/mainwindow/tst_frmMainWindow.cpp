@@ -19,20 +19,6 @@ using namespace categoriesUtils;
 namespace {
 const QString kConfig = QStringLiteral("CONFIGCONSUMER");
 
-// The tree as indented lines: two blanks a level, "[x]"/"[ ]" for the check.
-QStringList outline(const CategoryTree &tree, const CategoryNode *parent = nullptr, int level = 0)
-{
-    QStringList lines;
-    const int count = parent ? parent->childCount() : tree.topLevelCount();
-    for (int i = 0; i < count; ++i) {
-        const CategoryNode *node = parent ? parent->child(i) : tree.topLevelNode(i);
-        const QString check =
-            node->image().startsWith(QLatin1String("unc")) ? QStringLiteral("[ ]") : QStringLiteral("[x]");
-        lines << QString(level * 2, QLatin1Char(' ')) + check + QLatin1Char(' ') + node->text();
-        lines << outline(tree, node, level + 1);
-    }
-    return lines;
-}
 } // namespace
 
 class tst_frmMainWindow : public QObject
@@ -159,7 +145,7 @@ void tst_frmMainWindow::loadPlacesSubscriptionsUnderTheirCategories()
                        "Front page");
     f->open();
 
-    QCOMPARE(outline(f->window->Tree()),
+    QCOMPARE(TreeOutline(f->window->Tree()),
              QStringList({"[ ] Front page", "[ ] News", "  [ ] Daily", "  [x] Tech", "    [x] Mobile",
                           "      [x] Phones", "[x] Sports", "  [ ] Alpha"}));
     QCOMPARE(node("News")->key(), QStringLiteral("cat_7"));
@@ -246,7 +232,7 @@ void tst_frmMainWindow::newCategoriesAreNamedInSequence()
         button("cmdNewCategory")->click();
         QVERIFY(view()->IsEditingLabel());
     }
-    QCOMPARE(outline(f->window->Tree()), QStringList({"[x] News", "  [ ] Feed", "  [x] New Category",
+    QCOMPARE(TreeOutline(f->window->Tree()), QStringList({"[x] News", "  [ ] Feed", "  [x] New Category",
                                                       "  [x] New Category (1)", "  [x] New Category (2)"}));
     // Beside a selected subscription means under its category; the saved tree has them all.
     QVERIFY(f->window->SelectRowByID(1));
