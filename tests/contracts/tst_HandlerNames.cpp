@@ -11,6 +11,7 @@
 #include "frmAddSubscription.h"
 #include "frmMainWindow.h"
 #include "frmPreviewSubscription.h"
+#include "OpmlImport.h"
 
 #include <QMetaMethod>
 #include <QTest>
@@ -84,6 +85,7 @@ void HandlerNamesTest::everyTargetOffersTheHandlersItIsSent()
              QStringList());
     QCOMPARE(MissingHandlers(frmPreviewSubscription::staticMetaObject, {std::make_shared<CBPreviewSub>()}),
              QStringList());
+    QCOMPARE(MissingHandlers(DefaultFeedsRequest::staticMetaObject, {std::make_shared<CBSubOPML>()}), QStringList());
 }
 
 void HandlerNamesTest::aMissingOrMisshapenHandlerIsReported()
