@@ -61,10 +61,10 @@ int main(int argc, char *argv[])
     std::unique_ptr<MailStore> store;
     if (parser.isSet(imap)) {
         // user@host[:port]; the last '@' separates, since a user name may hold one.
-        const QString spec = parser.value(imap);
+        const QString given = parser.value(imap);
         ImapSession::Account account;
-        account.user = spec.section(QLatin1Char('@'), 0, -2);
-        const QString hostPort = spec.section(QLatin1Char('@'), -1);
+        account.user = given.section(QLatin1Char('@'), 0, -2);
+        const QString hostPort = given.section(QLatin1Char('@'), -1);
         account.host = hostPort.section(QLatin1Char(':'), 0, 0);
         account.tls = parser.isSet(imapTls);
         account.port = quint16(hostPort.contains(QLatin1Char(':')) ? hostPort.section(QLatin1Char(':'), 1).toUInt()
