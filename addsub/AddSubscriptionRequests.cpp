@@ -8,6 +8,7 @@
 #include "HandleGuard.h"
 #include "HandlerNames.h"
 #include "PropertyBag.h"
+#include "SubscriptionSettingsStore.h"
 
 using EngineNames::kNewsClass;
 using quillon::Handle;
@@ -82,17 +83,7 @@ QList<std::pair<QString, QString>> AddSubscriptionRequests::ReadRootRows(Handle 
 
 QList<SearchSource> AddSubscriptionRequests::ReadSearchSources(Handle answer) const
 {
-    QList<SearchSource> sources;
-    HandleGuard result(*m_client, m_client->GetHandleValue(answer, QStringLiteral("Result")));
-    HandleGuard list(*m_client, result.isValid()
-                                    ? m_client->GetHandleValue(result.get(), QStringLiteral("SEARCHSOURCES"))
-                                    : Handle(0));
-    for (qint32 i = 0, n = list.isValid() ? m_client->ListCount(list.get()) : 0; i < n; ++i) {
-        HandleGuard bag(*m_client, m_client->ListHandle(list.get(), i));
-        const auto text = [&](const char *name) { return m_client->GetStringValue(bag.get(), QLatin1String(name)); };
-        sources << SearchSource{text("guid"), text("title"), text("defaultLimit"), text("minLimit"), text("maxLimit")};
-    }
-    return sources;
+    return SubscriptionSettingsStore(*m_client).ReadSearchSources(answer);
 }
 
 QList<ImportTab::Source> AddSubscriptionRequests::ReadImportSources(Handle answer) const

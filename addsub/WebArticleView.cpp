@@ -49,10 +49,9 @@ QWebEngineProfile *articleProfile()
 
 WebArticleView::WebArticleView(QWidget *parent) : ArticleView(parent)
 {
-    m_profile = articleProfile();
     m_view = new QWebEngineView(parent);
     m_view->setObjectName(QStringLiteral("webArticle"));
-    m_view->setPage(new QWebEnginePage(m_profile, m_view));
+    m_view->setPage(new QWebEnginePage(articleProfile(), m_view));
     connect(m_view, &QWebEngineView::loadFinished, this,
             [this](bool ok) { Q_EMIT NavigationComplete(m_view->url(), ok); });
 }

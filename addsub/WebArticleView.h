@@ -2,7 +2,6 @@
 
 #include "ArticleView.h"
 
-class QWebEngineProfile;
 class QWebEngineView;
 
 // The article view on the embedded web engine. Feed HTML is untrusted: scripts never run,
@@ -23,6 +22,5 @@ public:
     static void PrepareProcess();
 
 private:
-    QWebEngineProfile *m_profile;
     QWebEngineView *m_view;
 };

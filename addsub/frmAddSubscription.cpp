@@ -99,7 +99,7 @@ void frmAddSubscription::Initialize(const QStringList &categories)
     m_requests = std::make_unique<AddSubscriptionRequests>(GetClient());
     for (QComboBox *box : {&m_urlTab->Categories(), &m_browseTab->Categories(), &m_searchTab->Categories(),
                            &m_importTab->Categories()})
-        CategoryChoices::Fill(*box, categories);
+        CategoryChoices::Fill(*box, categories); // once: the categories do not change while it is open
     ui->tabController->setCurrentIndex(UrlTab);
     UpdateOkCaption();
 }
@@ -313,7 +313,6 @@ void frmAddSubscription::EnterDirectoryTab()
         m_rootLoaded = true;
         m_requests->RequestRootList(this);
     }
-    CategoryChoices::Fill(m_browseTab->Categories(), m_categories);
     m_browseTab->UseCategory().setChecked(CategoryChoiceWanted(kBrowsePref));
 }
 
@@ -399,17 +398,12 @@ void frmAddSubscription::EnterImportTab()
     m_importTab->List().Clear();
     m_pending.Reset();
     m_requests->RequestImportSources(this);
-    CategoryChoices::Fill(m_importTab->Categories(), m_categories);
     m_importTab->UseCategory().setChecked(CategoryChoiceWanted(kImportPref));
 }
 
 void frmAddSubscription::EventImportSourcesCallback(qint32 answer)
 {
-    QList<ImportTab::Source> readers = m_requests->ReadImportSources(answer);
-    const int current = ui->tabController->currentIndex() == ImportTabIndex ? 0 : -1;
-    m_importTab->SetSources(readers);
-    if (current == 0)
-        m_importTab->SelectSource(0);
+    m_importTab->SetSources(m_requests->ReadImportSources(answer)); // the file source comes first
 }
 
 void frmAddSubscription::LoadImportSource()

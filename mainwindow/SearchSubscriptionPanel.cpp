@@ -1,6 +1,7 @@
 #include "SearchSubscriptionPanel.h"
 
-#include "CBSearchSources.h"
+#include "CBNamedAnswer.h"
+#include "HandlerNames.h"
 #include "SubscriptionSettingsStore.h"
 #include "TimeField.h"
 #include "editorLogging.h"
@@ -68,7 +69,7 @@ void SearchSubscriptionPanel::Load(const QString &url)
 
 void SearchSubscriptionPanel::RequestSources()
 {
-    auto callback = std::make_shared<CBSearchSources>();
+    auto callback = std::make_shared<CBNamedAnswer>(HandlerNames::EventSearchSourcesCallback);
     callback->Setup(this);
     m_sourcesCallback = callback;
     try {

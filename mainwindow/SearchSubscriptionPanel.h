@@ -9,7 +9,7 @@
 #include <memory>
 #include <optional>
 
-class CBSearchSources;
+class CBNamedAnswer;
 
 namespace Ui {
 class SearchSubscriptionPanel;
@@ -55,6 +55,6 @@ private:
     quillon::SubscribeClientPtr m_client;
     SearchUrl m_loaded;
     QList<SearchSource> m_sources;
-    std::shared_ptr<CBSearchSources> m_sourcesCallback;
+    std::shared_ptr<CBNamedAnswer> m_sourcesCallback;
     bool m_loading = false;
 };

@@ -3,7 +3,6 @@
 #include "CBNamedAnswer.h"
 #include "CBPreviewSub.h"
 #include "CBRootOPML.h"
-#include "CBSearchSources.h"
 #include "CBSubOPML.h"
 #include "CBUpdateSub.h"
 #include "HandlerNames.h"
@@ -76,7 +75,7 @@ void HandlerNamesTest::everyTargetOffersTheHandlersItIsSent()
                               std::make_shared<CBUpdateSub>()}),
              QStringList());
     QCOMPARE(
-        MissingHandlers(SearchSubscriptionPanel::staticMetaObject, {std::make_shared<CBSearchSources>()}),
+        MissingHandlers(SearchSubscriptionPanel::staticMetaObject, {std::make_shared<CBNamedAnswer>(HandlerNames::EventSearchSourcesCallback)}),
         QStringList());
     QCOMPARE(MissingHandlers(frmAddSubscription::staticMetaObject,
                              {std::make_shared<CBRootOPML>(), std::make_shared<CBSubOPML>(),

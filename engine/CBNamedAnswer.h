@@ -2,7 +2,8 @@
 
 #include "CBBase.h"
 
-// The answer to a list request, forwarded to the handler the asker names.
+// The answer to a request, forwarded to the handler the asker names (the search sources, the
+// import sources).
 class CBNamedAnswer final : public CBBase
 {
 public:
