@@ -60,12 +60,11 @@ class tst_FeedUpdates : public QObject
 
 private:
     // Waits until the engine has finished count more updates; returns the last status.
-    QString waitForUpdates(int count = 1);
+    QString waitForUpdates(int count = 1) { return m_engine->waitForUpdates(count); }
     QString url(const QString &path) const { return m_server.url(path).toString(); }
     void setArticleRead(const QString &guid);
 
     std::unique_ptr<EngineFixture> m_engine;
-    std::unique_ptr<QSignalSpy> m_updates;
     LocalHttpServer m_server;
     QDateTime m_now;
 
@@ -90,24 +89,13 @@ void tst_FeedUpdates::init()
     m_engine = std::make_unique<EngineFixture>();
     QVERIFY(m_engine->engine.isReady());
     m_now = kStart;
-    m_engine->engine.core().setClock([this]() { return m_now; });
-    m_updates = std::make_unique<QSignalSpy>(&m_engine->engine.core(), &EngineCore::subscriptionUpdated);
-    m_engine->engine.core().startUpdating();
+    m_engine->startUpdating([this]() { return m_now; });
 }
 
 void tst_FeedUpdates::cleanup()
 {
     QCOMPARE(m_engine->client->LiveHandleCount(), 0);
-    m_updates.reset();
     m_engine.reset();
-}
-
-QString tst_FeedUpdates::waitForUpdates(int count)
-{
-    const qsizetype target = m_updates->size() + count;
-    if (!QTest::qWaitFor([&]() { return m_updates->size() >= target; }, 20000))
-        return QStringLiteral("(timed out)");
-    return m_updates->at(target - 1).at(1).toString();
 }
 
 void tst_FeedUpdates::setArticleRead(const QString &guid)
@@ -352,10 +340,10 @@ void tst_FeedUpdates::schedulerHandsOutEachDueSubscriptionOnce()
 
     // An update ends after its store commits, from the event loop; the clock moves on after that.
     const auto endedSince = [this](qint32 id, qsizetype seen) {
-        return std::any_of(m_updates->cbegin() + seen, m_updates->cend(),
+        return std::any_of(m_engine->updates->cbegin() + seen, m_engine->updates->cend(),
                            [id](const QList<QVariant> &update) { return update.at(0).toInt() == id; });
     };
-    qsizetype seen = m_updates->size();
+    qsizetype seen = m_engine->updates->size();
     m_engine->update(second, {{"UPDATEFREQ", "600"}});
     QTRY_COMPARE(fetcher->urls.size(), 4);
     fetcher->answerAll(FetchResult::Outcome::NotModified);
@@ -375,7 +363,7 @@ void tst_FeedUpdates::schedulerHandsOutEachDueSubscriptionOnce()
     fetcher->answerAll(FetchResult::Outcome::NotModified);
     QTRY_COMPARE(fetcher->urls.size(), 7);
     QCOMPARE(fetcher->urls.last(), m_server.url("/two"));
-    seen = m_updates->size();
+    seen = m_engine->updates->size();
     fetcher->answerAll(FetchResult::Outcome::NotModified);
     QTRY_VERIFY(endedSince(second, seen));
 
