@@ -28,7 +28,6 @@ void OpenAddSubscription(QWidget *owner, const QString &importPath)
     if (!importPath.isEmpty())
         wizard.USMImportOPMLFile(importPath);
     wizard.exec();
-    wizard.Dispose();
 }
 
 MainWindowEntryPoints EntryPoints()
