@@ -80,6 +80,11 @@ void EngineCore::setFeedFetcher(std::unique_ptr<FeedFetcher> fetcher)
     d->fetcher = std::move(fetcher);
 }
 
+void EngineCore::setSecretKeyring(std::unique_ptr<SecretKeyring> keyring)
+{
+    d->keyring = std::move(keyring);
+}
+
 void EngineCore::setClock(std::function<QDateTime()> clock)
 {
     d->now = std::move(clock);

@@ -16,6 +16,7 @@ namespace quillon {
 
 class EngineCorePrivate;
 class FeedFetcher;
+class SecretKeyring;
 
 // The engine itself: subscriptions, bindings, settings, log and the consumers connected to it,
 // kept in SQLite below a data folder. Transports open one session per client and run the
@@ -56,6 +57,9 @@ public:
     [[nodiscard]] QString quillonDataFolder() const;
     // Replaces the fetcher, before anything is fetched (tests).
     void setFeedFetcher(std::unique_ptr<FeedFetcher> fetcher);
+    // Keeps passwords in this keyring from the next open() on, the database holding only a
+    // marker for each; without one they stay in the private database.
+    void setSecretKeyring(std::unique_ptr<SecretKeyring> keyring);
     // Replaces the clock that schedules and dates everything (tests).
     void setClock(std::function<QDateTime()> clock);
 

@@ -102,6 +102,7 @@ void EngineCorePrivate::open()
     m_subscriptions->moveLoginsOutOfAddresses();
     m_bindings = std::make_unique<BindingStore>(*db);
     m_settings = std::make_unique<SettingsStore>(*db);
+    openVault(*db);
     m_log = std::make_unique<EngineLog>(*db, folder.filePath(QStringLiteral("engine.log")));
     m_requests = std::make_unique<RequestProcessor>(*m_subscriptions, *m_bindings, m_outbox);
     m_articles = std::make_unique<ArticleStore>(*db);
@@ -109,6 +110,19 @@ void EngineCorePrivate::open()
     m_defaults->seed();
     m_db = std::move(db);
     createFetching();
+}
+
+void EngineCorePrivate::openVault(EngineDatabase &db)
+{
+    m_vault = std::make_unique<SecretVault>(db, std::move(keyring));
+    QString error;
+    if (!m_vault->load(&error)) {
+        qCWarning(lcCore, "The passwords in the desktop keyring cannot be read (%s); new ones stay in the "
+                          "private database", qPrintable(error));
+        m_vault = std::make_unique<SecretVault>(db, nullptr);
+    }
+    m_subscriptions->setVault(m_vault.get());
+    m_settings->setVault(m_vault.get());
 }
 
 void EngineCorePrivate::createFetching()
@@ -202,9 +216,11 @@ PropertyValue EngineCorePrivate::call(SessionId session, const QString &operatio
         result = run(*it, Call{session, arguments});
     }
     m_outbox.flush(sessions);
-    // An add or a changed subscription may be due now.
+    // An add or a changed subscription may be due now, and it may carry a password.
     if (it->writes && m_scheduler)
         m_scheduler->poke();
+    if (it->writes)
+        m_vault->changed();
     return result;
 }
 

@@ -20,6 +20,8 @@
 #include "ReaderImporterRegistry.h"
 #include "RequestProcessor.h"
 #include "SessionTable.h"
+#include "SecretKeyring.h"
+#include "SecretVault.h"
 #include "SettingsStore.h"
 #include "SubscriptionStore.h"
 
@@ -51,6 +53,8 @@ public:
     ReaderImporterRegistry importers = ReaderImporterRegistry::withKnownReaders();
     // Components hold a reference to this pointer, so the fetcher can be replaced (tests).
     std::unique_ptr<FeedFetcher> fetcher;
+    // Taken by the vault when the store opens.
+    std::unique_ptr<SecretKeyring> keyring;
     // Told of every finished update (the core's signal).
     std::function<void(qint32 subscriptionId, const QString &status)> updated;
 
@@ -91,6 +95,7 @@ private:
     PropertyValue bagToText(const Call &call);
 
     static const QHash<QString, Operation> &operations();
+    void openVault(EngineDatabase &db);
     void createFetching();
     [[nodiscard]] EngineMessenger messenger();
     void updateFinished(qint32 subscriptionId, const QString &status);
@@ -109,6 +114,7 @@ private:
     std::unique_ptr<DeliveryRequests> m_delivery;
     std::unique_ptr<FeedUpdater> m_updater;
     std::unique_ptr<FeedScheduler> m_scheduler;
+    std::unique_ptr<SecretVault> m_vault;
     Outbox m_outbox;
     qint32 m_lastRequest = 0;
     int m_callDepth = 0;

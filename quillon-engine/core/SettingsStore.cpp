@@ -1,6 +1,7 @@
 #include "SettingsStore.h"
 
 #include "EngineDatabase.h"
+#include "SecretVault.h"
 
 namespace quillon {
 
@@ -12,7 +13,8 @@ std::optional<QString> SettingsStore::value(const QString &consumerId, const QSt
         {consumerId, section, key}, "reading a setting");
     if (rows.isEmpty())
         return std::nullopt;
-    return rows.first().value(0).toString();
+    const QString stored = rows.first().value(0).toString();
+    return m_vault ? m_vault->reveal(stored, SecretVault::settingName(consumerId, section, key)) : stored;
 }
 
 void SettingsStore::setValue(const QString &consumerId, const QString &section, const QString &key,

@@ -7,6 +7,7 @@
 namespace quillon {
 
 class EngineDatabase;
+class SecretVault;
 
 // Text settings addressed by consumer ID, section and key; names match without regard to case,
 // as registry names do.
@@ -14,6 +15,8 @@ class SettingsStore
 {
 public:
     explicit SettingsStore(EngineDatabase &db) : m_db(db) {}
+    // Where passwords moved out of the database are read back.
+    void setVault(const SecretVault *vault) { m_vault = vault; }
 
     [[nodiscard]] std::optional<QString> value(const QString &consumerId, const QString &section,
                                                const QString &key);
@@ -25,6 +28,7 @@ public:
 
 private:
     EngineDatabase &m_db;
+    const SecretVault *m_vault = nullptr;
 };
 
 } // namespace quillon

@@ -3,6 +3,7 @@
 #include "CoreLogging.h"
 #include "EngineDatabase.h"
 #include "EngineError.h"
+#include "SecretVault.h"
 #include "SubscriptionFields.h"
 
 #include <QUrl>
@@ -27,6 +28,7 @@ const QString kBagColumns =
                    " FROM subscriptions s");
 const QString kSelectBag = kBagColumns + QStringLiteral(" WHERE s.id = ?");
 const QString kSelectBags = kBagColumns + QStringLiteral(" WHERE s.id IN (SELECT value FROM json_each(?))");
+constexpr int kPasswordColumn = 4;
 constexpr int kReadCountColumn = 11;
 constexpr int kFolderTitleColumn = 13;
 constexpr int kHasFreeColumn = 14;
@@ -160,6 +162,8 @@ BagPtr SubscriptionStore::bagFromRow(const EngineDatabase::Row &row)
         if (!row.at(i).isNull())
             bag->set(fields.at(i).name, SubscriptionFields::fromColumn(row.at(i)));
     }
+    if (!row.at(kPasswordColumn).isNull())
+        bag->setText(QStringLiteral("PASSWORD"), password(id, row.at(kPasswordColumn)));
     bag->setLong(QStringLiteral("ITEMREADCOUNT"), row.at(kReadCountColumn).toInt());
     bag->setLong(QStringLiteral("ITEMUNREADCOUNT"), row.at(kReadCountColumn + 1).toInt());
     if (row.at(kHasFreeColumn).toBool())
@@ -167,6 +171,12 @@ BagPtr SubscriptionStore::bagFromRow(const EngineDatabase::Row &row)
     if (!row.at(kFolderTitleColumn).isNull())
         bag->setText(QStringLiteral("FOLDERTITLE"), row.at(kFolderTitleColumn).toString());
     return bag;
+}
+
+QString SubscriptionStore::password(qint64 id, const QVariant &stored) const
+{
+    const QString text = stored.toString();
+    return m_vault ? m_vault->reveal(text, SecretVault::subscriptionName(id)) : text;
 }
 
 void SubscriptionStore::appendFreeProperties(qint32 id, PropertyBag &bag)
@@ -264,7 +274,7 @@ std::optional<SubscriptionStore::FetchInfo> SubscriptionStore::fetchInfo(qint32 
     return FetchInfo{row.at(0).toString(),
                      row.at(1).toString(),
                      row.at(2).toString(),
-                     row.at(3).toString(),
+                     password(id, row.at(3)),
                      row.at(4).toString(),
                      row.at(5).toString(),
                      number(6),

@@ -11,6 +11,7 @@
 namespace quillon {
 
 class EngineDatabase;
+class SecretVault;
 
 // The "NEWS" subscriptions: their own columns, free properties and article counts.
 class SubscriptionStore
@@ -46,6 +47,8 @@ public:
     };
 
     explicit SubscriptionStore(EngineDatabase &db) : m_db(db) {}
+    // Where passwords moved out of the database are read back.
+    void setVault(const SecretVault *vault) { m_vault = vault; }
 
     // Takes TITLE, URL, CATEGORY, USER and PASSWORD from an add request; returns the new ID.
     qint32 create(const PropertyBag &request, const QDateTime &now);
@@ -84,7 +87,10 @@ private:
     void appendFreeProperties(qint32 id, PropertyBag &bag);
     [[nodiscard]] BagPtr bagFromRow(const QVariantList &row);
 
+    [[nodiscard]] QString password(qint64 id, const QVariant &stored) const;
+
     EngineDatabase &m_db;
+    const SecretVault *m_vault = nullptr;
 };
 
 } // namespace quillon

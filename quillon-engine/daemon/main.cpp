@@ -1,3 +1,4 @@
+#include "DesktopKeyring.h"
 #include "EngineCore.h"
 #include "EngineServer.h"
 #include "EngineSocketName.h"
@@ -155,6 +156,7 @@ int main(int argc, char *argv[])
     auto core = std::make_unique<EngineCore>(options.dataDir);
     if (!options.quillonData.isEmpty())
         core->setQuillonDataFolder(options.quillonData);
+    core->setSecretKeyring(desktopKeyring());
     QString error;
     auto server = std::make_unique<EngineServer>(core.get());
     switch (server->listen(options.socketName, &error)) {

@@ -45,6 +45,13 @@ QString DaemonProcess::freshSocketName()
 
 bool DaemonProcess::start(int timeoutMs)
 {
+    // Tests never write to the desktop keyring of whoever runs them, unless one asks to.
+    QProcessEnvironment env = m_process.processEnvironment();
+    if (env.isEmpty())
+        env = QProcessEnvironment::systemEnvironment();
+    if (!env.contains(QStringLiteral("QUILLON_ENGINE_SECRETS")))
+        env.insert(QStringLiteral("QUILLON_ENGINE_SECRETS"), QStringLiteral("file"));
+    m_process.setProcessEnvironment(env);
     m_process.start(executable(),
                     {QStringLiteral("--data-dir"), m_dir.path(), QStringLiteral("--socket"), m_socketName});
     if (!m_process.waitForStarted(timeoutMs)) {
