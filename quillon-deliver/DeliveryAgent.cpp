@@ -357,11 +357,33 @@ void DeliveryAgent::onRemovals(Handle answer)
     }
 }
 
+void DeliveryAgent::moveToStore(Relocation next)
+{
+    QString error;
+    if (!next.store->open(&error)) {
+        qCWarning(lcDeliver) << "the new mail store cannot be opened:" << error;
+        return;
+    }
+    (void)m_index.save();
+    m_store = std::move(next.store);
+    m_index = DeliveryIndex(next.indexPath);
+    m_index.load();
+    m_readMarks.clear();
+    m_readMarksPolled = false;
+    qCInfo(lcDeliver) << "delivering into" << m_store->describe();
+    m_client->Log(QStringLiteral("Mail delivery now puts messages into %1").arg(m_store->describe()), 1);
+}
+
 void DeliveryAgent::replanFolders()
 {
     if (m_lost)
         return;
     try {
+        // Never in the middle of a batch: its messages belong to the store they were written to.
+        if (m_options.relocate && !m_articles.busy && !m_removals.busy) {
+            if (auto next = m_options.relocate())
+                moveToStore(std::move(*next));
+        }
         const FolderDefaults defaults = m_settings.defaults();
         const QList<qint32> bound = m_settings.boundSubscriptions();
         m_places.clear();

@@ -11,7 +11,9 @@
 #include <QObject>
 #include <QTimer>
 
+#include <functional>
 #include <memory>
+#include <optional>
 
 // The delivery consumer: connects as "OLCONSUMER", takes the articles of its bound
 // subscriptions from the engine in batches, stores each as a message, acknowledges what is
@@ -21,12 +23,20 @@ class DeliveryAgent : public QObject
 {
     Q_OBJECT
 public:
+    // A store the user made while delivery runs, and where its folder index lives.
+    struct Relocation
+    {
+        std::unique_ptr<MailStore> store;
+        QString indexPath;
+    };
     struct Options
     {
         int batchSize = 500;
         int readPollMs = 1000;    // how often the store is looked at for read marks
         int replanMs = 10000;     // how often folder settings are compared with the store
         QString dataFolder;       // QuillonData, for the article template
+        // Asked before each replan, between batches: a new store to deliver into from now on.
+        std::function<std::optional<Relocation>()> relocate;
     };
 
     DeliveryAgent(quillon::SubscribeClientPtr client, std::unique_ptr<MailStore> store, QString indexPath,
@@ -83,6 +93,7 @@ private:
     void followMailProgram(qint32 subscriptionId, const MailStore::Folder &current,
                            const FolderDefaults &defaults, const MailStore::Folder &planned);
     void engineFailed(const std::exception &e);
+    void moveToStore(Relocation next);
 
     quillon::SubscribeClientPtr m_client;
     std::unique_ptr<MailStore> m_store;

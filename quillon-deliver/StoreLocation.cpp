@@ -2,6 +2,7 @@
 
 #include "DeliveryLogging.h"
 #include "DeliverySettings.h"
+#include "MaildirStore.h"
 #include "PropertyBag.h"
 
 #include <QDir>
@@ -43,6 +44,24 @@ QString StoreLocation::resolve(quillon::SubscribeClient &client, const QString &
         qCWarning(lcDeliver) << "the store's settings cannot be read:" << e.what();
         return defaultRoot;
     }
+}
+
+std::function<std::optional<DeliveryAgent::Relocation>()>
+StoreLocation::relocator(quillon::SubscribeClientPtr client, QString defaultRoot, QString current)
+{
+    return [client = std::move(client), defaultRoot = std::move(defaultRoot),
+            current = std::move(current)]() mutable -> std::optional<DeliveryAgent::Relocation> {
+        const QString root = resolve(*client, defaultRoot);
+        if (QFileInfo(root).absoluteFilePath() == QFileInfo(current).absoluteFilePath())
+            return std::nullopt;
+        current = root;
+        return DeliveryAgent::Relocation{std::make_unique<MaildirStore>(root), indexPath(root)};
+    };
+}
+
+QString StoreLocation::indexPath(const QString &root)
+{
+    return QDir(root).filePath(QStringLiteral("quillon-deliver.json"));
 }
 
 bool StoreLocation::moveTree(const QString &from, const QString &to)

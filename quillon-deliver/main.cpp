@@ -78,7 +78,10 @@ int main(int argc, char *argv[])
     }
     // The folder index lives in the Maildir tree, or where the tree would be for IMAP.
     const QString indexPath = parser.isSet(index) ? parser.value(index)
-                              : QDir(parser.isSet(imap) ? root : store->describe()).filePath(QStringLiteral("quillon-deliver.json"));
+                                                  : StoreLocation::indexPath(parser.isSet(imap) ? root : store->describe());
+    // A store the user makes while delivery runs takes over at the next replan.
+    if (!parser.isSet(imap) && !parser.isSet(maildir) && !parser.isSet(index))
+        options.relocate = StoreLocation::relocator(client, root, store->describe());
     DeliveryAgent agent(client, std::move(store), indexPath, options);
     QObject::connect(&agent, &DeliveryAgent::engineLost, &app, [](const QString &reason) {
         std::fprintf(stderr, "quillon-deliver: %s\n", qPrintable(reason));
