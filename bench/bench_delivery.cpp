@@ -1,7 +1,8 @@
 // Mail delivery of N synthetic feeds (20 articles each, gen_feeds.py serve on 127.0.0.1):
 // the engine daemon fetches them while the delivery consumer stores every article in a
-// Maildir; timed from the first subscription (its fetch starts at once) to the last message
-// flushed to disk and acknowledged. rss2email does the same work into a Maildir as the peer.
+// Maildir. The feeds are subscribed beforehand (as the peer imports them before its run);
+// timed from the daemon's start, which fetches everything at once, to the last message flushed
+// to disk and acknowledged. rss2email does the same work into a Maildir as the peer.
 // Usage: bench_delivery [feeds=1000 ...] [--peer] [--script path of gen_feeds.py] [--keep maildir]
 // (--keep delivers into that folder and leaves it there, to be looked at in a mail program.)
 
