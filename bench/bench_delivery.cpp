@@ -4,7 +4,11 @@
 // timed from the daemon's start, which fetches everything at once, to the last message flushed
 // to disk and acknowledged. rss2email does the same work into a Maildir as the peer.
 // Usage: bench_delivery [feeds=1000 ...] [--peer] [--script path of gen_feeds.py] [--keep maildir]
-// (--keep delivers into that folder and leaves it there, to be looked at in a mail program.)
+//                      [--dir base]
+// (--keep delivers into that folder and leaves it there, to be looked at in a mail program.
+// Both deliverers write below --dir, by default the user's data folder where mail lives: on
+// ext4 without a journal a new file skips every inode freed in the last minutes, so a folder
+// that test runs keep filling and emptying, such as /tmp, makes each file many times dearer.)
 
 #include "DaemonProcess.h"
 #include "DeliveryAgent.h"
@@ -19,6 +23,7 @@
 #include <QLoggingCategory>
 #include <QProcess>
 #include <QTemporaryDir>
+#include <QStandardPaths>
 #include <QTextStream>
 #include <QEventLoop>
 #include <QTimer>
@@ -170,6 +175,7 @@ int main(int argc, char *argv[])
     QLoggingCategory::setFilterRules(QStringLiteral("*.debug=false\n*.info=false"));
     QString script = QStringLiteral("/work/shared/bench/gen_feeds.py");
     QString keep;
+    QString base = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation);
     bool peer = false;
     QList<int> sizes;
     const QStringList args = app.arguments().mid(1);
@@ -180,6 +186,8 @@ int main(int argc, char *argv[])
             script = args.at(++i);
         else if (args.at(i) == QLatin1String("--keep") && i + 1 < args.size())
             keep = args.at(++i);
+        else if (args.at(i) == QLatin1String("--dir") && i + 1 < args.size())
+            base = args.at(++i);
         else if (args.at(i).toInt() > 0)
             sizes.append(args.at(i).toInt());
     }
@@ -190,13 +198,15 @@ int main(int argc, char *argv[])
     // skips the inodes freed in the last minutes, so a run right after deleting another run's
     // 20,000 messages would pay for them.
     std::list<QTemporaryDir> folders;
+    QDir().mkpath(base);
+    const QString pattern = QDir(base).filePath(QStringLiteral("bench_delivery-XXXXXX"));
     for (const int feeds : sizes) {
-        const Figure ours = deliverOurs(script, feeds, keep, folders.emplace_back());
+        const Figure ours = deliverOurs(script, feeds, keep, folders.emplace_back(pattern));
         out << "quillon-deliver " << feeds << " feeds: " << ours.wallMs << " ms wall, " << ours.cpuMs
             << " ms CPU (deliverer), " << ours.engineCpuMs << " ms CPU (engine), " << ours.messages << " messages"
             << Qt::endl;
         if (peer) {
-            const Figure theirs = deliverPeer(script, feeds, folders.emplace_back());
+            const Figure theirs = deliverPeer(script, feeds, folders.emplace_back(pattern));
             out << "rss2email       " << feeds << " feeds: " << theirs.wallMs << " ms wall, " << theirs.cpuMs
                 << " ms CPU, " << theirs.messages << " messages" << Qt::endl;
         }

@@ -4,6 +4,7 @@
 #include "PropertyBag.h"
 
 #include <QPointer>
+#include <QtConcurrent/QtConcurrentMap>
 
 using quillon::Handle;
 
@@ -257,18 +258,28 @@ void DeliveryAgent::onArticles(Handle answer)
         const FolderDefaults defaults = m_settings.defaults();
         m_places.clear();
         touched.clear();
+        QList<ArticleMessage> articles;
+        QList<MailStore::Folder> folders;
         for (qint32 i = 0, n = m_client->ListCount(items.get()); i < n; ++i) {
             Held item(*m_client, m_client->ListHandle(items.get(), i));
             const SubscriptionPlace *place = placeOf(m_client->GetLongValue(item.get(), QStringLiteral("SUBSCRIPTIONID")));
             if (!place)
                 continue; // removed meanwhile; its articles went with it
-            const ArticleMessage article = readArticle(item.get(), *place, defaults);
-            const MailStore::Folder folder = folderFor(place->id, *place, defaults);
+            articles.append(readArticle(item.get(), *place, defaults));
+            folders.append(folderFor(place->id, *place, defaults));
+        }
+        // Building the messages is most of a batch's work and needs neither the engine nor the
+        // store, so every core takes part.
+        const QList<QByteArray> messages = QtConcurrent::blockingMapped(
+            articles, [this](const ArticleMessage &article) { return m_builder.build(article); });
+        for (qsizetype i = 0; i < articles.size(); ++i) {
+            const ArticleMessage &article = articles.at(i);
+            const MailStore::Folder &folder = folders.at(i);
             QString error;
             const QString key = MailStore::keyOf(article.articleId);
-            if (m_store->add(folder, key, m_builder.build(article), &error)) {
+            if (m_store->add(folder, key, messages.at(i), &error)) {
                 if (!touched.contains(FolderPlan::pathText(folder)))
-                    m_store->tag(folder, place->id);
+                    m_store->tag(folder, article.subscriptionId);
                 touched.insert(FolderPlan::pathText(folder), folder);
                 // Known unread already: the next look at the folder reports nothing for it.
                 m_readMarks[FolderPlan::pathText(folder)].insert(key, false);
