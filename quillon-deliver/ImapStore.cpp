@@ -153,6 +153,24 @@ void ImapStore::removeAll(const Folder &folder)
     }
 }
 
+std::optional<MailStore::Folder> ImapStore::findTagged(qint32 subscriptionId)
+{
+    const QByteArray mark = ImapSession::quoted(QStringLiteral("<feed-%1.quillon.invalid>").arg(subscriptionId).toUtf8());
+    std::optional<Folder> found;
+    for (const Folder &folder : folders()) {
+        if (!m_session->command("EXAMINE " + mailbox(folder)).ok)
+            continue;
+        for (const QByteArray &line : m_session->command("UID SEARCH HEADER List-Id " + mark).untagged) {
+            if (line.startsWith("SEARCH ") && line.size() > 7)
+                found = folder;
+        }
+        if (found)
+            break;
+    }
+    m_session->command("UNSELECT");
+    return found;
+}
+
 bool ImapStore::exists(const Folder &folder)
 {
     if (!ensureOpen())

@@ -27,9 +27,10 @@ public:
     [[nodiscard]] QList<Folder> folders() override;
     [[nodiscard]] QList<Folder> changedFolders(const QList<Folder> &watched) override;
     [[nodiscard]] QHash<QString, bool> readStates(const Folder &folder) override;
-    // IMAP keeps no tag beside a mailbox here: a mailbox moved away counts as deleted.
+    // Every message names its subscription in List-Id, so a mailbox needs no tag of its own:
+    // one renamed in the mail program is found by what it holds.
     void tag(const Folder &, qint32) override {}
-    [[nodiscard]] std::optional<Folder> findTagged(qint32) override { return std::nullopt; }
+    [[nodiscard]] std::optional<Folder> findTagged(qint32 subscriptionId) override;
 
     [[nodiscard]] QByteArray mailbox(const Folder &folder) const;
 

@@ -399,13 +399,22 @@ void tst_MailDelivery::imapAccountGetsTheSameDelivery()
     QVERIFY(client.command("UNSELECT").ok);
     QTRY_COMPARE(m_engine->itemBag(id)->text("ITEMREADCOUNT"), QStringLiteral("1"));
 
-    // Renamed in ConfigConsumer: the messages move; unchecked with removal: they go.
+    // Renamed in ConfigConsumer: the messages move.
     setSpecific(id, "FOLDERTITLE", "Renamed");
     m_agent->replanFolders();
     QCOMPARE(count("\"Tech.Renamed\""), 3);
     QCOMPARE(count(box), -1);
+
+    // Renamed in the mail program: found by its messages, and it becomes the folder.
+    QVERIFY(client.command("RENAME \"Tech.Renamed\" \"Tech.Kept\"").ok);
+    m_agent->replanFolders();
+    m_server.serve("/imap", feed("Über IMAP", 1, 4));
+    refetch(id);
+    QTRY_COMPARE(count("\"Tech.Kept\""), 4);
+
+    // Unchecked with removal: they go.
     bind(id, 0);
-    QTRY_COMPARE(count("\"Tech.Renamed\""), 0);
+    QTRY_COMPARE(count("\"Tech.Kept\""), 0);
 }
 
 void tst_MailDelivery::hostileImapServerIsLeftHarmlessly()
