@@ -3,6 +3,7 @@
 #include "ReaderFiles.h"
 
 #include <QHash>
+#include <QSet>
 
 namespace quillon {
 
@@ -104,14 +105,16 @@ QList<OpmlOutline> NewsboatImporter::read(const QByteArray &urls)
 {
     QList<OpmlOutline> top;
     QHash<QString, qsizetype> folderIndex; // tag -> its folder in top
+    QSet<QString> seen;                    // newsboat reads a repeated address as one feed
     const QString text = QString::fromUtf8(urls);
     for (const QStringView line : QStringView(text).split(u'\n')) {
         const QStringList lineWords = words(line);
         if (lineWords.isEmpty())
             continue;
         const Feed feed = feedOf(lineWords);
-        if (feed.url.isEmpty())
+        if (feed.url.isEmpty() || seen.contains(feed.url))
             continue;
+        seen.insert(feed.url);
         if (feed.tags.isEmpty()) {
             top.append(outlineOf(feed));
             continue;

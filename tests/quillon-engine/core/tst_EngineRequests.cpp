@@ -75,7 +75,7 @@ QStringList feedPaths(const ListPtr &outlines, const QString &folder = {})
 }
 
 // A newsboat urls file as people write them: tags quoted or bare, a title tag, a hidden tag,
-// comments, a search feed and commands.
+// comments, a search feed, commands and an address given twice (one feed).
 const QByteArray kNewsboatUrls = "# news\n"
                                  "http://a.example/rss \"tech news\" linux \"~A's \\\"best\\\" feed\"\n"
                                  "  \"http://b.example/feed\"\t!hidden   # \"not a tag\"\r\n"
@@ -84,7 +84,8 @@ const QByteArray kNewsboatUrls = "# news\n"
                                  "http://c.example/atom tech ~Cee\n"
                                  "http://d.example/x#part\n"
                                  "exec:~/bin/feed.sh tech\n"
-                                 "filter:~/bin/clean.py:http://e.example/rss \"tech news\" tech news\n";
+                                 "filter:~/bin/clean.py:http://e.example/rss \"tech news\" tech news\n"
+                                 "http://c.example/atom other\n";
 
 const QByteArray kLifereaList =
     "<?xml version=\"1.0\"?><opml version=\"1.0\"><head><title>Liferea Feed List Export</title></head><body>"
