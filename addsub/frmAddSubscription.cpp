@@ -3,17 +3,18 @@
 #include "AddByUrlTab.h"
 #include "AddRequestQueue.h"
 #include "BrowseTab.h"
+#include "callbackSupport.h"
 #include "CategoryChoices.h"
 #include "ClientAccess.h"
 #include "ConsumerSettings.h"
 #include "DialogAnswer.h"
+#include "EngineNames.h"
 #include "HandleGuard.h"
 #include "ImportTab.h"
 #include "OutlineWalk.h"
 #include "PropertyBag.h"
 #include "SearchTab.h"
 #include "StandardDialogs.h"
-#include "callbackSupport.h"
 #include "ui_frmAddSubscription.h"
 
 #include <QCheckBox>
@@ -26,7 +27,7 @@ Q_LOGGING_CATEGORY(lcAddSub, "corvell.addsub")
 using quillon::Handle;
 
 namespace {
-const QString kConsumer = QStringLiteral("CONFIGCONSUMER");
+const QString &kConsumer = EngineNames::kConfigConsumer;
 const QString kDefaults = QStringLiteral("ConfigDefaults");
 const QString kBrowsePref = QStringLiteral("AddToCategoryPref_browse");
 const QString kImportPref = QStringLiteral("AddToCategoryPref_import");

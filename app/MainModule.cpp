@@ -1,16 +1,17 @@
 #include "MainModule.h"
 
+#include "AddSubscriptionEntry.h"
+#include "callbackSupport.h"
 #include "CBConnect.h"
 #include "ClientAccess.h"
+#include "EngineNames.h"
+#include "frmMainWindow.h"
 #include "HandleGuard.h"
+#include "localization.h"
 #include "MailStoreOutlook.h"
 #include "PropertyBag.h"
 #include "SingleInstance.h"
 #include "SubscribeClientFactory.h"
-#include "callbackSupport.h"
-#include "AddSubscriptionEntry.h"
-#include "frmMainWindow.h"
-#include "localization.h"
 
 #include <QCoreApplication>
 #include <QLoggingCategory>
@@ -23,7 +24,7 @@ namespace MainModule {
 
 namespace {
 
-const QString kConsumerId = QStringLiteral("CONFIGCONSUMER");
+const QString &kConsumerId = EngineNames::kConfigConsumer;
 constexpr qint32 kTickMs = 2000;
 
 // Receives the system timers the tick arms; every timer it holds calls TickProc.

@@ -280,7 +280,7 @@ QString SerializeCategoryTree(const CategoryTree &tree)
 QString SaveCategoryTree(const CategoryTree &tree, quillon::SubscribeClient &client)
 {
     const QString text = SerializeCategoryTree(tree);
-    SetConsumerSetting(client, QStringLiteral("CONFIGCONSUMER"), QString(), kSavedCategoriesKey, text);
+    SetConsumerSetting(client, EngineNames::kConfigConsumer, QString(), kSavedCategoriesKey, text);
     return text;
 }
 

@@ -46,7 +46,7 @@ void CBAddSub::Handle(quillon::Handle &bag)
 void CBAddSub::Complete(quillon::SubscribeClient &client, qint32 subscriptionId)
 {
     if (m_autoBind)
-        client.BindItem(QStringLiteral("OLCONSUMER"), kNewsClass, subscriptionId, 1);
+        client.BindItem(EngineNames::kOutlookConsumer, kNewsClass, subscriptionId, 1);
     if (TakeCompletion())
         QMetaObject::invokeMethod(Target(), HandlerNames::DoDisplayRefresh, Qt::DirectConnection);
     else

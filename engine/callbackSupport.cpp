@@ -59,7 +59,7 @@ qint32 RequestAddSubscription(QObject *target, const quillon::SubscribeClientPtr
         client->SetStringValue(request.get(), QStringLiteral("CATEGORY"), category);
     if (autoBind) {
         consumers.reset(client->NewList());
-        client->ListAppend(consumers.get(), QStringLiteral("OLCONSUMER"));
+        client->ListAppend(consumers.get(), EngineNames::kOutlookConsumer);
         client->SetHandleValue(request.get(), QStringLiteral("ConsumerIDs"), consumers.get());
     }
     if (request.isValid()) {
@@ -86,7 +86,7 @@ void RemoveSubscription(quillon::SubscribeClient &client, qint32 subscriptionId,
 void UpdateAllSubscriptions(quillon::SubscribeClient &client)
 {
     HandleGuard empty(client, client.NewBag());
-    HandleGuard ids(client, client.ListConsumerItems(QStringLiteral("OLCONSUMER"), kNewsClass));
+    HandleGuard ids(client, client.ListConsumerItems(EngineNames::kOutlookConsumer, kNewsClass));
     const qint32 count = client.ListCount(ids.get());
     for (qint32 i = 0; i < count; ++i) {
         const qint32 id = client.ListLong(ids.get(), i);

@@ -17,7 +17,7 @@
 using EngineNames::kNewsClass;
 
 namespace {
-const QString kConfigConsumer = QStringLiteral("CONFIGCONSUMER");
+using EngineNames::kConfigConsumer;
 const QString kMediaConsumer = QStringLiteral("MEDIACONSUMER");
 
 bool validId(qint32 id)

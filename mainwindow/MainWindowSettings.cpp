@@ -1,16 +1,17 @@
 #include "MainWindowSettings.h"
 
+#include "commonUtils.h"
 #include "ConsumerSettings.h"
+#include "EngineNames.h"
 #include "LocalSettings.h"
 #include "PropertyBag.h"
-#include "commonUtils.h"
 
 #include <QLoggingCategory>
 
 Q_DECLARE_LOGGING_CATEGORY(lcMainWindow)
 
 namespace {
-const QString kConfigConsumer = QStringLiteral("CONFIGCONSUMER");
+using EngineNames::kConfigConsumer;
 const QString kQuillon = QStringLiteral("Quillon");
 constexpr int kMinimumRememberedSize = 200;
 } // namespace

@@ -14,8 +14,8 @@ using EngineNames::kNewsClass;
 Q_LOGGING_CATEGORY(lcListLoader, "corvell.mainwindow.list")
 
 namespace {
-const QString kConfigConsumer = QStringLiteral("CONFIGCONSUMER");
-const QString kOutlookConsumer = QStringLiteral("OLCONSUMER");
+using EngineNames::kConfigConsumer;
+using EngineNames::kOutlookConsumer;
 
 qint32 highestKeyNumber(const CategoryNode &node)
 {

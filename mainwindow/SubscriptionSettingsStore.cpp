@@ -14,7 +14,7 @@ using EngineNames::kNewsClass;
 using quillon::Handle;
 
 namespace {
-const QString kOutlook = QStringLiteral("OLCONSUMER");
+const QString &kOutlook = EngineNames::kOutlookConsumer;
 const QString kMedia = QStringLiteral("MEDIACONSUMER");
 const QString kEngine = QStringLiteral("ENGINE");
 

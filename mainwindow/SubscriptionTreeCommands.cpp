@@ -17,7 +17,7 @@ using EngineNames::kNewsClass;
 using namespace categoriesUtils;
 
 namespace {
-const QString kOutlookConsumer = QStringLiteral("OLCONSUMER");
+using EngineNames::kOutlookConsumer;
 } // namespace
 
 SubscriptionTreeCommands::SubscriptionTreeCommands(CategoryTree &tree, QWidget *owner)

@@ -1,14 +1,15 @@
 #include "SubscriptionTreeController.h"
 
-#include "CLog.h"
+#include "categoriesUtils.h"
 #include "CategoryTreeModel.h"
+#include "CLog.h"
+#include "commonUtils.h"
 #include "EngineMessageRouter.h"
+#include "EngineNames.h"
 #include "PropertyBag.h"
 #include "RegistrySettings.h"
 #include "StandardDialogs.h"
 #include "SubscriptionTreeView.h"
-#include "categoriesUtils.h"
-#include "commonUtils.h"
 
 #include <QGuiApplication>
 #include <QLoggingCategory>
@@ -254,7 +255,7 @@ void SubscriptionTreeController::Delete()
     if (!node || !CommitEdits(true))
         return;
     const bool suppressed =
-        TextToBool(GetRegistrySetting(QStringLiteral("Quill On"), QStringLiteral("CONFIGCONSUMER"),
+        TextToBool(GetRegistrySetting(QStringLiteral("Quill On"), EngineNames::kConfigConsumer,
                                       QStringLiteral("SupressDeleteWarnings"), QString()));
     const bool ctrlHeld = m_modifierProbe().testFlag(Qt::ControlModifier);
     CategoryNode *after = nullptr;

@@ -27,7 +27,7 @@ Q_LOGGING_CATEGORY(lcMainWindow, "corvell.mainwindow")
 using namespace categoriesUtils;
 
 namespace {
-const QString kConfigConsumer = QStringLiteral("CONFIGCONSUMER");
+using EngineNames::kConfigConsumer;
 const QString kLoadLog = QStringLiteral("Main window load");
 constexpr int kSaveSizeDelayMs = 500;
 

@@ -1,6 +1,7 @@
 #include "MailStoreOutlook.h"
 
 #include "ConsumerSettings.h"
+#include "EngineNames.h"
 #include "PropertyBag.h"
 
 #include <QDir>
@@ -21,7 +22,7 @@ QString MailStoreOutlook::defaultRoot(quillon::SubscribeClient *client)
 {
     try {
         const QString made = client ? GetConsumerSetting(*client, QStringLiteral("StoreRoot"), QString(),
-                                                         QStringLiteral("OLCONSUMER"), QStringLiteral("OutlookDefaults"))
+                                                         EngineNames::kOutlookConsumer, QStringLiteral("OutlookDefaults"))
                                     : QString();
         if (!made.isEmpty() && made != quillon::kMissingText)
             return made;
