@@ -1,6 +1,6 @@
 #include "ClientAccess.h"
+#include "EngineCalls.h"
 #include "ForwardingSubscribeClient.h"
-#include "HandleGuard.h"
 #include "LinkedSubscribeClient.h"
 #include "MainModule.h"
 #include "SubscribeClientFactory.h"
@@ -122,12 +122,8 @@ void tst_MainModule::unreachableEngineAsksForRetry()
 QStringList tst_MainModule::AddedUrls()
 {
     QStringList urls;
-    HandleGuard all(*m_linked, m_linked->ListConsumerItems(QStringLiteral("*"), QStringLiteral("NEWS")));
-    for (qint32 i = 0; i < m_linked->ListCount(all.get()); ++i) {
-        HandleGuard item(*m_linked,
-                         m_linked->GetItemBag(QStringLiteral("NEWS"), m_linked->ListLong(all.get(), i), 0));
-        urls.append(m_linked->GetStringValue(item.get(), QStringLiteral("URL")));
-    }
+    for (const qint32 id : EngineCalls::ConsumerItems(*m_linked, "*"))
+        urls.append(EngineCalls::ItemText(*m_linked, id, QStringLiteral("URL")));
     urls.sort();
     return urls;
 }

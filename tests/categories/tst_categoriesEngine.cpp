@@ -1,6 +1,5 @@
 #include "ConsumerSettings.h"
-#include "HandleGuard.h"
-#include "RecordingCallback.h"
+#include "EngineCalls.h"
 #include "TestEngine.h"
 #include "categoriesUtils.h"
 
@@ -8,6 +7,7 @@
 
 using namespace categoriesUtils;
 using namespace quillon;
+using namespace EngineCalls;
 
 class StatusLine : public QObject
 {
@@ -29,8 +29,10 @@ private Q_SLOTS:
 
 private:
     CategoryNode *subscribe(const QString &title, const QString &category);
-    QList<qint32> engineIds();
-    QString engineCategory(const CategoryNode *node);
+    QString engineCategory(const CategoryNode *node)
+    {
+        return ItemText(*m_client, node->tag().toInt(), QStringLiteral("CATEGORY"));
+    }
 
     std::unique_ptr<TestEngine> m_engine;
     SubscribeClientPtr m_client;
@@ -57,35 +59,13 @@ void tst_categoriesEngine::cleanup()
 // Adds the subscription to the engine and places its node under its category.
 CategoryNode *tst_categoriesEngine::subscribe(const QString &title, const QString &category)
 {
-    auto answer = std::make_shared<RecordingCallback>(m_client.get());
-    {
-        HandleGuard request(*m_client,
-                            m_client->CreateItemRequest(QStringLiteral("NEWS"), title,
-                                                        QStringLiteral("http://127.0.0.1/") + title));
-        m_client->SetStringValue(request.get(), QStringLiteral("CATEGORY"), category);
-        m_client->SubmitRequest(request.get(), answer);
-    }
-    if (!QTest::qWaitFor([&] { return !answer->records.isEmpty(); }))
+    const qint32 id = AddSubscription(*m_client, title, QStringLiteral("http://127.0.0.1/") + title, category);
+    if (id <= 0)
         return nullptr;
     CategoryNode *parent = AddCategoryFromSubscription(m_tree, category);
     CategoryNode *node = m_tree.addNode(parent, MakeNodeKey(1), title, QStringLiteral("checked"));
-    node->setTag(answer->records.first().result.value(QStringLiteral("SUBSCRIPTIONID")));
+    node->setTag(QString::number(id));
     return node;
-}
-
-QList<qint32> tst_categoriesEngine::engineIds()
-{
-    HandleGuard list(*m_client, m_client->ListConsumerItems(QStringLiteral("*"), QStringLiteral("NEWS")));
-    QList<qint32> ids;
-    for (qint32 i = 0, n = m_client->ListCount(list.get()); i < n; ++i)
-        ids << m_client->ListLong(list.get(), i);
-    return ids;
-}
-
-QString tst_categoriesEngine::engineCategory(const CategoryNode *node)
-{
-    HandleGuard bag(*m_client, m_client->GetItemBag(QStringLiteral("NEWS"), node->tag().toInt(), 0));
-    return m_client->GetStringValue(bag.get(), QStringLiteral("CATEGORY"));
 }
 
 void tst_categoriesEngine::deleteRemovesSubscriptionsFromTheEngine()
@@ -97,7 +77,7 @@ void tst_categoriesEngine::deleteRemovesSubscriptionsFromTheEngine()
     QVERIFY(kept);
 
     DeleteNodeTree(m_tree, FindNodeByPath(m_tree, QStringLiteral("News")), *m_client, &m_status);
-    QCOMPARE(engineIds(), QList<qint32>{kept->tag().toInt()});
+    QCOMPARE(ConsumerItems(*m_client, "*"), QList<qint32>{kept->tag().toInt()});
     QCOMPARE(m_tree.count(), 1);
     QCOMPARE(m_status.texts, QStringList({"Removing: A", "Removing: B", "Removing: C"}));
 }

@@ -7,7 +7,7 @@
 
 #include <QTest>
 
-using namespace DialogTestEngine;
+using namespace EngineCalls;
 
 class tst_frmEnclosureWarning : public EngineDialogTest
 {

@@ -5,7 +5,7 @@
 
 #include <QTest>
 
-using namespace DialogTestEngine;
+using namespace EngineCalls;
 
 namespace {
 const QString kInvalidPrompt =

@@ -2,6 +2,7 @@
 
 #include "CBConnect.h"
 #include "ConsumerSettings.h"
+#include "EngineCalls.h"
 #include "ForwardingSubscribeClient.h"
 #include "HandleGuard.h"
 #include "LocalSettings.h"
@@ -110,28 +111,14 @@ public:
     // Adds a subscription through the other consumer; 0 when the engine refused.
     qint32 add(const QString &title, const QString &category = QString(), bool delivered = false)
     {
-        const auto answer = std::make_shared<RecordingCallback>(other.get());
-        HandleGuard request(*other, other->CreateItemRequest(QStringLiteral("NEWS"), title,
-                                                             QStringLiteral("http://127.0.0.1:9/") + title));
-        other->SetStringValue(request.get(), QStringLiteral("CATEGORY"), category);
-        other->SubmitRequest(request.get(), answer);
-        if (!QTest::qWaitFor([&] { return !answer->records.isEmpty(); }))
-            return 0;
-        const qint32 id = answer->records.first().result.value(QStringLiteral("SUBSCRIPTIONID")).toInt();
+        const qint32 id =
+            EngineCalls::AddSubscription(*other, title, QStringLiteral("http://127.0.0.1:9/") + title, category);
         if (delivered && id > 0)
             other->BindItem(QStringLiteral("OLCONSUMER"), QStringLiteral("NEWS"), id, 1);
         return id;
     }
 
-    [[nodiscard]] QList<qint32> delivered()
-    {
-        QList<qint32> ids;
-        HandleGuard list(*other,
-                         other->ListConsumerItems(QStringLiteral("OLCONSUMER"), QStringLiteral("NEWS")));
-        for (qint32 i = 0, n = other->ListCount(list.get()); i < n; ++i)
-            ids.append(other->ListLong(list.get(), i));
-        return ids;
-    }
+    [[nodiscard]] QList<qint32> delivered() { return EngineCalls::ConsumerItems(*other, "OLCONSUMER"); }
 
     [[nodiscard]] QString setting(const QString &consumer, const QString &section, const QString &key)
     {

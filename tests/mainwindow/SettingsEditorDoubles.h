@@ -1,7 +1,6 @@
 #pragma once
 
 #include "ForwardingSubscribeClient.h"
-#include "HandleGuard.h"
 #include "InProcessLink.h"
 #include "PromptSeam.h"
 #include "QLUtils.h"
@@ -13,34 +12,6 @@
 namespace SettingsEditorDoubles {
 
 using namespace quillon;
-
-class IgnoreMessages : public ISubscribeClientCallback
-{
-public:
-    void Setup(QObject *) override {}
-    void Shutdown() override {}
-    qint32 ProcessMessage(Handle &) override { return 0; }
-};
-
-// Keeps the subscription ID of one add answer.
-class AddAnswer : public ISubscribeClientCallback
-{
-public:
-    explicit AddAnswer(SubscribeClient &client) : m_client(client) {}
-    void Setup(QObject *) override {}
-    void Shutdown() override {}
-    qint32 ProcessMessage(Handle &bag) override
-    {
-        HandleGuard result(m_client, m_client.GetHandleValue(bag, "Result"));
-        if (result.isValid())
-            id = m_client.GetLongValue(result.get(), "SUBSCRIPTIONID");
-        return 0;
-    }
-    qint32 id = 0;
-
-private:
-    SubscribeClient &m_client;
-};
 
 // The engine's link, except that it answers the search-sources request itself.
 class SearchSourcesLink : public EngineLink

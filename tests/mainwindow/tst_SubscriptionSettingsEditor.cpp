@@ -1,4 +1,5 @@
 #include "ConsumerSettings.h"
+#include "EngineCalls.h"
 #include "HandleGuard.h"
 #include "LinkedSubscribeClient.h"
 #include "LocalSettings.h"
@@ -25,6 +26,7 @@
 
 using namespace quillon;
 using namespace SettingsEditorDoubles;
+using namespace EngineCalls;
 
 class tst_SubscriptionSettingsEditor : public QObject
 {
@@ -53,9 +55,12 @@ private:
         return widget;
     }
     void startEditor(SubscribeClientPtr client);
-    qint32 addSubscription(const QString &title, const QString &url = "http://127.0.0.1:1/feed.xml");
+    qint32 addSubscription(const QString &title, const QString &url = "http://127.0.0.1:1/feed.xml")
+    {
+        return AddSubscription(*m_client, title, url);
+    }
     void setItem(qint32 id, const QString &name, qint32 value);
-    [[nodiscard]] QString itemText(qint32 id, const QString &name);
+    [[nodiscard]] QString itemText(qint32 id, const QString &name) { return ItemText(*m_client, id, name); }
     [[nodiscard]] qint32 itemLong(qint32 id, const QString &name) { return itemText(id, name).toInt(); }
     [[nodiscard]] QString setting(const QString &consumer, qint32 id, const QString &key);
     void loadSubscription(qint32 id, const QString &title = "Feed",
@@ -105,25 +110,11 @@ void tst_SubscriptionSettingsEditor::cleanup()
     m_engine.reset();
 }
 
-qint32 tst_SubscriptionSettingsEditor::addSubscription(const QString &title, const QString &url)
-{
-    auto answer = std::make_shared<AddAnswer>(*m_client);
-    HandleGuard request(*m_client, m_client->CreateItemRequest("NEWS", title, url));
-    m_client->SubmitRequest(request.get(), answer);
-    return QTest::qWaitFor([&] { return answer->id > 0; }, 5000) ? answer->id : 0;
-}
-
 void tst_SubscriptionSettingsEditor::setItem(qint32 id, const QString &name, qint32 value)
 {
     HandleGuard bag(*m_client, m_client->NewBag());
     m_client->SetLongValue(bag.get(), name, value);
     m_client->UpdateItem("NEWS", id, bag.get());
-}
-
-QString tst_SubscriptionSettingsEditor::itemText(qint32 id, const QString &name)
-{
-    HandleGuard bag(*m_client, m_client->GetItemBag("NEWS", id, 0));
-    return m_client->GetStringValue(bag.get(), name);
 }
 
 QString tst_SubscriptionSettingsEditor::setting(const QString &consumer, qint32 id, const QString &key)

@@ -275,13 +275,7 @@ void tst_frmMainWindow::deleteAsksUnlessSuppressedOrCtrlHeld()
     const qint32 third = f->add("Third", "Box");
     const qint32 fourth = f->add("Fourth", "Box~~~Inner");
     f->open();
-    const auto engineIds = [this] {
-        QList<qint32> ids;
-        HandleGuard all(*f->other, f->other->ListConsumerItems("*", "NEWS"));
-        for (qint32 i = 0; i < f->other->ListCount(all.get()); ++i)
-            ids << f->other->ListLong(all.get(), i);
-        return ids;
-    };
+    const auto engineIds = [this] { return EngineCalls::ConsumerItems(*f->other, "*"); };
 
     QVERIFY(f->window->SelectRowByID(first));
     f->answers[int(PromptKind::YesNo)] = {7};

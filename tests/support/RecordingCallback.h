@@ -17,6 +17,7 @@ public:
         QString error;
         bool hasResult = false;
         QHash<QString, QString> result;
+        QList<qint32> ids; // SUBSCRIPTIONIDS
     };
 
     explicit RecordingCallback(quillon::SubscribeClient *client) : m_client(client) {}
@@ -33,7 +34,10 @@ public:
             const quillon::Handle names = m_client->ListNames(result);
             for (qint32 i = 0, n = m_client->ListCount(names); i < n; ++i) {
                 const QString name = m_client->ListString(names, i);
-                record.result.insert(name, m_client->GetStringValue(result, name));
+                if (name == QLatin1String("SUBSCRIPTIONIDS"))
+                    record.ids = listLongs(m_client->GetHandleValue(result, name));
+                else
+                    record.result.insert(name, m_client->GetStringValue(result, name));
             }
             m_client->ReleaseHandle(names);
             m_client->ReleaseHandle(result);
@@ -45,5 +49,14 @@ public:
     QList<Record> records;
 
 private:
+    QList<qint32> listLongs(quillon::Handle list)
+    {
+        QList<qint32> values;
+        for (qint32 i = 0, n = m_client->ListCount(list); i < n; ++i)
+            values.append(m_client->ListLong(list, i));
+        m_client->ReleaseHandle(list);
+        return values;
+    }
+
     quillon::SubscribeClient *m_client;
 };

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "MessageRecorder.h"
+#include "EngineCalls.h"
 #include "PropertyBag.h"
 #include "SubscribeClient.h"
 
@@ -12,8 +12,7 @@
 namespace EngineCoreCalls {
 
 using namespace quillon;
-
-inline const QString kNews = QStringLiteral("NEWS");
+using namespace EngineCalls;
 
 // Reads the store behind the engine's back, as a fetcher or a second process would.
 class SideConnection
@@ -38,29 +37,10 @@ private:
     QString m_name;
 };
 
+// Adds a subscription titled after its address, bound to the consumers named.
 inline qint32 add(SubscribeClient &c, const QString &url, const QStringList &consumerIds = {})
 {
-    const Handle request = c.CreateItemRequest(kNews, QStringLiteral("Title of ") + url, url);
-    const Handle list = c.NewList();
-    for (const QString &consumer : consumerIds)
-        c.ListAppend(list, consumer);
-    if (!consumerIds.isEmpty())
-        c.SetHandleValue(request, QStringLiteral("ConsumerIDs"), list);
-    auto answer = std::make_shared<MessageRecorder>(c);
-    c.SubmitRequest(request, answer);
-    c.ReleaseHandle(list);
-    c.ReleaseHandle(request);
-    if (!QTest::qWaitFor([&] { return !answer->received.isEmpty(); }))
-        return 0;
-    return answer->received.first().result.value(QStringLiteral("SUBSCRIPTIONID")).toInt();
-}
-
-inline QString itemText(SubscribeClient &c, qint32 id, const QString &name)
-{
-    const Handle bag = c.GetItemBag(kNews, id, 0);
-    const QString value = c.GetStringValue(bag, name);
-    c.ReleaseHandle(bag);
-    return value;
+    return EngineCalls::AddSubscription(c, QStringLiteral("Title of ") + url, url, {}, consumerIds);
 }
 
 inline QString setting(SubscribeClient &c, const QString &consumer, const QString &section,
@@ -82,16 +62,6 @@ inline void setSetting(SubscribeClient &c, const QString &consumer, const QStrin
     c.SetStringValue(values, key, value);
     c.SetSettings(consumer, section, values);
     c.ReleaseHandle(values);
-}
-
-inline QList<int> items(SubscribeClient &c, const QString &consumer)
-{
-    QList<int> ids;
-    const Handle list = c.ListConsumerItems(consumer, kNews);
-    for (int i = 0; i < c.ListCount(list); ++i)
-        ids.append(c.ListLong(list, i));
-    c.ReleaseHandle(list);
-    return ids;
 }
 
 } // namespace EngineCoreCalls

@@ -2,7 +2,7 @@
 #include "EngineCoreCalls.h"
 #include "InProcessLink.h"
 #include "LinkedSubscribeClient.h"
-#include "MessageRecorder.h"
+#include "RecordingCallback.h"
 #include "TestEngine.h"
 
 #include <QDateTime>
@@ -23,7 +23,7 @@ class tst_EngineCore : public QObject
 
 private:
     SubscribeClientPtr client(const QString &consumerId = {},
-                              std::shared_ptr<MessageRecorder> *events = nullptr);
+                              std::shared_ptr<RecordingCallback> *events = nullptr);
 
     std::unique_ptr<TestEngine> m_engine;
     QList<SubscribeClientPtr> m_clients;
@@ -34,23 +34,21 @@ private Q_SLOTS:
     void addAnswersTheCallerAndTellsTheOthers();
     void itemBagLeavesUnknownValuesOut();
     void updateItemKeepsEveryNameAndMakesItDue();
-    void settingsFallBackToTheGivenDefault();
     void bindItemFollowsTheDeliveryRule();
     void bindItemKeepsOrDropsDeliveredArticles();
     void removeItemTakesEverythingWithIt();
     void requestsThatCannotBeServedAreAnswered();
     void badCallsRaiseReadableErrors();
     void reopenedStoreKeepsEverything();
-    void bagToTextRendersSearches();
     void connectionsAndTermination();
 };
 
-SubscribeClientPtr tst_EngineCore::client(const QString &consumerId, std::shared_ptr<MessageRecorder> *events)
+SubscribeClientPtr tst_EngineCore::client(const QString &consumerId, std::shared_ptr<RecordingCallback> *events)
 {
     auto c = m_engine->newClient();
     m_clients.append(c);
     if (!consumerId.isEmpty()) {
-        auto callback = std::make_shared<MessageRecorder>(*c);
+        auto callback = std::make_shared<RecordingCallback>(c.get());
         c->Connect(consumerId, callback);
         if (events)
             *events = callback;
@@ -74,7 +72,7 @@ void tst_EngineCore::cleanup()
 
 void tst_EngineCore::addAnswersTheCallerAndTellsTheOthers()
 {
-    std::shared_ptr<MessageRecorder> configEvents, outlookEvents;
+    std::shared_ptr<RecordingCallback> configEvents, outlookEvents;
     auto config = client(QStringLiteral("CONFIGCONSUMER"), &configEvents);
     client(QStringLiteral("OLCONSUMER"), &outlookEvents);
 
@@ -86,17 +84,17 @@ void tst_EngineCore::addAnswersTheCallerAndTellsTheOthers()
     const Handle consumers = config->NewList();
     config->ListAppend(consumers, QStringLiteral("OLCONSUMER"));
     config->SetHandleValue(request, QStringLiteral("ConsumerIDs"), consumers);
-    auto answer = std::make_shared<MessageRecorder>(*config);
+    auto answer = std::make_shared<RecordingCallback>(config.get());
     const qint32 first = config->SubmitRequest(request, answer);
-    const qint32 second = config->SubmitRequest(request, std::make_shared<MessageRecorder>(*config));
+    const qint32 second = config->SubmitRequest(request, std::make_shared<RecordingCallback>(config.get()));
     config->ReleaseHandle(consumers);
     config->ReleaseHandle(request);
     QVERIFY(first > 0);
     QVERIFY(second > first);
 
-    QTRY_COMPARE(answer->received.size(), 1);
-    const auto &result = answer->received.first();
-    QCOMPARE(result.name, QStringLiteral("SubscriptionAddResult"));
+    QTRY_COMPARE(answer->records.size(), 1);
+    const auto &result = answer->records.first();
+    QCOMPARE(result.message, QStringLiteral("SubscriptionAddResult"));
     const qint32 id = result.result.value(QStringLiteral("SUBSCRIPTIONID")).toInt();
     QVERIFY(id > 0);
     QCOMPARE(result.result.value(QStringLiteral("URL")), QStringLiteral("http://a/feed"));
@@ -104,24 +102,24 @@ void tst_EngineCore::addAnswersTheCallerAndTellsTheOthers()
     QCOMPARE(result.result.value(QStringLiteral("CATEGORY")), QStringLiteral("News~~~Local"));
 
     // Two adds: the other consumer hears of both, then of each binding; the asker of neither add.
-    QTRY_COMPARE(outlookEvents->received.size(), 4);
-    QCOMPARE(outlookEvents->received.at(0).name, QStringLiteral("SubscriptionAdded"));
-    QCOMPARE(outlookEvents->received.at(0).result.value(QStringLiteral("SUBSCRIPTIONID")).toInt(), id);
-    QCOMPARE(outlookEvents->received.at(1).name, QStringLiteral("SubscriptionBindingChanged"));
-    QCOMPARE(outlookEvents->received.at(1).result.value(QStringLiteral("ORIGINATOR")),
+    QTRY_COMPARE(outlookEvents->records.size(), 4);
+    QCOMPARE(outlookEvents->records.at(0).message, QStringLiteral("SubscriptionAdded"));
+    QCOMPARE(outlookEvents->records.at(0).result.value(QStringLiteral("SUBSCRIPTIONID")).toInt(), id);
+    QCOMPARE(outlookEvents->records.at(1).message, QStringLiteral("SubscriptionBindingChanged"));
+    QCOMPARE(outlookEvents->records.at(1).result.value(QStringLiteral("ORIGINATOR")),
              QStringLiteral("CONFIGCONSUMER"));
-    QCOMPARE(outlookEvents->received.at(1).ids, QList<int>{id});
-    QTRY_COMPARE(configEvents->received.size(), 2);
-    for (const auto &event : configEvents->received)
-        QCOMPARE(event.name, QStringLiteral("SubscriptionBindingChanged"));
+    QCOMPARE(outlookEvents->records.at(1).ids, QList<int>{id});
+    QTRY_COMPARE(configEvents->records.size(), 2);
+    for (const auto &event : configEvents->records)
+        QCOMPARE(event.message, QStringLiteral("SubscriptionBindingChanged"));
 
-    QCOMPARE(itemText(*config, id, QStringLiteral("USER")), QStringLiteral("ann"));
-    QCOMPARE(itemText(*config, id, QStringLiteral("PASSWORD")), QStringLiteral("secret"));
-    QCOMPARE(itemText(*config, id, QStringLiteral("UPDATEFREQ")), QStringLiteral("-1"));
-    QCOMPARE(itemText(*config, id, QStringLiteral("DELETEUNREAD")), QStringLiteral("-1"));
-    QCOMPARE(items(*config, QStringLiteral("OLCONSUMER")), (QList<int>{id, id + 1}));
-    QCOMPARE(items(*config, QStringLiteral("*")), (QList<int>{id, id + 1}));
-    QCOMPARE(items(*config, QStringLiteral("MEDIACONSUMER")), QList<int>{});
+    QCOMPARE(ItemText(*config, id, QStringLiteral("USER")), QStringLiteral("ann"));
+    QCOMPARE(ItemText(*config, id, QStringLiteral("PASSWORD")), QStringLiteral("secret"));
+    QCOMPARE(ItemText(*config, id, QStringLiteral("UPDATEFREQ")), QStringLiteral("-1"));
+    QCOMPARE(ItemText(*config, id, QStringLiteral("DELETEUNREAD")), QStringLiteral("-1"));
+    QCOMPARE(ConsumerItems(*config, QStringLiteral("OLCONSUMER")), (QList<int>{id, id + 1}));
+    QCOMPARE(ConsumerItems(*config, QStringLiteral("*")), (QList<int>{id, id + 1}));
+    QCOMPARE(ConsumerItems(*config, QStringLiteral("MEDIACONSUMER")), QList<int>{});
 }
 
 void tst_EngineCore::itemBagLeavesUnknownValuesOut()
@@ -145,15 +143,15 @@ void tst_EngineCore::itemBagLeavesUnknownValuesOut()
 
     setSetting(*c, QStringLiteral("OLCONSUMER"), QStringLiteral("SubscriptionSpecifics_%1").arg(id),
                QStringLiteral("FOLDERTITLE"), QStringLiteral("My folder"));
-    QCOMPARE(itemText(*c, id, QStringLiteral("FOLDERTITLE")), QStringLiteral("My folder"));
+    QCOMPARE(ItemText(*c, id, QStringLiteral("FOLDERTITLE")), QStringLiteral("My folder"));
 
     SideConnection side(m_engine->core().databasePath());
     QVERIFY(
         side.exec(QStringLiteral("INSERT INTO articles (subscription_id, guid, is_read) VALUES (%1, 'a', 1),"
                                  " (%1, 'b', 0), (%1, 'c', 0)")
                       .arg(id)));
-    QCOMPARE(itemText(*c, id, QStringLiteral("ITEMREADCOUNT")), QStringLiteral("1"));
-    QCOMPARE(itemText(*c, id, QStringLiteral("ITEMUNREADCOUNT")), QStringLiteral("2"));
+    QCOMPARE(ItemText(*c, id, QStringLiteral("ITEMREADCOUNT")), QStringLiteral("1"));
+    QCOMPARE(ItemText(*c, id, QStringLiteral("ITEMUNREADCOUNT")), QStringLiteral("2"));
 
     QVERIFY_THROWS_EXCEPTION(EngineError, c->GetItemBag(kNews, id + 100, 0));
 }
@@ -173,13 +171,13 @@ void tst_EngineCore::updateItemKeepsEveryNameAndMakesItDue()
     c->UpdateItem(kNews, id, values);
     c->ReleaseHandle(values);
 
-    QCOMPARE(itemText(*c, id, QStringLiteral("UPDATEFREQ")), QStringLiteral("7200"));
-    QCOMPARE(itemText(*c, id, QStringLiteral("DELETEREAD")), QStringLiteral("86400"));
-    QCOMPARE(itemText(*c, id, QStringLiteral("LastDateCheck")), QStringLiteral("2024-05-01T12:00:00Z"));
-    QCOMPARE(itemText(*c, id, QStringLiteral("searchlimit")), QStringLiteral("25"));
-    QCOMPARE(itemText(*c, id, QStringLiteral("SUBSCRIPTIONID")).toInt(), id);
+    QCOMPARE(ItemText(*c, id, QStringLiteral("UPDATEFREQ")), QStringLiteral("7200"));
+    QCOMPARE(ItemText(*c, id, QStringLiteral("DELETEREAD")), QStringLiteral("86400"));
+    QCOMPARE(ItemText(*c, id, QStringLiteral("LastDateCheck")), QStringLiteral("2024-05-01T12:00:00Z"));
+    QCOMPARE(ItemText(*c, id, QStringLiteral("searchlimit")), QStringLiteral("25"));
+    QCOMPARE(ItemText(*c, id, QStringLiteral("SUBSCRIPTIONID")).toInt(), id);
     const QDateTime due =
-        QDateTime::fromString(itemText(*c, id, QStringLiteral("NEXTUPDATETIME")), Qt::ISODate);
+        QDateTime::fromString(ItemText(*c, id, QStringLiteral("NEXTUPDATETIME")), Qt::ISODate);
     QVERIFY(due >= before && due <= QDateTime::currentDateTimeUtc().addSecs(1));
 
     // A bad value undoes the whole update, names applied before it included.
@@ -189,59 +187,32 @@ void tst_EngineCore::updateItemKeepsEveryNameAndMakesItDue()
     QVERIFY_THROWS_EXCEPTION(EngineError, c->UpdateItem(kNews, id, bad));
     QVERIFY_THROWS_EXCEPTION(EngineError, c->UpdateItem(kNews, id + 100, bad));
     c->ReleaseHandle(bad);
-    QCOMPARE(itemText(*c, id, QStringLiteral("TITLE")), QStringLiteral("Title of http://c/atom"));
-    QCOMPARE(itemText(*c, id, QStringLiteral("UPDATEFREQ")), QStringLiteral("7200"));
+    QCOMPARE(ItemText(*c, id, QStringLiteral("TITLE")), QStringLiteral("Title of http://c/atom"));
+    QCOMPARE(ItemText(*c, id, QStringLiteral("UPDATEFREQ")), QStringLiteral("7200"));
 
     // A login inside an address leaves it for USER and PASSWORD; one given beside it wins.
     const qint32 secret = add(*c, QStringLiteral("https://ann:s3cret@e/feed"));
-    QCOMPARE(itemText(*c, secret, QStringLiteral("URL")), QStringLiteral("https://e/feed"));
-    QCOMPARE(itemText(*c, secret, QStringLiteral("USER")), QStringLiteral("ann"));
-    QCOMPARE(itemText(*c, secret, QStringLiteral("PASSWORD")), QStringLiteral("s3cret"));
+    QCOMPARE(ItemText(*c, secret, QStringLiteral("URL")), QStringLiteral("https://e/feed"));
+    QCOMPARE(ItemText(*c, secret, QStringLiteral("USER")), QStringLiteral("ann"));
+    QCOMPARE(ItemText(*c, secret, QStringLiteral("PASSWORD")), QStringLiteral("s3cret"));
     const Handle moved = c->NewBag();
     c->SetStringValue(moved, QStringLiteral("URL"), QStringLiteral("http://bob:pw@e/other"));
     c->SetStringValue(moved, QStringLiteral("USER"), QStringLiteral("carol"));
     c->UpdateItem(kNews, secret, moved);
     c->ReleaseHandle(moved);
-    QCOMPARE(itemText(*c, secret, QStringLiteral("URL")), QStringLiteral("http://e/other"));
-    QCOMPARE(itemText(*c, secret, QStringLiteral("USER")), QStringLiteral("carol"));
-}
-
-void tst_EngineCore::settingsFallBackToTheGivenDefault()
-{
-    auto c = client();
-    const Handle keys = c->NewBag();
-    c->SetStringValue(keys, QStringLiteral("MakeNewPST_fileName"), QStringLiteral("Corvell.pst"));
-    c->SetStringValue(keys, QStringLiteral("TopFolderTitle"), kMissingText);
-    c->SetLongValue(keys, QStringLiteral("OutlookYeildSlider"), 3);
-    const Handle result =
-        c->GetSettings(QStringLiteral("OLCONSUMER"), QStringLiteral("OutlookDefaults"), keys);
-    QCOMPARE(c->GetStringValue(result, QStringLiteral("MakeNewPST_fileName")), QStringLiteral("Corvell.pst"));
-    QCOMPARE(c->GetStringValue(result, QStringLiteral("TopFolderTitle")), kMissingText);
-    QCOMPARE(c->GetLongValue(result, QStringLiteral("OutlookYeildSlider")), 3);
-    c->ReleaseHandle(result);
-    c->ReleaseHandle(keys);
-
-    setSetting(*c, QStringLiteral("CONFIGCONSUMER"), QString(), QStringLiteral("MainWindowWidth"),
-               QStringLiteral("800"));
-    QCOMPARE(setting(*c, QStringLiteral("CONFIGCONSUMER"), QString(), QStringLiteral("mainwindowwidth")),
-             QStringLiteral("800"));
-    // Consumers and sections do not see each other's values.
-    QCOMPARE(setting(*c, QStringLiteral("OLCONSUMER"), QString(), QStringLiteral("MainWindowWidth")),
-             kMissingText);
-    QCOMPARE(setting(*c, QStringLiteral("CONFIGCONSUMER"), QStringLiteral("ConfigDefaults"),
-                     QStringLiteral("MainWindowWidth")),
-             kMissingText);
+    QCOMPARE(ItemText(*c, secret, QStringLiteral("URL")), QStringLiteral("http://e/other"));
+    QCOMPARE(ItemText(*c, secret, QStringLiteral("USER")), QStringLiteral("carol"));
 }
 
 void tst_EngineCore::bindItemFollowsTheDeliveryRule()
 {
-    std::shared_ptr<MessageRecorder> events;
+    std::shared_ptr<RecordingCallback> events;
     auto config = client(QStringLiteral("CONFIGCONSUMER"), &events);
     auto outlook = client(QStringLiteral("OLCONSUMER"));
     const QString ol = QStringLiteral("OLCONSUMER");
     const qint32 id = add(*config, QStringLiteral("http://d/feed"), {ol});
-    QTRY_COMPARE(events->received.size(), 1); // the add's own binding
-    const auto bound = [&] { return items(*config, ol).contains(id); };
+    QTRY_COMPARE(events->records.size(), 1); // the add's own binding
+    const auto bound = [&] { return ConsumerItems(*config, ol).contains(id); };
 
     config->BindItem(ol, kNews, id, 1); // the add's confirmation
     QVERIFY(bound());
@@ -256,13 +227,13 @@ void tst_EngineCore::bindItemFollowsTheDeliveryRule()
     QVERIFY(bound());
 
     // Silent calls send nothing: four announced changes follow the add's binding.
-    QTRY_COMPARE(events->received.size(), 5);
+    QTRY_COMPARE(events->records.size(), 5);
     const QStringList flags = {QStringLiteral("FALSE"), QStringLiteral("TRUE"), QStringLiteral("FALSE"),
                                QStringLiteral("TRUE")};
     const QStringList originators = {QStringLiteral("CONFIGCONSUMER"), ol, QStringLiteral("CONFIGCONSUMER"),
                                      QStringLiteral("CONFIGCONSUMER")};
     for (int i = 0; i < flags.size(); ++i) {
-        const auto &event = events->received.at(i + 1);
+        const auto &event = events->records.at(i + 1);
         QCOMPARE(event.result.value(QStringLiteral("SubscriptionBindFlag")), flags.at(i));
         QCOMPARE(event.result.value(QStringLiteral("ORIGINATOR")), originators.at(i));
         QCOMPARE(event.result.value(QStringLiteral("CONSUMERID")), ol);
@@ -318,8 +289,8 @@ void tst_EngineCore::removeItemTakesEverythingWithIt()
 
     c->RemoveItem(kNews, id, 1);
     QVERIFY_THROWS_EXCEPTION(EngineError, c->GetItemBag(kNews, id, 0));
-    QCOMPARE(items(*c, QStringLiteral("*")), QList<int>{kept});
-    QCOMPARE(items(*c, QStringLiteral("OLCONSUMER")), QList<int>{});
+    QCOMPARE(ConsumerItems(*c, QStringLiteral("*")), QList<int>{kept});
+    QCOMPARE(ConsumerItems(*c, QStringLiteral("OLCONSUMER")), QList<int>{});
     QCOMPARE(setting(*c, QStringLiteral("OLCONSUMER"), section, QStringLiteral("FOLDERTITLE")), kMissingText);
     QCOMPARE(setting(*c, QStringLiteral("MEDIACONSUMER"), section, QStringLiteral("EnableAutoDownload")),
              kMissingText);
@@ -341,7 +312,7 @@ void tst_EngineCore::requestsThatCannotBeServedAreAnswered()
             c->SetStringValue(request, QStringLiteral("REQUEST"), QString());
         else
             c->SetStringValue(request, QStringLiteral("REQUEST"), kind);
-        auto answer = std::make_shared<MessageRecorder>(*c);
+        auto answer = std::make_shared<RecordingCallback>(c.get());
         c->SubmitRequest(request, answer);
         c->ReleaseHandle(request);
         return answer;
@@ -349,17 +320,17 @@ void tst_EngineCore::requestsThatCannotBeServedAreAnswered()
     const auto unknown = submit(QStringLiteral("FROB"), QStringLiteral("http://x"));
     const auto noKind = submit(QString(), QStringLiteral("http://x"));
     const auto noUrl = submit(QStringLiteral("ADD"), QString());
-    auto preview = std::make_shared<MessageRecorder>(*c);
+    auto preview = std::make_shared<RecordingCallback>(c.get());
     QVERIFY(!c->RequestPreview(kNews, QStringLiteral("gopher://x"), preview).isEmpty());
 
     for (const auto &answer : {unknown, noKind, noUrl, preview}) {
-        QTRY_COMPARE(answer->received.size(), 1);
-        QCOMPARE(answer->received.first().name, QStringLiteral("RequestFailed"));
-        QVERIFY(!answer->received.first().error.isEmpty());
+        QTRY_COMPARE(answer->records.size(), 1);
+        QCOMPARE(answer->records.first().message, QStringLiteral("RequestFailed"));
+        QVERIFY(!answer->records.first().error.isEmpty());
     }
-    QVERIFY(unknown->received.first().error.contains(QStringLiteral("FROB")));
-    QVERIFY(preview->received.first().error.contains(QStringLiteral("gopher://x")));
-    QCOMPARE(items(*c, QStringLiteral("*")), QList<int>{});
+    QVERIFY(unknown->records.first().error.contains(QStringLiteral("FROB")));
+    QVERIFY(preview->records.first().error.contains(QStringLiteral("gopher://x")));
+    QCOMPARE(ConsumerItems(*c, QStringLiteral("*")), QList<int>{});
 }
 
 void tst_EngineCore::badCallsRaiseReadableErrors()
@@ -406,7 +377,7 @@ void tst_EngineCore::reopenedStoreKeepsEverything()
         EngineCore core(folder);
         QVERIFY(core.open());
         auto c = LinkedSubscribeClient::create(std::make_unique<InProcessLink>(&core));
-        c->Connect(QStringLiteral("CONFIGCONSUMER"), std::make_shared<MessageRecorder>(*c));
+        c->Connect(QStringLiteral("CONFIGCONSUMER"), std::make_shared<RecordingCallback>(c.get()));
         id = add(*c, QStringLiteral("http://kept/feed"), {QStringLiteral("OLCONSUMER")});
         QVERIFY(id > 0);
         setSetting(*c, QStringLiteral("ENGINE"), QString(), QStringLiteral("GUID"), QStringLiteral("42"));
@@ -428,10 +399,10 @@ void tst_EngineCore::reopenedStoreKeepsEverything()
     EngineCore core(folder);
     QVERIFY(core.open());
     auto c = LinkedSubscribeClient::create(std::make_unique<InProcessLink>(&core));
-    QCOMPARE(itemText(*c, id, QStringLiteral("URL")), QStringLiteral("http://kept/feed"));
-    QCOMPARE(itemText(*c, id, QStringLiteral("USER")), QStringLiteral("ann"));
-    QCOMPARE(itemText(*c, id, QStringLiteral("PASSWORD")), QStringLiteral("pw"));
-    QCOMPARE(items(*c, QStringLiteral("OLCONSUMER")), QList<int>{id});
+    QCOMPARE(ItemText(*c, id, QStringLiteral("URL")), QStringLiteral("http://kept/feed"));
+    QCOMPARE(ItemText(*c, id, QStringLiteral("USER")), QStringLiteral("ann"));
+    QCOMPARE(ItemText(*c, id, QStringLiteral("PASSWORD")), QStringLiteral("pw"));
+    QCOMPARE(ConsumerItems(*c, QStringLiteral("OLCONSUMER")), QList<int>{id});
     QCOMPARE(setting(*c, QStringLiteral("ENGINE"), QString(), QStringLiteral("GUID")), QStringLiteral("42"));
     const Handle sync = c->GetSyncSettings();
     QCOMPARE(c->GetLongValue(sync, QStringLiteral("SyncRemote")), 1);
@@ -447,38 +418,21 @@ void tst_EngineCore::reopenedStoreKeepsEverything()
     QVERIFY(lines.first().endsWith("\t999\tCONFIGCONSUMER\tUI Client <> Engine comms established"));
 }
 
-void tst_EngineCore::bagToTextRendersSearches()
-{
-    auto c = client();
-    const Handle search = c->NewBag();
-    c->SetStringValue(search, QStringLiteral("guid"), QStringLiteral("{src-1}"));
-    c->SetStringValue(search, QStringLiteral("keywords"), QStringLiteral("rock & roll"));
-    c->SetLongValue(search, QStringLiteral("limit"), 10);
-    QCOMPARE(c->BagToText(search),
-             QStringLiteral("search?guid=%7Bsrc-1%7D&keywords=rock%20%26%20roll&limit=10"));
-    c->ReleaseHandle(search);
-
-    const Handle other = c->NewBag();
-    c->SetStringValue(other, QStringLiteral("keywords"), QStringLiteral("x=y"));
-    QCOMPARE(c->BagToText(other), QStringLiteral("bag?keywords=x%3Dy"));
-    c->ReleaseHandle(other);
-}
-
 void tst_EngineCore::connectionsAndTermination()
 {
-    std::shared_ptr<MessageRecorder> old, replaced, media;
+    std::shared_ptr<RecordingCallback> old, replaced, media;
     auto config = client(QStringLiteral("CONFIGCONSUMER"), &old);
-    config->Connect(QStringLiteral("CONFIGCONSUMER"), replaced = std::make_shared<MessageRecorder>(*config));
+    config->Connect(QStringLiteral("CONFIGCONSUMER"), replaced = std::make_shared<RecordingCallback>(config.get()));
     client(QStringLiteral("MEDIACONSUMER"), &media);
     client(); // never connected: hears nothing
     QCOMPARE(m_engine->core().connectedConsumers(),
              (QStringList{QStringLiteral("CONFIGCONSUMER"), QStringLiteral("MEDIACONSUMER")}));
 
     m_engine->core().announceTermination();
-    QTRY_COMPARE(replaced->received.size(), 1);
-    QTRY_COMPARE(media->received.size(), 1);
-    QCOMPARE(replaced->received.first().name, QStringLiteral("EngineTerminated"));
-    QCOMPARE(old->received.size(), 0);
+    QTRY_COMPARE(replaced->records.size(), 1);
+    QTRY_COMPARE(media->records.size(), 1);
+    QCOMPARE(replaced->records.first().message, QStringLiteral("EngineTerminated"));
+    QCOMPARE(old->records.size(), 0);
 
     m_clients.removeLast();
     QCOMPARE(m_engine->core().connectedConsumers().size(), 2);

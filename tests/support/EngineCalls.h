@@ -1,0 +1,63 @@
+#pragma once
+
+#include "RecordingCallback.h"
+#include "SubscribeClient.h"
+
+#include <QTest>
+
+// The engine calls most tests make, each releasing what it obtained.
+namespace EngineCalls {
+
+inline const QString kNews = QStringLiteral("NEWS");
+
+// For a consumer that has to be connected but whose messages do not matter.
+class IgnoreMessages : public quillon::ISubscribeClientCallback
+{
+public:
+    void Setup(QObject *) override {}
+    void Shutdown() override {}
+    qint32 ProcessMessage(quillon::Handle &) override { return 0; }
+};
+
+// Submits an add request and waits for its answer: the new subscription's ID, 0 when none came.
+inline qint32 AddSubscription(quillon::SubscribeClient &c, const QString &title, const QString &url,
+                              const QString &category = {}, const QStringList &consumers = {})
+{
+    const quillon::Handle request = c.CreateItemRequest(kNews, title, url);
+    if (!category.isEmpty())
+        c.SetStringValue(request, QStringLiteral("CATEGORY"), category);
+    const quillon::Handle list = c.NewList();
+    for (const QString &consumer : consumers)
+        c.ListAppend(list, consumer);
+    if (!consumers.isEmpty())
+        c.SetHandleValue(request, QStringLiteral("ConsumerIDs"), list);
+    auto answer = std::make_shared<RecordingCallback>(&c);
+    c.SubmitRequest(request, answer);
+    c.ReleaseHandle(list);
+    c.ReleaseHandle(request);
+    if (!QTest::qWaitFor([&] { return !answer->records.isEmpty(); }))
+        return 0;
+    return answer->records.first().result.value(QStringLiteral("SUBSCRIPTIONID")).toInt();
+}
+
+// One value of a subscription as text.
+inline QString ItemText(quillon::SubscribeClient &c, qint32 id, const QString &name)
+{
+    const quillon::Handle bag = c.GetItemBag(kNews, id, 0);
+    const QString value = c.GetStringValue(bag, name);
+    c.ReleaseHandle(bag);
+    return value;
+}
+
+// The subscriptions bound to a consumer ("*": all of them), in the engine's order.
+inline QList<qint32> ConsumerItems(quillon::SubscribeClient &c, const QString &consumer)
+{
+    QList<qint32> ids;
+    const quillon::Handle list = c.ListConsumerItems(consumer, kNews);
+    for (qint32 i = 0, n = c.ListCount(list); i < n; ++i)
+        ids.append(c.ListLong(list, i));
+    c.ReleaseHandle(list);
+    return ids;
+}
+
+} // namespace EngineCalls
