@@ -5,10 +5,10 @@
 
 #include "CBConnect.h"
 #include "ConsumerSettings.h"
+#include "EngineCalls.h"
 #include "HandleGuard.h"
 #include "LocalSettings.h"
 #include "PromptSeam.h"
-#include "RecordingCallback.h"
 #include "SubscriptionTreeView.h"
 #include "TestEngine.h"
 #include "categoriesUtils.h"
@@ -61,14 +61,7 @@ const Feed kFeeds[] = {
 
 qint32 addFeed(SubscribeClient &client, const Feed &feed)
 {
-    const auto answer = std::make_shared<RecordingCallback>(&client);
-    HandleGuard request(client, client.CreateItemRequest("NEWS", feed.title, feed.url));
-    client.SetStringValue(request.get(), "CATEGORY", feed.category);
-    client.SubmitRequest(request.get(), answer);
-    if (!QTest::qWaitFor([&] { return !answer->records.isEmpty(); }))
-        return 0;
-    const qint32 id =
-        answer->records.isEmpty() ? 0 : answer->records.first().result.value("SUBSCRIPTIONID").toInt();
+    const qint32 id = EngineCalls::AddSubscription(client, feed.title, feed.url, feed.category);
     if (id <= 0)
         return 0;
     if (feed.delivered)
