@@ -63,6 +63,7 @@ class tst_frmAddSubscription : public QObject
 
 private:
     frmAddSubscription &openWizard(const QStringList &categories = {});
+    FeedListModel *browse(int rows, const QStringList &categories = {});
     template <typename T> T *child(const char *name) { return m_wizard->findChild<T *>(QLatin1String(name)); }
     void pressOk() { child<QPushButton>("cmdOK")->click(); }
 
@@ -112,6 +113,15 @@ frmAddSubscription &tst_frmAddSubscription::openWizard(const QStringList &catego
     m_wizard->Initialize(categories);
     m_wizard->show();
     return *m_wizard;
+}
+
+// Opens the wizard on the directory tab; its list once it has more than rows rows, else null.
+FeedListModel *tst_frmAddSubscription::browse(int rows, const QStringList &categories)
+{
+    openWizard(categories);
+    child<QTabWidget>("tabController")->setCurrentIndex(1);
+    auto *model = qobject_cast<FeedListModel *>(child<QTreeView>("grdSubList")->model());
+    return QTest::qWaitFor([&] { return model->rowCount() > rows; }, 10000) ? model : nullptr;
 }
 
 void tst_frmAddSubscription::urlTabSendsTheCategoryAndLoginAsChosen()
@@ -182,7 +192,7 @@ void tst_frmAddSubscription::searchIsKeptAsAFeedUnderSearchFeeds()
     m_fixture->engine.core().startUpdating();
 
     openWizard();
-    m_wizard->findChild<QTabWidget *>(QStringLiteral("tabController"))->setCurrentIndex(2);
+    child<QTabWidget>("tabController")->setCurrentIndex(2);
     auto *source = child<QComboBox>("cboSearchSources");
     QTRY_VERIFY(source->findText(QStringLiteral("Local")) >= 0);
     source->setCurrentIndex(source->findText(QStringLiteral("Local")));
@@ -203,35 +213,29 @@ void tst_frmAddSubscription::searchIsKeptAsAFeedUnderSearchFeeds()
 
 void tst_frmAddSubscription::listTabAddsTheHighlightedRowOrWhatIsChecked()
 {
-    openWizard({QStringLiteral("Work")});
-    auto *tabs = m_wizard->findChild<QTabWidget *>(QStringLiteral("tabController"));
-    tabs->setCurrentIndex(1);
-    auto *sub = child<QTreeView>("grdSubList");
     // The shipped directory browses with no network: its root list, then row 0's feeds.
-    QTRY_VERIFY_WITH_TIMEOUT(child<QTreeView>("grdRootList")->model()->rowCount() >= 4, 10000);
+    FeedListModel *model = browse(2, {QStringLiteral("Work")});
+    QVERIFY(model);
+    QVERIFY(child<QTreeView>("grdRootList")->model()->rowCount() >= 4);
     QCOMPARE(child<QTreeView>("grdRootList")->model()->headerData(0, Qt::Horizontal).toString(),
              QStringLiteral("Feed Lists"));
-    QTRY_VERIFY_WITH_TIMEOUT(sub->model()->rowCount() > 2, 10000);
 
     // Nothing checked and the category box clear: the highlighted row alone, with no category.
     child<QComboBox>("cboCategories_BrowseTab")->setCurrentIndex(3);
     child<QCheckBox>("chkCategories_BrowseTab")->setChecked(false);
-    sub->setCurrentIndex(sub->model()->index(1, 0));
+    child<QTreeView>("grdSubList")->setCurrentIndex(model->index(1, 0));
     QCOMPARE(child<QPushButton>("cmdOK")->text(), QStringLiteral("&Add Selection"));
-    const QString highlighted = sub->model()->index(1, 1).data().toString();
+    const QString highlighted = model->index(1, 1).data().toString();
     pressOk();
     QCOMPARE(m_client->adds().size(), 1);
     QCOMPARE(m_client->adds().first().value("URL"), highlighted);
     QCOMPARE(m_client->adds().first().value("CATEGORY"), QStringLiteral("-237237"));
 
     // Checked rows with the box set: each checked feed under the chosen category, removals first.
-    openWizard({QStringLiteral("Work")});
-    m_wizard->findChild<QTabWidget *>(QStringLiteral("tabController"))->setCurrentIndex(1);
-    sub = child<QTreeView>("grdSubList");
-    QTRY_VERIFY_WITH_TIMEOUT(sub->model()->rowCount() > 2, 10000);
+    model = browse(2, {QStringLiteral("Work")});
+    QVERIFY(model);
     child<QCheckBox>("chkCategories_BrowseTab")->setChecked(true);
     child<QComboBox>("cboCategories_BrowseTab")->setCurrentIndex(3);
-    auto *model = qobject_cast<FeedListModel *>(sub->model());
     model->Toggle(model->index(0, 0));
     model->Toggle(model->index(2, 0));
     QCOMPARE(child<QPushButton>("cmdOK")->text(), QStringLiteral("&Add Checked"));
@@ -244,13 +248,10 @@ void tst_frmAddSubscription::listTabAddsTheHighlightedRowOrWhatIsChecked()
 
 void tst_frmAddSubscription::leavingAListWithActionsAsksFirst()
 {
-    openWizard();
-    auto *tabs = m_wizard->findChild<QTabWidget *>(QStringLiteral("tabController"));
-    tabs->setCurrentIndex(1);
-    auto *sub = child<QTreeView>("grdSubList");
-    QTRY_VERIFY_WITH_TIMEOUT(sub->model()->rowCount() > 3, 10000);
-    auto *model = qobject_cast<FeedListModel *>(sub->model());
-    sub->setCurrentIndex(model->index(3, 0));
+    FeedListModel *model = browse(3);
+    QVERIFY(model);
+    auto *tabs = child<QTabWidget>("tabController");
+    child<QTreeView>("grdSubList")->setCurrentIndex(model->index(3, 0));
     model->Toggle(model->index(0, 0));
     model->Toggle(model->index(1, 0));
 
@@ -265,13 +266,10 @@ void tst_frmAddSubscription::leavingAListWithActionsAsksFirst()
     QCOMPARE(m_wizard->CountActions().adds, 2);
 
     // Yes empties the queue first, so what is sent is the list's current row: kept as it is.
-    openWizard();
-    tabs = m_wizard->findChild<QTabWidget *>(QStringLiteral("tabController"));
-    tabs->setCurrentIndex(1);
-    sub = child<QTreeView>("grdSubList");
-    QTRY_VERIFY_WITH_TIMEOUT(sub->model()->rowCount() > 3, 10000);
-    model = qobject_cast<FeedListModel *>(sub->model());
-    sub->setCurrentIndex(model->index(3, 0));
+    model = browse(3);
+    QVERIFY(model);
+    tabs = child<QTabWidget>("tabController");
+    child<QTreeView>("grdSubList")->setCurrentIndex(model->index(3, 0));
     model->Toggle(model->index(0, 0));
     m_fixture->answers[int(PromptKind::YesNo)] = {6};
     tabs->setCurrentIndex(2);
@@ -300,7 +298,7 @@ void tst_frmAddSubscription::directoryWalksOutlinesAndDropsStaleAnswers()
     SetConsumerSetting(*m_client, QStringLiteral("ENGINE"), QString(), QStringLiteral("OEM_Browse_URL"),
                        m_server.url("/root.opml").toString());
     openWizard();
-    m_wizard->findChild<QTabWidget *>(QStringLiteral("tabController"))->setCurrentIndex(1);
+    child<QTabWidget>("tabController")->setCurrentIndex(1);
     auto *sub = child<QTreeView>("grdSubList");
     auto *model = qobject_cast<FeedListModel *>(sub->model());
     QTRY_VERIFY_WITH_TIMEOUT(model->FeedCount() == 3, 10000);
@@ -347,7 +345,7 @@ void tst_frmAddSubscription::importTabLoadsNestedFilesIntoNestedCategories()
     file.close();
 
     openWizard();
-    auto *tabs = m_wizard->findChild<QTabWidget *>(QStringLiteral("tabController"));
+    auto *tabs = child<QTabWidget>("tabController");
     tabs->setCurrentIndex(3);
     // An empty path asks for nothing.
     const qsizetype before = m_client->submitted.size();

@@ -1,5 +1,6 @@
 #include "CBAddSub.h"
 #include "ClientAccess.h"
+#include "EngineCalls.h"
 #include "HandleGuard.h"
 #include "LocalSettings.h"
 #include "TestEngine.h"
@@ -11,6 +12,7 @@
 #include <QTest>
 
 using namespace quillon;
+using namespace EngineCalls;
 
 // Stands in for the main window: offers the handlers the callbacks call by name.
 class FakeWindow : public QObject
@@ -76,9 +78,7 @@ void tst_callbackSupport::threeAutoBoundAddsReportTwiceThenRefresh()
     QCOMPARE(callbackSupport::PendingAddCount(), 0);
 
     // Each auto-bound add is delivered to the Outlook consumer, and stays so after the confirming bind.
-    HandleGuard delivered(*m_client,
-                          m_client->ListConsumerItems(QStringLiteral("OLCONSUMER"), QStringLiteral("NEWS")));
-    QCOMPARE(m_client->ListCount(delivered.get()), 3);
+    QCOMPARE(ConsumerItems(*m_client, "OLCONSUMER").size(), 3);
 }
 
 void tst_callbackSupport::answerWithoutResultOrIdOnlyForwards()
@@ -114,14 +114,10 @@ void tst_callbackSupport::addWithoutAutoBindKeepsCounterRaised()
     QCOMPARE(m_window.refreshes, 0);
 
     // Nothing was bound, and a user without a password was not sent.
-    HandleGuard delivered(*m_client,
-                          m_client->ListConsumerItems(QStringLiteral("OLCONSUMER"), QStringLiteral("NEWS")));
-    QCOMPARE(m_client->ListCount(delivered.get()), 0);
-    HandleGuard all(*m_client, m_client->ListConsumerItems(QStringLiteral("*"), QStringLiteral("NEWS")));
-    HandleGuard item(*m_client,
-                     m_client->GetItemBag(QStringLiteral("NEWS"), m_client->ListLong(all.get(), 0), 0));
-    QCOMPARE(m_client->GetStringValue(item.get(), QStringLiteral("USER")), kMissingText);
-    QCOMPARE(m_client->GetStringValue(item.get(), QStringLiteral("CATEGORY")), QStringLiteral("News"));
+    QCOMPARE(ConsumerItems(*m_client, "OLCONSUMER").size(), 0);
+    const qint32 added = ConsumerItems(*m_client, "*").value(0);
+    QCOMPARE(ItemText(*m_client, added, QStringLiteral("USER")), kMissingText);
+    QCOMPARE(ItemText(*m_client, added, QStringLiteral("CATEGORY")), QStringLiteral("News"));
 
     // A later auto-bound add reports instead of refreshing: the counter never came back to 0.
     callbackSupport::RequestAddSubscription(&m_window, m_client, QStringLiteral("B"),
@@ -139,12 +135,10 @@ void tst_callbackSupport::removingWithoutNameShowsBarePrefix()
     callbackSupport::RequestAddSubscription(&m_window, m_client, QStringLiteral("T"),
                                             QStringLiteral("http://x/"), true, {}, {}, {});
     QTRY_COMPARE(m_window.forwarded, 1);
-    HandleGuard all(*m_client, m_client->ListConsumerItems(QStringLiteral("*"), QStringLiteral("NEWS")));
-    callbackSupport::RemoveSubscription(*m_client, m_client->ListLong(all.get(), 0), QStringLiteral("T"),
+    callbackSupport::RemoveSubscription(*m_client, ConsumerItems(*m_client, "*").value(0), QStringLiteral("T"),
                                         &m_window);
     QCOMPARE(m_window.statusTexts.last(), QStringLiteral("Removing: T"));
-    HandleGuard after(*m_client, m_client->ListConsumerItems(QStringLiteral("*"), QStringLiteral("NEWS")));
-    QCOMPARE(m_client->ListCount(after.get()), 0);
+    QCOMPARE(ConsumerItems(*m_client, "*").size(), 0);
 }
 
 void tst_callbackSupport::updateAllTouchesOnlyDeliveredSubscriptions()
@@ -156,13 +150,9 @@ void tst_callbackSupport::updateAllTouchesOnlyDeliveredSubscriptions()
     QTRY_COMPARE(m_window.forwarded, 2);
     callbackSupport::UpdateAllSubscriptions(*m_client);
 
-    HandleGuard all(*m_client, m_client->ListConsumerItems(QStringLiteral("*"), QStringLiteral("NEWS")));
-    for (qint32 i = 0; i < m_client->ListCount(all.get()); ++i) {
-        HandleGuard item(*m_client,
-                         m_client->GetItemBag(QStringLiteral("NEWS"), m_client->ListLong(all.get(), i), 0));
-        const bool due =
-            m_client->GetStringValue(item.get(), QStringLiteral("NEXTUPDATETIME")) != kMissingText;
-        QCOMPARE(due, m_client->GetStringValue(item.get(), QStringLiteral("TITLE")) == QLatin1String("A"));
+    for (const qint32 id : ConsumerItems(*m_client, "*")) {
+        const bool due = ItemText(*m_client, id, QStringLiteral("NEXTUPDATETIME")) != kMissingText;
+        QCOMPARE(due, ItemText(*m_client, id, QStringLiteral("TITLE")) == QLatin1String("A"));
     }
 }
 

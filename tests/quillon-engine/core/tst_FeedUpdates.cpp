@@ -1,10 +1,9 @@
+#include "EngineCoreCalls.h"
 #include "EngineFixture.h"
 #include "HttpFeedFetcher.h"
 #include "LocalHttpServer.h"
 
 #include <QSignalSpy>
-#include <QSqlDatabase>
-#include <QSqlQuery>
 
 #include <algorithm>
 
@@ -100,15 +99,8 @@ void tst_FeedUpdates::cleanup()
 
 void tst_FeedUpdates::setArticleRead(const QString &guid)
 {
-    const QString name = QStringLiteral("side-") + guid;
-    {
-        auto db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), name);
-        db.setDatabaseName(m_engine->engine.core().databasePath());
-        QVERIFY(db.open());
-        QSqlQuery query(db);
-        QVERIFY(query.exec(QStringLiteral("UPDATE articles SET is_read = 1 WHERE guid = '%1'").arg(guid)));
-    }
-    QSqlDatabase::removeDatabase(name);
+    EngineCoreCalls::SideConnection side(m_engine->engine.core().databasePath());
+    QVERIFY(side.exec(QStringLiteral("UPDATE articles SET is_read = 1 WHERE guid = '%1'").arg(guid)));
 }
 
 void tst_FeedUpdates::newSubscriptionIsFetchedCountedAndTitled()
