@@ -23,30 +23,6 @@ using quillon::Handle;
 
 namespace {
 
-// The wizard's engine client, keeping what every submitted request asked for.
-class RequestRecordingClient : public ForwardingSubscribeClient
-{
-public:
-    using ForwardingSubscribeClient::ForwardingSubscribeClient;
-    qint32 SubmitRequest(Handle bag, quillon::CallbackPtr callback) override
-    {
-        QHash<QString, QString> fields;
-        for (const char *name : {"REQUEST", "URL", "TITLE", "CATEGORY", "USER", "PASSWORD"})
-            fields.insert(QLatin1String(name), GetStringValue(bag, QLatin1String(name)));
-        submitted << fields;
-        return ForwardingSubscribeClient::SubmitRequest(bag, std::move(callback));
-    }
-    [[nodiscard]] QList<QHash<QString, QString>> adds() const
-    {
-        QList<QHash<QString, QString>> found;
-        for (const auto &fields : submitted)
-            if (fields.value(QStringLiteral("REQUEST")) == QLatin1String("ADD"))
-                found << fields;
-        return found;
-    }
-    QList<QHash<QString, QString>> submitted;
-};
-
 QByteArray rss(const QString &title, int items)
 {
     QString out = QStringLiteral("<?xml version=\"1.0\"?><rss version=\"2.0\"><channel><title>%1</title>").arg(title);
@@ -68,7 +44,17 @@ private:
     void pressOk() { child<QPushButton>("cmdOK")->click(); }
 
     std::unique_ptr<MainWindowFixture> m_fixture;
-    std::shared_ptr<RequestRecordingClient> m_client;
+    // What the wizard submitted through the window's client: its add requests.
+    [[nodiscard]] QList<QHash<QString, QString>> adds() const
+    {
+        QList<QHash<QString, QString>> found;
+        for (const auto &fields : m_fixture->submitted)
+            if (fields.value(QStringLiteral("REQUEST")) == QLatin1String("ADD"))
+                found << fields;
+        return found;
+    }
+
+    quillon::SubscribeClientPtr m_client;
     std::unique_ptr<frmAddSubscription> m_wizard;
     LocalHttpServer m_server;
 
@@ -92,7 +78,7 @@ void tst_frmAddSubscription::init()
     QVERIFY(m_fixture->ready());
     callbackSupport::PendingAddCount() = 0; // answers an earlier case left unheard
     m_fixture->open();
-    m_client = std::make_shared<RequestRecordingClient>(m_fixture->client);
+    m_client = m_fixture->client;
     ClientAccess::SetEngineClient(m_client);
 }
 
@@ -139,15 +125,15 @@ void tst_frmAddSubscription::urlTabSendsTheCategoryAndLoginAsChosen()
     add(0, QStringLiteral("ann"), QString());
     add(1, QString(), QStringLiteral("secret"));
     add(3, QStringLiteral("ann"), QStringLiteral("secret"));
-    const auto adds = m_client->adds();
-    QCOMPARE(adds.size(), 3);
-    QCOMPARE(adds[0].value("CATEGORY"), QStringLiteral("-237237")); // "Automatic": the engine chooses
-    QCOMPARE(adds[0].value("USER"), QStringLiteral("-237237"));      // a name without a password: neither
-    QCOMPARE(adds[1].value("CATEGORY"), QStringLiteral("New Subscriptions"));
-    QCOMPARE(adds[1].value("PASSWORD"), QStringLiteral("-237237"));
-    QCOMPARE(adds[2].value("CATEGORY"), QStringLiteral("Work"));
-    QCOMPARE(adds[2].value("USER"), QStringLiteral("ann"));
-    QCOMPARE(adds[2].value("PASSWORD"), QStringLiteral("secret"));
+    const auto sent = adds();
+    QCOMPARE(sent.size(), 3);
+    QCOMPARE(sent[0].value("CATEGORY"), QStringLiteral("-237237")); // "Automatic": the engine chooses
+    QCOMPARE(sent[0].value("USER"), QStringLiteral("-237237"));      // a name without a password: neither
+    QCOMPARE(sent[1].value("CATEGORY"), QStringLiteral("New Subscriptions"));
+    QCOMPARE(sent[1].value("PASSWORD"), QStringLiteral("-237237"));
+    QCOMPARE(sent[2].value("CATEGORY"), QStringLiteral("Work"));
+    QCOMPARE(sent[2].value("USER"), QStringLiteral("ann"));
+    QCOMPARE(sent[2].value("PASSWORD"), QStringLiteral("secret"));
     // The status line names the address when no title was given.
     QTRY_VERIFY(m_fixture->window->StatusText().startsWith(QStringLiteral("Added: ")) ||
                 m_fixture->window->RefreshCount() > 0);
@@ -203,7 +189,7 @@ void tst_frmAddSubscription::searchIsKeptAsAFeedUnderSearchFeeds()
     child<QLineEdit>("txtSearchLimit")->setText(QStringLiteral("5"));
     pressOk();
 
-    const auto add = m_client->adds().constLast();
+    const auto add = adds().constLast();
     QCOMPARE(add.value("TITLE"), QStringLiteral("Search Local for 'green tea'"));
     QCOMPARE(add.value("CATEGORY"), QStringLiteral("Search Feeds"));
     QVERIFY2(add.value("URL").startsWith(QStringLiteral("search?")), qPrintable(add.value("URL")));
@@ -227,9 +213,9 @@ void tst_frmAddSubscription::listTabAddsTheHighlightedRowOrWhatIsChecked()
     QCOMPARE(child<QPushButton>("cmdOK")->text(), QStringLiteral("&Add Selection"));
     const QString highlighted = model->index(1, 1).data().toString();
     pressOk();
-    QCOMPARE(m_client->adds().size(), 1);
-    QCOMPARE(m_client->adds().first().value("URL"), highlighted);
-    QCOMPARE(m_client->adds().first().value("CATEGORY"), QStringLiteral("-237237"));
+    QCOMPARE(adds().size(), 1);
+    QCOMPARE(adds().first().value("URL"), highlighted);
+    QCOMPARE(adds().first().value("CATEGORY"), QStringLiteral("-237237"));
 
     // Checked rows with the box set: each checked feed under the chosen category, removals first.
     model = browse(2, {QStringLiteral("Work")});
@@ -240,10 +226,10 @@ void tst_frmAddSubscription::listTabAddsTheHighlightedRowOrWhatIsChecked()
     model->Toggle(model->index(2, 0));
     QCOMPARE(child<QPushButton>("cmdOK")->text(), QStringLiteral("&Add Checked"));
     pressOk();
-    const auto adds = m_client->adds().mid(1);
-    QCOMPARE(adds.size(), 2);
-    QCOMPARE(adds[0].value("URL"), model->UrlOf(model->index(0, 0)));
-    QCOMPARE(adds[1].value("CATEGORY"), QStringLiteral("Work"));
+    const auto sent = adds().mid(1);
+    QCOMPARE(sent.size(), 2);
+    QCOMPARE(sent[0].value("URL"), model->UrlOf(model->index(0, 0)));
+    QCOMPARE(sent[1].value("CATEGORY"), QStringLiteral("Work"));
 }
 
 void tst_frmAddSubscription::leavingAListWithActionsAsksFirst()
@@ -262,7 +248,7 @@ void tst_frmAddSubscription::leavingAListWithActionsAsksFirst()
     QTRY_COMPARE(tabs->currentIndex(), 0);
     QCOMPARE(m_fixture->asked.constLast().text,
              QStringLiteral("While Browsing, you have indicated 2Feeds to be added."));
-    QVERIFY(m_client->adds().isEmpty());
+    QVERIFY(adds().isEmpty());
     QCOMPARE(m_wizard->CountActions().adds, 2);
 
     // Yes empties the queue first, so what is sent is the list's current row: kept as it is.
@@ -276,8 +262,8 @@ void tst_frmAddSubscription::leavingAListWithActionsAsksFirst()
     QTRY_COMPARE(tabs->currentIndex(), 2);
     QCOMPARE(m_fixture->asked.constLast().text,
              QStringLiteral("While Browsing, you have indicated 1 feed to be added."));
-    QCOMPARE(m_client->adds().size(), 1);
-    QCOMPARE(m_client->adds().first().value("URL"), model->UrlOf(model->index(3, 0)));
+    QCOMPARE(adds().size(), 1);
+    QCOMPARE(adds().first().value("URL"), model->UrlOf(model->index(3, 0)));
     QCOMPARE(m_wizard->CountActions().any(), false);
 }
 
@@ -348,12 +334,12 @@ void tst_frmAddSubscription::importTabLoadsNestedFilesIntoNestedCategories()
     auto *tabs = child<QTabWidget>("tabController");
     tabs->setCurrentIndex(3);
     // An empty path asks for nothing.
-    const qsizetype before = m_client->submitted.size();
+    const qsizetype before = m_fixture->submitted.size();
     child<QPushButton>("cmdLoadFile")->click();
-    QCOMPARE(m_client->submitted.size(), before);
+    QCOMPARE(m_fixture->submitted.size(), before);
 
     m_wizard->USMImportOPMLFile(path);
-    QCOMPARE(m_client->submitted.constLast().value("URL"),
+    QCOMPARE(m_fixture->submitted.constLast().value("URL"),
              QStringLiteral("file://loopback/") + QString(path).replace(QLatin1Char(' '), QStringLiteral("%20")));
     auto *grid = child<QTreeView>("grdImportList");
     auto *model = qobject_cast<FeedListModel *>(grid->model());
@@ -372,10 +358,10 @@ void tst_frmAddSubscription::importTabLoadsNestedFilesIntoNestedCategories()
     QSignalSpy drained(&AddRequestQueue::Instance(), &AddRequestQueue::Drained);
     pressOk();
     QVERIFY(drained.wait(10000));
-    const auto adds = m_client->adds();
-    QCOMPARE(adds.size(), 41);
-    QCOMPARE(adds.first().value("CATEGORY"), QStringLiteral("A~~~B~~~C"));
-    QCOMPARE(adds.constLast().value("CATEGORY"), QStringLiteral("-237237"));
+    const auto sent = adds();
+    QCOMPARE(sent.size(), 41);
+    QCOMPARE(sent.first().value("CATEGORY"), QStringLiteral("A~~~B~~~C"));
+    QCOMPARE(sent.constLast().value("CATEGORY"), QStringLiteral("-237237"));
     // The main window shows them as nested folders once the answers are in.
     QTRY_VERIFY_WITH_TIMEOUT(categoriesUtils::FindNodeByPath(m_fixture->window->Tree(), QStringLiteral("A~~~B~~~C")),
                              15000);
@@ -398,9 +384,9 @@ void tst_frmAddSubscription::starterFeedsAndFileChecks()
     QSignalSpy drained(&AddRequestQueue::Instance(), &AddRequestQueue::Drained);
     OpmlImport::AddDefaultFeeds(m_fixture->window.get(), m_client);
     QVERIFY(drained.wait(10000));
-    const auto adds = m_client->adds();
-    QVERIFY(adds.size() >= 3);
-    QVERIFY(std::all_of(adds.cbegin(), adds.cend(), [](const auto &add) {
+    const auto sent = adds();
+    QVERIFY(sent.size() >= 3);
+    QVERIFY(std::all_of(sent.cbegin(), sent.cend(), [](const auto &add) {
         return !add.value("CATEGORY").isEmpty() && add.value("CATEGORY") != QLatin1String("-237237");
     }));
 }

@@ -1,6 +1,5 @@
 #include "ClientAccess.h"
 #include "EngineCalls.h"
-#include "ForwardingSubscribeClient.h"
 #include "LinkedSubscribeClient.h"
 #include "MainModule.h"
 #include "SubscribeClientFactory.h"
@@ -12,47 +11,29 @@
 
 using namespace quillon;
 
-// An engine client that also holds another feed reader's subscriptions, made up by the test.
-class ReaderClient : public ForwardingSubscribeClient
+// Another feed reader's subscriptions, made up by the test, and the addresses the import asked for.
+struct ReaderFake
 {
-public:
-    using ForwardingSubscribeClient::ForwardingSubscribeClient;
-    static constexpr Handle kReaderList = 1 << 30;
     QList<QHash<QString, QString>> outlines;
     QStringList requestedUrls;
-    int readerListsOut = 0;
 
-    qint32 SubmitRequest(Handle bag, CallbackPtr callback) override
+    CallHook hook()
     {
-        requestedUrls.append(m_inner->GetStringValue(bag, QStringLiteral("URL")));
-        return m_inner->SubmitRequest(bag, std::move(callback));
-    }
-
-    Handle ListReaderSubscriptions(const QString &) override
-    {
-        ++readerListsOut;
-        return kReaderList;
-    }
-    qint32 ListCount(Handle list) override
-    {
-        return list == kReaderList ? qint32(outlines.size()) : m_inner->ListCount(list);
-    }
-    Handle ListHandle(Handle list, qint32 index) override
-    {
-        if (list != kReaderList)
-            return m_inner->ListHandle(list, index);
-        const Handle bag = m_inner->NewBag();
-        const auto &outline = outlines.at(index);
-        for (auto it = outline.cbegin(); it != outline.cend(); ++it)
-            m_inner->SetStringValue(bag, it.key(), it.value());
-        return bag;
-    }
-    void ReleaseHandle(Handle handle) override
-    {
-        if (handle == kReaderList)
-            --readerListsOut;
-        else
-            m_inner->ReleaseHandle(handle);
+        return {[this](const QString &operation, const QList<PropertyValue> &args,
+                       const CallHook::Answer &) -> std::optional<PropertyValue> {
+            if (operation == QLatin1String("SubmitRequest"))
+                requestedUrls.append(std::get<BagPtr>(args.at(0))->text(QStringLiteral("URL")));
+            if (operation != QLatin1String("ListReaderSubscriptions"))
+                return std::nullopt;
+            auto list = PropertyList::create();
+            for (const auto &outline : std::as_const(outlines)) {
+                auto bag = PropertyBag::create();
+                for (auto it = outline.cbegin(); it != outline.cend(); ++it)
+                    bag->setText(it.key(), it.value());
+                list->append(bag);
+            }
+            return list;
+        }};
     }
 };
 
@@ -71,13 +52,15 @@ private:
 
     std::unique_ptr<TestEngine> m_engine;
     std::shared_ptr<LinkedSubscribeClient> m_linked;
+    ReaderFake m_reader;
 };
 
 void tst_MainModule::init()
 {
     m_engine = std::make_unique<TestEngine>();
     QVERIFY(m_engine->isReady());
-    m_linked = std::dynamic_pointer_cast<LinkedSubscribeClient>(m_engine->newClient());
+    m_reader = {};
+    m_linked = m_engine->newClient(m_reader.hook());
     SubscribeClientFactory::SetCreator([this]() -> SubscribeClientPtr { return m_linked; });
 }
 
@@ -130,26 +113,24 @@ QStringList tst_MainModule::AddedUrls()
 
 void tst_MainModule::readerImportSkipsAndFiltersAsEachReaderNeeds()
 {
-    auto reader = std::make_shared<ReaderClient>(m_linked);
-    reader->outlines = {
+    m_reader.outlines = {
         {{"title", "Kept"}, {"xmlUrl", "http://127.0.0.1/kept"}},
         {{"title", "Private"}, {"xmlUrl", "http://127.0.0.1/private"}, {"ng:useDefaultCredentials", "ngos"}},
         {{"title", "Blank"}, {"xmlUrl", " "}},
         {{"title", "Marker"}, {"xmlUrl", "-237237"}},
     };
-    MainModule::ImportFromReader(reader, QStringLiteral("newsgator"));
+    MainModule::ImportFromReader(m_linked, QStringLiteral("newsgator"));
     QCOMPARE(MainModule::SkippedOutlineCount(), 1);
-    QCOMPARE(reader->requestedUrls, QStringList({"http://127.0.0.1/kept"}));
+    QCOMPARE(m_reader.requestedUrls, QStringList({"http://127.0.0.1/kept"}));
     QTRY_COMPARE(m_linked->PendingCallbackCount(), 0);
     QCOMPARE(AddedUrls(), QStringList({"http://127.0.0.1/kept"}));
 
-    reader->requestedUrls.clear();
-    MainModule::ImportFromReader(reader, QStringLiteral("intravnews"));
-    QCOMPARE(reader->requestedUrls,
+    m_reader.requestedUrls.clear();
+    MainModule::ImportFromReader(m_linked, QStringLiteral("intravnews"));
+    QCOMPARE(m_reader.requestedUrls,
              QStringList({"http://127.0.0.1/kept", "http://127.0.0.1/private", " ", "-237237"}));
     QCOMPARE(MainModule::SkippedOutlineCount(), 1);
-    QTRY_COMPARE(m_linked->PendingCallbackCount(), 0);
-    QCOMPARE(reader->readerListsOut, 0);
+    QTRY_COMPARE(m_linked->PendingCallbackCount(), 0); // cleanup finds the reader's list released
 }
 
 QTEST_MAIN(tst_MainModule)

@@ -3,7 +3,6 @@
 #include "CBConnect.h"
 #include "ConsumerSettings.h"
 #include "EngineCalls.h"
-#include "ForwardingSubscribeClient.h"
 #include "HandleGuard.h"
 #include "LocalSettings.h"
 #include "PromptSeam.h"
@@ -38,19 +37,6 @@ inline QStringList TreeOutline(const CategoryTree &tree, const CategoryNode *par
     return lines;
 }
 
-// The window's engine client, keeping every binding it sends.
-class BindRecordingClient : public ForwardingSubscribeClient
-{
-public:
-    using ForwardingSubscribeClient::ForwardingSubscribeClient;
-    void BindItem(const QString &consumerId, const QString &itemClass, qint32 id, qint32 flag) override
-    {
-        binds.append({id, flag});
-        ForwardingSubscribeClient::BindItem(consumerId, itemClass, id, flag);
-    }
-    QList<std::pair<qint32, qint32>> binds;
-};
-
 // A real engine, the main window connected to it as ConfigConsumer, a second consumer
 // ("OLCONSUMER") that changes things behind the window's back, and scripted answers to every
 // question the window asks.
@@ -69,7 +55,10 @@ public:
         LocalSettings::SetBaseFolder(m_folder.path());
         SaveSetting(QStringLiteral("Quillon"), QStringLiteral("Quillon"), QStringLiteral("LogFilePathName"),
                     logPath());
-        client = std::make_shared<BindRecordingClient>(engine.newClient());
+        client = engine.newClient({[this](const QString &operation, const auto &args, const auto &) {
+            record(operation, args);
+            return std::optional<quillon::PropertyValue>();
+        }});
         other = engine.newClient();
         other->Connect(QStringLiteral("OLCONSUMER"), std::make_shared<RecordingCallback>(other.get()));
         m_previousHandler = PromptSeam::SetHandler([this](Prompt &prompt) {
@@ -152,7 +141,9 @@ public:
     }
 
     TestEngine engine;
-    std::shared_ptr<BindRecordingClient> client;
+    quillon::SubscribeClientPtr client;
+    QList<std::pair<qint32, qint32>> binds;        // ID and flag of every BindItem the window sent
+    QList<QHash<QString, QString>> submitted;       // the texts of every request bag it submitted
     quillon::SubscribeClientPtr other;
     std::unique_ptr<frmMainWindow> window;
     QList<Asked> asked;
@@ -161,6 +152,19 @@ public:
     Qt::KeyboardModifiers modifiers = Qt::NoModifier;
 
 private:
+    void record(const QString &operation, const QList<quillon::PropertyValue> &args)
+    {
+        if (operation == QLatin1String("BindItem"))
+            binds.append({quillon::valueLong(args.at(2)), quillon::valueLong(args.at(3))});
+        if (operation != QLatin1String("SubmitRequest"))
+            return;
+        QHash<QString, QString> fields;
+        const quillon::BagPtr bag = std::get<quillon::BagPtr>(args.at(0));
+        for (const char *name : {"REQUEST", "URL", "TITLE", "CATEGORY", "USER", "PASSWORD"})
+            fields.insert(name, bag->contains(name) ? bag->text(name) : quillon::kMissingText);
+        submitted.append(fields);
+    }
+
     QTemporaryDir m_folder;
     PromptSeam::Handler m_previousHandler;
 };

@@ -1,44 +1,26 @@
 #pragma once
 
-#include "ForwardingSubscribeClient.h"
-#include "InProcessLink.h"
 #include "PromptSeam.h"
 #include "QLUtils.h"
-#include "SubscribeClient.h"
-
-#include <QTimer>
+#include "TestEngine.h"
 
 // Stand-ins the settings editor's tests put around the real engine.
 namespace SettingsEditorDoubles {
 
 using namespace quillon;
 
-// The engine's link, except that it answers the search-sources request itself.
-class SearchSourcesLink : public EngineLink
+// Answers the search-sources request with the given message instead of the engine.
+inline CallHook AnswerSearchSources(BagPtr message)
 {
-public:
-    SearchSourcesLink(EngineCore *core, BagPtr answer) : m_inner(core), m_answer(std::move(answer)) {}
-    PropertyValue call(const QString &operation, const QList<PropertyValue> &args) override
-    {
+    return {[message](const QString &operation, const QList<PropertyValue> &args,
+                      const CallHook::Answer &answer) -> std::optional<PropertyValue> {
         const auto *request = args.isEmpty() ? nullptr : std::get_if<BagPtr>(&args.first());
         if (operation != "SubmitRequest" || !request || (*request)->text("REQUEST") != "LIST")
-            return m_inner.call(operation, args);
-        const qint32 callbackId = valueLong(args.at(1));
-        QTimer::singleShot(0, [this, callbackId] { m_sink(callbackId, m_answer->clone()); });
-        return 1;
-    }
-    void setMessageSink(MessageSink sink) override
-    {
-        m_sink = sink;
-        m_inner.setMessageSink(std::move(sink));
-    }
-    bool isConnected() const override { return m_inner.isConnected(); }
-
-private:
-    InProcessLink m_inner;
-    BagPtr m_answer;
-    MessageSink m_sink;
-};
+            return std::nullopt;
+        answer(valueLong(args.at(1)), message->clone());
+        return qint32(1);
+    }};
+}
 
 inline BagPtr SourcesAnswer()
 {
@@ -70,19 +52,16 @@ struct AnsweredPrompt
     QString extendedText;
 };
 
-// Refuses updates of one subscription.
-class RefusingClient : public ForwardingSubscribeClient
+// Refuses updates of the subscription whose ID refused holds at the time.
+inline CallHook RefuseUpdatesOf(const qint32 *refused)
 {
-public:
-    using ForwardingSubscribeClient::ForwardingSubscribeClient;
-    void UpdateItem(const QString &itemClass, qint32 id, Handle bag) override
-    {
-        if (id == refusedId)
+    return {[refused](const QString &operation, const QList<PropertyValue> &args,
+                      const CallHook::Answer &) -> std::optional<PropertyValue> {
+        if (operation == "UpdateItem" && valueLong(args.at(1)) == *refused)
             throw EngineError("refused");
-        ForwardingSubscribeClient::UpdateItem(itemClass, id, bag);
-    }
-    qint32 refusedId = 0;
-};
+        return std::nullopt;
+    }};
+}
 
 // An Outlook whose folder chooser answers with one folder.
 class OneFolderOutlook : public IOutlook

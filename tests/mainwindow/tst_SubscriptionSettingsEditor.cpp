@@ -1,7 +1,6 @@
 #include "ConsumerSettings.h"
 #include "EngineCalls.h"
 #include "HandleGuard.h"
-#include "LinkedSubscribeClient.h"
 #include "LocalSettings.h"
 #include "PromptSeam.h"
 #include "QLUtils.h"
@@ -329,8 +328,8 @@ void tst_SubscriptionSettingsEditor::commitAsksAndFollowsTheAnswer()
 
 void tst_SubscriptionSettingsEditor::failedApplyStopsAndSaysWhy()
 {
-    const auto client = std::make_shared<RefusingClient>(m_engine->newClient());
-    startEditor(client);
+    qint32 refused = 0;
+    startEditor(m_engine->newClient(RefuseUpdatesOf(&refused)));
     const QList<qint32> ids = {addSubscription("First"), addSubscription("Second"), addSubscription("Third")};
     m_editor->LoadSelection({EditorSelection::Kind::Category, "All", {}, ids});
 
@@ -347,7 +346,7 @@ void tst_SubscriptionSettingsEditor::failedApplyStopsAndSaysWhy()
 
     // An engine failure ends the apply: the subscriptions before it keep what was written.
     child<QLineEdit>("txtDelUnread")->setText("10");
-    client->refusedId = ids[1];
+    refused = ids[1];
     QVERIFY(!m_editor->ApplyEdits());
     QCOMPARE(m_prompts.size(), 2);
     QCOMPARE(m_prompts[1].extendedText, QString("refused"));
@@ -402,8 +401,7 @@ void tst_SubscriptionSettingsEditor::outlookTabNeedsAFolderForTheSpecificChoice(
 
 void tst_SubscriptionSettingsEditor::searchSubscriptionWritesANewAddress()
 {
-    startEditor(LinkedSubscribeClient::create(
-        std::make_unique<SearchSourcesLink>(&m_engine->core(), SourcesAnswer())));
+    startEditor(m_engine->newClient(AnswerSearchSources(SourcesAnswer())));
     const QString url = "search?guid=%7Bnews%7D&keywords=rss&limit=20";
     const qint32 id = addSubscription("Search: rss", url);
     loadSubscription(id, "Search: rss", url);
@@ -440,8 +438,7 @@ void tst_SubscriptionSettingsEditor::searchWithoutSourcesStillLoads()
     auto refused = PropertyBag::create();
     refused->setText("MESSAGE", "RequestFailed");
     refused->setText("ERROR", "Unknown request LIST");
-    const auto client =
-        LinkedSubscribeClient::create(std::make_unique<SearchSourcesLink>(&m_engine->core(), refused));
+    const auto client = m_engine->newClient(AnswerSearchSources(refused));
     startEditor(client);
     const QString url = "search?guid=g1&keywords=cats";
     const qint32 id = addSubscription("Search: cats", url);

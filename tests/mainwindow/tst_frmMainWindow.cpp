@@ -328,7 +328,7 @@ void tst_frmMainWindow::uncheckingDecidesWhetherArticlesGo()
     emit view()->CheckToggleRequested(const_cast<CategoryNode *>(empty));
     QCOMPARE(empty->image(), QStringLiteral("unchecked_folder"));
     QVERIFY(f->asked.isEmpty());
-    QVERIFY(f->client->binds.isEmpty());
+    QVERIFY(f->binds.isEmpty());
 
     f->answers[int(PromptKind::YesNo)] = {6, 7};
     emit view()->CheckToggleRequested(node("Dropped"));
@@ -336,16 +336,16 @@ void tst_frmMainWindow::uncheckingDecidesWhetherArticlesGo()
     QCOMPARE(f->askedTexts(PromptKind::YesNo),
              QStringList({"Do you want to remove the subscription's articles from Outlook?",
                           "Do you want to remove this category's articles from Outlook?"}));
-    QCOMPARE(f->client->binds, (QList<std::pair<qint32, qint32>>{{dropped, 0}, {kept, 1}}));
+    QCOMPARE(f->binds, (QList<std::pair<qint32, qint32>>{{dropped, 0}, {kept, 1}}));
     QCOMPARE(node("Full~~~Kept")->image(), QStringLiteral("unchecked"));
     QCOMPARE(f->delivered(), QList<qint32>());
 
     // Checking asks nothing; a standing answer other than 2 is used as it is.
-    f->client->binds.clear();
+    f->binds.clear();
     emit view()->CheckToggleRequested(node("Full"));
     SetConsumerSetting(*f->other, "OLCONSUMER", "OutlookDefaults", "SubDeletedInConfig", "1");
     emit view()->CheckToggleRequested(node("Full~~~Kept"));
-    QCOMPARE(f->client->binds, (QList<std::pair<qint32, qint32>>{{kept, 1}, {kept, 1}}));
+    QCOMPARE(f->binds, (QList<std::pair<qint32, qint32>>{{kept, 1}, {kept, 1}}));
     QCOMPARE(f->askedTexts(PromptKind::YesNo).size(), 2);
     QVERIFY(f->setting(kConfig, QString(), kSavedCategoriesKey).contains("Image(checked_folder)"));
 }
