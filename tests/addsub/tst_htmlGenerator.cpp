@@ -42,6 +42,14 @@ ArticleFields article()
     return f;
 }
 
+// The built-in block row: an icon and a text, both linking to the address.
+QString blockRow(const QString &localPath, const QString &link, const QString &icon, const QString &text)
+{
+    return u"<tr><td>&nbsp;</td><td><div align='right'><a href='"_s + link + u"'><img src='"_s + localPath +
+           u"images/"_s + icon + u".gif' border='0'></a></div></td><td><a href='"_s + link + u"'>"_s + text +
+           u"</a></td><td>&nbsp;</td></tr>"_s;
+}
+
 QString trailer(qint32 id)
 {
     return u"<!-- qliArticleID="_s + QString::number(id) + u" -->"_s;
@@ -156,19 +164,11 @@ void tst_htmlGenerator::blocksReadTheirVariantAndReplaceInOrder()
     ProgramFolder folder;
     const QString lp = folder.localPath();
     QCOMPARE(SourceBlock(lp, false, u"https://s.example/"_s, QString()),
-             u"<tr><td>&nbsp;</td><td><div align='right'><a href='https://s.example/'><img src='"_s + lp +
-                 u"images/source.gif' border='0'></a></div></td><td><a href='https://s.example/'>"
-                 "https://s.example/</a></td><td>&nbsp;</td></tr>"_s);
+             blockRow(lp, u"https://s.example/"_s, u"source"_s, u"https://s.example/"_s));
     QCOMPARE(CommentsBlock(lp, true, u"https://c.example/"_s),
-             u"<tr><td>&nbsp;</td><td><div align='right'><a href='https://c.example/'><img src='"_s + lp +
-                 u"images/comments.gif' border='0'></a></div></td><td><a href='https://c.example/'>"
-                 "Link to Comments</a></td><td>&nbsp;</td></tr>"_s);
-    QCOMPARE(
-        EnclosureBlock(lp, false, u"https://e.example/talk.mp3?x=1"_s, QString(), 1),
-        u"<tr><td>&nbsp;</td><td><div align='right'><a href='https://e.example/talk.mp3?x=1'><img src='"_s +
-            lp +
-            u"images/audio.gif' border='0'></a></div></td><td><a href='https://e.example/talk.mp3?x=1'>"
-            "https://e.example/talk.mp3?x=1</a></td><td>&nbsp;</td></tr>"_s);
+             blockRow(lp, u"https://c.example/"_s, u"comments"_s, u"Link to Comments"_s));
+    const QString talk = u"https://e.example/talk.mp3?x=1"_s;
+    QCOMPARE(EnclosureBlock(lp, false, talk, QString(), 1), blockRow(lp, talk, u"audio"_s, talk));
 
     // Each variant reads its own file; the local path goes in before any value, so a value that
     // looks like a placeholder is kept when its placeholder comes earlier.
@@ -189,12 +189,8 @@ void tst_htmlGenerator::diskEnclosureAsksTheAddInToOpenTheStoredCopy()
     ProgramFolder folder;
     const QString link =
         u"quillon://127.0.0.1:45888/qli_msg.gif?Source=HTML&Destination=OLCONSUMER&cmd=openenclosure&aid=42"_s;
-    const QString block = EnclosureBlock(folder.localPath(), false, u"C:\\store\\talk.mp3"_s, u"DISK"_s, 42);
-    QCOMPARE(block, u"<tr><td>&nbsp;</td><td><div align='right'><a href='"_s + link + u"'><img src='"_s +
-                        folder.localPath() +
-                        u"images/~DATA_ENCLOSUREFILETYPE~.gif' border='0'></a></div></td>"
-                        "<td><a href='"_s +
-                        link + u"'>C:\\store\\talk.mp3</a></td><td>&nbsp;</td></tr>"_s);
+    QCOMPARE(EnclosureBlock(folder.localPath(), false, u"C:\\store\\talk.mp3"_s, u"DISK"_s, 42),
+             blockRow(folder.localPath(), link, u"~DATA_ENCLOSUREFILETYPE~"_s, u"C:\\store\\talk.mp3"_s));
 
     folder.write(u"template.html"_s, u"~DATA_ENCLOSURE~"_s);
     folder.write(u"enclosureTemplate.html"_s, u"[web ~DATA_ENCLOSURETITLE~]"_s);

@@ -26,6 +26,17 @@ public:
         return QJsonDocument::fromJson(file.readAll()).object().value(QStringLiteral("cases")).toArray();
     }
 
+    // The cases of one category ("wellformed", "opml", ...) in that folder.
+    static QList<QJsonObject> cases(const QString &folder, const QString &category)
+    {
+        QList<QJsonObject> found;
+        for (const QJsonValue &value : cases(folder)) {
+            if (value.toObject().value(QStringLiteral("category")).toString() == category)
+                found.append(value.toObject());
+        }
+        return found;
+    }
+
     static QByteArray sample(const QString &folder, const QString &path)
     {
         QFile file(corpusDir() + u'/' + folder + u'/' + path);

@@ -137,10 +137,7 @@ void tst_FeedCorpus::addRows(const QString &category, std::optional<bool> markup
     QTest::addColumn<QString>("contentType");
     QTest::addColumn<QJsonArray>("checks");
     QTest::addColumn<QJsonValue>("faultExpected");
-    for (const QJsonValue &value : CorpusManifest::cases(kFolder)) {
-        const QJsonObject testCase = value.toObject();
-        if (testCase.value(QStringLiteral("category")).toString() != category)
-            continue;
+    for (const QJsonObject &testCase : CorpusManifest::cases(kFolder, category)) {
         if (markupSensitive &&
             testCase.value(QStringLiteral("markup_sensitive")).toBool() != *markupSensitive)
             continue;

@@ -157,10 +157,7 @@ void tst_OpmlCorpus::addRows(const QString &category, bool (*wanted)(const QJson
 {
     QTest::addColumn<QString>("path");
     QTest::addColumn<QJsonArray>("checks");
-    for (const QJsonValue &value : CorpusManifest::cases(kFolder)) {
-        const QJsonObject testCase = value.toObject();
-        if (testCase.value(QStringLiteral("category")).toString() != category)
-            continue;
+    for (const QJsonObject &testCase : CorpusManifest::cases(kFolder, category)) {
         const QString path = testCase.value(QStringLiteral("path")).toString();
         const QJsonArray checks = testCase.value(QStringLiteral("checks")).toArray();
         if (!wanted || wanted(checks))
