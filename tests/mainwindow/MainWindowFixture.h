@@ -6,7 +6,6 @@
 #include "HandleGuard.h"
 #include "LocalSettings.h"
 #include "PromptSeam.h"
-#include "RecordingCallback.h"
 #include "TestEngine.h"
 #include "frmMainWindow.h"
 
@@ -60,7 +59,7 @@ public:
             return std::optional<quillon::PropertyValue>();
         }});
         other = engine.newClient();
-        other->Connect(QStringLiteral("OLCONSUMER"), std::make_shared<RecordingCallback>(other.get()));
+        other->Connect(QStringLiteral("OLCONSUMER"), std::make_shared<EngineCalls::IgnoreMessages>());
         m_previousHandler = PromptSeam::SetHandler([this](Prompt &prompt) {
             asked.append({prompt.kind, prompt.mainText});
             if (onAsk)

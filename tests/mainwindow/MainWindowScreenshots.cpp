@@ -113,7 +113,7 @@ int main(int argc, char *argv[])
     if (!engine.isReady())
         return 1;
     const SubscribeClientPtr feeds = engine.newClient();
-    feeds->Connect("OLCONSUMER", std::make_shared<RecordingCallback>(feeds.get()));
+    feeds->Connect("OLCONSUMER", std::make_shared<EngineCalls::IgnoreMessages>());
     qint32 selected = 0;
     for (const Feed &feed : kFeeds) {
         const qint32 id = addFeed(*feeds, feed);

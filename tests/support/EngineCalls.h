@@ -1,6 +1,6 @@
 #pragma once
 
-#include "RecordingCallback.h"
+#include "CopyingCallback.h"
 #include "SubscribeClient.h"
 
 #include <QTest>
@@ -31,13 +31,14 @@ inline qint32 AddSubscription(quillon::SubscribeClient &c, const QString &title,
         c.ListAppend(list, consumer);
     if (!consumers.isEmpty())
         c.SetHandleValue(request, QStringLiteral("ConsumerIDs"), list);
-    auto answer = std::make_shared<RecordingCallback>(&c);
+    auto answer = std::make_shared<CopyingCallback>(c);
     c.SubmitRequest(request, answer);
     c.ReleaseHandle(list);
     c.ReleaseHandle(request);
-    if (!QTest::qWaitFor([&] { return !answer->records.isEmpty(); }))
+    if (!QTest::qWaitFor([&] { return !answer->received.isEmpty(); }))
         return 0;
-    return answer->records.first().result.value(QStringLiteral("SUBSCRIPTIONID")).toInt();
+    const quillon::BagPtr result = answer->received.first()->bag(QStringLiteral("Result"));
+    return result ? result->number(QStringLiteral("SUBSCRIPTIONID")) : 0;
 }
 
 // One value of a subscription as text.

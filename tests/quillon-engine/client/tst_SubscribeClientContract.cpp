@@ -1,7 +1,7 @@
+#include "CopyingCallback.h"
 #include "DaemonProcess.h"
 #include "EngineCalls.h"
 #include "LinkedSubscribeClient.h"
-#include "RecordingCallback.h"
 #include "SocketLink.h"
 #include "TestEngine.h"
 
@@ -9,17 +9,15 @@
 #include <QTcpServer>
 #include <QTest>
 
-#include <algorithm>
 
 using namespace quillon;
 using namespace EngineCalls;
 
 namespace {
 
-bool hasMessage(const RecordingCallback &callback, const QString &name)
+bool hasMessage(const CopyingCallback &callback, const QString &name)
 {
-    return std::any_of(callback.records.cbegin(), callback.records.cend(),
-                       [&name](const RecordingCallback::Record &record) { return record.message == name; });
+    return !callback.named(name).isEmpty();
 }
 
 } // namespace
@@ -171,7 +169,7 @@ void tst_SubscribeClientContract::handlesAreReleasedOnce()
 void tst_SubscribeClientContract::connectAndLogReachTheEngine()
 {
     auto client = newClient();
-    client->Connect(QStringLiteral("CONFIGCONSUMER"), std::make_shared<RecordingCallback>(client.get()));
+    client->Connect(QStringLiteral("CONFIGCONSUMER"), std::make_shared<CopyingCallback>(*client));
     client->Log(QStringLiteral("UI Client <> Engine comms established\r\n"), 999);
 
     const QString path = dataFolder() + QStringLiteral("/engine.log");
@@ -218,8 +216,8 @@ void tst_SubscribeClientContract::addIsAnsweredFromTheEventLoop()
 {
     auto asker = newClient();
     auto other = newClient();
-    auto askerEvents = std::make_shared<RecordingCallback>(asker.get());
-    auto otherEvents = std::make_shared<RecordingCallback>(other.get());
+    auto askerEvents = std::make_shared<CopyingCallback>(*asker);
+    auto otherEvents = std::make_shared<CopyingCallback>(*other);
     asker->Connect(QStringLiteral("CONFIGCONSUMER"), askerEvents);
     other->Connect(QStringLiteral("OLCONSUMER"), otherEvents);
 
@@ -229,20 +227,20 @@ void tst_SubscribeClientContract::addIsAnsweredFromTheEventLoop()
     const Handle consumers = asker->NewList();
     asker->ListAppend(consumers, QStringLiteral("OLCONSUMER"));
     asker->SetHandleValue(request, QStringLiteral("ConsumerIDs"), consumers);
-    auto answer = std::make_shared<RecordingCallback>(asker.get());
+    auto answer = std::make_shared<CopyingCallback>(*asker);
     asker->SubmitRequest(request, answer);
-    QCOMPARE(answer->records.size(), 0);
+    QCOMPARE(answer->received.size(), 0);
     asker->ReleaseHandle(request);
     asker->ReleaseHandle(consumers);
 
-    QTRY_COMPARE(answer->records.size(), 1);
-    const RecordingCallback::Record &added = answer->records.first();
-    QCOMPARE(added.message, QStringLiteral("SubscriptionAddResult"));
-    const qint32 id = added.result.value(QStringLiteral("SUBSCRIPTIONID")).toInt();
+    QTRY_COMPARE(answer->received.size(), 1);
+    const BagPtr added = answer->received.first();
+    QCOMPARE(added->text(QStringLiteral("MESSAGE")), QStringLiteral("SubscriptionAddResult"));
+    const qint32 id = added->bag(QStringLiteral("Result"))->text(QStringLiteral("SUBSCRIPTIONID")).toInt();
     QVERIFY(id > 0);
-    QCOMPARE(added.result.value(QStringLiteral("URL")), url);
-    QCOMPARE(added.result.value(QStringLiteral("TITLE")), QStringLiteral("Contract add"));
-    QCOMPARE(added.result.value(QStringLiteral("CATEGORY")), QStringLiteral("Tech~~~News"));
+    QCOMPARE(added->bag(QStringLiteral("Result"))->text(QStringLiteral("URL")), url);
+    QCOMPARE(added->bag(QStringLiteral("Result"))->text(QStringLiteral("TITLE")), QStringLiteral("Contract add"));
+    QCOMPARE(added->bag(QStringLiteral("Result"))->text(QStringLiteral("CATEGORY")), QStringLiteral("Tech~~~News"));
 
     QTRY_VERIFY(hasMessage(*otherEvents, QStringLiteral("SubscriptionAdded")));
     QVERIFY(!hasMessage(*askerEvents, QStringLiteral("SubscriptionAdded")));
@@ -253,8 +251,8 @@ void tst_SubscribeClientContract::subscriptionLifecycle()
 {
     auto client = newClient();
     auto watcher = newClient();
-    client->Connect(QStringLiteral("CONFIGCONSUMER"), std::make_shared<RecordingCallback>(client.get()));
-    auto watched = std::make_shared<RecordingCallback>(watcher.get());
+    client->Connect(QStringLiteral("CONFIGCONSUMER"), std::make_shared<CopyingCallback>(*client));
+    auto watched = std::make_shared<CopyingCallback>(*watcher);
     watcher->Connect(QStringLiteral("OLCONSUMER"), watched);
     const qint32 id =
         AddSubscription(*client, QStringLiteral("Lifecycle"), QStringLiteral("http://127.0.0.1:9/life"));
@@ -278,7 +276,7 @@ void tst_SubscribeClientContract::subscriptionLifecycle()
     client->BindItem(QStringLiteral("OLCONSUMER"), kNews, id, 1);
     QVERIFY(ConsumerItems(*client, QStringLiteral("OLCONSUMER")).contains(id));
     QTRY_VERIFY(hasMessage(*watched, QStringLiteral("SubscriptionBindingChanged")));
-    QCOMPARE(watched->records.last().result.value(QStringLiteral("ORIGINATOR")),
+    QCOMPARE(watched->received.last()->bag(QStringLiteral("Result"))->text(QStringLiteral("ORIGINATOR")),
              QStringLiteral("CONFIGCONSUMER"));
     client->BindItem(QStringLiteral("OLCONSUMER"), kNews, id, 0);
     QVERIFY(!ConsumerItems(*client, QStringLiteral("OLCONSUMER")).contains(id));
@@ -381,13 +379,13 @@ void tst_SubscribeClientContract::crashedEngineIsFoundAgain()
             return SocketLink::open(name, 500);
         });
     m_clients.append(client);
-    auto events = std::make_shared<RecordingCallback>(client.get());
+    auto events = std::make_shared<CopyingCallback>(*client);
     client->Connect(QStringLiteral("CONFIGCONSUMER"), events);
     const Handle kept = client->NewBag();
     client->SetStringValue(kept, QStringLiteral("name"), QStringLiteral("value"));
     QTcpServer silent;
     QVERIFY(silent.listen(QHostAddress::LocalHost));
-    auto preview = std::make_shared<RecordingCallback>(client.get());
+    auto preview = std::make_shared<CopyingCallback>(*client);
     client->RequestPreview(kNews, QStringLiteral("http://127.0.0.1:%1/feed").arg(silent.serverPort()),
                            preview);
     QTRY_VERIFY(silent.hasPendingConnections());
@@ -395,8 +393,8 @@ void tst_SubscribeClientContract::crashedEngineIsFoundAgain()
     m_daemon->process().kill();
     QVERIFY(m_daemon->process().waitForFinished(5000));
     // The answer the dead engine owed comes as an error; a crash is no "EngineTerminated".
-    QTRY_COMPARE(preview->records.size(), 1);
-    QCOMPARE(preview->records.first().error, QStringLiteral("The engine connection was lost"));
+    QTRY_COMPARE(preview->received.size(), 1);
+    QCOMPARE(preview->received.first()->text(QStringLiteral("ERROR")), QStringLiteral("The engine connection was lost"));
     QVERIFY(!client->IsLinked());
 
     auto restarted = std::make_unique<DaemonProcess>(name);
@@ -414,7 +412,7 @@ void tst_SubscribeClientContract::crashedEngineIsFoundAgain()
 void tst_SubscribeClientContract::stoppingTellsConnectedConsumers()
 {
     auto client = newClient();
-    auto events = std::make_shared<RecordingCallback>(client.get());
+    auto events = std::make_shared<CopyingCallback>(*client);
     client->Connect(QStringLiteral("CONFIGCONSUMER"), events);
     if (m_daemon) {
         m_daemon->process().terminate();

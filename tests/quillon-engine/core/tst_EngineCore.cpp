@@ -1,8 +1,8 @@
+#include "CopyingCallback.h"
 #include "EngineCore.h"
 #include "EngineCoreCalls.h"
 #include "InProcessLink.h"
 #include "LinkedSubscribeClient.h"
-#include "RecordingCallback.h"
 #include "TestEngine.h"
 
 #include <QDateTime>
@@ -17,13 +17,25 @@
 using namespace quillon;
 using namespace EngineCoreCalls;
 
+namespace {
+// The SUBSCRIPTIONIDS of a message's Result.
+QList<qint32> idsOf(const BagPtr &message)
+{
+    QList<qint32> ids;
+    const ListPtr list = message->bag(QStringLiteral("Result"))->list(QStringLiteral("SUBSCRIPTIONIDS"));
+    for (qsizetype i = 0; list && i < list->size(); ++i)
+        ids.append(valueLong(list->at(i)));
+    return ids;
+}
+} // namespace
+
 class tst_EngineCore : public QObject
 {
     Q_OBJECT
 
 private:
     SubscribeClientPtr client(const QString &consumerId = {},
-                              std::shared_ptr<RecordingCallback> *events = nullptr);
+                              std::shared_ptr<CopyingCallback> *events = nullptr);
 
     std::unique_ptr<TestEngine> m_engine;
     QList<SubscribeClientPtr> m_clients;
@@ -43,12 +55,12 @@ private Q_SLOTS:
     void connectionsAndTermination();
 };
 
-SubscribeClientPtr tst_EngineCore::client(const QString &consumerId, std::shared_ptr<RecordingCallback> *events)
+SubscribeClientPtr tst_EngineCore::client(const QString &consumerId, std::shared_ptr<CopyingCallback> *events)
 {
     auto c = m_engine->newClient();
     m_clients.append(c);
     if (!consumerId.isEmpty()) {
-        auto callback = std::make_shared<RecordingCallback>(c.get());
+        auto callback = std::make_shared<CopyingCallback>(*c);
         c->Connect(consumerId, callback);
         if (events)
             *events = callback;
@@ -72,7 +84,7 @@ void tst_EngineCore::cleanup()
 
 void tst_EngineCore::addAnswersTheCallerAndTellsTheOthers()
 {
-    std::shared_ptr<RecordingCallback> configEvents, outlookEvents;
+    std::shared_ptr<CopyingCallback> configEvents, outlookEvents;
     auto config = client(QStringLiteral("CONFIGCONSUMER"), &configEvents);
     client(QStringLiteral("OLCONSUMER"), &outlookEvents);
 
@@ -84,34 +96,34 @@ void tst_EngineCore::addAnswersTheCallerAndTellsTheOthers()
     const Handle consumers = config->NewList();
     config->ListAppend(consumers, QStringLiteral("OLCONSUMER"));
     config->SetHandleValue(request, QStringLiteral("ConsumerIDs"), consumers);
-    auto answer = std::make_shared<RecordingCallback>(config.get());
+    auto answer = std::make_shared<CopyingCallback>(*config);
     const qint32 first = config->SubmitRequest(request, answer);
-    const qint32 second = config->SubmitRequest(request, std::make_shared<RecordingCallback>(config.get()));
+    const qint32 second = config->SubmitRequest(request, std::make_shared<CopyingCallback>(*config));
     config->ReleaseHandle(consumers);
     config->ReleaseHandle(request);
     QVERIFY(first > 0);
     QVERIFY(second > first);
 
-    QTRY_COMPARE(answer->records.size(), 1);
-    const auto &result = answer->records.first();
-    QCOMPARE(result.message, QStringLiteral("SubscriptionAddResult"));
-    const qint32 id = result.result.value(QStringLiteral("SUBSCRIPTIONID")).toInt();
+    QTRY_COMPARE(answer->received.size(), 1);
+    const auto &result = answer->received.first();
+    QCOMPARE(result->text(QStringLiteral("MESSAGE")), QStringLiteral("SubscriptionAddResult"));
+    const qint32 id = result->bag(QStringLiteral("Result"))->text(QStringLiteral("SUBSCRIPTIONID")).toInt();
     QVERIFY(id > 0);
-    QCOMPARE(result.result.value(QStringLiteral("URL")), QStringLiteral("http://a/feed"));
-    QCOMPARE(result.result.value(QStringLiteral("TITLE")), QStringLiteral("Daily"));
-    QCOMPARE(result.result.value(QStringLiteral("CATEGORY")), QStringLiteral("News~~~Local"));
+    QCOMPARE(result->bag(QStringLiteral("Result"))->text(QStringLiteral("URL")), QStringLiteral("http://a/feed"));
+    QCOMPARE(result->bag(QStringLiteral("Result"))->text(QStringLiteral("TITLE")), QStringLiteral("Daily"));
+    QCOMPARE(result->bag(QStringLiteral("Result"))->text(QStringLiteral("CATEGORY")), QStringLiteral("News~~~Local"));
 
     // Two adds: the other consumer hears of both, then of each binding; the asker of neither add.
-    QTRY_COMPARE(outlookEvents->records.size(), 4);
-    QCOMPARE(outlookEvents->records.at(0).message, QStringLiteral("SubscriptionAdded"));
-    QCOMPARE(outlookEvents->records.at(0).result.value(QStringLiteral("SUBSCRIPTIONID")).toInt(), id);
-    QCOMPARE(outlookEvents->records.at(1).message, QStringLiteral("SubscriptionBindingChanged"));
-    QCOMPARE(outlookEvents->records.at(1).result.value(QStringLiteral("ORIGINATOR")),
+    QTRY_COMPARE(outlookEvents->received.size(), 4);
+    QCOMPARE(outlookEvents->received.at(0)->text(QStringLiteral("MESSAGE")), QStringLiteral("SubscriptionAdded"));
+    QCOMPARE(outlookEvents->received.at(0)->bag(QStringLiteral("Result"))->text(QStringLiteral("SUBSCRIPTIONID")).toInt(), id);
+    QCOMPARE(outlookEvents->received.at(1)->text(QStringLiteral("MESSAGE")), QStringLiteral("SubscriptionBindingChanged"));
+    QCOMPARE(outlookEvents->received.at(1)->bag(QStringLiteral("Result"))->text(QStringLiteral("ORIGINATOR")),
              QStringLiteral("CONFIGCONSUMER"));
-    QCOMPARE(outlookEvents->records.at(1).ids, QList<int>{id});
-    QTRY_COMPARE(configEvents->records.size(), 2);
-    for (const auto &event : configEvents->records)
-        QCOMPARE(event.message, QStringLiteral("SubscriptionBindingChanged"));
+QCOMPARE(idsOf(outlookEvents->received.at(1)), QList<qint32>{id});
+    QTRY_COMPARE(configEvents->received.size(), 2);
+    for (const auto &event : configEvents->received)
+        QCOMPARE(event->text(QStringLiteral("MESSAGE")), QStringLiteral("SubscriptionBindingChanged"));
 
     QCOMPARE(ItemText(*config, id, QStringLiteral("USER")), QStringLiteral("ann"));
     QCOMPARE(ItemText(*config, id, QStringLiteral("PASSWORD")), QStringLiteral("secret"));
@@ -206,12 +218,12 @@ void tst_EngineCore::updateItemKeepsEveryNameAndMakesItDue()
 
 void tst_EngineCore::bindItemFollowsTheDeliveryRule()
 {
-    std::shared_ptr<RecordingCallback> events;
+    std::shared_ptr<CopyingCallback> events;
     auto config = client(QStringLiteral("CONFIGCONSUMER"), &events);
     auto outlook = client(QStringLiteral("OLCONSUMER"));
     const QString ol = QStringLiteral("OLCONSUMER");
     const qint32 id = add(*config, QStringLiteral("http://d/feed"), {ol});
-    QTRY_COMPARE(events->records.size(), 1); // the add's own binding
+    QTRY_COMPARE(events->received.size(), 1); // the add's own binding
     const auto bound = [&] { return ConsumerItems(*config, ol).contains(id); };
 
     config->BindItem(ol, kNews, id, 1); // the add's confirmation
@@ -227,17 +239,17 @@ void tst_EngineCore::bindItemFollowsTheDeliveryRule()
     QVERIFY(bound());
 
     // Silent calls send nothing: four announced changes follow the add's binding.
-    QTRY_COMPARE(events->records.size(), 5);
+    QTRY_COMPARE(events->received.size(), 5);
     const QStringList flags = {QStringLiteral("FALSE"), QStringLiteral("TRUE"), QStringLiteral("FALSE"),
                                QStringLiteral("TRUE")};
     const QStringList originators = {QStringLiteral("CONFIGCONSUMER"), ol, QStringLiteral("CONFIGCONSUMER"),
                                      QStringLiteral("CONFIGCONSUMER")};
     for (int i = 0; i < flags.size(); ++i) {
-        const auto &event = events->records.at(i + 1);
-        QCOMPARE(event.result.value(QStringLiteral("SubscriptionBindFlag")), flags.at(i));
-        QCOMPARE(event.result.value(QStringLiteral("ORIGINATOR")), originators.at(i));
-        QCOMPARE(event.result.value(QStringLiteral("CONSUMERID")), ol);
-        QCOMPARE(event.ids, QList<int>{id});
+        const auto &event = events->received.at(i + 1);
+        QCOMPARE(event->bag(QStringLiteral("Result"))->text(QStringLiteral("SubscriptionBindFlag")), flags.at(i));
+        QCOMPARE(event->bag(QStringLiteral("Result"))->text(QStringLiteral("ORIGINATOR")), originators.at(i));
+        QCOMPARE(event->bag(QStringLiteral("Result"))->text(QStringLiteral("CONSUMERID")), ol);
+QCOMPARE(idsOf(event), QList<qint32>{id});
     }
 
     QVERIFY_THROWS_EXCEPTION(EngineError, config->BindItem(ol, kNews, id, 2));
@@ -312,7 +324,7 @@ void tst_EngineCore::requestsThatCannotBeServedAreAnswered()
             c->SetStringValue(request, QStringLiteral("REQUEST"), QString());
         else
             c->SetStringValue(request, QStringLiteral("REQUEST"), kind);
-        auto answer = std::make_shared<RecordingCallback>(c.get());
+        auto answer = std::make_shared<CopyingCallback>(*c);
         c->SubmitRequest(request, answer);
         c->ReleaseHandle(request);
         return answer;
@@ -320,16 +332,16 @@ void tst_EngineCore::requestsThatCannotBeServedAreAnswered()
     const auto unknown = submit(QStringLiteral("FROB"), QStringLiteral("http://x"));
     const auto noKind = submit(QString(), QStringLiteral("http://x"));
     const auto noUrl = submit(QStringLiteral("ADD"), QString());
-    auto preview = std::make_shared<RecordingCallback>(c.get());
+    auto preview = std::make_shared<CopyingCallback>(*c);
     QVERIFY(!c->RequestPreview(kNews, QStringLiteral("gopher://x"), preview).isEmpty());
 
     for (const auto &answer : {unknown, noKind, noUrl, preview}) {
-        QTRY_COMPARE(answer->records.size(), 1);
-        QCOMPARE(answer->records.first().message, QStringLiteral("RequestFailed"));
-        QVERIFY(!answer->records.first().error.isEmpty());
+        QTRY_COMPARE(answer->received.size(), 1);
+        QCOMPARE(answer->received.first()->text(QStringLiteral("MESSAGE")), QStringLiteral("RequestFailed"));
+        QVERIFY(!answer->received.first()->text(QStringLiteral("ERROR")).isEmpty());
     }
-    QVERIFY(unknown->records.first().error.contains(QStringLiteral("FROB")));
-    QVERIFY(preview->records.first().error.contains(QStringLiteral("gopher://x")));
+    QVERIFY(unknown->received.first()->text(QStringLiteral("ERROR")).contains(QStringLiteral("FROB")));
+    QVERIFY(preview->received.first()->text(QStringLiteral("ERROR")).contains(QStringLiteral("gopher://x")));
     QCOMPARE(ConsumerItems(*c, QStringLiteral("*")), QList<int>{});
 }
 
@@ -377,7 +389,7 @@ void tst_EngineCore::reopenedStoreKeepsEverything()
         EngineCore core(folder);
         QVERIFY(core.open());
         auto c = LinkedSubscribeClient::create(std::make_unique<InProcessLink>(&core));
-        c->Connect(QStringLiteral("CONFIGCONSUMER"), std::make_shared<RecordingCallback>(c.get()));
+        c->Connect(QStringLiteral("CONFIGCONSUMER"), std::make_shared<CopyingCallback>(*c));
         id = add(*c, QStringLiteral("http://kept/feed"), {QStringLiteral("OLCONSUMER")});
         QVERIFY(id > 0);
         setSetting(*c, QStringLiteral("ENGINE"), QString(), QStringLiteral("GUID"), QStringLiteral("42"));
@@ -420,19 +432,19 @@ void tst_EngineCore::reopenedStoreKeepsEverything()
 
 void tst_EngineCore::connectionsAndTermination()
 {
-    std::shared_ptr<RecordingCallback> old, replaced, media;
+    std::shared_ptr<CopyingCallback> old, replaced, media;
     auto config = client(QStringLiteral("CONFIGCONSUMER"), &old);
-    config->Connect(QStringLiteral("CONFIGCONSUMER"), replaced = std::make_shared<RecordingCallback>(config.get()));
+    config->Connect(QStringLiteral("CONFIGCONSUMER"), replaced = std::make_shared<CopyingCallback>(*config));
     client(QStringLiteral("MEDIACONSUMER"), &media);
     client(); // never connected: hears nothing
     QCOMPARE(m_engine->core().connectedConsumers(),
              (QStringList{QStringLiteral("CONFIGCONSUMER"), QStringLiteral("MEDIACONSUMER")}));
 
     m_engine->core().announceTermination();
-    QTRY_COMPARE(replaced->records.size(), 1);
-    QTRY_COMPARE(media->records.size(), 1);
-    QCOMPARE(replaced->records.first().message, QStringLiteral("EngineTerminated"));
-    QCOMPARE(old->records.size(), 0);
+    QTRY_COMPARE(replaced->received.size(), 1);
+    QTRY_COMPARE(media->received.size(), 1);
+    QCOMPARE(replaced->received.first()->text(QStringLiteral("MESSAGE")), QStringLiteral("EngineTerminated"));
+    QCOMPARE(old->received.size(), 0);
 
     m_clients.removeLast();
     QCOMPARE(m_engine->core().connectedConsumers().size(), 2);
