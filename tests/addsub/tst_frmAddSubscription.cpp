@@ -1,23 +1,23 @@
+#include "AddRequestQueue.h"
 #include "AddSubscriptionEntry.h"
+#include "CLog.h"
 #include "ClientAccess.h"
 #include "LocalHttpServer.h"
 #include "MainWindowFixture.h"
+#include "OpmlImport.h"
 #include "callbackSupport.h"
 #include "categoriesUtils.h"
 #include "frmAddSubscription.h"
-#include "AddRequestQueue.h"
-#include "CLog.h"
-#include "OpmlImport.h"
 
 #include <QCheckBox>
 #include <QComboBox>
 #include <QFile>
-#include <QSignalSpy>
-#include <QTemporaryDir>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QSignalSpy>
 #include <QTabWidget>
+#include <QTemporaryDir>
 
 using quillon::Handle;
 
@@ -25,7 +25,8 @@ namespace {
 
 QByteArray rss(const QString &title, int items)
 {
-    QString out = QStringLiteral("<?xml version=\"1.0\"?><rss version=\"2.0\"><channel><title>%1</title>").arg(title);
+    QString out =
+        QStringLiteral("<?xml version=\"1.0\"?><rss version=\"2.0\"><channel><title>%1</title>").arg(title);
     for (int i = 1; i <= items; ++i)
         out += QStringLiteral("<item><guid>%1-%2</guid><title>Item %2</title></item>").arg(title).arg(i);
     return (out + QStringLiteral("</channel></rss>")).toUtf8();
@@ -128,7 +129,7 @@ void tst_frmAddSubscription::urlTabSendsTheCategoryAndLoginAsChosen()
     const auto sent = adds();
     QCOMPARE(sent.size(), 3);
     QCOMPARE(sent[0].value("CATEGORY"), QStringLiteral("-237237")); // "Automatic": the engine chooses
-    QCOMPARE(sent[0].value("USER"), QStringLiteral("-237237"));      // a name without a password: neither
+    QCOMPARE(sent[0].value("USER"), QStringLiteral("-237237"));     // a name without a password: neither
     QCOMPARE(sent[1].value("CATEGORY"), QStringLiteral("New Subscriptions"));
     QCOMPARE(sent[1].value("PASSWORD"), QStringLiteral("-237237"));
     QCOMPARE(sent[2].value("CATEGORY"), QStringLiteral("Work"));
@@ -149,9 +150,10 @@ void tst_frmAddSubscription::addedFeedIsFetchedAndShownInTheTree()
     pressOk();
     QCOMPARE(m_fixture->window->StatusText(), QStringLiteral("Uploading Requests To Server"));
     qint32 id = 0;
-    QTRY_VERIFY_WITH_TIMEOUT((id = m_fixture->window->SelectedSubscriptionId()) > 0 &&
-                                 categoriesUtils::FindNodeByPath(m_fixture->window->Tree(), QStringLiteral("My Daily")),
-                             15000);
+    QTRY_VERIFY_WITH_TIMEOUT(
+        (id = m_fixture->window->SelectedSubscriptionId()) > 0 &&
+            categoriesUtils::FindNodeByPath(m_fixture->window->Tree(), QStringLiteral("My Daily")),
+        15000);
     QTRY_COMPARE_WITH_TIMEOUT(m_server.requestCount("/daily"), 1, 15000);
     // The engine fetched it: the counts reach the window's details.
     QTRY_VERIFY_WITH_TIMEOUT(
@@ -270,17 +272,22 @@ void tst_frmAddSubscription::leavingAListWithActionsAsksFirst()
 void tst_frmAddSubscription::directoryWalksOutlinesAndDropsStaleAnswers()
 {
     // A directory of the user's own: the root list on the local server.
-    m_server.serve("/root.opml",
-                   QStringLiteral("<opml><body><outline text=\"Odd\" xmlUrl=\"%1\"/><outline text=\"Gone\" xmlUrl=\"%2\"/>"
-                                  "</body></opml>")
-                       .arg(m_server.url("/odd.opml").toString(), m_server.url("/gone.opml").toString())
-                       .toUtf8(),
-                   "text/x-opml");
-    m_server.serve("/odd.opml",
-                   "<opml><body><outline text=\"\"><outline text=\"Deep&#9;Feed\" description=\"a&#9;b\" xmlUrl=\"http://d/\"/>"
-                   "</outline><outline text=\"Both\" xmlUrl=\"http://both/\"><outline text=\"Hidden\" xmlUrl=\"http://h/\"/>"
-                   "</outline><outline text=\"Folder\"><outline xmlUrl=\"http://untitled/\"/></outline></body></opml>",
-                   "text/x-opml");
+    m_server.serve(
+        "/root.opml",
+        QStringLiteral(
+            "<opml><body><outline text=\"Odd\" xmlUrl=\"%1\"/><outline text=\"Gone\" xmlUrl=\"%2\"/>"
+            "</body></opml>")
+            .arg(m_server.url("/odd.opml").toString(), m_server.url("/gone.opml").toString())
+            .toUtf8(),
+        "text/x-opml");
+    m_server.serve(
+        "/odd.opml",
+        "<opml><body><outline text=\"\"><outline text=\"Deep&#9;Feed\" description=\"a&#9;b\" "
+        "xmlUrl=\"http://d/\"/>"
+        "</outline><outline text=\"Both\" xmlUrl=\"http://both/\"><outline text=\"Hidden\" "
+        "xmlUrl=\"http://h/\"/>"
+        "</outline><outline text=\"Folder\"><outline xmlUrl=\"http://untitled/\"/></outline></body></opml>",
+        "text/x-opml");
     SetConsumerSetting(*m_client, QStringLiteral("ENGINE"), QString(), QStringLiteral("OEM_Browse_URL"),
                        m_server.url("/root.opml").toString());
     openWizard();
@@ -305,7 +312,8 @@ void tst_frmAddSubscription::directoryWalksOutlinesAndDropsStaleAnswers()
     auto *roots = child<QTreeView>("grdRootList");
     roots->setCurrentIndex(roots->model()->index(1, 0));
     QTRY_VERIFY_WITH_TIMEOUT(!m_fixture->asked.isEmpty(), 10000);
-    QCOMPARE(m_fixture->asked.constLast().text, QStringLiteral("Failed to retrieve the Subscription List file from the Internet."));
+    QCOMPARE(m_fixture->asked.constLast().text,
+             QStringLiteral("Failed to retrieve the Subscription List file from the Internet."));
     // A late answer for the list the user left does not replace what is shown.
     roots->setCurrentIndex(roots->model()->index(0, 0));
     QTRY_VERIFY_WITH_TIMEOUT(model->FeedCount() == 3, 10000);
@@ -323,10 +331,12 @@ void tst_frmAddSubscription::importTabLoadsNestedFilesIntoNestedCategories()
     const QString path = dir.filePath(QStringLiteral("My Feeds (2024).opml"));
     QFile file(path);
     QVERIFY(file.open(QIODevice::WriteOnly));
-    QString opml = QStringLiteral("<opml version=\"2.0\"><body><outline text=\"A\"><outline text=\"B\"><outline text=\"C\">");
+    QString opml = QStringLiteral(
+        "<opml version=\"2.0\"><body><outline text=\"A\"><outline text=\"B\"><outline text=\"C\">");
     for (int i = 0; i < 40; ++i)
         opml += QStringLiteral("<outline text=\"F%1\" xmlUrl=\"http://127.0.0.1:9/f%1\"/>").arg(i);
-    opml += QStringLiteral("</outline></outline></outline><outline text=\"Top\" xmlUrl=\"http://127.0.0.1:9/top\"/></body></opml>");
+    opml += QStringLiteral("</outline></outline></outline><outline text=\"Top\" "
+                           "xmlUrl=\"http://127.0.0.1:9/top\"/></body></opml>");
     file.write(opml.toUtf8());
     file.close();
 
@@ -340,7 +350,8 @@ void tst_frmAddSubscription::importTabLoadsNestedFilesIntoNestedCategories()
 
     m_wizard->USMImportOPMLFile(path);
     QCOMPARE(m_fixture->submitted.constLast().value("URL"),
-             QStringLiteral("file://loopback/") + QString(path).replace(QLatin1Char(' '), QStringLiteral("%20")));
+             QStringLiteral("file://loopback/") +
+                 QString(path).replace(QLatin1Char(' '), QStringLiteral("%20")));
     auto *grid = child<QTreeView>("grdImportList");
     auto *model = qobject_cast<FeedListModel *>(grid->model());
     QTRY_VERIFY_WITH_TIMEOUT(model->FeedCount() == 41, 10000);
@@ -363,8 +374,8 @@ void tst_frmAddSubscription::importTabLoadsNestedFilesIntoNestedCategories()
     QCOMPARE(sent.first().value("CATEGORY"), QStringLiteral("A~~~B~~~C"));
     QCOMPARE(sent.constLast().value("CATEGORY"), QStringLiteral("-237237"));
     // The main window shows them as nested folders once the answers are in.
-    QTRY_VERIFY_WITH_TIMEOUT(categoriesUtils::FindNodeByPath(m_fixture->window->Tree(), QStringLiteral("A~~~B~~~C")),
-                             15000);
+    QTRY_VERIFY_WITH_TIMEOUT(
+        categoriesUtils::FindNodeByPath(m_fixture->window->Tree(), QStringLiteral("A~~~B~~~C")), 15000);
 }
 
 void tst_frmAddSubscription::starterFeedsAndFileChecks()
@@ -374,8 +385,10 @@ void tst_frmAddSubscription::starterFeedsAndFileChecks()
         QFile f(dir.filePath(QLatin1String(name)));
         return f.open(QIODevice::WriteOnly) && f.write(text) == text.size() ? f.fileName() : QString();
     };
-    QVERIFY(OpmlImport::IsValidOPMLFile(write("ok.opml", "<opml><body><outline><outline xmlUrl=\"http://x/\"/></outline></body></opml>")));
-    QVERIFY(!OpmlImport::IsValidOPMLFile(write("none.opml", "<opml><body><outline text=\"empty\"/></body></opml>")));
+    QVERIFY(OpmlImport::IsValidOPMLFile(
+        write("ok.opml", "<opml><body><outline><outline xmlUrl=\"http://x/\"/></outline></body></opml>")));
+    QVERIFY(!OpmlImport::IsValidOPMLFile(
+        write("none.opml", "<opml><body><outline text=\"empty\"/></body></opml>")));
     QVERIFY(!OpmlImport::IsValidOPMLFile(write("rss.xml", "<rss><channel/></rss>")));
     QVERIFY(!OpmlImport::IsValidOPMLFile(dir.filePath(QStringLiteral("missing.opml"))));
 

@@ -59,7 +59,8 @@ void tst_categoriesEngine::cleanup()
 // Adds the subscription to the engine and places its node under its category.
 CategoryNode *tst_categoriesEngine::subscribe(const QString &title, const QString &category)
 {
-    const qint32 id = AddSubscription(*m_client, title, QStringLiteral("http://127.0.0.1/") + title, category);
+    const qint32 id =
+        AddSubscription(*m_client, title, QStringLiteral("http://127.0.0.1/") + title, category);
     if (id <= 0)
         return nullptr;
     CategoryNode *parent = AddCategoryFromSubscription(m_tree, category);

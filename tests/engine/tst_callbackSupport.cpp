@@ -135,8 +135,8 @@ void tst_callbackSupport::removingWithoutNameShowsBarePrefix()
     callbackSupport::RequestAddSubscription(&m_window, m_client, QStringLiteral("T"),
                                             QStringLiteral("http://x/"), true, {}, {}, {});
     QTRY_COMPARE(m_window.forwarded, 1);
-    callbackSupport::RemoveSubscription(*m_client, ConsumerItems(*m_client, "*").value(0), QStringLiteral("T"),
-                                        &m_window);
+    callbackSupport::RemoveSubscription(*m_client, ConsumerItems(*m_client, "*").value(0),
+                                        QStringLiteral("T"), &m_window);
     QCOMPARE(m_window.statusTexts.last(), QStringLiteral("Removing: T"));
     QCOMPARE(ConsumerItems(*m_client, "*").size(), 0);
 }

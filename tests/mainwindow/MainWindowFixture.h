@@ -99,8 +99,8 @@ public:
     // Adds a subscription through the other consumer; 0 when the engine refused.
     qint32 add(const QString &title, const QString &category = QString(), bool delivered = false)
     {
-        const qint32 id =
-            EngineCalls::AddSubscription(*other, title, QStringLiteral("http://127.0.0.1:9/") + title, category);
+        const qint32 id = EngineCalls::AddSubscription(
+            *other, title, QStringLiteral("http://127.0.0.1:9/") + title, category);
         if (delivered && id > 0)
             other->BindItem(QStringLiteral("OLCONSUMER"), QStringLiteral("NEWS"), id, 1);
         return id;
@@ -141,8 +141,8 @@ public:
 
     TestEngine engine;
     quillon::SubscribeClientPtr client;
-    QList<std::pair<qint32, qint32>> binds;        // ID and flag of every BindItem the window sent
-    QList<QHash<QString, QString>> submitted;       // the texts of every request bag it submitted
+    QList<std::pair<qint32, qint32>> binds;   // ID and flag of every BindItem the window sent
+    QList<QHash<QString, QString>> submitted; // the texts of every request bag it submitted
     quillon::SubscribeClientPtr other;
     std::unique_ptr<frmMainWindow> window;
     QList<Asked> asked;

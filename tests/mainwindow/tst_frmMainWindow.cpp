@@ -241,8 +241,9 @@ void tst_frmMainWindow::newCategoriesAreNamedInSequence()
         button("cmdNewCategory")->click();
         QVERIFY(view()->IsEditingLabel());
     }
-    QCOMPARE(TreeOutline(f->window->Tree()), QStringList({"[x] News", "  [ ] Feed", "  [x] New Category",
-                                                      "  [x] New Category (1)", "  [x] New Category (2)"}));
+    QCOMPARE(TreeOutline(f->window->Tree()),
+             QStringList({"[x] News", "  [ ] Feed", "  [x] New Category", "  [x] New Category (1)",
+                          "  [x] New Category (2)"}));
     // Beside a selected subscription means under its category; the saved tree has them all.
     QVERIFY(f->window->SelectRowByID(1));
     button("cmdNewCategory")->click();

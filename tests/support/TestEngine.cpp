@@ -48,5 +48,6 @@ std::shared_ptr<quillon::LinkedSubscribeClient> TestEngine::newClient(CallHook h
 {
     if (!hook.see)
         return quillon::LinkedSubscribeClient::create(std::make_unique<quillon::InProcessLink>(m_core.get()));
-    return quillon::LinkedSubscribeClient::create(std::make_unique<HookedLink>(m_core.get(), std::move(hook)));
+    return quillon::LinkedSubscribeClient::create(
+        std::make_unique<HookedLink>(m_core.get(), std::move(hook)));
 }

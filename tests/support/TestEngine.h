@@ -16,9 +16,8 @@
 struct CallHook
 {
     using Answer = std::function<void(qint32 callbackId, const quillon::BagPtr &message)>;
-    std::function<std::optional<quillon::PropertyValue>(const QString &operation,
-                                                        const QList<quillon::PropertyValue> &args,
-                                                        const Answer &answer)>
+    std::function<std::optional<quillon::PropertyValue>(
+        const QString &operation, const QList<quillon::PropertyValue> &args, const Answer &answer)>
         see;
 };
 

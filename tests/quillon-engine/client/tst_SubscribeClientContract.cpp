@@ -9,7 +9,6 @@
 #include <QTcpServer>
 #include <QTest>
 
-
 using namespace quillon;
 using namespace EngineCalls;
 
@@ -235,12 +234,12 @@ void tst_SubscribeClientContract::addIsAnsweredFromTheEventLoop()
 
     QTRY_COMPARE(answer->received.size(), 1);
     const BagPtr added = answer->received.first();
-    QCOMPARE(added->text(QStringLiteral("MESSAGE")), QStringLiteral("SubscriptionAddResult"));
-    const qint32 id = added->bag(QStringLiteral("Result"))->text(QStringLiteral("SUBSCRIPTIONID")).toInt();
+    QCOMPARE(added->text("MESSAGE"), QStringLiteral("SubscriptionAddResult"));
+    const qint32 id = added->bag("Result")->text("SUBSCRIPTIONID").toInt();
     QVERIFY(id > 0);
-    QCOMPARE(added->bag(QStringLiteral("Result"))->text(QStringLiteral("URL")), url);
-    QCOMPARE(added->bag(QStringLiteral("Result"))->text(QStringLiteral("TITLE")), QStringLiteral("Contract add"));
-    QCOMPARE(added->bag(QStringLiteral("Result"))->text(QStringLiteral("CATEGORY")), QStringLiteral("Tech~~~News"));
+    QCOMPARE(added->bag("Result")->text("URL"), url);
+    QCOMPARE(added->bag("Result")->text("TITLE"), QStringLiteral("Contract add"));
+    QCOMPARE(added->bag("Result")->text("CATEGORY"), QStringLiteral("Tech~~~News"));
 
     QTRY_VERIFY(hasMessage(*otherEvents, QStringLiteral("SubscriptionAdded")));
     QVERIFY(!hasMessage(*askerEvents, QStringLiteral("SubscriptionAdded")));
@@ -276,8 +275,7 @@ void tst_SubscribeClientContract::subscriptionLifecycle()
     client->BindItem(QStringLiteral("OLCONSUMER"), kNews, id, 1);
     QVERIFY(ConsumerItems(*client, QStringLiteral("OLCONSUMER")).contains(id));
     QTRY_VERIFY(hasMessage(*watched, QStringLiteral("SubscriptionBindingChanged")));
-    QCOMPARE(watched->received.last()->bag(QStringLiteral("Result"))->text(QStringLiteral("ORIGINATOR")),
-             QStringLiteral("CONFIGCONSUMER"));
+    QCOMPARE(watched->received.last()->bag("Result")->text("ORIGINATOR"), QStringLiteral("CONFIGCONSUMER"));
     client->BindItem(QStringLiteral("OLCONSUMER"), kNews, id, 0);
     QVERIFY(!ConsumerItems(*client, QStringLiteral("OLCONSUMER")).contains(id));
 
@@ -394,7 +392,7 @@ void tst_SubscribeClientContract::crashedEngineIsFoundAgain()
     QVERIFY(m_daemon->process().waitForFinished(5000));
     // The answer the dead engine owed comes as an error; a crash is no "EngineTerminated".
     QTRY_COMPARE(preview->received.size(), 1);
-    QCOMPARE(preview->received.first()->text(QStringLiteral("ERROR")), QStringLiteral("The engine connection was lost"));
+    QCOMPARE(preview->received.first()->text("ERROR"), QStringLiteral("The engine connection was lost"));
     QVERIFY(!client->IsLinked());
 
     auto restarted = std::make_unique<DaemonProcess>(name);

@@ -22,7 +22,7 @@ namespace {
 QList<qint32> idsOf(const BagPtr &message)
 {
     QList<qint32> ids;
-    const ListPtr list = message->bag(QStringLiteral("Result"))->list(QStringLiteral("SUBSCRIPTIONIDS"));
+    const ListPtr list = message->bag("Result")->list(QStringLiteral("SUBSCRIPTIONIDS"));
     for (qsizetype i = 0; list && i < list->size(); ++i)
         ids.append(valueLong(list->at(i)));
     return ids;
@@ -106,24 +106,24 @@ void tst_EngineCore::addAnswersTheCallerAndTellsTheOthers()
 
     QTRY_COMPARE(answer->received.size(), 1);
     const auto &result = answer->received.first();
-    QCOMPARE(result->text(QStringLiteral("MESSAGE")), QStringLiteral("SubscriptionAddResult"));
-    const qint32 id = result->bag(QStringLiteral("Result"))->text(QStringLiteral("SUBSCRIPTIONID")).toInt();
+    QCOMPARE(result->text("MESSAGE"), QStringLiteral("SubscriptionAddResult"));
+    const qint32 id = result->bag("Result")->text("SUBSCRIPTIONID").toInt();
     QVERIFY(id > 0);
-    QCOMPARE(result->bag(QStringLiteral("Result"))->text(QStringLiteral("URL")), QStringLiteral("http://a/feed"));
-    QCOMPARE(result->bag(QStringLiteral("Result"))->text(QStringLiteral("TITLE")), QStringLiteral("Daily"));
-    QCOMPARE(result->bag(QStringLiteral("Result"))->text(QStringLiteral("CATEGORY")), QStringLiteral("News~~~Local"));
+    QCOMPARE(result->bag("Result")->text("URL"), QStringLiteral("http://a/feed"));
+    QCOMPARE(result->bag("Result")->text("TITLE"), QStringLiteral("Daily"));
+    QCOMPARE(result->bag("Result")->text("CATEGORY"), QStringLiteral("News~~~Local"));
 
     // Two adds: the other consumer hears of both, then of each binding; the asker of neither add.
     QTRY_COMPARE(outlookEvents->received.size(), 4);
-    QCOMPARE(outlookEvents->received.at(0)->text(QStringLiteral("MESSAGE")), QStringLiteral("SubscriptionAdded"));
-    QCOMPARE(outlookEvents->received.at(0)->bag(QStringLiteral("Result"))->text(QStringLiteral("SUBSCRIPTIONID")).toInt(), id);
-    QCOMPARE(outlookEvents->received.at(1)->text(QStringLiteral("MESSAGE")), QStringLiteral("SubscriptionBindingChanged"));
-    QCOMPARE(outlookEvents->received.at(1)->bag(QStringLiteral("Result"))->text(QStringLiteral("ORIGINATOR")),
+    QCOMPARE(outlookEvents->received.at(0)->text("MESSAGE"), QStringLiteral("SubscriptionAdded"));
+    QCOMPARE(outlookEvents->received.at(0)->bag("Result")->text("SUBSCRIPTIONID").toInt(), id);
+    QCOMPARE(outlookEvents->received.at(1)->text("MESSAGE"), QStringLiteral("SubscriptionBindingChanged"));
+    QCOMPARE(outlookEvents->received.at(1)->bag("Result")->text("ORIGINATOR"),
              QStringLiteral("CONFIGCONSUMER"));
-QCOMPARE(idsOf(outlookEvents->received.at(1)), QList<qint32>{id});
+    QCOMPARE(idsOf(outlookEvents->received.at(1)), QList<qint32>{id});
     QTRY_COMPARE(configEvents->received.size(), 2);
     for (const auto &event : configEvents->received)
-        QCOMPARE(event->text(QStringLiteral("MESSAGE")), QStringLiteral("SubscriptionBindingChanged"));
+        QCOMPARE(event->text("MESSAGE"), QStringLiteral("SubscriptionBindingChanged"));
 
     QCOMPARE(ItemText(*config, id, QStringLiteral("USER")), QStringLiteral("ann"));
     QCOMPARE(ItemText(*config, id, QStringLiteral("PASSWORD")), QStringLiteral("secret"));
@@ -246,10 +246,10 @@ void tst_EngineCore::bindItemFollowsTheDeliveryRule()
                                      QStringLiteral("CONFIGCONSUMER")};
     for (int i = 0; i < flags.size(); ++i) {
         const auto &event = events->received.at(i + 1);
-        QCOMPARE(event->bag(QStringLiteral("Result"))->text(QStringLiteral("SubscriptionBindFlag")), flags.at(i));
-        QCOMPARE(event->bag(QStringLiteral("Result"))->text(QStringLiteral("ORIGINATOR")), originators.at(i));
-        QCOMPARE(event->bag(QStringLiteral("Result"))->text(QStringLiteral("CONSUMERID")), ol);
-QCOMPARE(idsOf(event), QList<qint32>{id});
+        QCOMPARE(event->bag("Result")->text("SubscriptionBindFlag"), flags.at(i));
+        QCOMPARE(event->bag("Result")->text("ORIGINATOR"), originators.at(i));
+        QCOMPARE(event->bag("Result")->text("CONSUMERID"), ol);
+        QCOMPARE(idsOf(event), QList<qint32>{id});
     }
 
     QVERIFY_THROWS_EXCEPTION(EngineError, config->BindItem(ol, kNews, id, 2));
@@ -337,11 +337,11 @@ void tst_EngineCore::requestsThatCannotBeServedAreAnswered()
 
     for (const auto &answer : {unknown, noKind, noUrl, preview}) {
         QTRY_COMPARE(answer->received.size(), 1);
-        QCOMPARE(answer->received.first()->text(QStringLiteral("MESSAGE")), QStringLiteral("RequestFailed"));
-        QVERIFY(!answer->received.first()->text(QStringLiteral("ERROR")).isEmpty());
+        QCOMPARE(answer->received.first()->text("MESSAGE"), QStringLiteral("RequestFailed"));
+        QVERIFY(!answer->received.first()->text("ERROR").isEmpty());
     }
-    QVERIFY(unknown->received.first()->text(QStringLiteral("ERROR")).contains(QStringLiteral("FROB")));
-    QVERIFY(preview->received.first()->text(QStringLiteral("ERROR")).contains(QStringLiteral("gopher://x")));
+    QVERIFY(unknown->received.first()->text("ERROR").contains(QStringLiteral("FROB")));
+    QVERIFY(preview->received.first()->text("ERROR").contains(QStringLiteral("gopher://x")));
     QCOMPARE(ConsumerItems(*c, QStringLiteral("*")), QList<int>{});
 }
 
@@ -443,7 +443,7 @@ void tst_EngineCore::connectionsAndTermination()
     m_engine->core().announceTermination();
     QTRY_COMPARE(replaced->received.size(), 1);
     QTRY_COMPARE(media->received.size(), 1);
-    QCOMPARE(replaced->received.first()->text(QStringLiteral("MESSAGE")), QStringLiteral("EngineTerminated"));
+    QCOMPARE(replaced->received.first()->text("MESSAGE"), QStringLiteral("EngineTerminated"));
     QCOMPARE(old->received.size(), 0);
 
     m_clients.removeLast();

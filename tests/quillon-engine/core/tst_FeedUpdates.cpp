@@ -371,16 +371,18 @@ QTEST_GUILESS_MAIN(tst_FeedUpdates)
 
 void tst_FeedUpdates::webPageLeadsToTheFeedItAdvertises()
 {
-    const QByteArray atom = "<?xml version=\"1.0\"?><feed xmlns=\"http://www.w3.org/2005/Atom\"><title>Site Feed</title>"
-                            "<entry><id>e1</id><title>First</title><content>Hello</content></entry></feed>";
+    const QByteArray atom =
+        "<?xml version=\"1.0\"?><feed xmlns=\"http://www.w3.org/2005/Atom\"><title>Site Feed</title>"
+        "<entry><id>e1</id><title>First</title><content>Hello</content></entry></feed>";
     m_server.serve("/feeds/site.atom", atom, "application/atom+xml");
     m_server.serve("/feeds/other.rss", rss("Other", {"x"}));
     // Two advertised feeds, one behind a relative address with an entity: the first one wins.
-    m_server.serve("/blog", "<!DOCTYPE html><html><head><title>Blog</title>"
-                            "<link rel=\"stylesheet\" href=\"/s.css\">"
-                            "<LINK REL='alternate' TYPE='application/atom+xml' HREF='feeds/site.atom?a=1&amp;b=2'>"
-                            "<link rel=\"alternate\" type=\"application/rss+xml\" href=\"/feeds/other.rss\">"
-                            "</head><body>Posts</body></html>",
+    m_server.serve("/blog",
+                   "<!DOCTYPE html><html><head><title>Blog</title>"
+                   "<link rel=\"stylesheet\" href=\"/s.css\">"
+                   "<LINK REL='alternate' TYPE='application/atom+xml' HREF='feeds/site.atom?a=1&amp;b=2'>"
+                   "<link rel=\"alternate\" type=\"application/rss+xml\" href=\"/feeds/other.rss\">"
+                   "</head><body>Posts</body></html>",
                    "text/html; charset=utf-8");
     m_server.serve("/feeds/site.atom?a=1&b=2", atom, "application/atom+xml");
     const qint32 id = m_engine->add(url("/blog"));
@@ -399,7 +401,8 @@ void tst_FeedUpdates::webPageLeadsToTheFeedItAdvertises()
     m_server.serve("/plain", "<html><body>No feeds here</body></html>", "text/html");
     const qint32 none = m_engine->add(url("/plain"));
     const QString status = waitForUpdates();
-    QVERIFY2(status.startsWith(QStringLiteral("Error: the web page")) && status.endsWith(QStringLiteral("links to no feed")),
+    QVERIFY2(status.startsWith(QStringLiteral("Error: the web page")) &&
+                 status.endsWith(QStringLiteral("links to no feed")),
              qPrintable(status));
     QCOMPARE(m_engine->itemBag(none)->text("URL"), url("/plain"));
     QCOMPARE(m_engine->preview(url("/plain"))->text("MESSAGE"), QStringLiteral("RequestFailed"));
