@@ -1,4 +1,4 @@
-#include "HandleGuard.h"
+#include "ConsumerSettings.h"
 #include "LinkedSubscribeClient.h"
 #include "SocketLink.h"
 
@@ -127,12 +127,9 @@ void tst_Startup::waitsForEngineThenShowsWindowAndEndsWithIt()
     QCOMPARE(m_program.state(), QProcess::Running);
 
     // Something stored, then the engine stops (SIGTERM): the program ends with it and nothing is lost.
-    {
-        auto client = LinkedSubscribeClient::create(SocketLink::open(m_socketName));
-        HandleGuard settings(*client, client->NewBag());
-        client->SetStringValue(settings.get(), QStringLiteral("Saved_Categories"), QStringLiteral("kept"));
-        client->SetSettings(QStringLiteral("CONFIGCONSUMER"), QString(), settings.get());
-    }
+    SetConsumerSetting(*LinkedSubscribeClient::create(SocketLink::open(m_socketName)),
+                       QStringLiteral("CONFIGCONSUMER"), QString(), QStringLiteral("Saved_Categories"),
+                       QStringLiteral("kept"));
     m_engine.terminate();
     QVERIFY(m_engine.waitForFinished(10000));
     QCOMPARE(m_engine.exitCode(), 0);
@@ -140,15 +137,10 @@ void tst_Startup::waitsForEngineThenShowsWindowAndEndsWithIt()
 
     QProcess again;
     StartEngine(again);
-    {
-        auto client = LinkedSubscribeClient::create(SocketLink::open(m_socketName));
-        HandleGuard keys(*client, client->NewBag());
-        client->SetStringValue(keys.get(), QStringLiteral("Saved_Categories"), QStringLiteral("-237237"));
-        HandleGuard stored(*client,
-                           client->GetSettings(QStringLiteral("CONFIGCONSUMER"), QString(), keys.get()));
-        QCOMPARE(client->GetStringValue(stored.get(), QStringLiteral("Saved_Categories")),
-                 QStringLiteral("kept"));
-    }
+    const auto client = LinkedSubscribeClient::create(SocketLink::open(m_socketName));
+    QCOMPARE(GetConsumerSetting(*client, QStringLiteral("Saved_Categories"), kMissingText,
+                                QStringLiteral("CONFIGCONSUMER"), QString()),
+             QStringLiteral("kept"));
     again.terminate();
     QVERIFY(again.waitForFinished(10000));
 }
