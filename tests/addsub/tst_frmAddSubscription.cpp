@@ -244,11 +244,11 @@ void tst_frmAddSubscription::leavingAListWithActionsAsksFirst()
     model->Toggle(model->index(1, 0));
 
     // No: the tab changes, nothing is sent and the question named both feeds.
-    m_fixture->answers[int(PromptKind::YesNo)] = {7};
+    m_fixture->prompts.answers[int(PromptKind::YesNo)] = {7};
     tabs->setCurrentIndex(0);
     QCOMPARE(tabs->currentIndex(), 1); // stays until the question is answered
     QTRY_COMPARE(tabs->currentIndex(), 0);
-    QCOMPARE(m_fixture->asked.constLast().text,
+    QCOMPARE(m_fixture->prompts.asked.constLast().mainText,
              QStringLiteral("While Browsing, you have indicated 2Feeds to be added."));
     QVERIFY(adds().isEmpty());
     QCOMPARE(m_wizard->CountActions().adds, 2);
@@ -259,10 +259,10 @@ void tst_frmAddSubscription::leavingAListWithActionsAsksFirst()
     tabs = child<QTabWidget>("tabController");
     child<QTreeView>("grdSubList")->setCurrentIndex(model->index(3, 0));
     model->Toggle(model->index(0, 0));
-    m_fixture->answers[int(PromptKind::YesNo)] = {6};
+    m_fixture->prompts.answers[int(PromptKind::YesNo)] = {6};
     tabs->setCurrentIndex(2);
     QTRY_COMPARE(tabs->currentIndex(), 2);
-    QCOMPARE(m_fixture->asked.constLast().text,
+    QCOMPARE(m_fixture->prompts.asked.constLast().mainText,
              QStringLiteral("While Browsing, you have indicated 1 feed to be added."));
     QCOMPARE(adds().size(), 1);
     QCOMPARE(adds().first().value("URL"), model->UrlOf(model->index(3, 0)));
@@ -308,11 +308,11 @@ void tst_frmAddSubscription::directoryWalksOutlinesAndDropsStaleAnswers()
     QCOMPARE(model->FoldersAbove(model->index(0, 0, folder)), QStringList{QStringLiteral("Folder")});
 
     // The user moves to the second list, which fails: the alert, and the tab stays usable.
-    m_fixture->answers.clear();
+    m_fixture->prompts.answers.clear();
     auto *roots = child<QTreeView>("grdRootList");
     roots->setCurrentIndex(roots->model()->index(1, 0));
-    QTRY_VERIFY_WITH_TIMEOUT(!m_fixture->asked.isEmpty(), 10000);
-    QCOMPARE(m_fixture->asked.constLast().text,
+    QTRY_VERIFY_WITH_TIMEOUT(!m_fixture->prompts.asked.isEmpty(), 10000);
+    QCOMPARE(m_fixture->prompts.asked.constLast().mainText,
              QStringLiteral("Failed to retrieve the Subscription List file from the Internet."));
     // A late answer for the list the user left does not replace what is shown.
     roots->setCurrentIndex(roots->model()->index(0, 0));

@@ -133,8 +133,8 @@ void tst_frmPreviewSubscription::feedThatCannotBeShownAlertsAndCloses()
     for (const char *path : {"/empty", "/missing"}) {
         PromptRecorder prompts;
         frmPreviewSubscription &preview = open(QLatin1String(path));
-        QTRY_COMPARE_WITH_TIMEOUT(prompts.shown.size(), 1, 15000);
-        QCOMPARE(prompts.shown.first(), QStringLiteral("There was an error loading the feed for preview.  Please "
+        QTRY_COMPARE_WITH_TIMEOUT(prompts.texts().size(), 1, 15000);
+        QCOMPARE(prompts.texts().first(), QStringLiteral("There was an error loading the feed for preview.  Please "
                                                        "check that the URL is valid."));
         QTRY_VERIFY(!preview.isVisible());
         QCOMPARE(child<QTreeWidget>("grdArticles")->topLevelItemCount(), 0);

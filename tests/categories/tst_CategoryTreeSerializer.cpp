@@ -113,7 +113,7 @@ void tst_CategoryTreeSerializer::treesRoundTrip()
         QCOMPARE(SerializeCategoryTree(loaded), text);
         QCOMPARE(loaded.count(), CollectCategoryPaths(tree, nullptr).size());
     }
-    QVERIFY(prompts.shown.isEmpty());
+    QVERIFY(prompts.texts().isEmpty());
 }
 
 void tst_CategoryTreeSerializer::unmatchedParenthesisSpoilsTheRest()
@@ -127,7 +127,7 @@ void tst_CategoryTreeSerializer::unmatchedParenthesisSpoilsTheRest()
     PromptRecorder prompts;
     CategoryTree loaded;
     QVERIFY(!LoadCategoryTree(loaded, text));
-    QCOMPARE(prompts.shown, QStringList{QStringLiteral(
+    QCOMPARE(prompts.texts(), QStringList{QStringLiteral(
                                 "Error reading Node serialization. Expected 'Child' but found 'Root.'")});
     QCOMPARE(loaded.topLevelCount(), 2);
     QCOMPARE(loaded.topLevelNode(0)->text(), QStringLiteral("Alpha"));
@@ -162,7 +162,7 @@ void tst_CategoryTreeSerializer::reportsEachFormErrorKeepingWhatWasRead()
         tree.addNode(nullptr, QStringLiteral("before"), QStringLiteral("Before"));
         PromptRecorder prompts;
         QVERIFY(!LoadCategoryTree(tree, c.text));
-        QCOMPARE(prompts.shown, c.message.isEmpty() ? QStringList() : QStringList{c.message});
+        QCOMPARE(prompts.texts(), c.message.isEmpty() ? QStringList() : QStringList{c.message});
         QCOMPARE(tree.count(), c.nodesLeft);
     }
 }

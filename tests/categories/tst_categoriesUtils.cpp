@@ -51,7 +51,7 @@ void tst_categoriesUtils::addsMissingLevelsOfAPath()
     tree.addNode(nullptr, QStringLiteral("cat_%1").arg(KeyNumber(MakeNodeKey(0)) + 1),
                  QStringLiteral("Saved"));
     QVERIFY(!AddCategoryFromSubscription(tree, QStringLiteral("News~~~Other")));
-    QCOMPARE(prompts.shown, QStringList{QStringLiteral("Error in AddCategoryFromSubscription")});
+    QCOMPARE(prompts.texts(), QStringList{QStringLiteral("Error in AddCategoryFromSubscription")});
 }
 
 void tst_categoriesUtils::clicksSpreadDownwardsOnly()

@@ -15,12 +15,12 @@ void EngineDialogTest::init()
     QVERIFY(m_engine->isReady());
     m_client = m_engine->newClient();
     m_client->Connect(QStringLiteral("CONFIGCONSUMER"), std::make_shared<EngineCalls::IgnoreMessages>());
-    m_asked.clear();
+    m_prompts = std::make_unique<PromptRecorder>();
 }
 
 void EngineDialogTest::cleanup()
 {
-    PromptSeam::SetHandler({});
+    m_prompts.reset();
     QCOMPARE(m_client->LiveHandleCount(), 0);
     m_client.reset();
     m_engine.reset();

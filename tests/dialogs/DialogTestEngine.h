@@ -1,7 +1,7 @@
 #pragma once
 
 #include "EngineCalls.h"
-#include "PromptSeam.h"
+#include "PromptRecorder.h"
 #include "TestEngine.h"
 
 #include <QList>
@@ -16,7 +16,7 @@ class EngineDialogTest : public QObject
 protected:
     std::unique_ptr<TestEngine> m_engine;
     quillon::SubscribeClientPtr m_client;
-    QList<Prompt> m_asked;
+    std::unique_ptr<PromptRecorder> m_prompts;
 
 private Q_SLOTS:
     void initTestCase();

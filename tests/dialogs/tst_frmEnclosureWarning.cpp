@@ -22,11 +22,8 @@ private:
     // Answers every question with the given code and box state; counts the questions.
     void AnswerWith(int code, bool applyToAll)
     {
-        PromptSeam::SetHandler([this, code, applyToAll](Prompt &prompt) {
-            m_asked.append(prompt);
-            prompt.applyToAll = applyToAll;
-            return code;
-        });
+        m_prompts->answer = code;
+        m_prompts->onAsk = [applyToAll](Prompt &prompt) { prompt.applyToAll = applyToAll; };
     }
 
 private Q_SLOTS:
@@ -38,9 +35,9 @@ private Q_SLOTS:
 
         AnswerWith(1, false);
         QCOMPARE(frmEnclosureWarning::Run(*m_client, first), 1);
-        QCOMPARE(m_asked.size(), 1);
-        QVERIFY(m_asked[0].mainText.contains("Radio Hour"));
-        QVERIFY(!m_asked[0].mainText.contains("^1"));
+        QCOMPARE(m_prompts->asked.size(), 1);
+        QVERIFY(m_prompts->asked[0].mainText.contains("Radio Hour"));
+        QVERIFY(!m_prompts->asked[0].mainText.contains("^1"));
         QCOMPARE(Media(SubscriptionSpecificsSection(first), "EnableAutoDownload"), QString("1"));
         QCOMPARE(Media(SubscriptionSpecificsSection(first), "PromptForAutoDownload"), QString("0"));
         QCOMPARE(Media("Settings", "EnableAutoDownload"), quillon::kMissingText);
@@ -65,7 +62,7 @@ private Q_SLOTS:
         AnswerWith(1, true);
         for (qint32 id : {0, -5, quillon::kMissing, 4242})
             QCOMPARE(frmEnclosureWarning::Run(*m_client, id), 0);
-        QVERIFY(m_asked.isEmpty());
+        QVERIFY(m_prompts->asked.isEmpty());
         QCOMPARE(Media("Settings", "EnableAutoDownload"), quillon::kMissingText);
         QCOMPARE(Media(SubscriptionSpecificsSection(4242), "EnableAutoDownload"), quillon::kMissingText);
     }

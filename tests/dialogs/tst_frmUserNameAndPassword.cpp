@@ -20,12 +20,11 @@ private:
     // Answers the next questions with the code and the login typed; keeps what was asked.
     void AnswerWith(int code, const QString &user, const QString &password)
     {
-        PromptSeam::SetHandler([=, this](Prompt &prompt) {
-            m_asked.append(prompt);
+        m_prompts->answer = code;
+        m_prompts->onAsk = [user, password](Prompt &prompt) {
             prompt.userName = user;
             prompt.password = password;
-            return code;
-        });
+        };
     }
     [[nodiscard]] QString Item(qint32 id, const QString &name) { return ItemText(*m_client, id, name); }
 
@@ -38,10 +37,10 @@ private Q_SLOTS:
 
         AnswerWith(0, "alice", "secret");
         QVERIFY(!frmUserNameAndPassword::Run(*m_client, id));
-        QCOMPARE(m_asked.size(), 1);
-        QCOMPARE(m_asked[0].mainText, frmUserNameAndPassword::PromptFor(url, false));
-        QVERIFY(m_asked[0].mainText.contains(url));
-        QVERIFY(m_asked[0].userName.isEmpty());
+        QCOMPARE(m_prompts->asked.size(), 1);
+        QCOMPARE(m_prompts->asked[0].mainText, frmUserNameAndPassword::PromptFor(url, false));
+        QVERIFY(m_prompts->asked[0].mainText.contains(url));
+        QVERIFY(m_prompts->asked[0].userName.isEmpty());
         QCOMPARE(Item(id, "USER"), quillon::kMissingText);
 
         // OK without a user name is no login either.
@@ -61,13 +60,13 @@ private Q_SLOTS:
         AnswerWith(1, "alice", "old");
         QVERIFY(frmUserNameAndPassword::Run(*m_client, id));
         // The prompt a first-time login gets names the title, not the URL.
-        QVERIFY(m_asked[0].mainText.contains("Members News"));
+        QVERIFY(m_prompts->asked[0].mainText.contains("Members News"));
 
         AnswerWith(1, "alice", "new");
         QVERIFY(frmUserNameAndPassword::Run(*m_client, id));
-        QCOMPARE(m_asked.size(), 2);
-        QCOMPARE(m_asked[1].mainText, kInvalidPrompt.arg("Members News"));
-        QCOMPARE(m_asked[1].userName, QString("alice"));
+        QCOMPARE(m_prompts->asked.size(), 2);
+        QCOMPARE(m_prompts->asked[1].mainText, kInvalidPrompt.arg("Members News"));
+        QCOMPARE(m_prompts->asked[1].userName, QString("alice"));
         QCOMPARE(Item(id, "PASSWORD"), QString("new"));
     }
 
@@ -76,7 +75,7 @@ private Q_SLOTS:
         AnswerWith(1, "alice", "secret");
         QVERIFY(!frmUserNameAndPassword::Run(*m_client, 4242));
         QVERIFY(!frmUserNameAndPassword::Run(*m_client, quillon::kMissing));
-        QVERIFY(m_asked.isEmpty());
+        QVERIFY(m_prompts->asked.isEmpty());
     }
 };
 

@@ -5,7 +5,7 @@
 #include "EngineCalls.h"
 #include "HandleGuard.h"
 #include "LocalSettings.h"
-#include "PromptSeam.h"
+#include "PromptRecorder.h"
 #include "TestEngine.h"
 #include "frmMainWindow.h"
 
@@ -42,12 +42,6 @@ inline QStringList TreeOutline(const CategoryTree &tree, const CategoryNode *par
 class MainWindowFixture
 {
 public:
-    struct Asked
-    {
-        PromptKind kind;
-        QString text;
-    };
-
     MainWindowFixture()
     {
         QStandardPaths::setTestModeEnabled(true);
@@ -60,19 +54,11 @@ public:
         }});
         other = engine.newClient();
         other->Connect(QStringLiteral("OLCONSUMER"), std::make_shared<EngineCalls::IgnoreMessages>());
-        m_previousHandler = PromptSeam::SetHandler([this](Prompt &prompt) {
-            asked.append({prompt.kind, prompt.mainText});
-            if (onAsk)
-                onAsk(prompt);
-            auto &queue = answers[int(prompt.kind)];
-            return queue.isEmpty() ? PromptSeam::NeutralAnswer(prompt.kind) : queue.takeFirst();
-        });
     }
 
     ~MainWindowFixture()
     {
         window.reset();
-        PromptSeam::SetHandler(m_previousHandler);
         LocalSettings::SetBaseFolder(QString());
     }
 
@@ -129,25 +115,13 @@ public:
         window->EventSubscribeClientMessage(bag.get());
     }
 
-    [[nodiscard]] QStringList askedTexts(PromptKind kind) const
-    {
-        QStringList texts;
-        for (const Asked &one : asked) {
-            if (one.kind == kind)
-                texts.append(one.text);
-        }
-        return texts;
-    }
-
     TestEngine engine;
     quillon::SubscribeClientPtr client;
     QList<std::pair<qint32, qint32>> binds;   // ID and flag of every BindItem the window sent
     QList<QHash<QString, QString>> submitted; // the texts of every request bag it submitted
     quillon::SubscribeClientPtr other;
     std::unique_ptr<frmMainWindow> window;
-    QList<Asked> asked;
-    QHash<int, QList<int>> answers;
-    std::function<void(Prompt &)> onAsk;
+    PromptRecorder prompts;
     Qt::KeyboardModifiers modifiers = Qt::NoModifier;
 
 private:
@@ -165,5 +139,4 @@ private:
     }
 
     QTemporaryDir m_folder;
-    PromptSeam::Handler m_previousHandler;
 };

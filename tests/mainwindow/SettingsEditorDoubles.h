@@ -45,13 +45,6 @@ inline BagPtr SourcesAnswer()
     return answer;
 }
 
-struct AnsweredPrompt
-{
-    PromptKind kind;
-    QString mainText;
-    QString extendedText;
-};
-
 // Refuses updates of the subscription whose ID refused holds at the time.
 inline CallHook RefuseUpdatesOf(const qint32 *refused)
 {

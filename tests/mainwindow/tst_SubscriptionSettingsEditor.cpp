@@ -2,7 +2,7 @@
 #include "EngineCalls.h"
 #include "HandleGuard.h"
 #include "LocalSettings.h"
-#include "PromptSeam.h"
+#include "PromptRecorder.h"
 #include "QLUtils.h"
 #include "SettingsEditorDoubles.h"
 #include "SubscriptionSettingsEditor.h"
@@ -64,14 +64,12 @@ private:
     [[nodiscard]] QString setting(const QString &consumer, qint32 id, const QString &key);
     void loadSubscription(qint32 id, const QString &title = "Feed",
                           const QString &url = "http://127.0.0.1:1/f");
-    void answerWith(int code);
 
     QTemporaryDir m_settingsDir;
     std::unique_ptr<TestEngine> m_engine;
     SubscribeClientPtr m_client;
     std::unique_ptr<SubscriptionSettingsEditor> m_editor;
-    QList<AnsweredPrompt> m_prompts;
-    int m_answer = 0;
+    std::unique_ptr<PromptRecorder> m_prompts;
 };
 
 void tst_SubscriptionSettingsEditor::initTestCase()
@@ -85,8 +83,8 @@ void tst_SubscriptionSettingsEditor::init()
     m_engine = std::make_unique<TestEngine>();
     QVERIFY(m_engine->isReady());
     startEditor(m_engine->newClient());
-    m_prompts.clear();
-    answerWith(0);
+    m_prompts = std::make_unique<PromptRecorder>();
+    m_prompts->answer = 0;
 }
 
 void tst_SubscriptionSettingsEditor::startEditor(SubscribeClientPtr client)
@@ -101,7 +99,7 @@ void tst_SubscriptionSettingsEditor::startEditor(SubscribeClientPtr client)
 
 void tst_SubscriptionSettingsEditor::cleanup()
 {
-    PromptSeam::SetHandler({});
+    m_prompts.reset();
     SetOutlookProvider({});
     m_editor.reset();
     QCOMPARE(m_client->LiveHandleCount(), 0);
@@ -126,15 +124,6 @@ void tst_SubscriptionSettingsEditor::loadSubscription(qint32 id, const QString &
     m_editor->LoadSelection({EditorSelection::Kind::Subscription, title, url, {id}});
 }
 
-void tst_SubscriptionSettingsEditor::answerWith(int code)
-{
-    m_answer = code;
-    PromptSeam::SetHandler([this](Prompt &prompt) {
-        m_prompts.append({prompt.kind, prompt.mainText, prompt.extendedText});
-        return m_answer;
-    });
-}
-
 void tst_SubscriptionSettingsEditor::updateFrequencyBelowFiveMinutesIsWarnedAndCorrected()
 {
     const qint32 id = addSubscription("Fast");
@@ -145,11 +134,11 @@ void tst_SubscriptionSettingsEditor::updateFrequencyBelowFiveMinutesIsWarnedAndC
     child<QLineEdit>("txtUpdateFreq")->setText("4");
     child<QComboBox>("cboUpdateFreq")->setCurrentIndex(UnitMinutes);
     QVERIFY(m_editor->ApplyEdits());
-    QCOMPARE(m_prompts.size(), 1);
-    QCOMPARE(m_prompts[0].kind, PromptKind::Alert);
-    QCOMPARE(m_prompts[0].mainText,
+    QCOMPARE(m_prompts->asked.size(), 1);
+    QCOMPARE(m_prompts->asked[0].kind, PromptKind::Alert);
+    QCOMPARE(m_prompts->asked[0].mainText,
              QString("Note: most RSS services prefer an update frequency of 1 hour or more."));
-    QCOMPARE(m_prompts[0].extendedText,
+    QCOMPARE(m_prompts->asked[0].extendedText,
              QString("This update frequency is less than the minimum update frequency. Please set the update "
                      "time to a value greater than 5 minutes."));
     QCOMPARE(child<QLineEdit>("txtUpdateFreq")->text(), QString("5"));
@@ -158,10 +147,10 @@ void tst_SubscriptionSettingsEditor::updateFrequencyBelowFiveMinutesIsWarnedAndC
     QVERIFY(!m_editor->IsDirty());
 
     // Exactly five minutes passes without a word.
-    m_prompts.clear();
+    m_prompts->asked.clear();
     child<QLineEdit>("txtUpdateFreq")->setText("5");
     QVERIFY(m_editor->ApplyEdits());
-    QVERIFY(m_prompts.isEmpty());
+    QVERIFY(m_prompts->asked.isEmpty());
 }
 
 void tst_SubscriptionSettingsEditor::timesAreStoredInSecondsAndShownInTheLargestUnit()
@@ -293,7 +282,7 @@ void tst_SubscriptionSettingsEditor::commitAsksAndFollowsTheAnswer()
     const qint32 id = addSubscription("Edited");
     loadSubscription(id);
     QCOMPARE(m_editor->CommitCurrentEdits(true), 0);
-    QVERIFY(m_prompts.isEmpty());
+    QVERIFY(m_prompts->asked.isEmpty());
 
     const auto edit = [&] {
         child<QRadioButton>("optSpecificFreq")->click();
@@ -301,10 +290,11 @@ void tst_SubscriptionSettingsEditor::commitAsksAndFollowsTheAnswer()
         child<QComboBox>("cboUpdateFreq")->setCurrentIndex(UnitHours);
     };
     edit();
-    answerWith(2);
+    m_prompts->answer = 2;
     QCOMPARE(m_editor->CommitCurrentEdits(true), 2);
-    QCOMPARE(m_prompts.last().kind, PromptKind::DoYouWantToSave);
-    QCOMPARE(m_prompts.last().mainText, QString("Do you want to save your changes to this subscription?"));
+    QCOMPARE(m_prompts->asked.last().kind, PromptKind::DoYouWantToSave);
+    QCOMPARE(m_prompts->asked.last().mainText,
+             QString("Do you want to save your changes to this subscription?"));
     QVERIFY(m_editor->IsDirty());
     QCOMPARE(itemLong(id, "UPDATEFREQ"), -1);
 
@@ -314,13 +304,13 @@ void tst_SubscriptionSettingsEditor::commitAsksAndFollowsTheAnswer()
     QVERIFY(child<QRadioButton>("optDefaultFreq")->isChecked());
 
     edit();
-    answerWith(7);
+    m_prompts->answer = 7;
     QCOMPARE(m_editor->CommitCurrentEdits(true), 7);
     QVERIFY(!m_editor->IsDirty());
     QCOMPARE(itemLong(id, "UPDATEFREQ"), -1);
 
     edit();
-    answerWith(6);
+    m_prompts->answer = 6;
     QCOMPARE(m_editor->CommitCurrentEdits(true), 6);
     QVERIFY(!m_editor->IsDirty());
     QCOMPARE(itemLong(id, "UPDATEFREQ"), 10800);
@@ -337,9 +327,9 @@ void tst_SubscriptionSettingsEditor::failedApplyStopsAndSaysWhy()
     child<QRadioButton>("optCustomDelete")->click();
     child<QLineEdit>("txtDelUnread")->setText("ten");
     QVERIFY(!m_editor->ApplyEdits());
-    QCOMPARE(m_prompts.size(), 1);
-    QVERIFY2(m_prompts[0].extendedText.contains("\"ten\" is not a whole number"),
-             qPrintable(m_prompts[0].extendedText));
+    QCOMPARE(m_prompts->asked.size(), 1);
+    QVERIFY2(m_prompts->asked[0].extendedText.contains("\"ten\" is not a whole number"),
+             qPrintable(m_prompts->asked[0].extendedText));
     QVERIFY(m_editor->IsDirty());
     for (const qint32 id : ids)
         QCOMPARE(itemLong(id, "DELETEUNREAD"), -1);
@@ -348,8 +338,8 @@ void tst_SubscriptionSettingsEditor::failedApplyStopsAndSaysWhy()
     child<QLineEdit>("txtDelUnread")->setText("10");
     refused = ids[1];
     QVERIFY(!m_editor->ApplyEdits());
-    QCOMPARE(m_prompts.size(), 2);
-    QCOMPARE(m_prompts[1].extendedText, QString("refused"));
+    QCOMPARE(m_prompts->asked.size(), 2);
+    QCOMPARE(m_prompts->asked[1].extendedText, QString("refused"));
     QVERIFY(m_editor->IsDirty());
     QCOMPARE(itemLong(ids[0], "DELETEUNREAD"), 864000);
     QCOMPARE(itemLong(ids[2], "DELETEUNREAD"), -1);
@@ -365,15 +355,15 @@ void tst_SubscriptionSettingsEditor::outlookTabNeedsAFolderForTheSpecificChoice(
     child<QRadioButton>("optStoreInSpecificFolder")->click();
     QVERIFY(child<QPushButton>("cmdStoreInSpecificFolder")->isEnabled());
     QVERIFY(!m_editor->ApplyEdits());
-    QCOMPARE(m_prompts.size(), 1);
-    QCOMPARE(m_prompts[0].mainText, QString("Please selected a folder."));
-    QCOMPARE(m_prompts[0].extendedText, QString("No folder selected for this Subscription."));
+    QCOMPARE(m_prompts->asked.size(), 1);
+    QCOMPARE(m_prompts->asked[0].mainText, QString("Please selected a folder."));
+    QCOMPARE(m_prompts->asked[0].extendedText, QString("No folder selected for this Subscription."));
     QCOMPARE(setting("OLCONSUMER", id, "StoreLocationOption"), kMissingText);
 
     // Without Outlook the chooser says so and the choice stays as it was.
     child<QPushButton>("cmdStoreInSpecificFolder")->click();
-    QCOMPARE(m_prompts.size(), 2);
-    QCOMPARE(m_prompts[1].mainText, QString("Outlook is not available."));
+    QCOMPARE(m_prompts->asked.size(), 2);
+    QCOMPARE(m_prompts->asked[1].mainText, QString("Outlook is not available."));
     QCOMPARE(child<QLabel>("lblStoreInSpecificFolder")->text(), QString());
 
     SetOutlookProvider([] { return std::make_shared<OneFolderOutlook>(); });
@@ -393,10 +383,10 @@ void tst_SubscriptionSettingsEditor::outlookTabNeedsAFolderForTheSpecificChoice(
     m_editor->LoadSelection({EditorSelection::Kind::Category, "Mixed", {}, {id, other}});
     QVERIFY(!child<QRadioButton>("optStoreInParentFolder")->isChecked());
     QVERIFY(!child<QRadioButton>("optStoreInSpecificFolder")->isChecked());
-    m_prompts.clear();
+    m_prompts->asked.clear();
     child<QRadioButton>("optStoreInSpecificFolder")->click();
     QVERIFY(!m_editor->ApplyEdits());
-    QCOMPARE(m_prompts[0].extendedText, QString("No folder selected for this Category."));
+    QCOMPARE(m_prompts->asked[0].extendedText, QString("No folder selected for this Category."));
 }
 
 void tst_SubscriptionSettingsEditor::searchSubscriptionWritesANewAddress()

@@ -180,7 +180,7 @@ void tst_frmMainWindow::savedTreeReadInPartKeepsItsNodesAndText()
     // Alpha was read before the bad name; Gamma comes back from the engine's paths.
     QVERIFY(node("Alpha"));
     QVERIFY(node("Gamma"));
-    QCOMPARE(f->asked.size(), 1);
+    QCOMPARE(f->prompts.asked.size(), 1);
     QCOMPARE(GetConsumerSetting(*f->other, kUnreadableCategoriesKey, QString(), kConfig, QString()), text);
     const QString resaved = GetConsumerSetting(*f->other, kSavedCategoriesKey, QString(), kConfig, QString());
     QVERIFY(resaved != text);
@@ -261,7 +261,7 @@ void tst_frmMainWindow::renameRefusesEmptyAndSiblingNames()
     QVERIFY(!model()->setData(sports, "News"));
     QVERIFY(!model()->setData(sports, ""));
     QCOMPARE(
-        f->askedTexts(PromptKind::Alert),
+        f->prompts.texts(PromptKind::Alert),
         QStringList({"Category with that name already exists on this level.  Please use a different name.",
                      "Please enter some text for the new category."}));
     QVERIFY(node("Sports"));
@@ -288,9 +288,9 @@ void tst_frmMainWindow::deleteAsksUnlessSuppressedOrCtrlHeld()
     const auto engineIds = [this] { return EngineCalls::ConsumerItems(*f->other, "*"); };
 
     QVERIFY(f->window->SelectRowByID(first));
-    f->answers[int(PromptKind::YesNo)] = {7};
+    f->prompts.answers[int(PromptKind::YesNo)] = {7};
     button("cmdDelete")->click();
-    QCOMPARE(f->askedTexts(PromptKind::YesNo),
+    QCOMPARE(f->prompts.texts(PromptKind::YesNo),
              QStringList({"Are you sure you want to delete the selected subscription(s)?"}));
     QCOMPARE(engineIds(), QList<qint32>({first, second, third, fourth}));
 
@@ -302,14 +302,14 @@ void tst_frmMainWindow::deleteAsksUnlessSuppressedOrCtrlHeld()
     f->modifiers = Qt::ControlModifier;
     QVERIFY(f->window->SelectRowByID(second));
     button("cmdDelete")->click();
-    QCOMPARE(f->askedTexts(PromptKind::YesNo).size(), 1);
+    QCOMPARE(f->prompts.texts(PromptKind::YesNo).size(), 1);
     f->modifiers = Qt::NoModifier;
 
     // A category goes with everything under it; the node before it is selected then.
     select("Box");
-    f->answers[int(PromptKind::YesNo)] = {6};
+    f->prompts.answers[int(PromptKind::YesNo)] = {6};
     button("cmdDelete")->click();
-    QCOMPARE(f->askedTexts(PromptKind::YesNo).last(),
+    QCOMPARE(f->prompts.texts(PromptKind::YesNo).last(),
              QStringLiteral("Are you sure you want to delete this category and all it's subscriptions?"));
     QCOMPARE(engineIds(), QList<qint32>());
     QCOMPARE(f->window->Tree().count(), 0);
@@ -328,13 +328,13 @@ void tst_frmMainWindow::uncheckingDecidesWhetherArticlesGo()
     // A category without children needs no question: its answer is "remove".
     emit view()->CheckToggleRequested(const_cast<CategoryNode *>(empty));
     QCOMPARE(empty->image(), QStringLiteral("unchecked_folder"));
-    QVERIFY(f->asked.isEmpty());
+    QVERIFY(f->prompts.asked.isEmpty());
     QVERIFY(f->binds.isEmpty());
 
-    f->answers[int(PromptKind::YesNo)] = {6, 7};
+    f->prompts.answers[int(PromptKind::YesNo)] = {6, 7};
     emit view()->CheckToggleRequested(node("Dropped"));
     emit view()->CheckToggleRequested(node("Full"));
-    QCOMPARE(f->askedTexts(PromptKind::YesNo),
+    QCOMPARE(f->prompts.texts(PromptKind::YesNo),
              QStringList({"Do you want to remove the subscription's articles from Outlook?",
                           "Do you want to remove this category's articles from Outlook?"}));
     QCOMPARE(f->binds, (QList<std::pair<qint32, qint32>>{{dropped, 0}, {kept, 1}}));
@@ -347,7 +347,7 @@ void tst_frmMainWindow::uncheckingDecidesWhetherArticlesGo()
     SetConsumerSetting(*f->other, "OLCONSUMER", "OutlookDefaults", "SubDeletedInConfig", "1");
     emit view()->CheckToggleRequested(node("Full~~~Kept"));
     QCOMPARE(f->binds, (QList<std::pair<qint32, qint32>>{{kept, 1}, {kept, 1}}));
-    QCOMPARE(f->askedTexts(PromptKind::YesNo).size(), 2);
+    QCOMPARE(f->prompts.texts(PromptKind::YesNo).size(), 2);
     QVERIFY(f->setting(kConfig, QString(), kSavedCategoriesKey).contains("Image(checked_folder)"));
 }
 
@@ -441,10 +441,10 @@ void tst_frmMainWindow::pendingEditsCanKeepTheSelection()
     title->setText("Renamed");
     QVERIFY(button("cmdApply")->isEnabled());
 
-    f->answers[int(PromptKind::DoYouWantToSave)] = {2};
+    f->prompts.answers[int(PromptKind::DoYouWantToSave)] = {2};
     view()->setCurrentIndex(model()->IndexOf(node("Second")));
     QCOMPARE(f->window->SelectedSubscriptionId(), first);
-    QCOMPARE(f->askedTexts(PromptKind::DoYouWantToSave).size(), 1);
+    QCOMPARE(f->prompts.texts(PromptKind::DoYouWantToSave).size(), 1);
 
     // Apply renames the node as a label edit would.
     button("cmdApply")->click();
@@ -452,7 +452,7 @@ void tst_frmMainWindow::pendingEditsCanKeepTheSelection()
     QVERIFY(!button("cmdApply")->isEnabled());
     view()->setCurrentIndex(model()->IndexOf(node("Second")));
     QCOMPARE(f->window->SelectedSubscriptionId(), second);
-    QCOMPARE(f->askedTexts(PromptKind::DoYouWantToSave).size(), 1);
+    QCOMPARE(f->prompts.texts(PromptKind::DoYouWantToSave).size(), 1);
 }
 
 void tst_frmMainWindow::missingFeaturesSaySoAndHooksAreUsed()
@@ -463,9 +463,9 @@ void tst_frmMainWindow::missingFeaturesSaySoAndHooksAreUsed()
     button("cmdPrefs")->click();
     button("cmdPreviewThisFeed")->click();
     button("cmdFetchSubsNow")->click();
-    QCOMPARE(f->askedTexts(PromptKind::Alert), QStringList({"Adding subscriptions is not available yet.",
-                                                            "The options window is not available yet.",
-                                                            "The feed preview is not available yet."}));
+    QCOMPARE(f->prompts.texts(PromptKind::Alert), QStringList({"Adding subscriptions is not available yet.",
+                                                               "The options window is not available yet.",
+                                                               "The feed preview is not available yet."}));
 
     QStringList called;
     MainWindowEntryPoints hooks;
@@ -590,14 +590,14 @@ void tst_frmMainWindow::queuedDownloadsAskInQueueOrder()
     f->open();
     // Two more arrive while the first question is open; each is asked once, in order.
     bool first = true;
-    f->onAsk = [&](Prompt &prompt) {
+    f->prompts.onAsk = [&](Prompt &prompt) {
         if (prompt.kind != PromptKind::EnclosureWarning || !std::exchange(first, false))
             return;
         f->deliver("PromptForDownload", {{"SUBSCRIPTIONID", b}});
         f->deliver("PromptForDownload", {{"SUBSCRIPTIONID", c}});
     };
     f->deliver("PromptForDownload", {{"SUBSCRIPTIONID", a}});
-    const QStringList asked = f->askedTexts(PromptKind::EnclosureWarning);
+    const QStringList asked = f->prompts.texts(PromptKind::EnclosureWarning);
     QCOMPARE(asked.size(), 3);
     const QStringList titles{"Alpha-1", "Bravo-2", "Charlie-3"};
     for (int i = 0; i < 3; ++i)
@@ -607,7 +607,7 @@ void tst_frmMainWindow::queuedDownloadsAskInQueueOrder()
     SetConsumerSetting(*f->other, "MEDIACONSUMER", "Settings", "PromptForAutoDownload", "0");
     SetConsumerSetting(*f->other, "MEDIACONSUMER", "Settings", "EnableAutoDownload", "1");
     f->deliver("PromptForDownload", {{"SUBSCRIPTIONID", b}});
-    QCOMPARE(f->askedTexts(PromptKind::EnclosureWarning).size(), 3);
+    QCOMPARE(f->prompts.texts(PromptKind::EnclosureWarning).size(), 3);
     QCOMPARE(f->setting("MEDIACONSUMER", SubscriptionSpecificsSection(b), "EnableAutoDownload"),
              QStringLiteral("1"));
 }
@@ -617,8 +617,8 @@ void tst_frmMainWindow::loginAndAnswersReachTheirHandlers()
     const qint32 id = f->add("Private");
     frmMainWindow &window = f->open();
     f->deliver("LoginRequired", {{"SUBSCRIPTIONID", id}});
-    QCOMPARE(f->askedTexts(PromptKind::UserNameAndPassword).size(), 1);
-    QVERIFY(f->askedTexts(PromptKind::UserNameAndPassword).first().contains("Private"));
+    QCOMPARE(f->prompts.texts(PromptKind::UserNameAndPassword).size(), 1);
+    QVERIFY(f->prompts.texts(PromptKind::UserNameAndPassword).first().contains("Private"));
 
     // An answer delivered through the update callback refreshes and selects its subscription.
     const qint32 other = f->add("Second");
