@@ -64,7 +64,6 @@ public:
 
     [[nodiscard]] bool ready() const { return engine.isReady() && m_folder.isValid(); }
     [[nodiscard]] QString logPath() const { return m_folder.filePath(QStringLiteral("QuillonLog.txt")); }
-    [[nodiscard]] QString folder() const { return m_folder.path(); }
 
     // Makes the window, connects it as ConfigConsumer and shows it, which loads it.
     frmMainWindow &open()

@@ -45,11 +45,6 @@ void tst_ConsumerSettings::valuesRoundTripAndMissingKeysReadAsTheDefault()
     QCOMPARE(GetConsumerSetting(*reader, u"FOLDERTITLE"_s, u"x"_s, u"OLCONSUMER"_s, section), u"News"_s);
     QCOMPARE(GetConsumerSetting(*reader, u"EnableAutoDownload"_s, u"0"_s, u"MEDIACONSUMER"_s, section),
              u"1"_s);
-    // Consumer and section both address the value.
-    QCOMPARE(GetConsumerSetting(*reader, u"FOLDERTITLE"_s, u"x"_s, u"MEDIACONSUMER"_s, section), u"x"_s);
-    QCOMPARE(
-        GetConsumerSetting(*reader, u"FOLDERTITLE"_s, u"x"_s, u"OLCONSUMER"_s, u"SubscriptionSpecifics_8"_s),
-        u"x"_s);
     QCOMPARE(writer->LiveHandleCount(), 0);
     QCOMPARE(reader->LiveHandleCount(), 0);
 }

@@ -92,7 +92,6 @@ void tst_EngineCore::addAnswersTheCallerAndTellsTheOthers()
         config->CreateItemRequest(kNews, QStringLiteral("Daily"), QStringLiteral("http://a/feed"));
     config->SetStringValue(request, QStringLiteral("USER"), QStringLiteral("ann"));
     config->SetStringValue(request, QStringLiteral("PASSWORD"), QStringLiteral("secret"));
-    config->SetStringValue(request, QStringLiteral("CATEGORY"), QStringLiteral("News~~~Local"));
     const Handle consumers = config->NewList();
     config->ListAppend(consumers, QStringLiteral("OLCONSUMER"));
     config->SetHandleValue(request, QStringLiteral("ConsumerIDs"), consumers);
@@ -104,14 +103,10 @@ void tst_EngineCore::addAnswersTheCallerAndTellsTheOthers()
     QVERIFY(first > 0);
     QVERIFY(second > first);
 
+    // What the answer carries is the client contract's; here: the ID, and who hears what.
     QTRY_COMPARE(answer->received.size(), 1);
-    const auto &result = answer->received.first();
-    QCOMPARE(result->text("MESSAGE"), QStringLiteral("SubscriptionAddResult"));
-    const qint32 id = result->bag("Result")->text("SUBSCRIPTIONID").toInt();
+    const qint32 id = answer->received.first()->bag("Result")->number("SUBSCRIPTIONID");
     QVERIFY(id > 0);
-    QCOMPARE(result->bag("Result")->text("URL"), QStringLiteral("http://a/feed"));
-    QCOMPARE(result->bag("Result")->text("TITLE"), QStringLiteral("Daily"));
-    QCOMPARE(result->bag("Result")->text("CATEGORY"), QStringLiteral("News~~~Local"));
 
     // Two adds: the other consumer hears of both, then of each binding; the asker of neither add.
     QTRY_COMPARE(outlookEvents->received.size(), 4);
