@@ -29,7 +29,7 @@ QByteArray rss(const QString &title, int items)
         QStringLiteral("<?xml version=\"1.0\"?><rss version=\"2.0\"><channel><title>%1</title>").arg(title);
     for (int i = 1; i <= items; ++i)
         out += QStringLiteral("<item><guid>%1-%2</guid><title>Item %2</title></item>").arg(title).arg(i);
-    return (out + QStringLiteral("</channel></rss>")).toUtf8();
+    return (out + "</channel></rss>").toUtf8();
 }
 
 } // namespace
@@ -50,7 +50,7 @@ private:
     {
         QList<QHash<QString, QString>> found;
         for (const auto &fields : m_fixture->submitted)
-            if (fields.value(QStringLiteral("REQUEST")) == QLatin1String("ADD"))
+            if (fields.value("REQUEST") == QLatin1String("ADD"))
                 found << fields;
         return found;
     }
@@ -114,29 +114,29 @@ FeedListModel *tst_frmAddSubscription::browse(int rows, const QStringList &categ
 void tst_frmAddSubscription::urlTabSendsTheCategoryAndLoginAsChosen()
 {
     const auto add = [&](int category, const QString &user, const QString &password) {
-        openWizard({QStringLiteral("Work")});
-        child<QLineEdit>("txtURL")->setText(QStringLiteral("http://127.0.0.1:9/feed"));
+        openWizard({"Work"});
+        child<QLineEdit>("txtURL")->setText("http://127.0.0.1:9/feed");
         child<QLineEdit>("txtUserName")->setText(user);
         child<QLineEdit>("txtPasswordField")->setText(password);
         child<QComboBox>("cboCategories_enterTab")->setCurrentIndex(category);
-        QCOMPARE(child<QPushButton>("cmdOK")->text(), QStringLiteral("&Add"));
+        QCOMPARE(child<QPushButton>("cmdOK")->text(), "&Add");
         pressOk();
         QVERIFY(m_wizard->result() == QDialog::Accepted);
     };
-    add(0, QStringLiteral("ann"), QString());
-    add(1, QString(), QStringLiteral("secret"));
-    add(3, QStringLiteral("ann"), QStringLiteral("secret"));
+    add(0, "ann", QString());
+    add(1, QString(), "secret");
+    add(3, "ann", "secret");
     const auto sent = adds();
     QCOMPARE(sent.size(), 3);
-    QCOMPARE(sent[0].value("CATEGORY"), QStringLiteral("-237237")); // "Automatic": the engine chooses
-    QCOMPARE(sent[0].value("USER"), QStringLiteral("-237237"));     // a name without a password: neither
-    QCOMPARE(sent[1].value("CATEGORY"), QStringLiteral("New Subscriptions"));
-    QCOMPARE(sent[1].value("PASSWORD"), QStringLiteral("-237237"));
-    QCOMPARE(sent[2].value("CATEGORY"), QStringLiteral("Work"));
-    QCOMPARE(sent[2].value("USER"), QStringLiteral("ann"));
-    QCOMPARE(sent[2].value("PASSWORD"), QStringLiteral("secret"));
+    QCOMPARE(sent[0].value("CATEGORY"), "-237237"); // "Automatic": the engine chooses
+    QCOMPARE(sent[0].value("USER"), "-237237");     // a name without a password: neither
+    QCOMPARE(sent[1].value("CATEGORY"), "New Subscriptions");
+    QCOMPARE(sent[1].value("PASSWORD"), "-237237");
+    QCOMPARE(sent[2].value("CATEGORY"), "Work");
+    QCOMPARE(sent[2].value("USER"), "ann");
+    QCOMPARE(sent[2].value("PASSWORD"), "secret");
     // The status line names the address when no title was given.
-    QTRY_VERIFY(m_fixture->window->StatusText().startsWith(QStringLiteral("Added: ")) ||
+    QTRY_VERIFY(m_fixture->window->StatusText().startsWith("Added: ") ||
                 m_fixture->window->RefreshCount() > 0);
 }
 
@@ -146,21 +146,20 @@ void tst_frmAddSubscription::addedFeedIsFetchedAndShownInTheTree()
     m_server.serve("/daily", rss("Daily Notes", 4));
     openWizard();
     child<QLineEdit>("txtURL")->setText(m_server.url("/daily").toString());
-    child<QLineEdit>("txtUserTitle")->setText(QStringLiteral("My Daily"));
+    child<QLineEdit>("txtUserTitle")->setText("My Daily");
     pressOk();
-    QCOMPARE(m_fixture->window->StatusText(), QStringLiteral("Uploading Requests To Server"));
+    QCOMPARE(m_fixture->window->StatusText(), "Uploading Requests To Server");
     qint32 id = 0;
-    QTRY_VERIFY_WITH_TIMEOUT(
-        (id = m_fixture->window->SelectedSubscriptionId()) > 0 &&
-            categoriesUtils::FindNodeByPath(m_fixture->window->Tree(), QStringLiteral("My Daily")),
-        15000);
+    QTRY_VERIFY_WITH_TIMEOUT((id = m_fixture->window->SelectedSubscriptionId()) > 0 &&
+                                 categoriesUtils::FindNodeByPath(m_fixture->window->Tree(), "My Daily"),
+                             15000);
     QTRY_COMPARE_WITH_TIMEOUT(m_server.requestCount("/daily"), 1, 15000);
     // The engine fetched it: the counts reach the window's details.
     QTRY_VERIFY_WITH_TIMEOUT(
         [&] {
             m_fixture->window->DoDisplayRefresh();
             m_fixture->window->SelectRowByID(id);
-            return m_fixture->window->findChild<QLabel *>(QStringLiteral("lblNewArticles"))->text() == "4";
+            return m_fixture->window->findChild<QLabel *>("lblNewArticles")->text() == "4";
         }(),
         15000);
     QVERIFY(m_fixture->delivered().contains(id));
@@ -169,7 +168,7 @@ void tst_frmAddSubscription::addedFeedIsFetchedAndShownInTheTree()
 void tst_frmAddSubscription::searchIsKeptAsAFeedUnderSearchFeeds()
 {
     // A local search source, beside the engine's store, that answers in RSS.
-    QFile sources(QDir(m_fixture->engine.dataFolder()).filePath(QStringLiteral("searchsources.json")));
+    QFile sources(QDir(m_fixture->engine.dataFolder()).filePath("searchsources.json"));
     QVERIFY(sources.open(QIODevice::WriteOnly));
     sources.write(QStringLiteral(R"({"sources": [{"guid": "{local}", "title": "Local", "template":
         "%1?q={keywords}&n={limit}", "defaultLimit": 10, "minLimit": 1, "maxLimit": 50}]})")
@@ -182,19 +181,19 @@ void tst_frmAddSubscription::searchIsKeptAsAFeedUnderSearchFeeds()
     openWizard();
     child<QTabWidget>("tabController")->setCurrentIndex(2);
     auto *source = child<QComboBox>("cboSearchSources");
-    QTRY_VERIFY(source->findText(QStringLiteral("Local")) >= 0);
-    source->setCurrentIndex(source->findText(QStringLiteral("Local")));
-    QCOMPARE(child<QLabel>("lblLimitRange")->text(), QStringLiteral("( 1 to 50 )"));
-    QCOMPARE(child<QPushButton>("cmdOK")->text(), QStringLiteral("&Add Search"));
-    child<QLineEdit>("txtSearchString")->setText(QStringLiteral("green tea"));
+    QTRY_VERIFY(source->findText("Local") >= 0);
+    source->setCurrentIndex(source->findText("Local"));
+    QCOMPARE(child<QLabel>("lblLimitRange")->text(), "( 1 to 50 )");
+    QCOMPARE(child<QPushButton>("cmdOK")->text(), "&Add Search");
+    child<QLineEdit>("txtSearchString")->setText("green tea");
     child<QCheckBox>("chkSearchLimit")->setChecked(true);
-    child<QLineEdit>("txtSearchLimit")->setText(QStringLiteral("5"));
+    child<QLineEdit>("txtSearchLimit")->setText("5");
     pressOk();
 
     const auto add = adds().constLast();
-    QCOMPARE(add.value("TITLE"), QStringLiteral("Search Local for 'green tea'"));
-    QCOMPARE(add.value("CATEGORY"), QStringLiteral("Search Feeds"));
-    QVERIFY2(add.value("URL").startsWith(QStringLiteral("search?")), qPrintable(add.value("URL")));
+    QCOMPARE(add.value("TITLE"), "Search Local for 'green tea'");
+    QCOMPARE(add.value("CATEGORY"), "Search Feeds");
+    QVERIFY2(add.value("URL").startsWith("search?"), qPrintable(add.value("URL")));
     // The engine fetches the search through the source's template.
     QTRY_COMPARE_WITH_TIMEOUT(m_server.requestCount("/search?q=green%20tea&n=5"), 1, 15000);
 }
@@ -202,36 +201,36 @@ void tst_frmAddSubscription::searchIsKeptAsAFeedUnderSearchFeeds()
 void tst_frmAddSubscription::listTabAddsTheHighlightedRowOrWhatIsChecked()
 {
     // The shipped directory browses with no network: its root list, then row 0's feeds.
-    FeedListModel *model = browse(2, {QStringLiteral("Work")});
+    FeedListModel *model = browse(2, {"Work"});
     QVERIFY(model);
     QVERIFY(child<QTreeView>("grdRootList")->model()->rowCount() >= 4);
     QCOMPARE(child<QTreeView>("grdRootList")->model()->headerData(0, Qt::Horizontal).toString(),
-             QStringLiteral("Feed Lists"));
+             "Feed Lists");
 
     // Nothing checked and the category box clear: the highlighted row alone, with no category.
     child<QComboBox>("cboCategories_BrowseTab")->setCurrentIndex(3);
     child<QCheckBox>("chkCategories_BrowseTab")->setChecked(false);
     child<QTreeView>("grdSubList")->setCurrentIndex(model->index(1, 0));
-    QCOMPARE(child<QPushButton>("cmdOK")->text(), QStringLiteral("&Add Selection"));
+    QCOMPARE(child<QPushButton>("cmdOK")->text(), "&Add Selection");
     const QString highlighted = model->index(1, 1).data().toString();
     pressOk();
     QCOMPARE(adds().size(), 1);
     QCOMPARE(adds().first().value("URL"), highlighted);
-    QCOMPARE(adds().first().value("CATEGORY"), QStringLiteral("-237237"));
+    QCOMPARE(adds().first().value("CATEGORY"), "-237237");
 
     // Checked rows with the box set: each checked feed under the chosen category, removals first.
-    model = browse(2, {QStringLiteral("Work")});
+    model = browse(2, {"Work"});
     QVERIFY(model);
     child<QCheckBox>("chkCategories_BrowseTab")->setChecked(true);
     child<QComboBox>("cboCategories_BrowseTab")->setCurrentIndex(3);
     model->Toggle(model->index(0, 0));
     model->Toggle(model->index(2, 0));
-    QCOMPARE(child<QPushButton>("cmdOK")->text(), QStringLiteral("&Add Checked"));
+    QCOMPARE(child<QPushButton>("cmdOK")->text(), "&Add Checked");
     pressOk();
     const auto sent = adds().mid(1);
     QCOMPARE(sent.size(), 2);
     QCOMPARE(sent[0].value("URL"), model->UrlOf(model->index(0, 0)));
-    QCOMPARE(sent[1].value("CATEGORY"), QStringLiteral("Work"));
+    QCOMPARE(sent[1].value("CATEGORY"), "Work");
 }
 
 void tst_frmAddSubscription::leavingAListWithActionsAsksFirst()
@@ -249,7 +248,7 @@ void tst_frmAddSubscription::leavingAListWithActionsAsksFirst()
     QCOMPARE(tabs->currentIndex(), 1); // stays until the question is answered
     QTRY_COMPARE(tabs->currentIndex(), 0);
     QCOMPARE(m_fixture->prompts.asked.constLast().mainText,
-             QStringLiteral("While Browsing, you have indicated 2Feeds to be added."));
+             "While Browsing, you have indicated 2Feeds to be added.");
     QVERIFY(adds().isEmpty());
     QCOMPARE(m_wizard->CountActions().adds, 2);
 
@@ -263,7 +262,7 @@ void tst_frmAddSubscription::leavingAListWithActionsAsksFirst()
     tabs->setCurrentIndex(2);
     QTRY_COMPARE(tabs->currentIndex(), 2);
     QCOMPARE(m_fixture->prompts.asked.constLast().mainText,
-             QStringLiteral("While Browsing, you have indicated 1 feed to be added."));
+             "While Browsing, you have indicated 1 feed to be added.");
     QCOMPARE(adds().size(), 1);
     QCOMPARE(adds().first().value("URL"), model->UrlOf(model->index(3, 0)));
     QCOMPARE(m_wizard->CountActions().any(), false);
@@ -288,7 +287,7 @@ void tst_frmAddSubscription::directoryWalksOutlinesAndDropsStaleAnswers()
         "xmlUrl=\"http://h/\"/>"
         "</outline><outline text=\"Folder\"><outline xmlUrl=\"http://untitled/\"/></outline></body></opml>",
         "text/x-opml");
-    SetConsumerSetting(*m_client, QStringLiteral("ENGINE"), QString(), QStringLiteral("OEM_Browse_URL"),
+    SetConsumerSetting(*m_client, "ENGINE", QString(), "OEM_Browse_URL",
                        m_server.url("/root.opml").toString());
     openWizard();
     child<QTabWidget>("tabController")->setCurrentIndex(1);
@@ -298,14 +297,14 @@ void tst_frmAddSubscription::directoryWalksOutlinesAndDropsStaleAnswers()
     // The untitled folder adds no row, but its feed sits one level deeper; a feed's children
     // are not walked; tabs become two blanks.
     const QModelIndex deep = model->index(0, 0);
-    QCOMPARE(model->TitleOf(deep), QStringLiteral("Deep  Feed"));
-    QCOMPARE(model->DescriptionOf(deep), QStringLiteral("a  b"));
+    QCOMPARE(model->TitleOf(deep), "Deep  Feed");
+    QCOMPARE(model->DescriptionOf(deep), "a  b");
     QCOMPARE(deep.data(FeedListModel::LevelRole).toInt(), 2);
     QCOMPARE(model->rowCount(model->index(1, 0)), 0);
     const QModelIndex folder = model->index(2, 0);
     QCOMPARE(folder.data(FeedListModel::RowTypeRole).toInt(), 4);
-    QCOMPARE(model->TitleOf(model->index(0, 0, folder)), QStringLiteral("<no title>"));
-    QCOMPARE(model->FoldersAbove(model->index(0, 0, folder)), QStringList{QStringLiteral("Folder")});
+    QCOMPARE(model->TitleOf(model->index(0, 0, folder)), "<no title>");
+    QCOMPARE(model->FoldersAbove(model->index(0, 0, folder)), QStringList{"Folder"});
 
     // The user moves to the second list, which fails: the alert, and the tab stays usable.
     m_fixture->prompts.answers.clear();
@@ -313,14 +312,14 @@ void tst_frmAddSubscription::directoryWalksOutlinesAndDropsStaleAnswers()
     roots->setCurrentIndex(roots->model()->index(1, 0));
     QTRY_VERIFY_WITH_TIMEOUT(!m_fixture->prompts.asked.isEmpty(), 10000);
     QCOMPARE(m_fixture->prompts.asked.constLast().mainText,
-             QStringLiteral("Failed to retrieve the Subscription List file from the Internet."));
+             "Failed to retrieve the Subscription List file from the Internet.");
     // A late answer for the list the user left does not replace what is shown.
     roots->setCurrentIndex(roots->model()->index(0, 0));
     QTRY_VERIFY_WITH_TIMEOUT(model->FeedCount() == 3, 10000);
     HandleGuard stale(*m_client, m_client->NewBag());
     HandleGuard result(*m_client, m_client->NewBag());
-    m_client->SetStringValue(result.get(), QStringLiteral("URL"), m_server.url("/gone.opml").toString());
-    m_client->SetHandleValue(stale.get(), QStringLiteral("Result"), result.get());
+    m_client->SetStringValue(result.get(), "URL", m_server.url("/gone.opml").toString());
+    m_client->SetHandleValue(stale.get(), "Result", result.get());
     m_wizard->EventSubOPMLCallback(frmAddSubscription::DirectoryTab, stale.get());
     QCOMPARE(model->FeedCount(), 3);
 }
@@ -328,7 +327,7 @@ void tst_frmAddSubscription::directoryWalksOutlinesAndDropsStaleAnswers()
 void tst_frmAddSubscription::importTabLoadsNestedFilesIntoNestedCategories()
 {
     QTemporaryDir dir;
-    const QString path = dir.filePath(QStringLiteral("My Feeds (2024).opml"));
+    const QString path = dir.filePath("My Feeds (2024).opml");
     QFile file(path);
     QVERIFY(file.open(QIODevice::WriteOnly));
     QString opml = QStringLiteral(
@@ -350,8 +349,7 @@ void tst_frmAddSubscription::importTabLoadsNestedFilesIntoNestedCategories()
 
     m_wizard->USMImportOPMLFile(path);
     QCOMPARE(m_fixture->submitted.constLast().value("URL"),
-             QStringLiteral("file://loopback/") +
-                 QString(path).replace(QLatin1Char(' '), QStringLiteral("%20")));
+             "file://loopback/" + QString(path).replace(QLatin1Char(' '), "%20"));
     auto *grid = child<QTreeView>("grdImportList");
     auto *model = qobject_cast<FeedListModel *>(grid->model());
     QTRY_VERIFY_WITH_TIMEOUT(model->FeedCount() == 41, 10000);
@@ -371,11 +369,10 @@ void tst_frmAddSubscription::importTabLoadsNestedFilesIntoNestedCategories()
     QVERIFY(drained.wait(10000));
     const auto sent = adds();
     QCOMPARE(sent.size(), 41);
-    QCOMPARE(sent.first().value("CATEGORY"), QStringLiteral("A~~~B~~~C"));
-    QCOMPARE(sent.constLast().value("CATEGORY"), QStringLiteral("-237237"));
+    QCOMPARE(sent.first().value("CATEGORY"), "A~~~B~~~C");
+    QCOMPARE(sent.constLast().value("CATEGORY"), "-237237");
     // The main window shows them as nested folders once the answers are in.
-    QTRY_VERIFY_WITH_TIMEOUT(
-        categoriesUtils::FindNodeByPath(m_fixture->window->Tree(), QStringLiteral("A~~~B~~~C")), 15000);
+    QTRY_VERIFY_WITH_TIMEOUT(categoriesUtils::FindNodeByPath(m_fixture->window->Tree(), "A~~~B~~~C"), 15000);
 }
 
 void tst_frmAddSubscription::starterFeedsAndFileChecks()
@@ -390,7 +387,7 @@ void tst_frmAddSubscription::starterFeedsAndFileChecks()
     QVERIFY(!OpmlImport::IsValidOPMLFile(
         write("none.opml", "<opml><body><outline text=\"empty\"/></body></opml>")));
     QVERIFY(!OpmlImport::IsValidOPMLFile(write("rss.xml", "<rss><channel/></rss>")));
-    QVERIFY(!OpmlImport::IsValidOPMLFile(dir.filePath(QStringLiteral("missing.opml"))));
+    QVERIFY(!OpmlImport::IsValidOPMLFile(dir.filePath("missing.opml")));
 
     // The shipped starter list subscribes each feed under its folder.
     QVERIFY(QFile::exists(OpmlImport::DefaultFeedsPath()));

@@ -22,7 +22,7 @@ struct ReaderFake
         return {[this](const QString &operation, const QList<PropertyValue> &args,
                        const CallHook::Answer &) -> std::optional<PropertyValue> {
             if (operation == QLatin1String("SubmitRequest"))
-                requestedUrls.append(std::get<BagPtr>(args.at(0))->text(QStringLiteral("URL")));
+                requestedUrls.append(std::get<BagPtr>(args.at(0))->text("URL"));
             if (operation != QLatin1String("ListReaderSubscriptions"))
                 return std::nullopt;
             auto list = PropertyList::create();
@@ -75,17 +75,16 @@ void tst_MainModule::cleanup()
 
 void tst_MainModule::connectingTwiceRegistersOneCallback()
 {
-    QCOMPARE(MainModule::ConnectToEngine(QStringLiteral("CONFIGCONSUMER")), false);
+    QCOMPARE(MainModule::ConnectToEngine("CONFIGCONSUMER"), false);
     QCOMPARE(m_linked->PendingCallbackCount(), 1);
-    QCOMPARE(MainModule::ConnectToEngine(QStringLiteral("CONFIGCONSUMER")), false);
+    QCOMPARE(MainModule::ConnectToEngine("CONFIGCONSUMER"), false);
     QCOMPARE(m_linked->PendingCallbackCount(), 1);
     QCOMPARE(ClientAccess::GetEngineClient(), SubscribeClientPtr(m_linked));
 }
 
 void tst_MainModule::unreachableEngineAsksForRetry()
 {
-    SubscribeClientFactory::SetCreator(
-        []() -> SubscribeClientPtr { throw EngineError(QStringLiteral("nobody home")); });
+    SubscribeClientFactory::SetCreator([]() -> SubscribeClientPtr { throw EngineError("nobody home"); });
     // Every tick retries; the reason is logged once, not once per tick.
     static int waitLines = 0;
     waitLines = 0;
@@ -95,7 +94,7 @@ void tst_MainModule::unreachableEngineAsksForRetry()
         });
     bool retries = true;
     for (int tick = 0; tick < 3; ++tick)
-        retries = MainModule::ConnectToEngine(QStringLiteral("CONFIGCONSUMER")) && retries;
+        retries = MainModule::ConnectToEngine("CONFIGCONSUMER") && retries;
     qInstallMessageHandler(previous);
     QVERIFY(retries);
     QCOMPARE(waitLines, 1);
@@ -106,7 +105,7 @@ QStringList tst_MainModule::AddedUrls()
 {
     QStringList urls;
     for (const qint32 id : EngineCalls::ConsumerItems(*m_linked, "*"))
-        urls.append(EngineCalls::ItemText(*m_linked, id, QStringLiteral("URL")));
+        urls.append(EngineCalls::ItemText(*m_linked, id, "URL"));
     urls.sort();
     return urls;
 }
@@ -119,14 +118,14 @@ void tst_MainModule::readerImportSkipsAndFiltersAsEachReaderNeeds()
         {{"title", "Blank"}, {"xmlUrl", " "}},
         {{"title", "Marker"}, {"xmlUrl", "-237237"}},
     };
-    MainModule::ImportFromReader(m_linked, QStringLiteral("newsgator"));
+    MainModule::ImportFromReader(m_linked, "newsgator");
     QCOMPARE(MainModule::SkippedOutlineCount(), 1);
     QCOMPARE(m_reader.requestedUrls, QStringList({"http://127.0.0.1/kept"}));
     QTRY_COMPARE(m_linked->PendingCallbackCount(), 0);
     QCOMPARE(AddedUrls(), QStringList({"http://127.0.0.1/kept"}));
 
     m_reader.requestedUrls.clear();
-    MainModule::ImportFromReader(m_linked, QStringLiteral("intravnews"));
+    MainModule::ImportFromReader(m_linked, "intravnews");
     QCOMPARE(m_reader.requestedUrls,
              QStringList({"http://127.0.0.1/kept", "http://127.0.0.1/private", " ", "-237237"}));
     QCOMPARE(MainModule::SkippedOutlineCount(), 1);

@@ -39,7 +39,7 @@ void tst_Startup::initTestCase()
     m_binDir = qEnvironmentVariable("QUILLON_BIN_DIR");
     QVERIFY2(!m_binDir.isEmpty(), "QUILLON_BIN_DIR is not set");
     // Absolute: the programs run with their own HOME, so a relative name would land elsewhere.
-    m_socketName = m_dir.filePath(QStringLiteral("engine.sock"));
+    m_socketName = m_dir.filePath("engine.sock");
 }
 
 void tst_Startup::cleanup()
@@ -55,14 +55,14 @@ void tst_Startup::cleanup()
 QProcessEnvironment tst_Startup::Environment() const
 {
     QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-    env.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
-    env.insert(QStringLiteral("QUILLON_ENGINE_SOCKET"), m_socketName);
-    env.insert(QStringLiteral("QUILLON_ENGINE_DATA"), m_dir.filePath(QStringLiteral("engine")));
-    env.insert(QStringLiteral("CONFIGCONSUMER_LOCK"), m_dir.filePath(QStringLiteral("configconsumer.lock")));
-    env.insert(QStringLiteral("CONFIGCONSUMER_REPORT_WINDOW"), QStringLiteral("1"));
-    env.insert(QStringLiteral("HOME"), m_dir.path());
-    env.insert(QStringLiteral("XDG_CONFIG_HOME"), m_dir.filePath(QStringLiteral("config")));
-    env.insert(QStringLiteral("XDG_DATA_HOME"), m_dir.filePath(QStringLiteral("data")));
+    env.insert("QT_QPA_PLATFORM", "offscreen");
+    env.insert("QUILLON_ENGINE_SOCKET", m_socketName);
+    env.insert("QUILLON_ENGINE_DATA", m_dir.filePath("engine"));
+    env.insert("CONFIGCONSUMER_LOCK", m_dir.filePath("configconsumer.lock"));
+    env.insert("CONFIGCONSUMER_REPORT_WINDOW", "1");
+    env.insert("HOME", m_dir.path());
+    env.insert("XDG_CONFIG_HOME", m_dir.filePath("config"));
+    env.insert("XDG_DATA_HOME", m_dir.filePath("data"));
     return env;
 }
 
@@ -70,7 +70,7 @@ void tst_Startup::StartEngine(QProcess &engine)
 {
     engine.setProcessEnvironment(Environment());
     engine.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    engine.start(m_binDir + QStringLiteral("/quillon-engine"), {});
+    engine.start(m_binDir + "/quillon-engine", {});
     QVERIFY(engine.waitForStarted(5000));
     QTRY_VERIFY_WITH_TIMEOUT(Printed(engine, "listening"), 10000);
 }
@@ -79,7 +79,7 @@ void tst_Startup::StartProgram(QProcess &program)
 {
     program.setProcessEnvironment(Environment());
     program.setProcessChannelMode(QProcess::MergedChannels);
-    program.start(m_binDir + QStringLiteral("/configconsumer"), {});
+    program.start(m_binDir + "/configconsumer", {});
     QVERIFY(program.waitForStarted(5000));
 }
 
@@ -113,9 +113,8 @@ void tst_Startup::waitsForEngineThenShowsWindowAndEndsWithIt()
     QVERIFY(!Printed(second, "main window shown"));
 
     // What the program keeps is private.
-    QCOMPARE(
-        QFileInfo(m_dir.filePath(QStringLiteral("config/ConfigConsumer"))).permissions().toInt() & 0x0077, 0);
-    QCOMPARE(QFile::permissions(m_dir.filePath(QStringLiteral("config/ConfigConsumer/Quillon.ini"))),
+    QCOMPARE(QFileInfo(m_dir.filePath("config/ConfigConsumer")).permissions().toInt() & 0x0077, 0);
+    QCOMPARE(QFile::permissions(m_dir.filePath("config/ConfigConsumer/Quillon.ini")),
              QFile::ReadOwner | QFile::WriteOwner | QFile::ReadUser | QFile::WriteUser);
 
     // The engine crashes and is started again: the window stays and finds it by itself.
@@ -127,9 +126,8 @@ void tst_Startup::waitsForEngineThenShowsWindowAndEndsWithIt()
     QCOMPARE(m_program.state(), QProcess::Running);
 
     // Something stored, then the engine stops (SIGTERM): the program ends with it and nothing is lost.
-    SetConsumerSetting(*LinkedSubscribeClient::create(SocketLink::open(m_socketName)),
-                       QStringLiteral("CONFIGCONSUMER"), QString(), QStringLiteral("Saved_Categories"),
-                       QStringLiteral("kept"));
+    SetConsumerSetting(*LinkedSubscribeClient::create(SocketLink::open(m_socketName)), "CONFIGCONSUMER",
+                       QString(), "Saved_Categories", "kept");
     m_engine.terminate();
     QVERIFY(m_engine.waitForFinished(10000));
     QCOMPARE(m_engine.exitCode(), 0);
@@ -138,9 +136,8 @@ void tst_Startup::waitsForEngineThenShowsWindowAndEndsWithIt()
     QProcess again;
     StartEngine(again);
     const auto client = LinkedSubscribeClient::create(SocketLink::open(m_socketName));
-    QCOMPARE(GetConsumerSetting(*client, QStringLiteral("Saved_Categories"), kMissingText,
-                                QStringLiteral("CONFIGCONSUMER"), QString()),
-             QStringLiteral("kept"));
+    QCOMPARE(GetConsumerSetting(*client, "Saved_Categories", kMissingText, "CONFIGCONSUMER", QString()),
+             "kept");
     again.terminate();
     QVERIFY(again.waitForFinished(10000));
 }

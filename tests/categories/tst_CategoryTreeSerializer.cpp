@@ -9,7 +9,7 @@ using namespace categoriesUtils;
 namespace {
 QString lines(const QStringList &parts)
 {
-    return parts.join(QStringLiteral("\r\n"));
+    return parts.join("\r\n");
 }
 
 QString randomName(QRandomGenerator &random)
@@ -30,9 +30,8 @@ void fillRandomTree(CategoryTree &tree, QRandomGenerator &random, int nodes)
                                    ? nullptr
                                    : categories[random.bounded(int(categories.size()))];
         const bool isSubscription = random.bounded(4) == 0;
-        CategoryNode *node =
-            tree.addNode(parent, MakeNodeKey(random.bounded(2)), randomName(random),
-                         random.bounded(2) ? QStringLiteral("partial_folder") : randomName(random));
+        CategoryNode *node = tree.addNode(parent, MakeNodeKey(random.bounded(2)), randomName(random),
+                                          random.bounded(2) ? "partial_folder" : randomName(random));
         node->setExpanded(random.bounded(2));
         node->setSelected(random.bounded(2));
         node->setBold(random.bounded(2));
@@ -59,15 +58,13 @@ private Q_SLOTS:
 void tst_CategoryTreeSerializer::writesCategoriesInTheSavedForm()
 {
     CategoryTree tree;
-    CategoryNode *news = tree.addNode(nullptr, QStringLiteral("cat_1"), QStringLiteral("News"),
-                                      QStringLiteral("checked_folder"));
+    CategoryNode *news = tree.addNode(nullptr, "cat_1", "News", "checked_folder");
     news->setExpanded(true);
     news->setBold(true);
-    news->setSelectedImage(QStringLiteral("sel"));
-    tree.addNode(news, QStringLiteral("sub_2"), QStringLiteral("Feed"), QStringLiteral("checked"))
-        ->setTag("7");
-    tree.addNode(news, QStringLiteral("cat_3"), QStringLiteral("Tech"), QStringLiteral("partial_folder"));
-    tree.addNode(nullptr, QStringLiteral("sub_4"), QStringLiteral("Top feed"))->setTag("8");
+    news->setSelectedImage("sel");
+    tree.addNode(news, "sub_2", "Feed", "checked")->setTag("7");
+    tree.addNode(news, "cat_3", "Tech", "partial_folder");
+    tree.addNode(nullptr, "sub_4", "Top feed")->setTag("8");
 
     const auto props = [](int blanks, const QString &image, const QString &key, const QString &selectedImage,
                           const QString &text, const char *expanded, const char *bold) {
@@ -106,9 +103,9 @@ void tst_CategoryTreeSerializer::treesRoundTrip()
         fillRandomTree(tree, random, round == 0 ? 0 : random.bounded(1, 60));
         const QString text = SerializeCategoryTree(tree);
         if (round == 0)
-            QCOMPARE(text, QStringLiteral("TreeView(\r\n)"));
+            QCOMPARE(text, "TreeView(\r\n)");
         CategoryTree loaded;
-        loaded.addNode(nullptr, QStringLiteral("x"), QStringLiteral("Left over"));
+        loaded.addNode(nullptr, "x", "Left over");
         QVERIFY(LoadCategoryTree(loaded, text));
         QCOMPARE(SerializeCategoryTree(loaded), text);
         QCOMPARE(loaded.count(), CollectCategoryPaths(tree, nullptr).size());
@@ -122,44 +119,42 @@ void tst_CategoryTreeSerializer::unmatchedParenthesisSpoilsTheRest()
     for (const char *name : {"Alpha", "Beta (draft", "Gamma"})
         tree.addNode(nullptr, MakeNodeKey(0), QString::fromLatin1(name));
     const QString text = SerializeCategoryTree(tree);
-    QVERIFY(text.contains(QStringLiteral("Text(Beta (draft)")));
+    QVERIFY(text.contains("Text(Beta (draft)"));
 
     PromptRecorder prompts;
     CategoryTree loaded;
     QVERIFY(!LoadCategoryTree(loaded, text));
     QCOMPARE(prompts.texts(), QStringList{QStringLiteral(
-                                "Error reading Node serialization. Expected 'Child' but found 'Root.'")});
+                                  "Error reading Node serialization. Expected 'Child' but found 'Root.'")});
     QCOMPARE(loaded.topLevelCount(), 2);
-    QCOMPARE(loaded.topLevelNode(0)->text(), QStringLiteral("Alpha"));
+    QCOMPARE(loaded.topLevelNode(0)->text(), "Alpha");
     // The name swallowed the lines after it; Gamma is lost.
-    QVERIFY(loaded.topLevelNode(1)->text().startsWith(QStringLiteral("Beta (draft)\r\n")));
+    QVERIFY(loaded.topLevelNode(1)->text().startsWith("Beta (draft)\r\n"));
     QVERIFY(!loaded.topLevelNode(1)->bold());
-    QVERIFY(!loaded.findFirstByPath(QStringLiteral("Gamma")));
+    QVERIFY(!loaded.findFirstByPath("Gamma"));
 }
 
 void tst_CategoryTreeSerializer::reportsEachFormErrorKeepingWhatWasRead()
 {
-    const QString good =
-        QStringLiteral("Root(BasicInfo(Key(k1)Text(Kept)Color(red))Child(BasicInfo(Text(Inner))))");
+    const QString good = "Root(BasicInfo(Key(k1)Text(Kept)Color(red))Child(BasicInfo(Text(Inner))))";
     const struct
     {
         QString text;
         QString message;
         int nodesLeft;
     } cases[] = {
-        {QStringLiteral("  \r\n"),
-         QStringLiteral("Error initializing TreeView. This is not a TreeView serialization."), 1},
+        {"  \r\n", "Error initializing TreeView. This is not a TreeView serialization.", 1},
         {"TreeView(" + good + "Branch(x))",
-         QStringLiteral("Error reading TreeView serialization. Expected 'Root' but found 'Branch.'"), 2},
+         "Error reading TreeView serialization. Expected 'Root' but found 'Branch.'", 2},
         {"TreeView(" + good + "Root(Info()))",
-         QStringLiteral("Error reading Node serialization. Expected 'BasicInfo' but found 'Info.'"), 2},
+         "Error reading Node serialization. Expected 'BasicInfo' but found 'Info.'", 2},
         {"TreeView(" + good + "Root(BasicInfo(Text(B))Kid()))",
-         QStringLiteral("Error reading Node serialization. Expected 'Child' but found 'Kid.'"), 3},
+         "Error reading Node serialization. Expected 'Child' but found 'Kid.'", 3},
         {"TreeView(" + good + "Root(BasicInfo(Key(k1))))", QString(), 2},
     };
     for (const auto &c : cases) {
         CategoryTree tree;
-        tree.addNode(nullptr, QStringLiteral("before"), QStringLiteral("Before"));
+        tree.addNode(nullptr, "before", "Before");
         PromptRecorder prompts;
         QVERIFY(!LoadCategoryTree(tree, c.text));
         QCOMPARE(prompts.texts(), c.message.isEmpty() ? QStringList() : QStringList{c.message});

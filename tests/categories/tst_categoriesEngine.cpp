@@ -31,7 +31,7 @@ private:
     CategoryNode *subscribe(const QString &title, const QString &category);
     QString engineCategory(const CategoryNode *node)
     {
-        return ItemText(*m_client, node->tag().toInt(), QStringLiteral("CATEGORY"));
+        return ItemText(*m_client, node->tag().toInt(), "CATEGORY");
     }
 
     std::unique_ptr<TestEngine> m_engine;
@@ -59,12 +59,11 @@ void tst_categoriesEngine::cleanup()
 // Adds the subscription to the engine and places its node under its category.
 CategoryNode *tst_categoriesEngine::subscribe(const QString &title, const QString &category)
 {
-    const qint32 id =
-        AddSubscription(*m_client, title, QStringLiteral("http://127.0.0.1/") + title, category);
+    const qint32 id = AddSubscription(*m_client, title, "http://127.0.0.1/" + title, category);
     if (id <= 0)
         return nullptr;
     CategoryNode *parent = AddCategoryFromSubscription(m_tree, category);
-    CategoryNode *node = m_tree.addNode(parent, MakeNodeKey(1), title, QStringLiteral("checked"));
+    CategoryNode *node = m_tree.addNode(parent, MakeNodeKey(1), title, "checked");
     node->setTag(QString::number(id));
     return node;
 }
@@ -72,12 +71,12 @@ CategoryNode *tst_categoriesEngine::subscribe(const QString &title, const QStrin
 void tst_categoriesEngine::deleteRemovesSubscriptionsFromTheEngine()
 {
     for (const char *title : {"A", "B"})
-        QVERIFY(subscribe(QString::fromLatin1(title), QStringLiteral("News")));
-    QVERIFY(subscribe(QStringLiteral("C"), QStringLiteral("News~~~Tech")));
-    CategoryNode *kept = subscribe(QStringLiteral("Kept"), QString());
+        QVERIFY(subscribe(QString::fromLatin1(title), "News"));
+    QVERIFY(subscribe("C", "News~~~Tech"));
+    CategoryNode *kept = subscribe("Kept", QString());
     QVERIFY(kept);
 
-    DeleteNodeTree(m_tree, FindNodeByPath(m_tree, QStringLiteral("News")), *m_client, &m_status);
+    DeleteNodeTree(m_tree, FindNodeByPath(m_tree, "News"), *m_client, &m_status);
     QCOMPARE(ConsumerItems(*m_client, "*"), QList<qint32>{kept->tag().toInt()});
     QCOMPARE(m_tree.count(), 1);
     QCOMPARE(m_status.texts, QStringList({"Removing: A", "Removing: B", "Removing: C"}));
@@ -85,28 +84,27 @@ void tst_categoriesEngine::deleteRemovesSubscriptionsFromTheEngine()
 
 void tst_categoriesEngine::movedNodesTellTheEngineTheirCategory()
 {
-    CategoryNode *top = subscribe(QStringLiteral("Top"), QStringLiteral("Old"));
-    CategoryNode *deep = subscribe(QStringLiteral("Deep"), QStringLiteral("Old~~~Moving~~~Inner"));
-    CategoryNode *other = subscribe(QStringLiteral("Other"), QStringLiteral("Old"));
+    CategoryNode *top = subscribe("Top", "Old");
+    CategoryNode *deep = subscribe("Deep", "Old~~~Moving~~~Inner");
+    CategoryNode *other = subscribe("Other", "Old");
     QVERIFY(top && deep && other);
 
     CategoryNode *topMoved = CopyNodeTo(m_tree, *top, nullptr);
     ApplyCategoryToEngine(*topMoved, *m_client);
     QCOMPARE(engineCategory(topMoved), QString());
-    CategoryNode *moving = FindNodeByPath(m_tree, QStringLiteral("Old~~~Moving"));
+    CategoryNode *moving = FindNodeByPath(m_tree, "Old~~~Moving");
     ApplyCategoryToEngine(*CopyNodeTo(m_tree, *moving, AddCategoryFromSubscription(m_tree, "New")),
                           *m_client);
-    QCOMPARE(engineCategory(deep), QStringLiteral("New~~~Moving~~~Inner"));
-    QCOMPARE(engineCategory(other), QStringLiteral("Old"));
+    QCOMPARE(engineCategory(deep), "New~~~Moving~~~Inner");
+    QCOMPARE(engineCategory(other), "Old");
 }
 
 void tst_categoriesEngine::savedTreeIsTheConsumerSetting()
 {
-    AddCategoryFromSubscription(m_tree, QStringLiteral("Saved~~~Nested"));
+    AddCategoryFromSubscription(m_tree, "Saved~~~Nested");
     const QString text = SaveCategoryTree(m_tree, *m_client);
-    QVERIFY(text.contains(QStringLiteral("Text(Nested)")));
-    QCOMPARE(GetConsumerSetting(*m_client, kSavedCategoriesKey, QString(), QStringLiteral("CONFIGCONSUMER"),
-                                QString()),
+    QVERIFY(text.contains("Text(Nested)"));
+    QCOMPARE(GetConsumerSetting(*m_client, kSavedCategoriesKey, QString(), "CONFIGCONSUMER", QString()),
              text);
 }
 

@@ -12,8 +12,8 @@ class CountingHost : public ConfigHost
 public:
     void SetHost(QObject *) override {}
     void SetClient(quillon::SubscribeClientPtr) override {}
-    QString GetConsumerID() const override { return QStringLiteral("CONFIGCONSUMER"); }
-    QString GetNewsSubscriptionType() const override { return QStringLiteral("NEWS"); }
+    QString GetConsumerID() const override { return "CONFIGCONSUMER"; }
+    QString GetNewsSubscriptionType() const override { return "NEWS"; }
     void OnStatusChange() override { ++statusChanges; }
     void EditConfiguration(qint32, bool &handled) override { handled = false; }
     void SetHotHelp(const QString &text, const QString &) override { hotHelp.append(text); }
@@ -32,15 +32,15 @@ public:
     OneFieldPage() : field(new QLineEdit(this))
     {
         connect(field, &QLineEdit::textChanged, this, [this] { MarkDirty(); });
-        SetHotHelpText(QStringLiteral("txtField"), QStringLiteral("Type here"));
+        SetHotHelpText("txtField", "Type here");
     }
     void Apply() override { SetDirty(false); }
     void LoadValues() override
     {
         const auto loading = LoadingGuard();
-        field->setText(QStringLiteral("stored"));
+        field->setText("stored");
     }
-    void Hover() { ShowHotHelp(QStringLiteral("txtField")); }
+    void Hover() { ShowHotHelp("txtField"); }
 
     QLineEdit *field;
 };
@@ -68,11 +68,11 @@ void ConfigPageTest::onlyUserChangesMakeThePageDirty()
     OneFieldPage page;
     QVERIFY(QMetaObject::invokeMethod(&page, "SetHost", Q_ARG(ConfigHost *, &host)));
     QVERIFY(QMetaObject::invokeMethod(&page, "LoadValues"));
-    QCOMPARE(page.field->text(), QStringLiteral("stored"));
+    QCOMPARE(page.field->text(), "stored");
     QVERIFY(!callDirty(page));
     QCOMPARE(host.statusChanges, 0);
 
-    page.field->setText(QStringLiteral("typed"));
+    page.field->setText("typed");
     QVERIFY(callDirty(page));
     QCOMPARE(host.statusChanges, 1);
     QVERIFY(QMetaObject::invokeMethod(&page, "Apply"));
@@ -92,15 +92,14 @@ void ConfigPageTest::hotHelpIsShownOncePerControlUntilReset()
     page.SetHost(&host);
     page.Hover();
     page.Hover();
-    QCOMPARE(host.hotHelp, QStringList{QStringLiteral("Type here")});
+    QCOMPARE(host.hotHelp, QStringList{"Type here"});
     QString answer;
     QVERIFY(QMetaObject::invokeMethod(&page, "SendPropMessage", Q_RETURN_ARG(QString, answer),
-                                      Q_ARG(QString, QStringLiteral("ResetHelpText")),
-                                      Q_ARG(QString, QString())));
-    QCOMPARE(answer, QStringLiteral("ok"));
+                                      Q_ARG(QString, "ResetHelpText"), Q_ARG(QString, QString())));
+    QCOMPARE(answer, "ok");
     page.Hover();
     QCOMPARE(host.hotHelp.size(), 2);
-    QCOMPARE(page.SendPropMessage(QStringLiteral("Reload"), QStringLiteral("x")), QStringLiteral("ok"));
+    QCOMPARE(page.SendPropMessage("Reload", "x"), "ok");
 }
 
 QTEST_MAIN(ConfigPageTest)

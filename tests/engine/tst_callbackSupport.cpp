@@ -88,12 +88,11 @@ void tst_callbackSupport::answerWithoutResultOrIdOnlyForwards()
         auto callback = std::make_shared<CBAddSub>();
         callback->Setup(&m_window, m_client, true);
         HandleGuard answer(*m_client, m_client->NewBag());
-        m_client->SetStringValue(answer.get(), QStringLiteral("MESSAGE"),
-                                 QStringLiteral("SubscriptionAddResult"));
+        m_client->SetStringValue(answer.get(), "MESSAGE", "SubscriptionAddResult");
         if (id != -1) {
             HandleGuard result(*m_client, m_client->NewBag());
-            m_client->SetLongValue(result.get(), QStringLiteral("SUBSCRIPTIONID"), id);
-            m_client->SetHandleValue(answer.get(), QStringLiteral("Result"), result.get());
+            m_client->SetLongValue(result.get(), "SUBSCRIPTIONID", id);
+            m_client->SetHandleValue(answer.get(), "Result", result.get());
         }
         Handle handle = answer.get();
         callback->ProcessMessage(handle);
@@ -106,9 +105,9 @@ void tst_callbackSupport::answerWithoutResultOrIdOnlyForwards()
 
 void tst_callbackSupport::addWithoutAutoBindKeepsCounterRaised()
 {
-    callbackSupport::RequestAddSubscription(&m_window, m_client, {}, QStringLiteral("http://127.0.0.1/a"),
-                                            false, QStringLiteral("me"), QString(), QStringLiteral("News"));
-    QCOMPARE(m_window.statusTexts.first(), QStringLiteral("Requesting: http://127.0.0.1/a"));
+    callbackSupport::RequestAddSubscription(&m_window, m_client, {}, "http://127.0.0.1/a", false, "me",
+                                            QString(), "News");
+    QCOMPARE(m_window.statusTexts.first(), "Requesting: http://127.0.0.1/a");
     QTRY_COMPARE(m_window.forwarded, 1);
     QCOMPARE(callbackSupport::PendingAddCount(), 1);
     QCOMPARE(m_window.refreshes, 0);
@@ -116,14 +115,13 @@ void tst_callbackSupport::addWithoutAutoBindKeepsCounterRaised()
     // Nothing was bound, and a user without a password was not sent.
     QCOMPARE(ConsumerItems(*m_client, "OLCONSUMER").size(), 0);
     const qint32 added = ConsumerItems(*m_client, "*").value(0);
-    QCOMPARE(ItemText(*m_client, added, QStringLiteral("USER")), kMissingText);
-    QCOMPARE(ItemText(*m_client, added, QStringLiteral("CATEGORY")), QStringLiteral("News"));
+    QCOMPARE(ItemText(*m_client, added, "USER"), kMissingText);
+    QCOMPARE(ItemText(*m_client, added, "CATEGORY"), "News");
 
     // A later auto-bound add reports instead of refreshing: the counter never came back to 0.
-    callbackSupport::RequestAddSubscription(&m_window, m_client, QStringLiteral("B"),
-                                            QStringLiteral("http://127.0.0.1/b"), true, {}, {}, {});
+    callbackSupport::RequestAddSubscription(&m_window, m_client, "B", "http://127.0.0.1/b", true, {}, {}, {});
     QTRY_COMPARE(m_window.forwarded, 2);
-    QCOMPARE(m_window.statusTexts.last(), QStringLiteral("Added: B"));
+    QCOMPARE(m_window.statusTexts.last(), "Added: B");
     QCOMPARE(m_window.refreshes, 0);
 }
 
@@ -132,27 +130,23 @@ void tst_callbackSupport::removingWithoutNameShowsBarePrefix()
     callbackSupport::RemoveSubscription(*m_client, 17, QString(), &m_window);
     QCOMPARE(m_window.statusTexts, QStringList({"Removing: "}));
 
-    callbackSupport::RequestAddSubscription(&m_window, m_client, QStringLiteral("T"),
-                                            QStringLiteral("http://x/"), true, {}, {}, {});
+    callbackSupport::RequestAddSubscription(&m_window, m_client, "T", "http://x/", true, {}, {}, {});
     QTRY_COMPARE(m_window.forwarded, 1);
-    callbackSupport::RemoveSubscription(*m_client, ConsumerItems(*m_client, "*").value(0),
-                                        QStringLiteral("T"), &m_window);
-    QCOMPARE(m_window.statusTexts.last(), QStringLiteral("Removing: T"));
+    callbackSupport::RemoveSubscription(*m_client, ConsumerItems(*m_client, "*").value(0), "T", &m_window);
+    QCOMPARE(m_window.statusTexts.last(), "Removing: T");
     QCOMPARE(ConsumerItems(*m_client, "*").size(), 0);
 }
 
 void tst_callbackSupport::updateAllTouchesOnlyDeliveredSubscriptions()
 {
-    callbackSupport::RequestAddSubscription(&m_window, m_client, QStringLiteral("A"),
-                                            QStringLiteral("http://a/"), true, {}, {}, {});
-    callbackSupport::RequestAddSubscription(&m_window, m_client, QStringLiteral("B"),
-                                            QStringLiteral("http://b/"), false, {}, {}, {});
+    callbackSupport::RequestAddSubscription(&m_window, m_client, "A", "http://a/", true, {}, {}, {});
+    callbackSupport::RequestAddSubscription(&m_window, m_client, "B", "http://b/", false, {}, {}, {});
     QTRY_COMPARE(m_window.forwarded, 2);
     callbackSupport::UpdateAllSubscriptions(*m_client);
 
     for (const qint32 id : ConsumerItems(*m_client, "*")) {
-        const bool due = ItemText(*m_client, id, QStringLiteral("NEXTUPDATETIME")) != kMissingText;
-        QCOMPARE(due, ItemText(*m_client, id, QStringLiteral("TITLE")) == QLatin1String("A"));
+        const bool due = ItemText(*m_client, id, "NEXTUPDATETIME") != kMissingText;
+        QCOMPARE(due, ItemText(*m_client, id, "TITLE") == QLatin1String("A"));
     }
 }
 
@@ -160,25 +154,22 @@ void tst_callbackSupport::bagsMirrorTheLocalStore()
 {
     QTemporaryDir folder;
     LocalSettings::SetBaseFolder(folder.path());
-    SaveSetting(QStringLiteral("Quillon"), QStringLiteral("NetworkModule"), QStringLiteral("ProxyPort"),
-                QStringLiteral("8080"));
+    SaveSetting("Quillon", "NetworkModule", "ProxyPort", "8080");
 
     HandleGuard defaults(*m_client, m_client->NewBag());
-    m_client->SetStringValue(defaults.get(), QStringLiteral("ProxyPort"), QStringLiteral("80"));
-    m_client->SetStringValue(defaults.get(), QStringLiteral("ProxyHost"), QStringLiteral("none"));
-    m_client->SetStringValue(defaults.get(), QString(), QStringLiteral("ignored"));
-    HandleGuard loaded(*m_client, ClientAccess::LoadBagFromSettings(*m_client, defaults.get(),
-                                                                    QStringLiteral("NetworkModule")));
-    QCOMPARE(m_client->GetStringValue(loaded.get(), QStringLiteral("ProxyPort")), QStringLiteral("8080"));
-    QCOMPARE(m_client->GetStringValue(loaded.get(), QStringLiteral("ProxyHost")), QStringLiteral("none"));
+    m_client->SetStringValue(defaults.get(), "ProxyPort", "80");
+    m_client->SetStringValue(defaults.get(), "ProxyHost", "none");
+    m_client->SetStringValue(defaults.get(), QString(), "ignored");
+    HandleGuard loaded(*m_client,
+                       ClientAccess::LoadBagFromSettings(*m_client, defaults.get(), "NetworkModule"));
+    QCOMPARE(m_client->GetStringValue(loaded.get(), "ProxyPort"), "8080");
+    QCOMPARE(m_client->GetStringValue(loaded.get(), "ProxyHost"), "none");
     HandleGuard names(*m_client, m_client->ListNames(loaded.get()));
     QCOMPARE(m_client->ListCount(names.get()), 2);
 
-    m_client->SetStringValue(loaded.get(), QStringLiteral("ProxyHost"), QStringLiteral("proxy.local"));
-    ClientAccess::SaveBagToSettings(*m_client, loaded.get(), QStringLiteral("NetworkModule"));
-    QCOMPARE(
-        GetSetting(QStringLiteral("Quillon"), QStringLiteral("NetworkModule"), QStringLiteral("ProxyHost")),
-        QStringLiteral("proxy.local"));
+    m_client->SetStringValue(loaded.get(), "ProxyHost", "proxy.local");
+    ClientAccess::SaveBagToSettings(*m_client, loaded.get(), "NetworkModule");
+    QCOMPARE(GetSetting("Quillon", "NetworkModule", "ProxyHost"), "proxy.local");
     LocalSettings::SetBaseFolder(QString());
 }
 

@@ -28,8 +28,7 @@ inline QStringList TreeOutline(const CategoryTree &tree, const CategoryNode *par
     const int count = parent ? parent->childCount() : tree.topLevelCount();
     for (int i = 0; i < count; ++i) {
         const CategoryNode *node = parent ? parent->child(i) : tree.topLevelNode(i);
-        const QString check =
-            node->image().startsWith(QLatin1String("unc")) ? QStringLiteral("[ ]") : QStringLiteral("[x]");
+        const QString check = node->image().startsWith(QLatin1String("unc")) ? "[ ]" : "[x]";
         lines << QString(level * 2, QLatin1Char(' ')) + check + QLatin1Char(' ') + node->text();
         lines << TreeOutline(tree, node, level + 1);
     }
@@ -46,14 +45,13 @@ public:
     {
         QStandardPaths::setTestModeEnabled(true);
         LocalSettings::SetBaseFolder(m_folder.path());
-        SaveSetting(QStringLiteral("Quillon"), QStringLiteral("Quillon"), QStringLiteral("LogFilePathName"),
-                    logPath());
+        SaveSetting("Quillon", "Quillon", "LogFilePathName", logPath());
         client = engine.newClient({[this](const QString &operation, const auto &args, const auto &) {
             record(operation, args);
             return std::optional<quillon::PropertyValue>();
         }});
         other = engine.newClient();
-        other->Connect(QStringLiteral("OLCONSUMER"), std::make_shared<EngineCalls::IgnoreMessages>());
+        other->Connect("OLCONSUMER", std::make_shared<EngineCalls::IgnoreMessages>());
     }
 
     ~MainWindowFixture()
@@ -63,7 +61,7 @@ public:
     }
 
     [[nodiscard]] bool ready() const { return engine.isReady() && m_folder.isValid(); }
-    [[nodiscard]] QString logPath() const { return m_folder.filePath(QStringLiteral("QuillonLog.txt")); }
+    [[nodiscard]] QString logPath() const { return m_folder.filePath("QuillonLog.txt"); }
 
     // Makes the window, connects it as ConfigConsumer and shows it, which loads it.
     frmMainWindow &open()
@@ -72,10 +70,10 @@ public:
         window->SetModifierProbe([this] { return modifiers; });
         auto callback = std::make_shared<CBConnect>();
         callback->Setup(window.get());
-        client->Connect(QStringLiteral("CONFIGCONSUMER"), std::move(callback));
+        client->Connect("CONFIGCONSUMER", std::move(callback));
         window->SetClient(client);
         // Every change the window makes to its tree must keep the view's model consistent.
-        new QAbstractItemModelTester(window->findChild<QTreeView *>(QStringLiteral("subsTree"))->model(),
+        new QAbstractItemModelTester(window->findChild<QTreeView *>("subsTree")->model(),
                                      QAbstractItemModelTester::FailureReportingMode::QtTest, window.get());
         window->show();
         return *window;
@@ -84,10 +82,10 @@ public:
     // Adds a subscription through the other consumer; 0 when the engine refused.
     qint32 add(const QString &title, const QString &category = QString(), bool delivered = false)
     {
-        const qint32 id = EngineCalls::AddSubscription(
-            *other, title, QStringLiteral("http://127.0.0.1:9/") + title, category);
+        const qint32 id =
+            EngineCalls::AddSubscription(*other, title, "http://127.0.0.1:9/" + title, category);
         if (delivered && id > 0)
-            other->BindItem(QStringLiteral("OLCONSUMER"), QStringLiteral("NEWS"), id, 1);
+            other->BindItem("OLCONSUMER", "NEWS", id, 1);
         return id;
     }
 
@@ -95,7 +93,7 @@ public:
 
     [[nodiscard]] QString setting(const QString &consumer, const QString &section, const QString &key)
     {
-        return GetConsumerSetting(*other, key, QStringLiteral("-237237"), consumer, section);
+        return GetConsumerSetting(*other, key, "-237237", consumer, section);
     }
 
     // Delivers a message bag made by hand, as the engine would: MESSAGE and a Result bag.
@@ -103,14 +101,14 @@ public:
     {
         HandleGuard bag(*client, client->NewBag());
         HandleGuard payload(*client, client->NewBag());
-        client->SetStringValue(bag.get(), QStringLiteral("MESSAGE"), message);
+        client->SetStringValue(bag.get(), "MESSAGE", message);
         for (auto it = result.cbegin(); it != result.cend(); ++it) {
             if (it.value().typeId() == QMetaType::Int)
                 client->SetLongValue(payload.get(), it.key(), it.value().toInt());
             else
                 client->SetStringValue(payload.get(), it.key(), it.value().toString());
         }
-        client->SetHandleValue(bag.get(), QStringLiteral("Result"), payload.get());
+        client->SetHandleValue(bag.get(), "Result", payload.get());
         window->EventSubscribeClientMessage(bag.get());
     }
 

@@ -19,7 +19,7 @@
 using namespace categoriesUtils;
 
 namespace {
-const QString kConfig = QStringLiteral("CONFIGCONSUMER");
+const QString kConfig = "CONFIGCONSUMER";
 
 } // namespace
 
@@ -81,7 +81,7 @@ CategoryNode *tst_frmMainWindow::node(const QString &path) const
 
 SubscriptionTreeView *tst_frmMainWindow::view() const
 {
-    return f->window->findChild<SubscriptionTreeView *>(QStringLiteral("subsTree"));
+    return f->window->findChild<SubscriptionTreeView *>("subsTree");
 }
 
 CategoryTreeModel *tst_frmMainWindow::model() const
@@ -119,8 +119,8 @@ void tst_frmMainWindow::formLoadLogsItsStepsAndRunsFirstRunOnce()
         at = text.indexOf(QLatin1String(step), at);
         QVERIFY2(at >= 0, step);
     }
-    QCOMPARE(GetSetting("Quillon", kConfig, "ConfigAppFirstRun"), QStringLiteral("1"));
-    QCOMPARE(GetSetting("Quillon", "Quillon", "ConfigStartupComplete"), QStringLiteral("1"));
+    QCOMPARE(GetSetting("Quillon", kConfig, "ConfigAppFirstRun"), "1");
+    QCOMPARE(GetSetting("Quillon", "Quillon", "ConfigStartupComplete"), "1");
 
     // The second start finds the flag and leaves the set-up alone.
     f->window.reset();
@@ -157,7 +157,7 @@ void tst_frmMainWindow::loadPlacesSubscriptionsUnderTheirCategories()
     QCOMPARE(TreeOutline(f->window->Tree()),
              QStringList({"[ ] Front page", "[ ] News", "  [ ] Daily", "  [x] Tech", "    [x] Mobile",
                           "      [x] Phones", "[x] Sports", "  [ ] Alpha"}));
-    QCOMPARE(node("News")->key(), QStringLiteral("cat_7"));
+    QCOMPARE(node("News")->key(), "cat_7");
     // Keys made after the load never meet the saved ones.
     QVERIFY(KeyNumber(node("News~~~Tech")->key()) > 7);
     QVERIFY(view()->isExpanded(model()->IndexOf(node("News"))));
@@ -184,13 +184,13 @@ void tst_frmMainWindow::savedTreeReadInPartKeepsItsNodesAndText()
     QCOMPARE(GetConsumerSetting(*f->other, kUnreadableCategoriesKey, QString(), kConfig, QString()), text);
     const QString resaved = GetConsumerSetting(*f->other, kSavedCategoriesKey, QString(), kConfig, QString());
     QVERIFY(resaved != text);
-    QVERIFY(resaved.contains(QStringLiteral("Text(Alpha)")));
+    QVERIFY(resaved.contains("Text(Alpha)"));
 }
 
 void tst_frmMainWindow::detailsPaneShowsWhatTheEngineKnows()
 {
     f->open();
-    QCOMPARE(label("lblDetailsHeading"), QStringLiteral("Select a Subscription or Category"));
+    QCOMPARE(label("lblDetailsHeading"), "Select a Subscription or Category");
 
     const qint32 fresh = f->add("Fresh", "News");
     const qint32 checked = f->add("Checked", "News~~~Deep");
@@ -201,33 +201,33 @@ void tst_frmMainWindow::detailsPaneShowsWhatTheEngineKnows()
     f->window->DoDisplayRefresh();
 
     QVERIFY(f->window->SelectRowByID(fresh));
-    QCOMPARE(label("lblDetailsHeading"), QStringLiteral("Details for 'Fresh'"));
-    QCOMPARE(label("lblDetailsStatus"), QStringLiteral("n/a"));
-    QCOMPARE(label("lblDetailsLastCheck"), QStringLiteral("Never"));
-    QCOMPARE(label("lblDetailsNextCheck"), QStringLiteral("Never"));
-    QCOMPARE(label("lblDetailsUrl"), QStringLiteral("http://127.0.0.1:9/Fresh"));
+    QCOMPARE(label("lblDetailsHeading"), "Details for 'Fresh'");
+    QCOMPARE(label("lblDetailsStatus"), "n/a");
+    QCOMPARE(label("lblDetailsLastCheck"), "Never");
+    QCOMPARE(label("lblDetailsNextCheck"), "Never");
+    QCOMPARE(label("lblDetailsUrl"), "http://127.0.0.1:9/Fresh");
 
     QVERIFY(f->window->SelectRowByID(checked));
-    QCOMPARE(label("lblDetailsStatus"), QStringLiteral("OK"));
+    QCOMPARE(label("lblDetailsStatus"), "OK");
     const QDateTime when = QDateTime::fromString("2024-05-01T12:00:00Z", Qt::ISODate).toLocalTime();
     QCOMPARE(label("lblDetailsLastCheck"), QLocale().toString(when, QLocale::ShortFormat));
 
     select("News");
     auto *stack = f->window->findChild<QStackedWidget *>("stkDetails");
-    QCOMPARE(stack->currentWidget()->objectName(), QStringLiteral("picCategoryDetails"));
-    QCOMPARE(label("lblDetailsHeading"), QStringLiteral("Details for 'News'"));
-    QCOMPARE(label("lblSubs"), QStringLiteral("2"));
-    QCOMPARE(label("lblCatReadArticles"), QStringLiteral("0"));
+    QCOMPARE(stack->currentWidget()->objectName(), "picCategoryDetails");
+    QCOMPARE(label("lblDetailsHeading"), "Details for 'News'");
+    QCOMPARE(label("lblSubs"), "2");
+    QCOMPARE(label("lblCatReadArticles"), "0");
 
     // Titles and statuses from feeds and servers are shown as written, never drawn.
-    const QString markup = QStringLiteral("<b>Loud</b><img src=\"x\">");
+    const QString markup = "<b>Loud</b><img src=\"x\">";
     const qint32 hostile = f->add(markup, "News");
     f->other->SetStringValue(values.get(), "LASTUPDATESTATUS", "Error: HTTP 500 <a href=\"x\">Oops</a>");
     f->other->UpdateItem("NEWS", hostile, values.get());
     f->window->DoDisplayRefresh();
     QVERIFY(f->window->SelectRowByID(hostile));
     QCOMPARE(label("lblDetailsHeading"), QStringLiteral("Details for '%1'").arg(markup));
-    QCOMPARE(label("lblDetailsStatus"), QStringLiteral("Error: HTTP 500 <a href=\"x\">Oops</a>"));
+    QCOMPARE(label("lblDetailsStatus"), "Error: HTTP 500 <a href=\"x\">Oops</a>");
     for (const QLabel *shown : f->window->findChildren<QLabel *>())
         QCOMPARE(shown->textFormat(), Qt::PlainText);
 }
@@ -272,8 +272,7 @@ void tst_frmMainWindow::renameRefusesEmptyAndSiblingNames()
 
     // A subscription's new name becomes its Outlook folder title.
     model()->setData(model()->IndexOf(node("news~~~Feed")), "Alpha feed");
-    QCOMPARE(f->setting("OLCONSUMER", SubscriptionSpecificsSection(feed), "FOLDERTITLE"),
-             QStringLiteral("Alpha feed"));
+    QCOMPARE(f->setting("OLCONSUMER", SubscriptionSpecificsSection(feed), "FOLDERTITLE"), "Alpha feed");
     f->window->DoDisplayRefresh();
     QVERIFY(node("news~~~Alpha feed"));
 }
@@ -310,11 +309,11 @@ void tst_frmMainWindow::deleteAsksUnlessSuppressedOrCtrlHeld()
     f->prompts.answers[int(PromptKind::YesNo)] = {6};
     button("cmdDelete")->click();
     QCOMPARE(f->prompts.texts(PromptKind::YesNo).last(),
-             QStringLiteral("Are you sure you want to delete this category and all it's subscriptions?"));
+             "Are you sure you want to delete this category and all it's subscriptions?");
     QCOMPARE(engineIds(), QList<qint32>());
     QCOMPARE(f->window->Tree().count(), 0);
     QVERIFY(!f->setting(kConfig, QString(), kSavedCategoriesKey).contains("Box"));
-    QCOMPARE(label("lblDetailsHeading"), QStringLiteral("Select a Subscription or Category"));
+    QCOMPARE(label("lblDetailsHeading"), "Select a Subscription or Category");
 }
 
 void tst_frmMainWindow::uncheckingDecidesWhetherArticlesGo()
@@ -327,7 +326,7 @@ void tst_frmMainWindow::uncheckingDecidesWhetherArticlesGo()
 
     // A category without children needs no question: its answer is "remove".
     emit view()->CheckToggleRequested(const_cast<CategoryNode *>(empty));
-    QCOMPARE(empty->image(), QStringLiteral("unchecked_folder"));
+    QCOMPARE(empty->image(), "unchecked_folder");
     QVERIFY(f->prompts.asked.isEmpty());
     QVERIFY(f->binds.isEmpty());
 
@@ -338,7 +337,7 @@ void tst_frmMainWindow::uncheckingDecidesWhetherArticlesGo()
              QStringList({"Do you want to remove the subscription's articles from Outlook?",
                           "Do you want to remove this category's articles from Outlook?"}));
     QCOMPARE(f->binds, (QList<std::pair<qint32, qint32>>{{dropped, 0}, {kept, 1}}));
-    QCOMPARE(node("Full~~~Kept")->image(), QStringLiteral("unchecked"));
+    QCOMPARE(node("Full~~~Kept")->image(), "unchecked");
     QCOMPARE(f->delivered(), QList<qint32>());
 
     // Checking asks nothing; a standing answer other than 2 is used as it is.
@@ -378,12 +377,12 @@ void tst_frmMainWindow::droppedNodesMoveToTheirNewCategory()
     QVERIFY(node("Sports~~~Loose"));
     QCOMPARE(view()->CurrentNode(), node("Sports~~~Loose"));
     HandleGuard moved(*f->other, f->other->GetItemBag("NEWS", loose, 0));
-    QCOMPARE(f->other->GetStringValue(moved.get(), "CATEGORY"), QStringLiteral("Sports"));
+    QCOMPARE(f->other->GetStringValue(moved.get(), "CATEGORY"), "Sports");
 
     // A whole category carries its subscriptions' paths along.
     QVERIFY(dropAt(node("News~~~Tech"), node("Sports")));
     HandleGuard carried(*f->other, f->other->GetItemBag("NEWS", inside, 0));
-    QCOMPARE(f->other->GetStringValue(carried.get(), "CATEGORY"), QStringLiteral("Sports~~~Tech"));
+    QCOMPARE(f->other->GetStringValue(carried.get(), "CATEGORY"), "Sports~~~Tech");
     QVERIFY(f->setting(kConfig, QString(), kSavedCategoriesKey).contains("Text(Tech)"));
 
     // Into itself, or where it already is, is refused.
@@ -400,7 +399,7 @@ void tst_frmMainWindow::keyboardDrivesTheTree()
     QVERIFY(f->window->SelectRowByID(id));
     view()->setFocus();
     QTest::keyClick(view(), Qt::Key_Space);
-    QCOMPARE(node("Feed")->image(), QStringLiteral("unchecked"));
+    QCOMPARE(node("Feed")->image(), "unchecked");
     QTest::keyClick(view(), Qt::Key_F2);
     QVERIFY(view()->IsEditingLabel());
     QTest::keyClick(view()->focusWidget(), Qt::Key_Escape);
@@ -483,10 +482,10 @@ void tst_frmMainWindow::sizeAndDetailsPaneAreRemembered()
 {
     frmMainWindow &window = f->open();
     window.resize(760, 560);
-    QTRY_COMPARE(f->setting(kConfig, QString(), "MainWindowWidth"), QStringLiteral("760"));
-    QCOMPARE(f->setting(kConfig, QString(), "MainWindowHeight"), QStringLiteral("560"));
+    QTRY_COMPARE(f->setting(kConfig, QString(), "MainWindowWidth"), "760");
+    QCOMPARE(f->setting(kConfig, QString(), "MainWindowHeight"), "560");
     window.findChild<QCheckBox *>("chkShowDetails")->setChecked(false);
-    QCOMPARE(f->setting(kConfig, QString(), "ShowMainWindowDetails"), QStringLiteral("0"));
+    QCOMPARE(f->setting(kConfig, QString(), "ShowMainWindowDetails"), "0");
     window.close();
 
     frmMainWindow again;
@@ -507,7 +506,7 @@ void tst_frmMainWindow::burstWhileIgnoringEndsInOneRefreshAtSecondFlush()
     window.SetIgnoreMessages(true);
     for (const qint32 id : ids)
         f->other->BindItem("OLCONSUMER", "NEWS", id, 1);
-    QTRY_COMPARE(window.StatusText(), QStringLiteral("Adding: Feed 9"));
+    QTRY_COMPARE(window.StatusText(), "Adding: Feed 9");
     window.Run();
     window.Run();
     QCOMPARE(window.RefreshCount(), before);
@@ -533,7 +532,7 @@ void tst_frmMainWindow::burstWhileIgnoringEndsInOneRefreshAtSecondFlush()
     // Without the flag a change shows at once.
     f->other->BindItem("OLCONSUMER", "NEWS", ids.first(), 1);
     QTRY_COMPARE(window.RefreshCount(), before + 3);
-    QCOMPARE(window.StatusText(), QStringLiteral("Removing: Feed 0"));
+    QCOMPARE(window.StatusText(), "Removing: Feed 0");
 }
 
 void tst_frmMainWindow::ownBindingChangesLeaveTheTreeAlone()
@@ -552,14 +551,14 @@ void tst_frmMainWindow::ownBindingChangesLeaveTheTreeAlone()
     window.Run();
     window.Run();
     QCOMPARE(window.RefreshCount(), before);
-    QCOMPARE(window.StatusText(), QStringLiteral("idle"));
+    QCOMPARE(window.StatusText(), "idle");
     QCOMPARE(FindNodeByPath(window.Tree(), "Mine")->key(), key);
 
     // Another consumer's change to the same subscription does show.
     f->deliver("SubscriptionBindingChanged",
                {{"ORIGINATOR", "OLCONSUMER"}, {"SubscriptionBindFlag", "FALSE"}, {"SUBSCRIPTIONID", id}});
     QCOMPARE(window.RefreshCount(), before + 1);
-    QCOMPARE(window.StatusText(), QStringLiteral("Removing: Mine"));
+    QCOMPARE(window.StatusText(), "Removing: Mine");
 }
 
 void tst_frmMainWindow::addedSubscriptionsAreFiledWithoutARefresh()
@@ -573,11 +572,11 @@ void tst_frmMainWindow::addedSubscriptionsAreFiledWithoutARefresh()
     f->deliver("SubscriptionAdded", {{"SUBSCRIPTIONID", -237237}});
     f->deliver("NoSuchMessage", {{"SUBSCRIPTIONID", 1}});
     QCOMPARE(window.Tree().count(), nodes);
-    QCOMPARE(window.StatusText(), QStringLiteral("idle"));
+    QCOMPARE(window.StatusText(), "idle");
 
     f->add("Arrived", "Inbox~~~Later");
     QTRY_VERIFY(FindNodeByPath(window.Tree(), "Inbox~~~Later~~~Arrived"));
-    QCOMPARE(window.StatusText(), QStringLiteral("Adding: Arrived"));
+    QCOMPARE(window.StatusText(), "Adding: Arrived");
     QCOMPARE(window.RefreshCount(), before);
     QCOMPARE(window.Tree().count(), nodes + 3);
 }
@@ -608,8 +607,7 @@ void tst_frmMainWindow::queuedDownloadsAskInQueueOrder()
     SetConsumerSetting(*f->other, "MEDIACONSUMER", "Settings", "EnableAutoDownload", "1");
     f->deliver("PromptForDownload", {{"SUBSCRIPTIONID", b}});
     QCOMPARE(f->prompts.texts(PromptKind::EnclosureWarning).size(), 3);
-    QCOMPARE(f->setting("MEDIACONSUMER", SubscriptionSpecificsSection(b), "EnableAutoDownload"),
-             QStringLiteral("1"));
+    QCOMPARE(f->setting("MEDIACONSUMER", SubscriptionSpecificsSection(b), "EnableAutoDownload"), "1");
 }
 
 void tst_frmMainWindow::loginAndAnswersReachTheirHandlers()

@@ -8,7 +8,7 @@
 // The engine calls most tests make, each releasing what it obtained.
 namespace EngineCalls {
 
-inline const QString kNews = QStringLiteral("NEWS");
+inline const QString kNews = "NEWS";
 
 // For a consumer that has to be connected but whose messages do not matter.
 class IgnoreMessages : public quillon::ISubscribeClientCallback
@@ -25,20 +25,20 @@ inline qint32 AddSubscription(quillon::SubscribeClient &c, const QString &title,
 {
     const quillon::Handle request = c.CreateItemRequest(kNews, title, url);
     if (!category.isEmpty())
-        c.SetStringValue(request, QStringLiteral("CATEGORY"), category);
+        c.SetStringValue(request, "CATEGORY", category);
     const quillon::Handle list = c.NewList();
     for (const QString &consumer : consumers)
         c.ListAppend(list, consumer);
     if (!consumers.isEmpty())
-        c.SetHandleValue(request, QStringLiteral("ConsumerIDs"), list);
+        c.SetHandleValue(request, "ConsumerIDs", list);
     auto answer = std::make_shared<CopyingCallback>(c);
     c.SubmitRequest(request, answer);
     c.ReleaseHandle(list);
     c.ReleaseHandle(request);
     if (!QTest::qWaitFor([&] { return !answer->received.isEmpty(); }))
         return 0;
-    const quillon::BagPtr result = answer->received.first()->bag(QStringLiteral("Result"));
-    return result ? result->number(QStringLiteral("SUBSCRIPTIONID")) : 0;
+    const quillon::BagPtr result = answer->received.first()->bag("Result");
+    return result ? result->number("SUBSCRIPTIONID") : 0;
 }
 
 // One value of a subscription as text.

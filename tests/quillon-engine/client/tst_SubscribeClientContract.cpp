@@ -92,22 +92,22 @@ void tst_SubscribeClientContract::bagsReadTextAndNumbers()
 {
     auto client = newClient();
     const Handle bag = client->NewBag();
-    client->SetStringValue(bag, QStringLiteral("TITLE"), QStringLiteral("Café ☕"));
-    client->SetLongValue(bag, QStringLiteral("UPDATEFREQ"), 3600);
-    client->SetStringValue(bag, QStringLiteral("Count"), QStringLiteral(" 42 "));
+    client->SetStringValue(bag, "TITLE", "Café ☕");
+    client->SetLongValue(bag, "UPDATEFREQ", 3600);
+    client->SetStringValue(bag, "Count", " 42 ");
 
-    QCOMPARE(client->GetStringValue(bag, QStringLiteral("title")), QStringLiteral("Café ☕"));
-    QCOMPARE(client->GetStringValue(bag, QStringLiteral("UPDATEFREQ")), QStringLiteral("3600"));
-    QCOMPARE(client->GetLongValue(bag, QStringLiteral("Count")), 42);
-    QCOMPARE(client->GetLongValue(bag, QStringLiteral("TITLE")), 0);
-    QCOMPARE(client->GetStringValue(bag, QStringLiteral("USER")), kMissingText);
-    QCOMPARE(client->GetLongValue(bag, QStringLiteral("USER")), kMissing);
-    QCOMPARE(client->GetHandleValue(bag, QStringLiteral("Result")), 0);
+    QCOMPARE(client->GetStringValue(bag, "title"), "Café ☕");
+    QCOMPARE(client->GetStringValue(bag, "UPDATEFREQ"), "3600");
+    QCOMPARE(client->GetLongValue(bag, "Count"), 42);
+    QCOMPARE(client->GetLongValue(bag, "TITLE"), 0);
+    QCOMPARE(client->GetStringValue(bag, "USER"), kMissingText);
+    QCOMPARE(client->GetLongValue(bag, "USER"), kMissing);
+    QCOMPARE(client->GetHandleValue(bag, "Result"), 0);
 
     const Handle names = client->ListNames(bag);
     QCOMPARE(client->ListCount(names), 3);
-    QCOMPARE(client->ListString(names, 0), QStringLiteral("TITLE"));
-    QCOMPARE(client->ListString(names, 2), QStringLiteral("Count"));
+    QCOMPARE(client->ListString(names, 0), "TITLE");
+    QCOMPARE(client->ListString(names, 2), "Count");
     client->ReleaseHandle(names);
     client->ReleaseHandle(bag);
 }
@@ -118,27 +118,26 @@ void tst_SubscribeClientContract::nestedBagsAndLists()
     const Handle outer = client->NewBag();
     const Handle inner = client->NewBag();
     const Handle list = client->NewList();
-    client->SetStringValue(inner, QStringLiteral("URL"), QStringLiteral("http://127.0.0.1/feed"));
-    client->ListAppend(list, QStringLiteral("OLCONSUMER"));
-    client->ListAppend(list, QStringLiteral("17"));
-    client->SetHandleValue(outer, QStringLiteral("Result"), inner);
-    client->SetHandleValue(outer, QStringLiteral("ConsumerIDs"), list);
+    client->SetStringValue(inner, "URL", "http://127.0.0.1/feed");
+    client->ListAppend(list, "OLCONSUMER");
+    client->ListAppend(list, "17");
+    client->SetHandleValue(outer, "Result", inner);
+    client->SetHandleValue(outer, "ConsumerIDs", list);
 
-    const Handle innerAgain = client->GetHandleValue(outer, QStringLiteral("Result"));
+    const Handle innerAgain = client->GetHandleValue(outer, "Result");
     QVERIFY(innerAgain > 0);
-    QCOMPARE(client->GetStringValue(innerAgain, QStringLiteral("URL")),
-             QStringLiteral("http://127.0.0.1/feed"));
-    const Handle listAgain = client->GetHandleValue(outer, QStringLiteral("ConsumerIDs"));
+    QCOMPARE(client->GetStringValue(innerAgain, "URL"), "http://127.0.0.1/feed");
+    const Handle listAgain = client->GetHandleValue(outer, "ConsumerIDs");
     QCOMPARE(client->ListCount(listAgain), 2);
-    QCOMPARE(client->ListString(listAgain, 0), QStringLiteral("OLCONSUMER"));
+    QCOMPARE(client->ListString(listAgain, 0), "OLCONSUMER");
     QCOMPARE(client->ListLong(listAgain, 1), 17);
     QCOMPARE(client->ListHandle(listAgain, 0), 0);
     QVERIFY_THROWS_EXCEPTION(EngineError, (void)client->ListLong(listAgain, 2));
     QVERIFY_THROWS_EXCEPTION(EngineError, (void)client->ListString(listAgain, -1));
 
     // A bag may not end up inside itself, however deep.
-    QVERIFY_THROWS_EXCEPTION(EngineError, client->SetHandleValue(inner, QStringLiteral("loop"), outer));
-    QVERIFY_THROWS_EXCEPTION(EngineError, client->SetHandleValue(outer, QStringLiteral("self"), outer));
+    QVERIFY_THROWS_EXCEPTION(EngineError, client->SetHandleValue(inner, "loop", outer));
+    QVERIFY_THROWS_EXCEPTION(EngineError, client->SetHandleValue(outer, "self", outer));
 
     for (const Handle handle : {outer, inner, list, innerAgain, listAgain})
         client->ReleaseHandle(handle);
@@ -149,17 +148,16 @@ void tst_SubscribeClientContract::handlesAreReleasedOnce()
     auto client = newClient();
     const Handle bag = client->NewBag();
     const Handle list = client->NewList();
-    QVERIFY_THROWS_EXCEPTION(EngineError, (void)client->GetStringValue(list, QStringLiteral("x")));
+    QVERIFY_THROWS_EXCEPTION(EngineError, (void)client->GetStringValue(list, "x"));
     QVERIFY_THROWS_EXCEPTION(EngineError, (void)client->ListCount(bag));
     client->ReleaseHandle(bag);
     QVERIFY_THROWS_EXCEPTION(EngineError, client->ReleaseHandle(bag));
-    QVERIFY_THROWS_EXCEPTION(EngineError,
-                             client->SetStringValue(bag, QStringLiteral("x"), QStringLiteral("y")));
+    QVERIFY_THROWS_EXCEPTION(EngineError, client->SetStringValue(bag, "x", "y"));
     QVERIFY_THROWS_EXCEPTION(EngineError, client->ReleaseHandle(0));
     client->ReleaseHandle(list);
 
     // Handles the engine hands out count like any other.
-    const Handle items = client->ListConsumerItems(QStringLiteral("*"), kNews);
+    const Handle items = client->ListConsumerItems("*", kNews);
     QVERIFY(items > 0);
     QCOMPARE(client->LiveHandleCount(), 1);
     client->ReleaseHandle(items);
@@ -168,10 +166,10 @@ void tst_SubscribeClientContract::handlesAreReleasedOnce()
 void tst_SubscribeClientContract::connectAndLogReachTheEngine()
 {
     auto client = newClient();
-    client->Connect(QStringLiteral("CONFIGCONSUMER"), std::make_shared<CopyingCallback>(*client));
-    client->Log(QStringLiteral("UI Client <> Engine comms established\r\n"), 999);
+    client->Connect("CONFIGCONSUMER", std::make_shared<CopyingCallback>(*client));
+    client->Log("UI Client <> Engine comms established\r\n", 999);
 
-    const QString path = dataFolder() + QStringLiteral("/engine.log");
+    const QString path = dataFolder() + "/engine.log";
     const auto logText = [&path]() {
         QFile log(path);
         return log.open(QIODevice::ReadOnly) ? log.readAll() : QByteArray();
@@ -183,30 +181,30 @@ void tst_SubscribeClientContract::settingsRoundTripWithDefaults()
 {
     auto writer = newClient();
     auto reader = newClient();
-    const QString section = QStringLiteral("ConfigDefaults");
+    const QString section = "ConfigDefaults";
     const Handle values = writer->NewBag();
-    writer->SetStringValue(values, QStringLiteral("ContractFirstRun"), QStringLiteral("1"));
-    writer->SetStringValue(values, QStringLiteral("ContractName"), QStringLiteral("Zoë"));
-    writer->SetSettings(QStringLiteral("CONFIGCONSUMER"), section, values);
+    writer->SetStringValue(values, "ContractFirstRun", "1");
+    writer->SetStringValue(values, "ContractName", "Zoë");
+    writer->SetSettings("CONFIGCONSUMER", section, values);
     writer->ReleaseHandle(values);
 
     // Names are read without regard to case; what was never written comes back as given.
     const Handle keys = reader->NewBag();
-    reader->SetStringValue(keys, QStringLiteral("contractfirstrun"), QStringLiteral("0"));
-    reader->SetStringValue(keys, QStringLiteral("ContractName"), QString());
-    reader->SetStringValue(keys, QStringLiteral("ContractNeverSet"), kMissingText);
-    reader->SetLongValue(keys, QStringLiteral("ContractNumber"), 30);
-    const Handle stored = reader->GetSettings(QStringLiteral("CONFIGCONSUMER"), section, keys);
-    QCOMPARE(reader->GetStringValue(stored, QStringLiteral("contractfirstrun")), QStringLiteral("1"));
-    QCOMPARE(reader->GetStringValue(stored, QStringLiteral("ContractName")), QStringLiteral("Zoë"));
-    QCOMPARE(reader->GetStringValue(stored, QStringLiteral("ContractNeverSet")), kMissingText);
-    QCOMPARE(reader->GetLongValue(stored, QStringLiteral("ContractNumber")), 30);
+    reader->SetStringValue(keys, "contractfirstrun", "0");
+    reader->SetStringValue(keys, "ContractName", QString());
+    reader->SetStringValue(keys, "ContractNeverSet", kMissingText);
+    reader->SetLongValue(keys, "ContractNumber", 30);
+    const Handle stored = reader->GetSettings("CONFIGCONSUMER", section, keys);
+    QCOMPARE(reader->GetStringValue(stored, "contractfirstrun"), "1");
+    QCOMPARE(reader->GetStringValue(stored, "ContractName"), "Zoë");
+    QCOMPARE(reader->GetStringValue(stored, "ContractNeverSet"), kMissingText);
+    QCOMPARE(reader->GetLongValue(stored, "ContractNumber"), 30);
 
     // Settings are kept per consumer and section.
-    const Handle otherConsumer = reader->GetSettings(QStringLiteral("OLCONSUMER"), section, keys);
-    QCOMPARE(reader->GetStringValue(otherConsumer, QStringLiteral("contractfirstrun")), QStringLiteral("0"));
-    const Handle otherSection = reader->GetSettings(QStringLiteral("CONFIGCONSUMER"), QString(), keys);
-    QCOMPARE(reader->GetStringValue(otherSection, QStringLiteral("ContractName")), QString());
+    const Handle otherConsumer = reader->GetSettings("OLCONSUMER", section, keys);
+    QCOMPARE(reader->GetStringValue(otherConsumer, "contractfirstrun"), "0");
+    const Handle otherSection = reader->GetSettings("CONFIGCONSUMER", QString(), keys);
+    QCOMPARE(reader->GetStringValue(otherSection, "ContractName"), QString());
     for (const Handle handle : {keys, stored, otherConsumer, otherSection})
         reader->ReleaseHandle(handle);
 }
@@ -217,15 +215,15 @@ void tst_SubscribeClientContract::addIsAnsweredFromTheEventLoop()
     auto other = newClient();
     auto askerEvents = std::make_shared<CopyingCallback>(*asker);
     auto otherEvents = std::make_shared<CopyingCallback>(*other);
-    asker->Connect(QStringLiteral("CONFIGCONSUMER"), askerEvents);
-    other->Connect(QStringLiteral("OLCONSUMER"), otherEvents);
+    asker->Connect("CONFIGCONSUMER", askerEvents);
+    other->Connect("OLCONSUMER", otherEvents);
 
-    const QString url = QStringLiteral("http://127.0.0.1:9/contract-add.xml");
-    const Handle request = asker->CreateItemRequest(kNews, QStringLiteral("Contract add"), url);
-    asker->SetStringValue(request, QStringLiteral("CATEGORY"), QStringLiteral("Tech~~~News"));
+    const QString url = "http://127.0.0.1:9/contract-add.xml";
+    const Handle request = asker->CreateItemRequest(kNews, "Contract add", url);
+    asker->SetStringValue(request, "CATEGORY", "Tech~~~News");
     const Handle consumers = asker->NewList();
-    asker->ListAppend(consumers, QStringLiteral("OLCONSUMER"));
-    asker->SetHandleValue(request, QStringLiteral("ConsumerIDs"), consumers);
+    asker->ListAppend(consumers, "OLCONSUMER");
+    asker->SetHandleValue(request, "ConsumerIDs", consumers);
     auto answer = std::make_shared<CopyingCallback>(*asker);
     asker->SubmitRequest(request, answer);
     QCOMPARE(answer->received.size(), 0);
@@ -234,67 +232,66 @@ void tst_SubscribeClientContract::addIsAnsweredFromTheEventLoop()
 
     QTRY_COMPARE(answer->received.size(), 1);
     const BagPtr added = answer->received.first();
-    QCOMPARE(added->text("MESSAGE"), QStringLiteral("SubscriptionAddResult"));
+    QCOMPARE(added->text("MESSAGE"), "SubscriptionAddResult");
     const qint32 id = added->bag("Result")->text("SUBSCRIPTIONID").toInt();
     QVERIFY(id > 0);
     QCOMPARE(added->bag("Result")->text("URL"), url);
-    QCOMPARE(added->bag("Result")->text("TITLE"), QStringLiteral("Contract add"));
-    QCOMPARE(added->bag("Result")->text("CATEGORY"), QStringLiteral("Tech~~~News"));
+    QCOMPARE(added->bag("Result")->text("TITLE"), "Contract add");
+    QCOMPARE(added->bag("Result")->text("CATEGORY"), "Tech~~~News");
 
-    QTRY_VERIFY(hasMessage(*otherEvents, QStringLiteral("SubscriptionAdded")));
-    QVERIFY(!hasMessage(*askerEvents, QStringLiteral("SubscriptionAdded")));
-    QVERIFY(ConsumerItems(*asker, QStringLiteral("OLCONSUMER")).contains(id));
+    QTRY_VERIFY(hasMessage(*otherEvents, "SubscriptionAdded"));
+    QVERIFY(!hasMessage(*askerEvents, "SubscriptionAdded"));
+    QVERIFY(ConsumerItems(*asker, "OLCONSUMER").contains(id));
 }
 
 void tst_SubscribeClientContract::subscriptionLifecycle()
 {
     auto client = newClient();
     auto watcher = newClient();
-    client->Connect(QStringLiteral("CONFIGCONSUMER"), std::make_shared<CopyingCallback>(*client));
+    client->Connect("CONFIGCONSUMER", std::make_shared<CopyingCallback>(*client));
     auto watched = std::make_shared<CopyingCallback>(*watcher);
-    watcher->Connect(QStringLiteral("OLCONSUMER"), watched);
-    const qint32 id =
-        AddSubscription(*client, QStringLiteral("Lifecycle"), QStringLiteral("http://127.0.0.1:9/life"));
+    watcher->Connect("OLCONSUMER", watched);
+    const qint32 id = AddSubscription(*client, "Lifecycle", "http://127.0.0.1:9/life");
     QVERIFY(id > 0);
-    QVERIFY(ConsumerItems(*client, QStringLiteral("*")).contains(id));
-    QVERIFY(!ConsumerItems(*client, QStringLiteral("OLCONSUMER")).contains(id));
+    QVERIFY(ConsumerItems(*client, "*").contains(id));
+    QVERIFY(!ConsumerItems(*client, "OLCONSUMER").contains(id));
 
     const Handle changes = client->NewBag();
-    client->SetLongValue(changes, QStringLiteral("UPDATEFREQ"), 7200);
-    client->SetStringValue(changes, QStringLiteral("ContractNote"), QStringLiteral("naïve"));
+    client->SetLongValue(changes, "UPDATEFREQ", 7200);
+    client->SetStringValue(changes, "ContractNote", "naïve");
     client->UpdateItem(kNews, id, changes);
     client->ReleaseHandle(changes);
     const Handle item = client->GetItemBag(kNews, id, 0);
-    QCOMPARE(client->GetLongValue(item, QStringLiteral("SUBSCRIPTIONID")), id);
-    QCOMPARE(client->GetStringValue(item, QStringLiteral("TITLE")), QStringLiteral("Lifecycle"));
-    QCOMPARE(client->GetStringValue(item, QStringLiteral("UPDATEFREQ")), QStringLiteral("7200"));
-    QCOMPARE(client->GetStringValue(item, QStringLiteral("ContractNote")), QStringLiteral("naïve"));
-    QCOMPARE(client->GetStringValue(item, QStringLiteral("USER")), kMissingText);
+    QCOMPARE(client->GetLongValue(item, "SUBSCRIPTIONID"), id);
+    QCOMPARE(client->GetStringValue(item, "TITLE"), "Lifecycle");
+    QCOMPARE(client->GetStringValue(item, "UPDATEFREQ"), "7200");
+    QCOMPARE(client->GetStringValue(item, "ContractNote"), "naïve");
+    QCOMPARE(client->GetStringValue(item, "USER"), kMissingText);
     client->ReleaseHandle(item);
 
-    client->BindItem(QStringLiteral("OLCONSUMER"), kNews, id, 1);
-    QVERIFY(ConsumerItems(*client, QStringLiteral("OLCONSUMER")).contains(id));
-    QTRY_VERIFY(hasMessage(*watched, QStringLiteral("SubscriptionBindingChanged")));
-    QCOMPARE(watched->received.last()->bag("Result")->text("ORIGINATOR"), QStringLiteral("CONFIGCONSUMER"));
-    client->BindItem(QStringLiteral("OLCONSUMER"), kNews, id, 0);
-    QVERIFY(!ConsumerItems(*client, QStringLiteral("OLCONSUMER")).contains(id));
+    client->BindItem("OLCONSUMER", kNews, id, 1);
+    QVERIFY(ConsumerItems(*client, "OLCONSUMER").contains(id));
+    QTRY_VERIFY(hasMessage(*watched, "SubscriptionBindingChanged"));
+    QCOMPARE(watched->received.last()->bag("Result")->text("ORIGINATOR"), "CONFIGCONSUMER");
+    client->BindItem("OLCONSUMER", kNews, id, 0);
+    QVERIFY(!ConsumerItems(*client, "OLCONSUMER").contains(id));
 
     client->RemoveItem(kNews, id, 1);
     QVERIFY_THROWS_EXCEPTION(EngineError, (void)client->GetItemBag(kNews, id, 0));
-    QVERIFY(!ConsumerItems(*client, QStringLiteral("*")).contains(id));
+    QVERIFY(!ConsumerItems(*client, "*").contains(id));
 }
 
 void tst_SubscribeClientContract::bulkReadAndReadAheadStayCurrent()
 {
     auto client = newClient();
     auto other = newClient();
-    const qint32 a = AddSubscription(*client, QStringLiteral("A"), QStringLiteral("http://127.0.0.1:9/a"));
-    const qint32 b = AddSubscription(*client, QStringLiteral("B"), QStringLiteral("http://127.0.0.1:9/b"));
+    const qint32 a = AddSubscription(*client, "A", "http://127.0.0.1:9/a");
+    const qint32 b = AddSubscription(*client, "B", "http://127.0.0.1:9/b");
     QVERIFY(a > 0 && b > 0);
-    const auto titleOf = [&client](qint32 id) { return ItemText(*client, id, QStringLiteral("TITLE")); };
+    const auto titleOf = [&client](qint32 id) { return ItemText(*client, id, "TITLE"); };
     const auto retitle = [](SubscribeClient &by, qint32 id, const QString &title) {
         const Handle changes = by.NewBag();
-        by.SetStringValue(changes, QStringLiteral("TITLE"), title);
+        by.SetStringValue(changes, "TITLE", title);
         by.UpdateItem(kNews, id, changes);
         by.ReleaseHandle(changes);
     };
@@ -309,23 +306,23 @@ void tst_SubscribeClientContract::bulkReadAndReadAheadStayCurrent()
     QList<qint32> read;
     for (qint32 i = 0; i < 3; ++i) {
         const Handle bag = client->ListHandle(bags, i);
-        read.append(client->GetLongValue(bag, QStringLiteral("SUBSCRIPTIONID")));
+        read.append(client->GetLongValue(bag, "SUBSCRIPTIONID"));
         client->ReleaseHandle(bag);
     }
     client->ReleaseHandle(bags);
     QCOMPARE(read, QList<qint32>({b, kMissing, a}));
 
     // Read ahead after listing everything: this client's own change shows at once...
-    client->ReleaseHandle(client->ListConsumerItems(QStringLiteral("*"), kNews));
-    QCOMPARE(titleOf(a), QStringLiteral("A"));
-    retitle(*client, b, QStringLiteral("B changed here"));
-    QCOMPARE(titleOf(b), QStringLiteral("B changed here"));
+    client->ReleaseHandle(client->ListConsumerItems("*", kNews));
+    QCOMPARE(titleOf(a), "A");
+    retitle(*client, b, "B changed here");
+    QCOMPARE(titleOf(b), "B changed here");
     // ...and another's once control has been back in the event loop.
-    client->ReleaseHandle(client->ListConsumerItems(QStringLiteral("*"), kNews));
-    QCOMPARE(titleOf(a), QStringLiteral("A"));
+    client->ReleaseHandle(client->ListConsumerItems("*", kNews));
+    QCOMPARE(titleOf(a), "A");
     QCoreApplication::processEvents();
-    retitle(*other, b, QStringLiteral("B changed elsewhere"));
-    QCOMPARE(titleOf(b), QStringLiteral("B changed elsewhere"));
+    retitle(*other, b, "B changed elsewhere");
+    QCOMPARE(titleOf(b), "B changed elsewhere");
     client->RemoveItem(kNews, a, 1);
     client->RemoveItem(kNews, b, 1);
 }
@@ -334,15 +331,14 @@ void tst_SubscribeClientContract::searchBagRendersAsSearch()
 {
     auto client = newClient();
     const Handle search = client->NewBag();
-    client->SetStringValue(search, QStringLiteral("guid"), QStringLiteral("{src-1}"));
-    client->SetStringValue(search, QStringLiteral("keywords"), QStringLiteral("rock & roll"));
-    client->SetLongValue(search, QStringLiteral("limit"), 10);
-    QCOMPARE(client->BagToText(search),
-             QStringLiteral("search?guid=%7Bsrc-1%7D&keywords=rock%20%26%20roll&limit=10"));
+    client->SetStringValue(search, "guid", "{src-1}");
+    client->SetStringValue(search, "keywords", "rock & roll");
+    client->SetLongValue(search, "limit", 10);
+    QCOMPARE(client->BagToText(search), "search?guid=%7Bsrc-1%7D&keywords=rock%20%26%20roll&limit=10");
     // A bag without a source is no search.
     const Handle other = client->NewBag();
-    client->SetStringValue(other, QStringLiteral("keywords"), QStringLiteral("x=y"));
-    QCOMPARE(client->BagToText(other), QStringLiteral("bag?keywords=x%3Dy"));
+    client->SetStringValue(other, "keywords", "x=y");
+    QCOMPARE(client->BagToText(other), "bag?keywords=x%3Dy");
     client->ReleaseHandle(search);
     client->ReleaseHandle(other);
 }
@@ -359,12 +355,12 @@ void tst_SubscribeClientContract::engineFailuresRaiseEngineError()
     // A bag that holds a list has no text form: the engine refuses it.
     const Handle bag = client->NewBag();
     const Handle list = client->NewList();
-    client->SetHandleValue(bag, QStringLiteral("items"), list);
+    client->SetHandleValue(bag, "items", list);
     QVERIFY_THROWS_EXCEPTION(EngineError, (void)client->BagToText(bag));
     client->ReleaseHandle(bag);
     client->ReleaseHandle(list);
     // A failure leaves the client usable.
-    client->Log(QStringLiteral("after a failure"), 1);
+    client->Log("after a failure", 1);
 }
 
 void tst_SubscribeClientContract::crashedEngineIsFoundAgain()
@@ -378,9 +374,9 @@ void tst_SubscribeClientContract::crashedEngineIsFoundAgain()
         });
     m_clients.append(client);
     auto events = std::make_shared<CopyingCallback>(*client);
-    client->Connect(QStringLiteral("CONFIGCONSUMER"), events);
+    client->Connect("CONFIGCONSUMER", events);
     const Handle kept = client->NewBag();
-    client->SetStringValue(kept, QStringLiteral("name"), QStringLiteral("value"));
+    client->SetStringValue(kept, "name", "value");
     QTcpServer silent;
     QVERIFY(silent.listen(QHostAddress::LocalHost));
     auto preview = std::make_shared<CopyingCallback>(*client);
@@ -392,7 +388,7 @@ void tst_SubscribeClientContract::crashedEngineIsFoundAgain()
     QVERIFY(m_daemon->process().waitForFinished(5000));
     // The answer the dead engine owed comes as an error; a crash is no "EngineTerminated".
     QTRY_COMPARE(preview->received.size(), 1);
-    QCOMPARE(preview->received.first()->text("ERROR"), QStringLiteral("The engine connection was lost"));
+    QCOMPARE(preview->received.first()->text("ERROR"), "The engine connection was lost");
     QVERIFY(!client->IsLinked());
 
     auto restarted = std::make_unique<DaemonProcess>(name);
@@ -400,10 +396,10 @@ void tst_SubscribeClientContract::crashedEngineIsFoundAgain()
     m_daemon = std::move(restarted);
     QTRY_VERIFY_WITH_TIMEOUT(client->IsLinked(), 10000);
     auto other = newClient();
-    QVERIFY(AddSubscription(*other, QStringLiteral("After"), QStringLiteral("http://127.0.0.1:9/after")) > 0);
-    QTRY_VERIFY(hasMessage(*events, QStringLiteral("SubscriptionAdded")));
-    QVERIFY(!hasMessage(*events, QStringLiteral("EngineTerminated")));
-    QCOMPARE(client->GetStringValue(kept, QStringLiteral("name")), QStringLiteral("value"));
+    QVERIFY(AddSubscription(*other, "After", "http://127.0.0.1:9/after") > 0);
+    QTRY_VERIFY(hasMessage(*events, "SubscriptionAdded"));
+    QVERIFY(!hasMessage(*events, "EngineTerminated"));
+    QCOMPARE(client->GetStringValue(kept, "name"), "value");
     client->ReleaseHandle(kept);
 }
 
@@ -411,19 +407,19 @@ void tst_SubscribeClientContract::stoppingTellsConnectedConsumers()
 {
     auto client = newClient();
     auto events = std::make_shared<CopyingCallback>(*client);
-    client->Connect(QStringLiteral("CONFIGCONSUMER"), events);
+    client->Connect("CONFIGCONSUMER", events);
     if (m_daemon) {
         m_daemon->process().terminate();
-        QTRY_VERIFY(hasMessage(*events, QStringLiteral("EngineTerminated")));
+        QTRY_VERIFY(hasMessage(*events, "EngineTerminated"));
         QProcess &process = m_daemon->process();
         QVERIFY(process.state() == QProcess::NotRunning || process.waitForFinished(15000));
         QCOMPARE(m_daemon->stop(), 0);
     } else {
         m_engine->core().announceTermination();
-        QTRY_VERIFY(hasMessage(*events, QStringLiteral("EngineTerminated")));
+        QTRY_VERIFY(hasMessage(*events, "EngineTerminated"));
         m_engine.reset();
     }
-    QVERIFY_THROWS_EXCEPTION(EngineError, client->Log(QStringLiteral("too late"), 1));
+    QVERIFY_THROWS_EXCEPTION(EngineError, client->Log("too late", 1));
 }
 
 int main(int argc, char *argv[])

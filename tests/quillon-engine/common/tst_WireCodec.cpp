@@ -48,7 +48,7 @@ PropertyValue throughTheWire(const PropertyValue &value)
     reader.append(bytes);
     const auto payload = reader.next();
     if (!payload)
-        throw EngineError(QStringLiteral("frame not complete"));
+        throw EngineError("frame not complete");
     return WireCodec::decode(WireCodec::parsePayload(*payload).value(WireCodec::kResult));
 }
 
@@ -90,8 +90,8 @@ void tst_WireCodec::decodeRejectsWhatIsNotAValue_data()
     QTest::newRow("double") << QCborValue(1.5);
     QTest::newRow("bytes") << QCborValue(QByteArray("abc"));
     QTest::newRow("undefined") << QCborValue();
-    QTest::newRow("tagged") << QCborValue(QCborKnownTags::Base64, QCborValue(QStringLiteral("x")));
-    QTest::newRow("number as name") << QCborValue(QCborMap{{1, QStringLiteral("x")}});
+    QTest::newRow("tagged") << QCborValue(QCborKnownTags::Base64, QCborValue("x"));
+    QTest::newRow("number as name") << QCborValue(QCborMap{{1, "x"}});
     QTest::newRow("bad integer in a list") << QCborValue(QCborArray{1, qint64(1) << 40});
     QCborValue deep = QCborArray();
     for (int i = 0; i < WireCodec::kMaxDepth + 2; ++i)
@@ -116,17 +116,17 @@ void tst_WireCodec::integerLimitsAreKept()
 void tst_WireCodec::bagInsideItselfFailsCleanly()
 {
     auto bag = PropertyBag::create();
-    bag->set(QStringLiteral("self"), bag);
+    bag->set("self", bag);
     QVERIFY_THROWS_EXCEPTION(EngineError, (void)WireCodec::frame(WireCodec::reply(1, bag)));
-    bag->remove(QStringLiteral("self"));
+    bag->remove("self");
 }
 
 void tst_WireCodec::malformedPayloadsAreRejected()
 {
-    const QByteArray good = QCborValue(QCborMap{{QStringLiteral("k"), 1}}).toCbor();
+    const QByteArray good = QCborValue(QCborMap{{"k", 1}}).toCbor();
     const QList<QByteArray> bad = {QByteArray(), good.left(good.size() - 1), good + good,
                                    QCborValue(QCborArray{1}).toCbor(), QByteArray("\xff\xff\xff", 3)};
-    QCOMPARE(WireCodec::parsePayload(good).value(QStringLiteral("k")).toInteger(), 1);
+    QCOMPARE(WireCodec::parsePayload(good).value("k").toInteger(), 1);
     for (const QByteArray &payload : bad)
         QVERIFY_THROWS_EXCEPTION(EngineError, (void)WireCodec::parsePayload(payload));
 }
@@ -135,8 +135,7 @@ void tst_WireCodec::garbageNeverCrashes()
 {
     QRandomGenerator random(99);
     const QByteArray valid =
-        WireCodec::frame(WireCodec::request(3, QStringLiteral("Log"), {QStringLiteral("t"), 2}))
-            .mid(WireCodec::kHeaderBytes);
+        WireCodec::frame(WireCodec::request(3, "Log", {"t", 2})).mid(WireCodec::kHeaderBytes);
     int rejected = 0;
     for (int i = 0; i < 3000; ++i) {
         QByteArray payload = valid;
@@ -161,11 +160,10 @@ void tst_WireCodec::garbageNeverCrashes()
 
 void tst_WireCodec::requestsNeedIdOperationAndArguments()
 {
-    const QCborMap full =
-        WireCodec::request(5, QStringLiteral("GetItemBag"), {QStringLiteral("NEWS"), 12, 0});
+    const QCborMap full = WireCodec::request(5, "GetItemBag", {"NEWS", 12, 0});
     const WireRequest request = WireCodec::readRequest(full);
     QCOMPARE(request.id, 5);
-    QCOMPARE(request.operation, QStringLiteral("GetItemBag"));
+    QCOMPARE(request.operation, "GetItemBag");
     QCOMPARE(request.args.size(), 3);
     QCOMPARE(std::get<qint32>(request.args.at(1)), 12);
     for (const QString &key : {WireCodec::kId, WireCodec::kOperation, WireCodec::kArgs}) {
@@ -183,12 +181,12 @@ void tst_WireCodec::largeAndHostileFramesStayBounded()
         bag->setLong(QStringLiteral("Key%1").arg(i), i);
     const auto decoded = std::get<BagPtr>(throughTheWire(bag));
     QCOMPARE(decoded->size(), 40000);
-    QCOMPARE(decoded->number(QStringLiteral("KEY39999")), 39999);
-    QCOMPARE(decoded->names().at(17), QStringLiteral("Key17"));
-    decoded->setLong(QStringLiteral("key17"), -1);
-    QVERIFY(decoded->remove(QStringLiteral("KEY5")));
-    QCOMPARE(decoded->number(QStringLiteral("Key17")), -1);
-    QCOMPARE(decoded->number(QStringLiteral("Key39998")), 39998);
+    QCOMPARE(decoded->number("KEY39999"), 39999);
+    QCOMPARE(decoded->names().at(17), "Key17");
+    decoded->setLong("key17", -1);
+    QVERIFY(decoded->remove("KEY5"));
+    QCOMPARE(decoded->number("Key17"), -1);
+    QCOMPARE(decoded->number("Key39998"), 39998);
     QCOMPARE(decoded->size(), 39999);
 
     // Counted before anything is built: a frame of empty lists, or one nested too deep.

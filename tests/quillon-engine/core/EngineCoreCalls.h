@@ -20,7 +20,7 @@ class SideConnection
 public:
     explicit SideConnection(const QString &path) : m_name(QStringLiteral("side-%1").arg(++s_count))
     {
-        auto db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), m_name);
+        auto db = QSqlDatabase::addDatabase("QSQLITE", m_name);
         db.setDatabaseName(path);
         db.open();
     }
@@ -40,7 +40,7 @@ private:
 // Adds a subscription titled after its address, bound to the consumers named.
 inline qint32 add(SubscribeClient &c, const QString &url, const QStringList &consumerIds = {})
 {
-    return EngineCalls::AddSubscription(c, QStringLiteral("Title of ") + url, url, {}, consumerIds);
+    return EngineCalls::AddSubscription(c, "Title of " + url, url, {}, consumerIds);
 }
 
 inline QString setting(SubscribeClient &c, const QString &consumer, const QString &section,

@@ -18,7 +18,7 @@ public:
 
     EngineFixture() : client(engine.newClient()), events(std::make_shared<CopyingCallback>(*client))
     {
-        client->Connect(QStringLiteral("CONFIGCONSUMER"), events);
+        client->Connect("CONFIGCONSUMER", events);
     }
 
     // Submits a request bag made of fields and waits for its answer (null when none came).
@@ -36,23 +36,21 @@ public:
     quillon::BagPtr preview(const QString &url)
     {
         auto answer = std::make_shared<CopyingCallback>(*client);
-        client->RequestPreview(QStringLiteral("NEWS"), url, answer);
+        client->RequestPreview("NEWS", url, answer);
         return waitFor(*answer);
     }
 
     // Adds a subscription and returns its ID (0 when the add failed).
     qint32 add(const QString &url, const QString &title = {})
     {
-        const quillon::BagPtr answer = request({{QStringLiteral("REQUEST"), QStringLiteral("ADD")},
-                                                {QStringLiteral("URL"), url},
-                                                {QStringLiteral("TITLE"), title}});
-        const quillon::BagPtr result = answer ? answer->bag(QStringLiteral("Result")) : nullptr;
-        return result ? result->number(QStringLiteral("SUBSCRIPTIONID")) : 0;
+        const quillon::BagPtr answer = request({{"REQUEST", "ADD"}, {"URL", url}, {"TITLE", title}});
+        const quillon::BagPtr result = answer ? answer->bag("Result") : nullptr;
+        return result ? result->number("SUBSCRIPTIONID") : 0;
     }
 
     quillon::BagPtr itemBag(qint32 id)
     {
-        const quillon::Handle bag = client->GetItemBag(QStringLiteral("NEWS"), id, 0);
+        const quillon::Handle bag = client->GetItemBag("NEWS", id, 0);
         quillon::BagPtr copy = CopyingCallback::copyBag(*client, bag);
         client->ReleaseHandle(bag);
         return copy;
@@ -64,7 +62,7 @@ public:
         const quillon::Handle bag = client->NewBag();
         for (const auto &[name, value] : values)
             client->SetStringValue(bag, name, value);
-        client->UpdateItem(QStringLiteral("NEWS"), id, bag);
+        client->UpdateItem("NEWS", id, bag);
         client->ReleaseHandle(bag);
     }
 
@@ -89,7 +87,7 @@ public:
     {
         const qsizetype target = updates->size() + count;
         if (!QTest::qWaitFor([&]() { return updates->size() >= target; }, 20000))
-            return QStringLiteral("(timed out)");
+            return "(timed out)";
         return updates->at(target - 1).at(1).toString();
     }
 

@@ -1,7 +1,6 @@
 #include "EngineFixture.h"
 #include "LocalHttpServer.h"
 
-
 using namespace quillon;
 
 namespace {
@@ -11,9 +10,9 @@ QByteArray feedOf(int count)
 {
     QByteArray out = "<rss version=\"2.0\"><channel><title>Delivered</title>";
     for (int i = 1; i <= count; ++i)
-        out += QByteArray("<item><guid>g") + QByteArray::number(i) + "</guid><title>T" + QByteArray::number(i) +
-               "</title><enclosure url=\"http://example.com/" + QByteArray::number(i) +
-               ".mp3\" type=\"audio/mpeg\"/></item>";
+        out += QByteArray("<item><guid>g") + QByteArray::number(i) + "</guid><title>T" +
+               QByteArray::number(i) + "</title><enclosure url=\"http://example.com/" +
+               QByteArray::number(i) + ".mp3\" type=\"audio/mpeg\"/></item>";
     return out + "</channel></rss>";
 }
 
@@ -34,7 +33,8 @@ class tst_DeliveryRequests : public QObject
 
 private:
     // A request of the delivering consumer; ids go as a list of texts, as the client makes them.
-    BagPtr deliver(const QString &kind, const QList<qint32> &ids = {}, const EngineFixture::Fields &fields = {});
+    BagPtr deliver(const QString &kind, const QList<qint32> &ids = {},
+                   const EngineFixture::Fields &fields = {});
     QString waitForUpdate() { return m_engine->waitForUpdates(); }
 
     std::unique_ptr<EngineFixture> m_engine;
@@ -61,7 +61,7 @@ void tst_DeliveryRequests::init()
     m_engine->startUpdating([this]() { return m_now; });
     m_consumer = m_engine->engine.newClient();
     m_consumerEvents = std::make_shared<CopyingCallback>(*m_consumer);
-    m_consumer->Connect(QStringLiteral("OLCONSUMER"), m_consumerEvents);
+    m_consumer->Connect("OLCONSUMER", m_consumerEvents);
 }
 
 void tst_DeliveryRequests::cleanup()
@@ -75,14 +75,14 @@ BagPtr tst_DeliveryRequests::deliver(const QString &kind, const QList<qint32> &i
                                      const EngineFixture::Fields &fields)
 {
     const Handle bag = m_consumer->NewBag();
-    m_consumer->SetStringValue(bag, QStringLiteral("REQUEST"), kind);
+    m_consumer->SetStringValue(bag, "REQUEST", kind);
     for (const auto &[name, value] : fields)
         m_consumer->SetStringValue(bag, name, value);
     if (!ids.isEmpty()) {
         const Handle list = m_consumer->NewList();
         for (const qint32 id : ids)
             m_consumer->ListAppend(list, QString::number(id));
-        m_consumer->SetHandleValue(bag, QStringLiteral("ARTICLEIDS"), list);
+        m_consumer->SetHandleValue(bag, "ARTICLEIDS", list);
         m_consumer->ReleaseHandle(list);
     }
     auto answer = std::make_shared<CopyingCallback>(*m_consumer);
@@ -97,44 +97,44 @@ void tst_DeliveryRequests::boundArticlesArePendingUntilAcknowledged()
 {
     m_server.serve("/five", feedOf(5));
     const qint32 id = m_engine->add(m_server.url("/five").toString());
-    QCOMPARE(waitForUpdate(), QStringLiteral("OK: 5 items, 5 new"));
+    QCOMPARE(waitForUpdate(), "OK: 5 items, 5 new");
     // Not bound: nothing waits, and acknowledging marks nothing.
-    QCOMPARE(deliver("PENDINGARTICLES")->bag("Result")->text("ITEMCOUNT"), QStringLiteral("0"));
-    QCOMPARE(deliver("ACKNOWLEDGE", {1, 2})->bag("Result")->text("ITEMCOUNT"), QStringLiteral("0"));
+    QCOMPARE(deliver("PENDINGARTICLES")->bag("Result")->text("ITEMCOUNT"), "0");
+    QCOMPARE(deliver("ACKNOWLEDGE", {1, 2})->bag("Result")->text("ITEMCOUNT"), "0");
 
     m_consumerEvents->received.clear();
-    m_engine->client->BindItem(QStringLiteral("OLCONSUMER"), QStringLiteral("NEWS"), id, 1);
+    m_engine->client->BindItem("OLCONSUMER", "NEWS", id, 1);
     QTRY_COMPARE(m_consumerEvents->named("ArticlesAvailable").size(), 1);
     const BagPtr available = m_consumerEvents->named("ArticlesAvailable").first()->bag("Result");
-    QCOMPARE(available->text("CONSUMERID"), QStringLiteral("OLCONSUMER"));
+    QCOMPARE(available->text("CONSUMERID"), "OLCONSUMER");
     QCOMPARE(available->text("SUBSCRIPTIONID"), QString::number(id));
-    QCOMPARE(available->text("ITEMCOUNT"), QStringLiteral("5"));
+    QCOMPARE(available->text("ITEMCOUNT"), "5");
 
     // Batches in article order, with MORE while another waits.
     BagPtr batch = deliver("PENDINGARTICLES", {}, {{"LIMIT", "3"}});
-    QCOMPARE(batch->text("MESSAGE"), QStringLiteral("PendingArticles"));
-    QCOMPARE(batch->bag("Result")->text("MORE"), QStringLiteral("1"));
+    QCOMPARE(batch->text("MESSAGE"), "PendingArticles");
+    QCOMPARE(batch->bag("Result")->text("MORE"), "1");
     const QList<qint32> first = idsOf(batch);
     QCOMPARE(first.size(), 3);
     const BagPtr item = std::get<BagPtr>(batch->bag("Result")->list("ITEMS")->at(0));
-    QCOMPARE(item->text("GUID"), QStringLiteral("g1"));
+    QCOMPARE(item->text("GUID"), "g1");
     QCOMPARE(item->text("SUBSCRIPTIONID"), QString::number(id));
-    QCOMPARE(item->text("READ"), QStringLiteral("0"));
-    QCOMPARE(std::get<BagPtr>(item->list("ENCLOSURES")->at(0))->text("URL"), QStringLiteral("http://example.com/1.mp3"));
+    QCOMPARE(item->text("READ"), "0");
+    QCOMPARE(std::get<BagPtr>(item->list("ENCLOSURES")->at(0))->text("URL"), "http://example.com/1.mp3");
 
     // Acknowledging twice counts once; the rest is the next batch.
-    QCOMPARE(deliver("ACKNOWLEDGE", first)->bag("Result")->text("ITEMCOUNT"), QStringLiteral("3"));
-    QCOMPARE(deliver("ACKNOWLEDGE", first)->bag("Result")->text("ITEMCOUNT"), QStringLiteral("0"));
+    QCOMPARE(deliver("ACKNOWLEDGE", first)->bag("Result")->text("ITEMCOUNT"), "3");
+    QCOMPARE(deliver("ACKNOWLEDGE", first)->bag("Result")->text("ITEMCOUNT"), "0");
     batch = deliver("PENDINGARTICLES", {}, {{"SUBSCRIPTIONID", QString::number(id)}});
     QCOMPARE(idsOf(batch).size(), 2);
-    QCOMPARE(batch->bag("Result")->text("MORE"), QStringLiteral("0"));
+    QCOMPARE(batch->bag("Result")->text("MORE"), "0");
     QVERIFY(idsOf(batch).first() > first.last());
     // Another consumer keeps its own marks.
-    QCOMPARE(deliver("ACKNOWLEDGE", idsOf(batch))->bag("Result")->text("ITEMCOUNT"), QStringLiteral("2"));
-    m_engine->client->BindItem(QStringLiteral("TAGCONSUMER"), QStringLiteral("NEWS"), id, 1);
+    QCOMPARE(deliver("ACKNOWLEDGE", idsOf(batch))->bag("Result")->text("ITEMCOUNT"), "2");
+    m_engine->client->BindItem("TAGCONSUMER", "NEWS", id, 1);
     QCOMPARE(m_engine->request({{"REQUEST", "PENDINGARTICLES"}})->bag("Result")->text("ITEMCOUNT"),
-             QStringLiteral("0")); // CONFIGCONSUMER is not bound
-    QCOMPARE(deliver("PENDINGARTICLES")->bag("Result")->text("ITEMCOUNT"), QStringLiteral("0"));
+             "0"); // CONFIGCONSUMER is not bound
+    QCOMPARE(deliver("PENDINGARTICLES")->bag("Result")->text("ITEMCOUNT"), "0");
 }
 
 void tst_DeliveryRequests::readReportsReachTheCounts()
@@ -142,15 +142,13 @@ void tst_DeliveryRequests::readReportsReachTheCounts()
     m_server.serve("/three", feedOf(3));
     const qint32 id = m_engine->add(m_server.url("/three").toString());
     waitForUpdate();
-    m_engine->client->BindItem(QStringLiteral("OLCONSUMER"), QStringLiteral("NEWS"), id, 1);
+    m_engine->client->BindItem("OLCONSUMER", "NEWS", id, 1);
     const QList<qint32> ids = idsOf(deliver("PENDINGARTICLES"));
-    QCOMPARE(deliver("SETREADSTATE", ids.mid(0, 2), {{"READ", "1"}})->bag("Result")->text("ITEMCOUNT"),
-             QStringLiteral("2"));
-    QCOMPARE(m_engine->itemBag(id)->text("ITEMREADCOUNT"), QStringLiteral("2"));
-    QCOMPARE(m_engine->itemBag(id)->text("ITEMUNREADCOUNT"), QStringLiteral("1"));
-    QCOMPARE(deliver("SETREADSTATE", ids.mid(1, 1), {{"READ", "0"}})->bag("Result")->text("ITEMCOUNT"),
-             QStringLiteral("1"));
-    QCOMPARE(m_engine->itemBag(id)->text("ITEMREADCOUNT"), QStringLiteral("1"));
+    QCOMPARE(deliver("SETREADSTATE", ids.mid(0, 2), {{"READ", "1"}})->bag("Result")->text("ITEMCOUNT"), "2");
+    QCOMPARE(m_engine->itemBag(id)->text("ITEMREADCOUNT"), "2");
+    QCOMPARE(m_engine->itemBag(id)->text("ITEMUNREADCOUNT"), "1");
+    QCOMPARE(deliver("SETREADSTATE", ids.mid(1, 1), {{"READ", "0"}})->bag("Result")->text("ITEMCOUNT"), "1");
+    QCOMPARE(m_engine->itemBag(id)->text("ITEMREADCOUNT"), "1");
 
     // The read age now applies to the article marked read.
     m_engine->update(id, {{"DELETEREAD", "600"}, {"DELETEUNREAD", "0"}});
@@ -158,8 +156,8 @@ void tst_DeliveryRequests::readReportsReachTheCounts()
     m_now = kStart.addSecs(700);
     m_engine->update(id);
     waitForUpdate();
-    QCOMPARE(m_engine->itemBag(id)->text("ITEMREADCOUNT"), QStringLiteral("0"));
-    QCOMPARE(m_engine->itemBag(id)->text("ITEMUNREADCOUNT"), QStringLiteral("2"));
+    QCOMPARE(m_engine->itemBag(id)->text("ITEMREADCOUNT"), "0");
+    QCOMPARE(m_engine->itemBag(id)->text("ITEMUNREADCOUNT"), "2");
 }
 
 void tst_DeliveryRequests::removalsFollowAgeAndUnbinding()
@@ -171,7 +169,7 @@ void tst_DeliveryRequests::removalsFollowAgeAndUnbinding()
     const qint32 kept = m_engine->add(m_server.url("/kept").toString());
     waitForUpdate();
     for (const qint32 id : {aged, kept})
-        m_engine->client->BindItem(QStringLiteral("OLCONSUMER"), QStringLiteral("NEWS"), id, 1);
+        m_engine->client->BindItem("OLCONSUMER", "NEWS", id, 1);
     const QList<qint32> all = idsOf(deliver("PENDINGARTICLES"));
     QCOMPARE(all.size(), 4);
     // One article of each stays undelivered: only delivered ones come back as removals.
@@ -188,18 +186,18 @@ void tst_DeliveryRequests::removalsFollowAgeAndUnbinding()
              QString::number(aged));
 
     // Unbinding with 1 keeps what was delivered; with 0 removes it.
-    m_engine->client->BindItem(QStringLiteral("OLCONSUMER"), QStringLiteral("NEWS"), kept, 0);
+    m_engine->client->BindItem("OLCONSUMER", "NEWS", kept, 0);
     BagPtr removals = deliver("PENDINGREMOVALS");
-    QCOMPARE(removals->text("MESSAGE"), QStringLiteral("PendingRemovals"));
+    QCOMPARE(removals->text("MESSAGE"), "PendingRemovals");
     QCOMPARE(idsOf(removals), (QList<qint32>{all.at(0), all.at(2)}));
     const BagPtr removal = std::get<BagPtr>(removals->bag("Result")->list("ITEMS")->at(1));
     QCOMPARE(removal->text("SUBSCRIPTIONID"), QString::number(kept));
-    QCOMPARE(removal->text("GUID"), QStringLiteral("g1"));
+    QCOMPARE(removal->text("GUID"), "g1");
 
-    QCOMPARE(deliver("CONFIRMREMOVALS", {all.at(0)})->bag("Result")->text("ITEMCOUNT"), QStringLiteral("1"));
+    QCOMPARE(deliver("CONFIRMREMOVALS", {all.at(0)})->bag("Result")->text("ITEMCOUNT"), "1");
     QCOMPARE(idsOf(deliver("PENDINGREMOVALS")), (QList<qint32>{all.at(2)}));
     // Binding again delivers the kept subscription's articles anew.
-    m_engine->client->BindItem(QStringLiteral("OLCONSUMER"), QStringLiteral("NEWS"), kept, 1);
+    m_engine->client->BindItem("OLCONSUMER", "NEWS", kept, 1);
     QCOMPARE(idsOf(deliver("PENDINGARTICLES")).size(), 2);
 }
 
@@ -208,15 +206,15 @@ void tst_DeliveryRequests::requestsNeedAConnectedConsumer()
     SubscribeClientPtr stranger = m_engine->engine.newClient();
     auto answer = std::make_shared<CopyingCallback>(*stranger);
     const Handle bag = stranger->NewBag();
-    stranger->SetStringValue(bag, QStringLiteral("REQUEST"), QStringLiteral("PENDINGARTICLES"));
+    stranger->SetStringValue(bag, "REQUEST", "PENDINGARTICLES");
     stranger->SubmitRequest(bag, answer);
     stranger->ReleaseHandle(bag);
     QTRY_COMPARE(answer->received.size(), 1);
-    QCOMPARE(answer->received.first()->text("MESSAGE"), QStringLiteral("RequestFailed"));
+    QCOMPARE(answer->received.first()->text("MESSAGE"), "RequestFailed");
     // Junk IDs and an absurd batch size are harmless.
     QCOMPARE(deliver("ACKNOWLEDGE", {}, {{"ARTICLEIDS", "x,-4,,99999"}})->bag("Result")->text("ITEMCOUNT"),
-             QStringLiteral("0"));
-    QCOMPARE(deliver("PENDINGARTICLES", {}, {{"LIMIT", "-7"}})->text("MESSAGE"), QStringLiteral("PendingArticles"));
+             "0");
+    QCOMPARE(deliver("PENDINGARTICLES", {}, {{"LIMIT", "-7"}})->text("MESSAGE"), "PendingArticles");
 }
 
 QTEST_MAIN(tst_DeliveryRequests)

@@ -22,7 +22,7 @@ namespace {
 QList<qint32> idsOf(const BagPtr &message)
 {
     QList<qint32> ids;
-    const ListPtr list = message->bag("Result")->list(QStringLiteral("SUBSCRIPTIONIDS"));
+    const ListPtr list = message->bag("Result")->list("SUBSCRIPTIONIDS");
     for (qsizetype i = 0; list && i < list->size(); ++i)
         ids.append(valueLong(list->at(i)));
     return ids;
@@ -85,16 +85,15 @@ void tst_EngineCore::cleanup()
 void tst_EngineCore::addAnswersTheCallerAndTellsTheOthers()
 {
     std::shared_ptr<CopyingCallback> configEvents, outlookEvents;
-    auto config = client(QStringLiteral("CONFIGCONSUMER"), &configEvents);
-    client(QStringLiteral("OLCONSUMER"), &outlookEvents);
+    auto config = client("CONFIGCONSUMER", &configEvents);
+    client("OLCONSUMER", &outlookEvents);
 
-    const Handle request =
-        config->CreateItemRequest(kNews, QStringLiteral("Daily"), QStringLiteral("http://a/feed"));
-    config->SetStringValue(request, QStringLiteral("USER"), QStringLiteral("ann"));
-    config->SetStringValue(request, QStringLiteral("PASSWORD"), QStringLiteral("secret"));
+    const Handle request = config->CreateItemRequest(kNews, "Daily", "http://a/feed");
+    config->SetStringValue(request, "USER", "ann");
+    config->SetStringValue(request, "PASSWORD", "secret");
     const Handle consumers = config->NewList();
-    config->ListAppend(consumers, QStringLiteral("OLCONSUMER"));
-    config->SetHandleValue(request, QStringLiteral("ConsumerIDs"), consumers);
+    config->ListAppend(consumers, "OLCONSUMER");
+    config->SetHandleValue(request, "ConsumerIDs", consumers);
     auto answer = std::make_shared<CopyingCallback>(*config);
     const qint32 first = config->SubmitRequest(request, answer);
     const qint32 second = config->SubmitRequest(request, std::make_shared<CopyingCallback>(*config));
@@ -110,55 +109,54 @@ void tst_EngineCore::addAnswersTheCallerAndTellsTheOthers()
 
     // Two adds: the other consumer hears of both, then of each binding; the asker of neither add.
     QTRY_COMPARE(outlookEvents->received.size(), 4);
-    QCOMPARE(outlookEvents->received.at(0)->text("MESSAGE"), QStringLiteral("SubscriptionAdded"));
+    QCOMPARE(outlookEvents->received.at(0)->text("MESSAGE"), "SubscriptionAdded");
     QCOMPARE(outlookEvents->received.at(0)->bag("Result")->text("SUBSCRIPTIONID").toInt(), id);
-    QCOMPARE(outlookEvents->received.at(1)->text("MESSAGE"), QStringLiteral("SubscriptionBindingChanged"));
-    QCOMPARE(outlookEvents->received.at(1)->bag("Result")->text("ORIGINATOR"),
-             QStringLiteral("CONFIGCONSUMER"));
+    QCOMPARE(outlookEvents->received.at(1)->text("MESSAGE"), "SubscriptionBindingChanged");
+    QCOMPARE(outlookEvents->received.at(1)->bag("Result")->text("ORIGINATOR"), "CONFIGCONSUMER");
     QCOMPARE(idsOf(outlookEvents->received.at(1)), QList<qint32>{id});
     QTRY_COMPARE(configEvents->received.size(), 2);
     for (const auto &event : configEvents->received)
-        QCOMPARE(event->text("MESSAGE"), QStringLiteral("SubscriptionBindingChanged"));
+        QCOMPARE(event->text("MESSAGE"), "SubscriptionBindingChanged");
 
-    QCOMPARE(ItemText(*config, id, QStringLiteral("USER")), QStringLiteral("ann"));
-    QCOMPARE(ItemText(*config, id, QStringLiteral("PASSWORD")), QStringLiteral("secret"));
-    QCOMPARE(ItemText(*config, id, QStringLiteral("UPDATEFREQ")), QStringLiteral("-1"));
-    QCOMPARE(ItemText(*config, id, QStringLiteral("DELETEUNREAD")), QStringLiteral("-1"));
-    QCOMPARE(ConsumerItems(*config, QStringLiteral("OLCONSUMER")), (QList<int>{id, id + 1}));
-    QCOMPARE(ConsumerItems(*config, QStringLiteral("*")), (QList<int>{id, id + 1}));
-    QCOMPARE(ConsumerItems(*config, QStringLiteral("MEDIACONSUMER")), QList<int>{});
+    QCOMPARE(ItemText(*config, id, "USER"), "ann");
+    QCOMPARE(ItemText(*config, id, "PASSWORD"), "secret");
+    QCOMPARE(ItemText(*config, id, "UPDATEFREQ"), "-1");
+    QCOMPARE(ItemText(*config, id, "DELETEUNREAD"), "-1");
+    QCOMPARE(ConsumerItems(*config, "OLCONSUMER"), (QList<int>{id, id + 1}));
+    QCOMPARE(ConsumerItems(*config, "*"), (QList<int>{id, id + 1}));
+    QCOMPARE(ConsumerItems(*config, "MEDIACONSUMER"), QList<int>{});
 }
 
 void tst_EngineCore::itemBagLeavesUnknownValuesOut()
 {
     auto c = client();
-    const qint32 id = add(*c, QStringLiteral("http://b/rss"));
+    const qint32 id = add(*c, "http://b/rss");
     QVERIFY(id > 0);
 
     const Handle bag = c->GetItemBag(kNews, id, 0);
-    QCOMPARE(c->GetLongValue(bag, QStringLiteral("SUBSCRIPTIONID")), id);
-    QCOMPARE(c->GetLongValue(bag, QStringLiteral("USER")), kMissing);
-    QCOMPARE(c->GetStringValue(bag, QStringLiteral("LASTUPDATESTATUS")), kMissingText);
-    QCOMPARE(c->GetStringValue(bag, QStringLiteral("LastDateCheck")), kMissingText);
-    QCOMPARE(c->GetStringValue(bag, QStringLiteral("NEXTUPDATETIME")), kMissingText);
-    QCOMPARE(c->GetStringValue(bag, QStringLiteral("FOLDERTITLE")), kMissingText);
+    QCOMPARE(c->GetLongValue(bag, "SUBSCRIPTIONID"), id);
+    QCOMPARE(c->GetLongValue(bag, "USER"), kMissing);
+    QCOMPARE(c->GetStringValue(bag, "LASTUPDATESTATUS"), kMissingText);
+    QCOMPARE(c->GetStringValue(bag, "LastDateCheck"), kMissingText);
+    QCOMPARE(c->GetStringValue(bag, "NEXTUPDATETIME"), kMissingText);
+    QCOMPARE(c->GetStringValue(bag, "FOLDERTITLE"), kMissingText);
     // A feed added without a category sits at the top of the tree, not under "-237237".
-    QCOMPARE(c->GetStringValue(bag, QStringLiteral("CATEGORY")), QString());
-    QCOMPARE(c->GetLongValue(bag, QStringLiteral("ITEMREADCOUNT")), 0);
-    QCOMPARE(c->GetLongValue(bag, QStringLiteral("ITEMUNREADCOUNT")), 0);
+    QCOMPARE(c->GetStringValue(bag, "CATEGORY"), QString());
+    QCOMPARE(c->GetLongValue(bag, "ITEMREADCOUNT"), 0);
+    QCOMPARE(c->GetLongValue(bag, "ITEMUNREADCOUNT"), 0);
     c->ReleaseHandle(bag);
 
-    setSetting(*c, QStringLiteral("OLCONSUMER"), QStringLiteral("SubscriptionSpecifics_%1").arg(id),
-               QStringLiteral("FOLDERTITLE"), QStringLiteral("My folder"));
-    QCOMPARE(ItemText(*c, id, QStringLiteral("FOLDERTITLE")), QStringLiteral("My folder"));
+    setSetting(*c, "OLCONSUMER", QStringLiteral("SubscriptionSpecifics_%1").arg(id), "FOLDERTITLE",
+               "My folder");
+    QCOMPARE(ItemText(*c, id, "FOLDERTITLE"), "My folder");
 
     SideConnection side(m_engine->core().databasePath());
     QVERIFY(
         side.exec(QStringLiteral("INSERT INTO articles (subscription_id, guid, is_read) VALUES (%1, 'a', 1),"
                                  " (%1, 'b', 0), (%1, 'c', 0)")
                       .arg(id)));
-    QCOMPARE(ItemText(*c, id, QStringLiteral("ITEMREADCOUNT")), QStringLiteral("1"));
-    QCOMPARE(ItemText(*c, id, QStringLiteral("ITEMUNREADCOUNT")), QStringLiteral("2"));
+    QCOMPARE(ItemText(*c, id, "ITEMREADCOUNT"), "1");
+    QCOMPARE(ItemText(*c, id, "ITEMUNREADCOUNT"), "2");
 
     QVERIFY_THROWS_EXCEPTION(EngineError, c->GetItemBag(kNews, id + 100, 0));
 }
@@ -166,58 +164,57 @@ void tst_EngineCore::itemBagLeavesUnknownValuesOut()
 void tst_EngineCore::updateItemKeepsEveryNameAndMakesItDue()
 {
     auto c = client();
-    const qint32 id = add(*c, QStringLiteral("http://c/atom"));
+    const qint32 id = add(*c, "http://c/atom");
     const QDateTime before = QDateTime::currentDateTimeUtc().addSecs(-1);
 
     const Handle values = c->NewBag();
-    c->SetLongValue(values, QStringLiteral("UPDATEFREQ"), 7200);
-    c->SetStringValue(values, QStringLiteral("DELETEREAD"), QStringLiteral("86400"));
-    c->SetStringValue(values, QStringLiteral("LastDateCheck"), QStringLiteral("2024-05-01T14:00:00+02:00"));
-    c->SetStringValue(values, QStringLiteral("SearchLimit"), QStringLiteral("25"));
-    c->SetLongValue(values, QStringLiteral("SUBSCRIPTIONID"), 999);
+    c->SetLongValue(values, "UPDATEFREQ", 7200);
+    c->SetStringValue(values, "DELETEREAD", "86400");
+    c->SetStringValue(values, "LastDateCheck", "2024-05-01T14:00:00+02:00");
+    c->SetStringValue(values, "SearchLimit", "25");
+    c->SetLongValue(values, "SUBSCRIPTIONID", 999);
     c->UpdateItem(kNews, id, values);
     c->ReleaseHandle(values);
 
-    QCOMPARE(ItemText(*c, id, QStringLiteral("UPDATEFREQ")), QStringLiteral("7200"));
-    QCOMPARE(ItemText(*c, id, QStringLiteral("DELETEREAD")), QStringLiteral("86400"));
-    QCOMPARE(ItemText(*c, id, QStringLiteral("LastDateCheck")), QStringLiteral("2024-05-01T12:00:00Z"));
-    QCOMPARE(ItemText(*c, id, QStringLiteral("searchlimit")), QStringLiteral("25"));
-    QCOMPARE(ItemText(*c, id, QStringLiteral("SUBSCRIPTIONID")).toInt(), id);
-    const QDateTime due =
-        QDateTime::fromString(ItemText(*c, id, QStringLiteral("NEXTUPDATETIME")), Qt::ISODate);
+    QCOMPARE(ItemText(*c, id, "UPDATEFREQ"), "7200");
+    QCOMPARE(ItemText(*c, id, "DELETEREAD"), "86400");
+    QCOMPARE(ItemText(*c, id, "LastDateCheck"), "2024-05-01T12:00:00Z");
+    QCOMPARE(ItemText(*c, id, "searchlimit"), "25");
+    QCOMPARE(ItemText(*c, id, "SUBSCRIPTIONID").toInt(), id);
+    const QDateTime due = QDateTime::fromString(ItemText(*c, id, "NEXTUPDATETIME"), Qt::ISODate);
     QVERIFY(due >= before && due <= QDateTime::currentDateTimeUtc().addSecs(1));
 
     // A bad value undoes the whole update, names applied before it included.
     const Handle bad = c->NewBag();
-    c->SetStringValue(bad, QStringLiteral("TITLE"), QStringLiteral("Changed"));
-    c->SetStringValue(bad, QStringLiteral("UPDATEFREQ"), QStringLiteral("soon"));
+    c->SetStringValue(bad, "TITLE", "Changed");
+    c->SetStringValue(bad, "UPDATEFREQ", "soon");
     QVERIFY_THROWS_EXCEPTION(EngineError, c->UpdateItem(kNews, id, bad));
     QVERIFY_THROWS_EXCEPTION(EngineError, c->UpdateItem(kNews, id + 100, bad));
     c->ReleaseHandle(bad);
-    QCOMPARE(ItemText(*c, id, QStringLiteral("TITLE")), QStringLiteral("Title of http://c/atom"));
-    QCOMPARE(ItemText(*c, id, QStringLiteral("UPDATEFREQ")), QStringLiteral("7200"));
+    QCOMPARE(ItemText(*c, id, "TITLE"), "Title of http://c/atom");
+    QCOMPARE(ItemText(*c, id, "UPDATEFREQ"), "7200");
 
     // A login inside an address leaves it for USER and PASSWORD; one given beside it wins.
-    const qint32 secret = add(*c, QStringLiteral("https://ann:s3cret@e/feed"));
-    QCOMPARE(ItemText(*c, secret, QStringLiteral("URL")), QStringLiteral("https://e/feed"));
-    QCOMPARE(ItemText(*c, secret, QStringLiteral("USER")), QStringLiteral("ann"));
-    QCOMPARE(ItemText(*c, secret, QStringLiteral("PASSWORD")), QStringLiteral("s3cret"));
+    const qint32 secret = add(*c, "https://ann:s3cret@e/feed");
+    QCOMPARE(ItemText(*c, secret, "URL"), "https://e/feed");
+    QCOMPARE(ItemText(*c, secret, "USER"), "ann");
+    QCOMPARE(ItemText(*c, secret, "PASSWORD"), "s3cret");
     const Handle moved = c->NewBag();
-    c->SetStringValue(moved, QStringLiteral("URL"), QStringLiteral("http://bob:pw@e/other"));
-    c->SetStringValue(moved, QStringLiteral("USER"), QStringLiteral("carol"));
+    c->SetStringValue(moved, "URL", "http://bob:pw@e/other");
+    c->SetStringValue(moved, "USER", "carol");
     c->UpdateItem(kNews, secret, moved);
     c->ReleaseHandle(moved);
-    QCOMPARE(ItemText(*c, secret, QStringLiteral("URL")), QStringLiteral("http://e/other"));
-    QCOMPARE(ItemText(*c, secret, QStringLiteral("USER")), QStringLiteral("carol"));
+    QCOMPARE(ItemText(*c, secret, "URL"), "http://e/other");
+    QCOMPARE(ItemText(*c, secret, "USER"), "carol");
 }
 
 void tst_EngineCore::bindItemFollowsTheDeliveryRule()
 {
     std::shared_ptr<CopyingCallback> events;
-    auto config = client(QStringLiteral("CONFIGCONSUMER"), &events);
-    auto outlook = client(QStringLiteral("OLCONSUMER"));
-    const QString ol = QStringLiteral("OLCONSUMER");
-    const qint32 id = add(*config, QStringLiteral("http://d/feed"), {ol});
+    auto config = client("CONFIGCONSUMER", &events);
+    auto outlook = client("OLCONSUMER");
+    const QString ol = "OLCONSUMER";
+    const qint32 id = add(*config, "http://d/feed", {ol});
     QTRY_COMPARE(events->received.size(), 1); // the add's own binding
     const auto bound = [&] { return ConsumerItems(*config, ol).contains(id); };
 
@@ -235,10 +232,8 @@ void tst_EngineCore::bindItemFollowsTheDeliveryRule()
 
     // Silent calls send nothing: four announced changes follow the add's binding.
     QTRY_COMPARE(events->received.size(), 5);
-    const QStringList flags = {QStringLiteral("FALSE"), QStringLiteral("TRUE"), QStringLiteral("FALSE"),
-                               QStringLiteral("TRUE")};
-    const QStringList originators = {QStringLiteral("CONFIGCONSUMER"), ol, QStringLiteral("CONFIGCONSUMER"),
-                                     QStringLiteral("CONFIGCONSUMER")};
+    const QStringList flags = {"FALSE", "TRUE", "FALSE", "TRUE"};
+    const QStringList originators = {"CONFIGCONSUMER", ol, "CONFIGCONSUMER", "CONFIGCONSUMER"};
     for (int i = 0; i < flags.size(); ++i) {
         const auto &event = events->received.at(i + 1);
         QCOMPARE(event->bag("Result")->text("SubscriptionBindFlag"), flags.at(i));
@@ -253,9 +248,9 @@ void tst_EngineCore::bindItemFollowsTheDeliveryRule()
 
 void tst_EngineCore::bindItemKeepsOrDropsDeliveredArticles()
 {
-    auto c = client(QStringLiteral("CONFIGCONSUMER"));
-    const QString ol = QStringLiteral("OLCONSUMER");
-    const qint32 id = add(*c, QStringLiteral("http://e/feed"));
+    auto c = client("CONFIGCONSUMER");
+    const QString ol = "OLCONSUMER";
+    const qint32 id = add(*c, "http://e/feed");
     SideConnection side(m_engine->core().databasePath());
     QVERIFY(side.exec(
         QStringLiteral("INSERT INTO articles (subscription_id, guid) VALUES (%1, 'x'), (%1, 'y')").arg(id)));
@@ -265,9 +260,7 @@ void tst_EngineCore::bindItemKeepsOrDropsDeliveredArticles()
                            " SELECT 'OLCONSUMER', id, 'now' FROM articles WHERE subscription_id = %1")
                 .arg(id));
     };
-    const auto delivered = [&] {
-        return side.number(QStringLiteral("SELECT COUNT(*) FROM delivered_articles"));
-    };
+    const auto delivered = [&] { return side.number("SELECT COUNT(*) FROM delivered_articles"); };
 
     c->BindItem(ol, kNews, id, 1);
     QVERIFY(markDelivered());
@@ -280,64 +273,60 @@ void tst_EngineCore::bindItemKeepsOrDropsDeliveredArticles()
 
 void tst_EngineCore::removeItemTakesEverythingWithIt()
 {
-    auto c = client(QStringLiteral("CONFIGCONSUMER"));
-    const qint32 id = add(*c, QStringLiteral("http://f/feed"), {QStringLiteral("OLCONSUMER")});
-    const qint32 kept = add(*c, QStringLiteral("http://g/feed"));
+    auto c = client("CONFIGCONSUMER");
+    const qint32 id = add(*c, "http://f/feed", {"OLCONSUMER"});
+    const qint32 kept = add(*c, "http://g/feed");
     const QString section = QStringLiteral("SubscriptionSpecifics_%1").arg(id);
     const QString keptSection = QStringLiteral("SubscriptionSpecifics_%1").arg(kept);
-    setSetting(*c, QStringLiteral("OLCONSUMER"), section, QStringLiteral("FOLDERTITLE"), QStringLiteral("F"));
-    setSetting(*c, QStringLiteral("MEDIACONSUMER"), section, QStringLiteral("EnableAutoDownload"),
-               QStringLiteral("1"));
-    setSetting(*c, QStringLiteral("OLCONSUMER"), keptSection, QStringLiteral("FOLDERTITLE"),
-               QStringLiteral("G"));
+    setSetting(*c, "OLCONSUMER", section, "FOLDERTITLE", "F");
+    setSetting(*c, "MEDIACONSUMER", section, "EnableAutoDownload", "1");
+    setSetting(*c, "OLCONSUMER", keptSection, "FOLDERTITLE", "G");
     SideConnection side(m_engine->core().databasePath());
     QVERIFY(
         side.exec(QStringLiteral("INSERT INTO articles (subscription_id, guid) VALUES (%1, 'x')").arg(id)));
 
     c->RemoveItem(kNews, id, 1);
     QVERIFY_THROWS_EXCEPTION(EngineError, c->GetItemBag(kNews, id, 0));
-    QCOMPARE(ConsumerItems(*c, QStringLiteral("*")), QList<int>{kept});
-    QCOMPARE(ConsumerItems(*c, QStringLiteral("OLCONSUMER")), QList<int>{});
-    QCOMPARE(setting(*c, QStringLiteral("OLCONSUMER"), section, QStringLiteral("FOLDERTITLE")), kMissingText);
-    QCOMPARE(setting(*c, QStringLiteral("MEDIACONSUMER"), section, QStringLiteral("EnableAutoDownload")),
-             kMissingText);
-    QCOMPARE(setting(*c, QStringLiteral("OLCONSUMER"), keptSection, QStringLiteral("FOLDERTITLE")),
-             QStringLiteral("G"));
-    QCOMPARE(side.number(QStringLiteral("SELECT COUNT(*) FROM articles")), 0);
+    QCOMPARE(ConsumerItems(*c, "*"), QList<int>{kept});
+    QCOMPARE(ConsumerItems(*c, "OLCONSUMER"), QList<int>{});
+    QCOMPARE(setting(*c, "OLCONSUMER", section, "FOLDERTITLE"), kMissingText);
+    QCOMPARE(setting(*c, "MEDIACONSUMER", section, "EnableAutoDownload"), kMissingText);
+    QCOMPARE(setting(*c, "OLCONSUMER", keptSection, "FOLDERTITLE"), "G");
+    QCOMPARE(side.number("SELECT COUNT(*) FROM articles"), 0);
 
     c->RemoveItem(kNews, id, 1); // already gone: harmless
     // IDs are never handed out twice, so old per-subscription settings cannot be inherited.
-    QVERIFY(add(*c, QStringLiteral("http://h/feed")) > kept);
+    QVERIFY(add(*c, "http://h/feed") > kept);
 }
 
 void tst_EngineCore::requestsThatCannotBeServedAreAnswered()
 {
-    auto c = client(QStringLiteral("CONFIGCONSUMER"));
+    auto c = client("CONFIGCONSUMER");
     const auto submit = [&](const QString &kind, const QString &url) {
-        const Handle request = c->CreateItemRequest(kNews, QStringLiteral("t"), url);
+        const Handle request = c->CreateItemRequest(kNews, "t", url);
         if (kind.isEmpty())
-            c->SetStringValue(request, QStringLiteral("REQUEST"), QString());
+            c->SetStringValue(request, "REQUEST", QString());
         else
-            c->SetStringValue(request, QStringLiteral("REQUEST"), kind);
+            c->SetStringValue(request, "REQUEST", kind);
         auto answer = std::make_shared<CopyingCallback>(*c);
         c->SubmitRequest(request, answer);
         c->ReleaseHandle(request);
         return answer;
     };
-    const auto unknown = submit(QStringLiteral("FROB"), QStringLiteral("http://x"));
-    const auto noKind = submit(QString(), QStringLiteral("http://x"));
-    const auto noUrl = submit(QStringLiteral("ADD"), QString());
+    const auto unknown = submit("FROB", "http://x");
+    const auto noKind = submit(QString(), "http://x");
+    const auto noUrl = submit("ADD", QString());
     auto preview = std::make_shared<CopyingCallback>(*c);
-    QVERIFY(!c->RequestPreview(kNews, QStringLiteral("gopher://x"), preview).isEmpty());
+    QVERIFY(!c->RequestPreview(kNews, "gopher://x", preview).isEmpty());
 
     for (const auto &answer : {unknown, noKind, noUrl, preview}) {
         QTRY_COMPARE(answer->received.size(), 1);
-        QCOMPARE(answer->received.first()->text("MESSAGE"), QStringLiteral("RequestFailed"));
+        QCOMPARE(answer->received.first()->text("MESSAGE"), "RequestFailed");
         QVERIFY(!answer->received.first()->text("ERROR").isEmpty());
     }
-    QVERIFY(unknown->received.first()->text("ERROR").contains(QStringLiteral("FROB")));
-    QVERIFY(preview->received.first()->text("ERROR").contains(QStringLiteral("gopher://x")));
-    QCOMPARE(ConsumerItems(*c, QStringLiteral("*")), QList<int>{});
+    QVERIFY(unknown->received.first()->text("ERROR").contains("FROB"));
+    QVERIFY(preview->received.first()->text("ERROR").contains("gopher://x"));
+    QCOMPARE(ConsumerItems(*c, "*"), QList<int>{});
 }
 
 void tst_EngineCore::badCallsRaiseReadableErrors()
@@ -352,73 +341,67 @@ void tst_EngineCore::badCallsRaiseReadableErrors()
         }
         return QString();
     };
-    QVERIFY(message(QStringLiteral("Frobnicate"), {}).startsWith(QStringLiteral("Unknown engine operation")));
-    QVERIFY(message(QStringLiteral("GetItemBag"), {kNews, QStringLiteral("1"), 0})
-                .startsWith(QStringLiteral("bad arguments for GetItemBag")));
-    QVERIFY(message(QStringLiteral("GetItemBag"), {kNews, 1})
-                .startsWith(QStringLiteral("bad arguments for GetItemBag")));
-    QVERIFY(message(QStringLiteral("SetSettings"), {QStringLiteral("X"), QString(), qint32(1)})
-                .startsWith(QStringLiteral("bad arguments for SetSettings")));
-    QVERIFY(message(QStringLiteral("ListConsumerItems"), {QStringLiteral("*"), QStringLiteral("MAIL")})
-                .contains(QStringLiteral("MAIL")));
-    QVERIFY(message(QStringLiteral("Connect"), {QString(), 1}).contains(QStringLiteral("consumer")));
+    QVERIFY(message("Frobnicate", {}).startsWith("Unknown engine operation"));
+    QVERIFY(message("GetItemBag", {kNews, "1", 0}).startsWith("bad arguments for GetItemBag"));
+    QVERIFY(message("GetItemBag", {kNews, 1}).startsWith("bad arguments for GetItemBag"));
+    QVERIFY(message("SetSettings", {"X", QString(), qint32(1)}).startsWith("bad arguments for SetSettings"));
+    QVERIFY(message("ListConsumerItems", {"*", "MAIL"}).contains("MAIL"));
+    QVERIFY(message("Connect", {QString(), 1}).contains("consumer"));
     core.closeSession(session);
-    QVERIFY(message(QStringLiteral("SyncNow"), {}).contains(QStringLiteral("not open")));
+    QVERIFY(message("SyncNow", {}).contains("not open"));
 
     // A data folder that cannot be made: open() says why, and calls fail instead of crashing.
     QTemporaryFile blocker;
     QVERIFY(blocker.open());
-    EngineCore broken(blocker.fileName() + QStringLiteral("/data"));
+    EngineCore broken(blocker.fileName() + "/data");
     QString why;
     QVERIFY(!broken.open(&why));
-    QVERIFY(why.contains(QStringLiteral("data folder")));
-    QVERIFY_THROWS_EXCEPTION(EngineError, broken.call(broken.openSession({}), QStringLiteral("SyncNow"), {}));
+    QVERIFY(why.contains("data folder"));
+    QVERIFY_THROWS_EXCEPTION(EngineError, broken.call(broken.openSession({}), "SyncNow", {}));
 }
 
 void tst_EngineCore::reopenedStoreKeepsEverything()
 {
     QTemporaryDir dir;
-    const QString folder = dir.filePath(QStringLiteral("nested/data"));
+    const QString folder = dir.filePath("nested/data");
     qint32 id = 0;
     {
         EngineCore core(folder);
         QVERIFY(core.open());
         auto c = LinkedSubscribeClient::create(std::make_unique<InProcessLink>(&core));
-        c->Connect(QStringLiteral("CONFIGCONSUMER"), std::make_shared<CopyingCallback>(*c));
-        id = add(*c, QStringLiteral("http://kept/feed"), {QStringLiteral("OLCONSUMER")});
+        c->Connect("CONFIGCONSUMER", std::make_shared<CopyingCallback>(*c));
+        id = add(*c, "http://kept/feed", {"OLCONSUMER"});
         QVERIFY(id > 0);
-        setSetting(*c, QStringLiteral("ENGINE"), QString(), QStringLiteral("GUID"), QStringLiteral("42"));
-        c->SetSyncSettings(1, QStringLiteral("https://sync"), QStringLiteral("ann"), QStringLiteral("pw"),
-                           7200);
-        c->Log(QStringLiteral("UI Client <> Engine comms established\r\n"), 999);
+        setSetting(*c, "ENGINE", QString(), "GUID", "42");
+        c->SetSyncSettings(1, "https://sync", "ann", "pw", 7200);
+        c->Log("UI Client <> Engine comms established\r\n", 999);
         QCOMPARE(c->LiveHandleCount(), 0);
     }
     {
         // An address with a login in it, as older versions stored them.
-        QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("older"));
-        db.setDatabaseName(QDir(folder).filePath(QStringLiteral("engine.sqlite")));
+        QSqlDatabase db = QSqlDatabase::addDatabase("QSQLITE", "older");
+        db.setDatabaseName(QDir(folder).filePath("engine.sqlite"));
         QVERIFY(db.open());
-        QVERIFY(
-            QSqlQuery(db).exec(QStringLiteral("UPDATE subscriptions SET url = 'http://ann:pw@kept/feed'")));
+        QVERIFY(QSqlQuery(db).exec("UPDATE subscriptions SET url = 'http://ann:pw@kept/feed'"));
         db.close();
     }
-    QSqlDatabase::removeDatabase(QStringLiteral("older"));
+    QSqlDatabase::removeDatabase("older");
     EngineCore core(folder);
     QVERIFY(core.open());
     auto c = LinkedSubscribeClient::create(std::make_unique<InProcessLink>(&core));
-    QCOMPARE(ItemText(*c, id, QStringLiteral("URL")), QStringLiteral("http://kept/feed"));
-    QCOMPARE(ItemText(*c, id, QStringLiteral("USER")), QStringLiteral("ann"));
-    QCOMPARE(ItemText(*c, id, QStringLiteral("PASSWORD")), QStringLiteral("pw"));
-    QCOMPARE(ConsumerItems(*c, QStringLiteral("OLCONSUMER")), QList<int>{id});
-    QCOMPARE(setting(*c, QStringLiteral("ENGINE"), QString(), QStringLiteral("GUID")), QStringLiteral("42"));
+    QCOMPARE(ItemText(*c, id, "URL"), "http://kept/feed");
+    QCOMPARE(ItemText(*c, id, "USER"), "ann");
+    QCOMPARE(ItemText(*c, id, "PASSWORD"), "pw");
+    QCOMPARE(ConsumerItems(*c, "OLCONSUMER"), QList<int>{id});
+    QCOMPARE(setting(*c, "ENGINE", QString(), "GUID"), "42");
     const Handle sync = c->GetSyncSettings();
-    QCOMPARE(c->GetLongValue(sync, QStringLiteral("SyncRemote")), 1);
-    QCOMPARE(c->GetStringValue(sync, QStringLiteral("SyncServer")), QStringLiteral("https://sync"));
-    QCOMPARE(c->GetLongValue(sync, QStringLiteral("SyncFrequency")), 7200);
+    QCOMPARE(c->GetLongValue(sync, "SyncRemote"), 1);
+    QCOMPARE(c->GetStringValue(sync, "SyncServer"), "https://sync");
+    QCOMPARE(c->GetLongValue(sync, "SyncFrequency"), 7200);
     c->ReleaseHandle(sync);
     QCOMPARE(c->LiveHandleCount(), 0);
 
-    QFile log(QDir(folder).filePath(QStringLiteral("engine.log")));
+    QFile log(QDir(folder).filePath("engine.log"));
     QVERIFY(log.open(QIODevice::ReadOnly));
     const QList<QByteArray> lines = log.readAll().split('\n');
     QCOMPARE(lines.size(), 2); // one line and the final line end
@@ -428,23 +411,22 @@ void tst_EngineCore::reopenedStoreKeepsEverything()
 void tst_EngineCore::connectionsAndTermination()
 {
     std::shared_ptr<CopyingCallback> old, replaced, media;
-    auto config = client(QStringLiteral("CONFIGCONSUMER"), &old);
-    config->Connect(QStringLiteral("CONFIGCONSUMER"), replaced = std::make_shared<CopyingCallback>(*config));
-    client(QStringLiteral("MEDIACONSUMER"), &media);
+    auto config = client("CONFIGCONSUMER", &old);
+    config->Connect("CONFIGCONSUMER", replaced = std::make_shared<CopyingCallback>(*config));
+    client("MEDIACONSUMER", &media);
     client(); // never connected: hears nothing
-    QCOMPARE(m_engine->core().connectedConsumers(),
-             (QStringList{QStringLiteral("CONFIGCONSUMER"), QStringLiteral("MEDIACONSUMER")}));
+    QCOMPARE(m_engine->core().connectedConsumers(), (QStringList{"CONFIGCONSUMER", "MEDIACONSUMER"}));
 
     m_engine->core().announceTermination();
     QTRY_COMPARE(replaced->received.size(), 1);
     QTRY_COMPARE(media->received.size(), 1);
-    QCOMPARE(replaced->received.first()->text("MESSAGE"), QStringLiteral("EngineTerminated"));
+    QCOMPARE(replaced->received.first()->text("MESSAGE"), "EngineTerminated");
     QCOMPARE(old->received.size(), 0);
 
     m_clients.removeLast();
     QCOMPARE(m_engine->core().connectedConsumers().size(), 2);
     m_clients.removeLast();
-    QCOMPARE(m_engine->core().connectedConsumers(), QStringList{QStringLiteral("CONFIGCONSUMER")});
+    QCOMPARE(m_engine->core().connectedConsumers(), QStringList{"CONFIGCONSUMER"});
 }
 
 QTEST_GUILESS_MAIN(tst_EngineCore)

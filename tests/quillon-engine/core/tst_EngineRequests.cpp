@@ -179,19 +179,19 @@ void tst_EngineRequests::previewAnswersWithTheFeedOrAnError()
     m_server.serve("/feed", kFeed);
     BagPtr answer = m_engine->preview(url("/feed"));
     QVERIFY(answer);
-    QCOMPARE(answer->text("MESSAGE"), QStringLiteral("PreviewResult"));
+    QCOMPARE(answer->text("MESSAGE"), "PreviewResult");
     const BagPtr details = answer->bag("Result")->bag("PREFLIGHT_DETAILS");
     QVERIFY(details);
-    QCOMPARE(details->text("ITEMCOUNT"), QStringLiteral("2"));
-    QCOMPARE(details->text("TITLE"), QStringLiteral("Preview & Co"));
-    QCOMPARE(details->text("DESCRIPTION"), QStringLiteral("What we write"));
+    QCOMPARE(details->text("ITEMCOUNT"), "2");
+    QCOMPARE(details->text("TITLE"), "Preview & Co");
+    QCOMPARE(details->text("DESCRIPTION"), "What we write");
     QCOMPARE(details->text("URL"), url("/feed"));
     const BagPtr first = entry(details->list("ITEMS"), 0);
-    QCOMPARE(first->text("SUBJECT"), QStringLiteral("First"));
-    QCOMPARE(first->text("URL"), QStringLiteral("http://example.com/1"));
-    QCOMPARE(first->text("BODY"), QStringLiteral("<b>One</b>"));
-    QCOMPARE(first->text("DATE"), QStringLiteral("2024-05-01T10:00:00Z"));
-    QCOMPARE(first->text("AUTHOR"), QStringLiteral("ann@example.com"));
+    QCOMPARE(first->text("SUBJECT"), "First");
+    QCOMPARE(first->text("URL"), "http://example.com/1");
+    QCOMPARE(first->text("BODY"), "<b>One</b>");
+    QCOMPARE(first->text("DATE"), "2024-05-01T10:00:00Z");
+    QCOMPARE(first->text("AUTHOR"), "ann@example.com");
     QCOMPARE(entry(details->list("ITEMS"), 1)->text("DATE"), kMissingText);
     // A preview stores nothing.
     const Handle all = m_engine->client->ListConsumerItems("*", "NEWS");
@@ -200,17 +200,16 @@ void tst_EngineRequests::previewAnswersWithTheFeedOrAnError()
 
     // A web page leads to its site's feed; a document of another kind is no feed.
     m_server.serve("/page", "<html><body>not a feed</body></html>", "text/html");
-    QCOMPARE(m_engine->preview(url("/page"))->text("MESSAGE"), QStringLiteral("PreviewResult"));
+    QCOMPARE(m_engine->preview(url("/page"))->text("MESSAGE"), "PreviewResult");
     m_server.serve("/note", "<?xml version=\"1.0\"?><note>not a feed</note>", "text/xml");
-    for (const QString &path : {QStringLiteral("/missing"), QStringLiteral("/note")}) {
+    for (const QString &path : {"/missing", "/note"}) {
         answer = m_engine->preview(url(path));
         QVERIFY(answer);
-        QCOMPARE(answer->text("MESSAGE"), QStringLiteral("RequestFailed"));
+        QCOMPARE(answer->text("MESSAGE"), "RequestFailed");
         QVERIFY(!answer->contains("Result"));
     }
-    QCOMPARE(answer->text("ERROR"),
-             QStringLiteral("Error: The document is not a feed (its root element is <note>)."));
-    QCOMPARE(m_engine->preview(url("/missing"))->text("ERROR"), QStringLiteral("Error: HTTP 404 Not Found"));
+    QCOMPARE(answer->text("ERROR"), "Error: The document is not a feed (its root element is <note>).");
+    QCOMPARE(m_engine->preview(url("/missing"))->text("ERROR"), "Error: HTTP 404 Not Found");
 }
 
 void tst_EngineRequests::fetchOpmlReadsFilesWebListsAndReaders()
@@ -220,24 +219,24 @@ void tst_EngineRequests::fetchOpmlReadsFilesWebListsAndReaders()
     // As the import hands it over: blanks as %20, nothing else escaped.
     const QString loopback = "file://loopback/" + QString(path).replace(" ", "%20");
     BagPtr answer = fetchOpml(loopback);
-    QCOMPARE(answer->text("MESSAGE"), QStringLiteral("OPMLResult"));
+    QCOMPARE(answer->text("MESSAGE"), "OPMLResult");
     BagPtr result = answer->bag("Result");
     QCOMPARE(result->text("URL"), loopback);
-    QCOMPARE(result->text("TITLE"), QStringLiteral("My Lists"));
+    QCOMPARE(result->text("TITLE"), "My Lists");
     const ListPtr top = result->list("SubscriptionList");
     QCOMPARE(top->size(), 2);
     const BagPtr folder = entry(top, 0);
-    QCOMPARE(folder->text("title"), QStringLiteral("Tech"));
+    QCOMPARE(folder->text("title"), "Tech");
     QVERIFY(!folder->contains("xmlUrl"));
     const ListPtr children = folder->list("children");
     QCOMPARE(children->size(), 2);
-    QCOMPARE(entry(children, 0)->text("title"), QStringLiteral("Feed A"));
-    QCOMPARE(entry(children, 0)->text("xmlUrl"), QStringLiteral("http://a.example/rss"));
+    QCOMPARE(entry(children, 0)->text("title"), "Feed A");
+    QCOMPARE(entry(children, 0)->text("xmlUrl"), "http://a.example/rss");
     QCOMPARE(entry(children, 1)->text("title"), kMissingText); // the consumer falls back to text
-    QCOMPARE(entry(children, 1)->text("text"), QStringLiteral("B"));
-    QCOMPARE(entry(children, 1)->text("description"), QStringLiteral("Bee"));
+    QCOMPARE(entry(children, 1)->text("text"), "B");
+    QCOMPARE(entry(children, 1)->text("description"), "Bee");
     QVERIFY(!entry(children, 0)->contains("children"));
-    QCOMPARE(entry(top, 1)->text("htmlUrl"), QStringLiteral("http://top.example/"));
+    QCOMPARE(entry(top, 1)->text("htmlUrl"), "http://top.example/");
 
     // From the web, relative feed addresses hang from the list's own address.
     m_server.serve("/lists/subs.opml", kOpml, "text/x-opml");
@@ -249,27 +248,28 @@ void tst_EngineRequests::fetchOpmlReadsFilesWebListsAndReaders()
     m_server.serve("/single.rss", kFeed);
     result = fetchOpml(url("/single.rss"))->bag("Result");
     QCOMPARE(entry(result->list("SubscriptionList"), 0)->text("xmlUrl"), url("/single.rss"));
-    QCOMPARE(entry(result->list("SubscriptionList"), 0)->text("title"), QStringLiteral("Preview & Co"));
+    QCOMPARE(entry(result->list("SubscriptionList"), 0)->text("title"), "Preview & Co");
 
-    for (const QString &failing : {QStringLiteral("newsgator"), QStringLiteral("intravnews"), url("/nothing"),
-                                   QStringLiteral("file://loopback/") + m_dir.filePath("gone.opml")}) {
-        answer = fetchOpml(failing);
-        QCOMPARE(answer->text("MESSAGE"), QStringLiteral("RequestFailed"));
-        QVERIFY2(!answer->text("ERROR").isEmpty() && !answer->contains("Result"), qPrintable(failing));
+    const QStringList failing = {"newsgator", "intravnews", url("/nothing"),
+                                 "file://loopback/" + m_dir.filePath("gone.opml")};
+    for (const QString &address : failing) {
+        answer = fetchOpml(address);
+        QCOMPARE(answer->text("MESSAGE"), "RequestFailed");
+        QVERIFY2(!answer->text("ERROR").isEmpty() && !answer->contains("Result"), qPrintable(address));
     }
 }
 
 void tst_EngineRequests::listsImportersAndSearchSources()
 {
     BagPtr answer = m_engine->request({{"REQUEST", "LIST"}, {"LIST", "IMPORT"}});
-    QCOMPARE(answer->text("MESSAGE"), QStringLiteral("ListResult"));
+    QCOMPARE(answer->text("MESSAGE"), "ListResult");
     const ListPtr readers = answer->bag("Result")->list("IMPORT");
     QStringList listed;
     for (qsizetype i = 0; i < readers->size(); ++i)
         listed << entry(readers, int(i))->text("id") + ":" + entry(readers, int(i))->text("title");
     QCOMPARE(listed, QStringList({"newsgator:NewsGator", "intravnews:IntraVnews", "newsboat:Newsboat",
                                   "liferea:Liferea", "akregator:Akregator"}));
-    QCOMPARE(entry(readers, 1)->text("available"), QStringLiteral("0"));
+    QCOMPARE(entry(readers, 1)->text("available"), "0");
     const Handle outlines = m_engine->client->ListReaderSubscriptions("newsgator");
     QCOMPARE(m_engine->client->ListCount(outlines), 0);
     m_engine->client->ReleaseHandle(outlines);
@@ -282,14 +282,14 @@ void tst_EngineRequests::listsImportersAndSearchSources()
     answer = m_engine->request({{"REQUEST", "LIST"}, {"LIST", "SEARCHSOURCES"}});
     const ListPtr sources = answer->bag("Result")->list("SEARCHSOURCES");
     QCOMPARE(sources->size(), 2);
-    QCOMPARE(entry(sources, 0)->text("guid"), QStringLiteral("g1"));
-    QCOMPARE(entry(sources, 0)->text("defaultLimit"), QStringLiteral("10"));
-    QCOMPARE(entry(sources, 0)->text("maxLimit"), QStringLiteral("50"));
-    QCOMPARE(entry(sources, 1)->text("title"), QStringLiteral("Two, mine"));
+    QCOMPARE(entry(sources, 0)->text("guid"), "g1");
+    QCOMPARE(entry(sources, 0)->text("defaultLimit"), "10");
+    QCOMPARE(entry(sources, 0)->text("maxLimit"), "50");
+    QCOMPARE(entry(sources, 1)->text("title"), "Two, mine");
     QCOMPARE(entry(sources, 1)->text("minLimit"), kMissingText);
 
     answer = m_engine->request({{"REQUEST", "LIST"}, {"LIST", "FROB"}});
-    QCOMPARE(answer->text("MESSAGE"), QStringLiteral("RequestFailed"));
+    QCOMPARE(answer->text("MESSAGE"), "RequestFailed");
 }
 
 void tst_EngineRequests::readersOfThisDesktopImportWithTheirFolders()
@@ -311,7 +311,7 @@ void tst_EngineRequests::readersOfThisDesktopImportWithTheirFolders()
     QVERIFY(writeFile(m_home.filePath(".newsboat/urls"), "http://old.example/rss\n"));
     QCOMPARE(readerFeeds("NEWSBOAT"), QStringList("http://old.example/rss"));
     const BagPtr untitled = entry(fetchOpml("newsboat")->bag("Result")->list("SubscriptionList"), 0);
-    QCOMPARE(untitled->text("text"), QStringLiteral("http://old.example/rss"));
+    QCOMPARE(untitled->text("text"), "http://old.example/rss");
 
     // Liferea: folders kept, search folders and command sources left out; else its older home.
     QVERIFY(writeFile(config + "/liferea/feedlist.opml", kLifereaList));
@@ -331,7 +331,7 @@ void tst_EngineRequests::readersOfThisDesktopImportWithTheirFolders()
     qputenv("XDG_DATA_HOME", QFile::encodeName(m_home.filePath("data")));
     QCOMPARE(readerFeeds("akregator"), QStringList("RequestFailed"));
     QVERIFY(writeFile(m_home.filePath("data/akregator/data/feeds.opml"), kAkregatorList.left(300)));
-    QCOMPARE(fetchOpml("akregator")->text("MESSAGE"), QStringLiteral("OPMLResult")); // what was read
+    QCOMPARE(fetchOpml("akregator")->text("MESSAGE"), "OPMLResult"); // what was read
     qunsetenv("XDG_DATA_HOME");
 
     // The feeds alone, as the client library lists them.
@@ -363,14 +363,14 @@ void tst_EngineRequests::searchSubscriptionsFetchTheirSource()
     m_server.serve("/search?q=c%2B%2B%20%26%20qt&n=50", kFeed);
 
     const BagPtr preview = m_engine->preview(address);
-    QCOMPARE(preview->text("MESSAGE"), QStringLiteral("PreviewResult"));
+    QCOMPARE(preview->text("MESSAGE"), "PreviewResult");
     const qint32 id = m_engine->add(address, "Search Local for 'c++ & qt'");
     m_engine->engine.core().startUpdating();
-    QTRY_COMPARE(m_engine->itemBag(id)->text("LASTUPDATESTATUS"), QStringLiteral("OK: 2 items, 2 new"));
+    QTRY_COMPARE(m_engine->itemBag(id)->text("LASTUPDATESTATUS"), "OK: 2 items, 2 new");
     QCOMPARE(m_server.requestCount("/search?q=c%2B%2B%20%26%20qt&n=50"), 2);
 
     const BagPtr unknown = m_engine->preview("search?guid=elsewhere&keywords=x");
-    QCOMPARE(unknown->text("ERROR"), QStringLiteral("Error: unknown search source 'elsewhere'"));
+    QCOMPARE(unknown->text("ERROR"), "Error: unknown search source 'elsewhere'");
 }
 
 void tst_EngineRequests::shippedDirectoryAndSourcesAreUsable()
@@ -385,7 +385,7 @@ void tst_EngineRequests::shippedDirectoryAndSourcesAreUsable()
     const QString browse = m_engine->client->GetStringValue(values, "OEM_Browse_URL");
     m_engine->client->ReleaseHandle(values);
     m_engine->client->ReleaseHandle(keys);
-    QCOMPARE(browse, QStringLiteral("quillon-data:directory/root.opml"));
+    QCOMPARE(browse, "quillon-data:directory/root.opml");
 
     const ListPtr lists = fetchOpml(browse)->bag("Result")->list("SubscriptionList");
     QVERIFY(lists->size() >= 4);

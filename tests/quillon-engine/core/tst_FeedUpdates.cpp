@@ -26,9 +26,9 @@ QByteArray rss(const QString &title, const QStringList &guids, const QStringList
             out += QStringLiteral("<enclosure url=\"http://example.com/%1.mp3\" type=\"audio/mpeg\" "
                                   "length=\"1000\"/>")
                        .arg(guid);
-        out += QStringLiteral("</item>");
+        out += "</item>";
     }
-    return (out + QStringLiteral("</channel></rss>")).toUtf8();
+    return (out + "</channel></rss>").toUtf8();
 }
 
 // Holds every fetch until the test answers it.
@@ -107,40 +107,40 @@ void tst_FeedUpdates::newSubscriptionIsFetchedCountedAndTitled()
 {
     m_server.serve("/news", rss("Daily &amp; News", {"a", "b", "c"}));
     const qint32 id = m_engine->add(url("/news"));
-    QCOMPARE(waitForUpdates(), QStringLiteral("OK: 3 items, 3 new"));
+    QCOMPARE(waitForUpdates(), "OK: 3 items, 3 new");
 
     BagPtr bag = m_engine->itemBag(id);
-    QCOMPARE(bag->text("TITLE"), QStringLiteral("Daily & News"));
-    QCOMPARE(bag->text("LASTUPDATESTATUS"), QStringLiteral("OK: 3 items, 3 new"));
-    QCOMPARE(bag->text("ITEMUNREADCOUNT"), QStringLiteral("3"));
-    QCOMPARE(bag->text("ITEMREADCOUNT"), QStringLiteral("0"));
-    QCOMPARE(bag->text("LastDateCheck"), QStringLiteral("2024-05-01T12:00:00Z"));
-    QCOMPARE(bag->text("NEXTUPDATETIME"), QStringLiteral("2024-05-01T13:00:00Z"));
+    QCOMPARE(bag->text("TITLE"), "Daily & News");
+    QCOMPARE(bag->text("LASTUPDATESTATUS"), "OK: 3 items, 3 new");
+    QCOMPARE(bag->text("ITEMUNREADCOUNT"), "3");
+    QCOMPARE(bag->text("ITEMREADCOUNT"), "0");
+    QCOMPARE(bag->text("LastDateCheck"), "2024-05-01T12:00:00Z");
+    QCOMPARE(bag->text("NEXTUPDATETIME"), "2024-05-01T13:00:00Z");
 
     const BagPtr items = m_engine->request({{"REQUEST", "ITEMS"}, {"SUBSCRIPTIONID", QString::number(id)}});
-    QCOMPARE(items->text("MESSAGE"), QStringLiteral("SubscriptionItems"));
+    QCOMPARE(items->text("MESSAGE"), "SubscriptionItems");
     const BagPtr result = items->bag("Result");
-    QCOMPARE(result->text("ITEMCOUNT"), QStringLiteral("3"));
+    QCOMPARE(result->text("ITEMCOUNT"), "3");
     const BagPtr first = std::get<BagPtr>(result->list("ITEMS")->at(0));
-    QCOMPARE(first->text("SUBJECT"), QStringLiteral("Item c")); // undated: the last stored comes first
-    QCOMPARE(first->text("URL"), QStringLiteral("http://example.com/c"));
-    QCOMPARE(first->text("BODY"), QStringLiteral("<p>Body c</p>"));
-    QCOMPARE(first->text("READ"), QStringLiteral("0"));
+    QCOMPARE(first->text("SUBJECT"), "Item c"); // undated: the last stored comes first
+    QCOMPARE(first->text("URL"), "http://example.com/c");
+    QCOMPARE(first->text("BODY"), "<p>Body c</p>");
+    QCOMPARE(first->text("READ"), "0");
 
     // A title the user chose stays; one that is only the address is replaced.
-    const qint32 named = m_engine->add(url("/news"), QStringLiteral("Mine"));
+    const qint32 named = m_engine->add(url("/news"), "Mine");
     const qint32 byAddress = m_engine->add(url("/news"), url("/news"));
     waitForUpdates(2);
-    QCOMPARE(m_engine->itemBag(named)->text("TITLE"), QStringLiteral("Mine"));
-    QCOMPARE(m_engine->itemBag(byAddress)->text("TITLE"), QStringLiteral("Daily & News"));
+    QCOMPARE(m_engine->itemBag(named)->text("TITLE"), "Mine");
+    QCOMPARE(m_engine->itemBag(byAddress)->text("TITLE"), "Daily & News");
 
     // The engine's own frequency stands in for a subscription's -1.
     m_engine->setSetting("ENGINE", QString(), "UPDATEFREQ", "7200");
     m_engine->update(id);
     waitForUpdates();
-    QCOMPARE(m_engine->itemBag(id)->text("NEXTUPDATETIME"), QStringLiteral("2024-05-01T14:00:00Z"));
+    QCOMPARE(m_engine->itemBag(id)->text("NEXTUPDATETIME"), "2024-05-01T14:00:00Z");
     QCOMPARE(m_engine->request({{"REQUEST", "ITEMS"}, {"SUBSCRIPTIONID", "999"}})->text("MESSAGE"),
-             QStringLiteral("RequestFailed"));
+             "RequestFailed");
 }
 
 void tst_FeedUpdates::conditionalRefetchStoresNothingNew()
@@ -150,22 +150,22 @@ void tst_FeedUpdates::conditionalRefetchStoresNothingNew()
     route.etag = "\"v1\"";
     m_server.setRoute("/tagged", route);
     const qint32 id = m_engine->add(url("/tagged"));
-    QCOMPARE(waitForUpdates(), QStringLiteral("OK: 2 items, 2 new"));
+    QCOMPARE(waitForUpdates(), "OK: 2 items, 2 new");
 
     m_now = kStart.addSecs(60);
     m_engine->update(id);
-    QCOMPARE(waitForUpdates(), QStringLiteral("Not modified"));
+    QCOMPARE(waitForUpdates(), "Not modified");
     QCOMPARE(m_server.lastHeader("/tagged", "if-none-match"), QByteArray("\"v1\""));
     BagPtr bag = m_engine->itemBag(id);
-    QCOMPARE(bag->text("ITEMUNREADCOUNT"), QStringLiteral("2"));
-    QCOMPARE(bag->text("LastDateCheck"), QStringLiteral("2024-05-01T12:01:00Z"));
+    QCOMPARE(bag->text("ITEMUNREADCOUNT"), "2");
+    QCOMPARE(bag->text("LastDateCheck"), "2024-05-01T12:01:00Z");
 
     route.body = rss("Tagged", {"a", "b", "c"});
     route.etag = "\"v2\"";
     m_server.setRoute("/tagged", route);
     m_engine->update(id);
-    QCOMPARE(waitForUpdates(), QStringLiteral("OK: 3 items, 1 new"));
-    QCOMPARE(m_engine->itemBag(id)->text("ITEMUNREADCOUNT"), QStringLiteral("3"));
+    QCOMPARE(waitForUpdates(), "OK: 3 items, 1 new");
+    QCOMPARE(m_engine->itemBag(id)->text("ITEMUNREADCOUNT"), "3");
 
     // A new address starts without the old address's validators.
     m_engine->update(id, {{"URL", url("/tagged?moved")}});
@@ -181,12 +181,12 @@ void tst_FeedUpdates::loginIsAskedForOn401()
     route.password = "secret";
     m_server.setRoute("/private", route);
     const qint32 id = m_engine->add(url("/private"));
-    QCOMPARE(waitForUpdates(), QStringLiteral("Error: HTTP 401 Unauthorized"));
+    QCOMPARE(waitForUpdates(), "Error: HTTP 401 Unauthorized");
     QTRY_COMPARE(m_engine->events->named("LoginRequired").size(), 1);
     QCOMPARE(m_engine->events->named("LoginRequired").first()->bag("Result")->number("SUBSCRIPTIONID"), id);
 
     m_engine->update(id, {{"USER", "ann"}, {"PASSWORD", "secret"}});
-    QCOMPARE(waitForUpdates(), QStringLiteral("OK: 1 item, 1 new"));
+    QCOMPARE(waitForUpdates(), "OK: 1 item, 1 new");
     QCOMPARE(m_engine->events->named("LoginRequired").size(), 1);
 }
 
@@ -201,8 +201,8 @@ void tst_FeedUpdates::redirectedAndPackedFeedsArrive()
     moved.redirectStatus = 301;
     m_server.setRoute("/moved", moved);
     const qint32 id = m_engine->add(url("/moved"));
-    QCOMPARE(waitForUpdates(), QStringLiteral("OK: 2 items, 2 new"));
-    QCOMPARE(m_engine->itemBag(id)->text("TITLE"), QStringLiteral("Packed"));
+    QCOMPARE(waitForUpdates(), "OK: 2 items, 2 new");
+    QCOMPARE(m_engine->itemBag(id)->text("TITLE"), "Packed");
     QVERIFY(m_server.lastHeader("/packed", "accept-encoding").contains("gzip"));
 }
 
@@ -215,10 +215,10 @@ void tst_FeedUpdates::silentServerTimesOut()
     silent.neverAnswer = true;
     m_server.setRoute("/silent", silent);
     const qint32 id = m_engine->add(url("/silent"));
-    QCOMPARE(waitForUpdates(), QStringLiteral("Error: no answer within 0.3 seconds"));
+    QCOMPARE(waitForUpdates(), "Error: no answer within 0.3 seconds");
     const BagPtr bag = m_engine->itemBag(id);
-    QCOMPARE(bag->text("LASTUPDATESTATUS"), QStringLiteral("Error: no answer within 0.3 seconds"));
-    QCOMPARE(bag->text("NEXTUPDATETIME"), QStringLiteral("2024-05-01T13:00:00Z"));
+    QCOMPARE(bag->text("LASTUPDATESTATUS"), "Error: no answer within 0.3 seconds");
+    QCOMPARE(bag->text("NEXTUPDATETIME"), "2024-05-01T13:00:00Z");
 }
 
 void tst_FeedUpdates::malformedFeedKeepsWhatWasRead()
@@ -231,9 +231,9 @@ void tst_FeedUpdates::malformedFeedKeepsWhatWasRead()
     m_server.setRoute("/broken", route);
     const qint32 id = m_engine->add(url("/broken"));
     const QString status = waitForUpdates();
-    QVERIFY2(status.startsWith(QStringLiteral("Error: malformed feed at line 1")), qPrintable(status));
-    QVERIFY2(status.endsWith(QStringLiteral("(2 items kept)")), qPrintable(status));
-    QCOMPARE(m_engine->itemBag(id)->text("ITEMUNREADCOUNT"), QStringLiteral("2"));
+    QVERIFY2(status.startsWith("Error: malformed feed at line 1"), qPrintable(status));
+    QVERIFY2(status.endsWith("(2 items kept)"), qPrintable(status));
+    QCOMPARE(m_engine->itemBag(id)->text("ITEMUNREADCOUNT"), "2");
 
     // Nothing of a broken copy is trusted: the next fetch asks for the whole document.
     m_engine->update(id);
@@ -249,21 +249,21 @@ void tst_FeedUpdates::deletionAgesAreEnforced()
     setArticleRead("a");
     m_engine->update(id, {{"DELETEREAD", "0"}, {"DELETEUNREAD", "600"}});
     waitForUpdates();
-    QCOMPARE(m_engine->itemBag(id)->text("ITEMUNREADCOUNT"), QStringLiteral("2"));
+    QCOMPARE(m_engine->itemBag(id)->text("ITEMUNREADCOUNT"), "2");
 
     // Unread articles past 600 s go, read ones are never deleted, and what went stays gone
     // although the feed still offers it.
     m_now = kStart.addSecs(700);
     m_engine->update(id);
-    QCOMPARE(waitForUpdates(), QStringLiteral("OK: 3 items, 0 new"));
+    QCOMPARE(waitForUpdates(), "OK: 3 items, 0 new");
     BagPtr bag = m_engine->itemBag(id);
-    QCOMPARE(bag->text("ITEMUNREADCOUNT"), QStringLiteral("0"));
-    QCOMPARE(bag->text("ITEMREADCOUNT"), QStringLiteral("1"));
+    QCOMPARE(bag->text("ITEMUNREADCOUNT"), "0");
+    QCOMPARE(bag->text("ITEMREADCOUNT"), "1");
 
     m_server.serve("/aging", rss("Aging", {"a", "b", "c", "d"}));
     m_now = kStart.addSecs(800);
     m_engine->update(id);
-    QCOMPARE(waitForUpdates(), QStringLiteral("OK: 4 items, 1 new"));
+    QCOMPARE(waitForUpdates(), "OK: 4 items, 1 new");
 
     // -1 is the engine's setting.
     m_engine->setSetting("ENGINE", QString(), "DELETEREAD", "100");
@@ -271,8 +271,8 @@ void tst_FeedUpdates::deletionAgesAreEnforced()
     m_engine->update(id, {{"DELETEREAD", "-1"}});
     waitForUpdates();
     bag = m_engine->itemBag(id);
-    QCOMPARE(bag->text("ITEMREADCOUNT"), QStringLiteral("0"));
-    QCOMPARE(bag->text("ITEMUNREADCOUNT"), QStringLiteral("1"));
+    QCOMPARE(bag->text("ITEMREADCOUNT"), "0");
+    QCOMPARE(bag->text("ITEMUNREADCOUNT"), "1");
 }
 
 void tst_FeedUpdates::newEnclosuresAskForADownloadDecision()
@@ -289,8 +289,7 @@ void tst_FeedUpdates::newEnclosuresAskForADownloadDecision()
     for (const PropertyValue &item : items->bag("Result")->list("ITEMS")->items()) {
         const ListPtr enclosures = std::get<BagPtr>(item)->list("ENCLOSURES");
         if (enclosures) {
-            QCOMPARE(std::get<BagPtr>(enclosures->at(0))->text("URL"),
-                     QStringLiteral("http://example.com/e1.mp3"));
+            QCOMPARE(std::get<BagPtr>(enclosures->at(0))->text("URL"), "http://example.com/e1.mp3");
             sawEnclosure = true;
         }
     }
@@ -301,7 +300,7 @@ void tst_FeedUpdates::newEnclosuresAskForADownloadDecision()
                          "EnableAutoDownload", "1");
     m_server.serve("/cast", rss("Cast", {"e1", "t1", "e2"}, {"e1", "e2"}));
     m_engine->update(id);
-    QCOMPARE(waitForUpdates(), QStringLiteral("OK: 3 items, 1 new"));
+    QCOMPARE(waitForUpdates(), "OK: 3 items, 1 new");
     // Only enclosures that are new count: a refetch of the same episodes asks nothing either.
     const qint32 other = m_engine->add(url("/cast"));
     waitForUpdates();
@@ -340,7 +339,7 @@ void tst_FeedUpdates::schedulerHandsOutEachDueSubscriptionOnce()
     QTRY_COMPARE(fetcher->urls.size(), 4);
     fetcher->answerAll(FetchResult::Outcome::NotModified);
     QTRY_VERIFY(endedSince(second, seen));
-    QCOMPARE(m_engine->itemBag(second)->text("NEXTUPDATETIME"), QStringLiteral("2024-05-01T12:10:00Z"));
+    QCOMPARE(m_engine->itemBag(second)->text("NEXTUPDATETIME"), "2024-05-01T12:10:00Z");
 
     m_now = kStart.addSecs(599);
     m_engine->engine.core().runDueUpdates();
@@ -386,30 +385,29 @@ void tst_FeedUpdates::webPageLeadsToTheFeedItAdvertises()
                    "text/html; charset=utf-8");
     m_server.serve("/feeds/site.atom?a=1&b=2", atom, "application/atom+xml");
     const qint32 id = m_engine->add(url("/blog"));
-    QCOMPARE(waitForUpdates(), QStringLiteral("OK: 1 item, 1 new"));
+    QCOMPARE(waitForUpdates(), "OK: 1 item, 1 new");
     BagPtr bag = m_engine->itemBag(id);
     QCOMPARE(bag->text("URL"), url("/feeds/site.atom?a=1&b=2"));
-    QCOMPARE(bag->text("TITLE"), QStringLiteral("Site Feed"));
+    QCOMPARE(bag->text("TITLE"), "Site Feed");
     QCOMPARE(m_server.requestCount("/feeds/other.rss"), 0);
 
     // The preview of a page shows its feed.
     const BagPtr preview = m_engine->preview(url("/blog"));
-    QCOMPARE(preview->text("MESSAGE"), QStringLiteral("PreviewResult"));
-    QCOMPARE(preview->bag("Result")->bag("PREFLIGHT_DETAILS")->text("ITEMCOUNT"), QStringLiteral("1"));
+    QCOMPARE(preview->text("MESSAGE"), "PreviewResult");
+    QCOMPARE(preview->bag("Result")->bag("PREFLIGHT_DETAILS")->text("ITEMCOUNT"), "1");
 
     // A page that links no feed, on a site with none at the usual places, says so.
     m_server.serve("/plain", "<html><body>No feeds here</body></html>", "text/html");
     const qint32 none = m_engine->add(url("/plain"));
     const QString status = waitForUpdates();
-    QVERIFY2(status.startsWith(QStringLiteral("Error: the web page")) &&
-                 status.endsWith(QStringLiteral("links to no feed")),
+    QVERIFY2(status.startsWith("Error: the web page") && status.endsWith("links to no feed"),
              qPrintable(status));
     QCOMPARE(m_engine->itemBag(none)->text("URL"), url("/plain"));
-    QCOMPARE(m_engine->preview(url("/plain"))->text("MESSAGE"), QStringLiteral("RequestFailed"));
+    QCOMPARE(m_engine->preview(url("/plain"))->text("MESSAGE"), "RequestFailed");
 
     // Without links the usual addresses are tried.
     m_server.serve("/feed.xml", rss("Found", {"y"}));
     const qint32 guessed = m_engine->add(url("/plain"));
-    QCOMPARE(waitForUpdates(), QStringLiteral("OK: 1 item, 1 new"));
+    QCOMPARE(waitForUpdates(), "OK: 1 item, 1 new");
     QCOMPARE(m_engine->itemBag(guessed)->text("URL"), url("/feed.xml"));
 }

@@ -13,17 +13,16 @@ class CorpusManifest
 public:
     static QString corpusDir()
     {
-        return QDir::cleanPath(qEnvironmentVariable("QUILLON_SOURCE_DIR") +
-                               QStringLiteral("/../shared/corpus"));
+        return QDir::cleanPath(qEnvironmentVariable("QUILLON_SOURCE_DIR") + "/../shared/corpus");
     }
 
     // Cases of one folder ("feedparser", "listparser"); empty when the corpus is absent.
     static QJsonArray cases(const QString &folder)
     {
-        QFile file(corpusDir() + u'/' + folder + QStringLiteral("/manifest.json"));
+        QFile file(corpusDir() + u'/' + folder + "/manifest.json");
         if (!file.open(QIODevice::ReadOnly))
             return {};
-        return QJsonDocument::fromJson(file.readAll()).object().value(QStringLiteral("cases")).toArray();
+        return QJsonDocument::fromJson(file.readAll()).object().value("cases").toArray();
     }
 
     // The cases of one category ("wellformed", "opml", ...) in that folder.
@@ -31,7 +30,7 @@ public:
     {
         QList<QJsonObject> found;
         for (const QJsonValue &value : cases(folder)) {
-            if (value.toObject().value(QStringLiteral("category")).toString() == category)
+            if (value.toObject().value("category").toString() == category)
                 found.append(value.toObject());
         }
         return found;

@@ -10,7 +10,7 @@ using namespace quillon;
 
 namespace {
 
-const QString kFolder = QStringLiteral("feedparser");
+const QString kFolder = "feedparser";
 
 std::optional<QString> text(const ParsedText &value)
 {
@@ -74,7 +74,7 @@ std::optional<QString> itemValue(const ParsedItem &item, const QString &field, i
 std::optional<QString> valueAt(const ParsedFeed &feed, const QString &key)
 {
     static const QRegularExpression shape(
-        QStringLiteral("^(feed|entries\\[(\\d+)\\])\\.(\\w+)(?:\\[(\\d+)\\](?:\\.(\\w+))?)?$"));
+        "^(feed|entries\\[(\\d+)\\])\\.(\\w+)(?:\\[(\\d+)\\](?:\\.(\\w+))?)?$");
     const QRegularExpressionMatch m = shape.match(key);
     if (!m.hasMatch())
         return std::nullopt;
@@ -90,7 +90,7 @@ std::optional<QString> valueAt(const ParsedFeed &feed, const QString &key)
 
 QString contentTypeOf(const QJsonObject &testCase)
 {
-    for (const QJsonValue &header : testCase.value(QStringLiteral("headers")).toArray()) {
+    for (const QJsonValue &header : testCase.value("headers").toArray()) {
         const QJsonArray pair = header.toArray();
         if (pair.at(0).toString().compare(u"content-type", Qt::CaseInsensitive) == 0)
             return pair.at(1).toString();
@@ -106,11 +106,11 @@ class tst_FeedCorpus : public QObject
 
 private slots:
     void initTestCase();
-    void wellformedPlainValuesMatch_data() { addRows(QStringLiteral("wellformed"), false); }
+    void wellformedPlainValuesMatch_data() { addRows("wellformed", false); }
     void wellformedPlainValuesMatch() { checkWellformed(); }
-    void wellformedMarkupValuesMatch_data() { addRows(QStringLiteral("wellformed"), true); }
+    void wellformedMarkupValuesMatch_data() { addRows("wellformed", true); }
     void wellformedMarkupValuesMatch() { checkWellformed(); }
-    void illformedDocumentsFinish_data() { addRows(QStringLiteral("illformed"), std::nullopt); }
+    void illformedDocumentsFinish_data() { addRows("illformed", std::nullopt); }
     void illformedDocumentsFinish();
     void cleanupTestCase();
 
@@ -128,7 +128,7 @@ private:
 void tst_FeedCorpus::initTestCase()
 {
     if (CorpusManifest::cases(kFolder).isEmpty())
-        QSKIP(qPrintable(QStringLiteral("No feed corpus at ") + CorpusManifest::corpusDir()));
+        QSKIP(qPrintable("No feed corpus at " + CorpusManifest::corpusDir()));
 }
 
 void tst_FeedCorpus::addRows(const QString &category, std::optional<bool> markupSensitive)
@@ -138,13 +138,12 @@ void tst_FeedCorpus::addRows(const QString &category, std::optional<bool> markup
     QTest::addColumn<QJsonArray>("checks");
     QTest::addColumn<QJsonValue>("faultExpected");
     for (const QJsonObject &testCase : CorpusManifest::cases(kFolder, category)) {
-        if (markupSensitive &&
-            testCase.value(QStringLiteral("markup_sensitive")).toBool() != *markupSensitive)
+        if (markupSensitive && testCase.value("markup_sensitive").toBool() != *markupSensitive)
             continue;
-        const QString path = testCase.value(QStringLiteral("path")).toString();
+        const QString path = testCase.value("path").toString();
         QTest::newRow(qPrintable(path))
-            << path << contentTypeOf(testCase) << testCase.value(QStringLiteral("checks")).toArray()
-            << testCase.value(QStringLiteral("expect_bozo"));
+            << path << contentTypeOf(testCase) << testCase.value("checks").toArray()
+            << testCase.value("expect_bozo");
     }
 }
 
@@ -158,10 +157,10 @@ void tst_FeedCorpus::checkWellformed()
     QVERIFY2(feed.ok(), qPrintable(feed.errorText));
     for (const QJsonValue &value : checks) {
         const QJsonObject check = value.toObject();
-        const QString key = check.value(QStringLiteral("canonical")).toString();
+        const QString key = check.value("canonical").toString();
         const std::optional<QString> actual = valueAt(feed, key);
-        QVERIFY2(actual.has_value(), qPrintable(key + QStringLiteral(" has no value")));
-        QCOMPARE(*actual, check.value(QStringLiteral("value")).toString());
+        QVERIFY2(actual.has_value(), qPrintable(key + " has no value"));
+        QCOMPARE(*actual, check.value("value").toString());
         ++m_wellformedChecks;
     }
 }
@@ -184,8 +183,8 @@ void tst_FeedCorpus::illformedDocumentsFinish()
     for (const QJsonValue &value : checks) {
         const QJsonObject check = value.toObject();
         ++m_informationalChecks;
-        const auto actual = valueAt(feed, check.value(QStringLiteral("canonical")).toString());
-        m_informationalPassed += actual == check.value(QStringLiteral("value")).toString() ? 1 : 0;
+        const auto actual = valueAt(feed, check.value("canonical").toString());
+        m_informationalPassed += actual == check.value("value").toString() ? 1 : 0;
     }
 }
 

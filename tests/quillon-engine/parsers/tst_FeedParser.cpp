@@ -46,10 +46,10 @@ void tst_FeedParser::keepsItemsReadBeforeAnError()
 
     const ParsedFeed feed = FeedParser::parse(truncated);
     QCOMPARE(feed.error, ParseError::NotWellFormed);
-    QVERIFY(feed.errorText.startsWith(QStringLiteral("line 1, column")));
-    QCOMPARE(feed.title.value, QStringLiteral("Channel"));
+    QVERIFY(feed.errorText.startsWith("line 1, column"));
+    QCOMPARE(feed.title.value, "Channel");
     QCOMPARE(feed.items.size(), 2); // the third was cut off and is not trusted
-    QCOMPARE(feed.items.at(1).guid, QStringLiteral("id-2"));
+    QCOMPARE(feed.items.at(1).guid, "id-2");
 
     const ParsedFeed mismatched = FeedParser::parse(rssWithItems(2).replace("</channel>", "</chanel>"));
     QCOMPARE(mismatched.error, ParseError::NotWellFormed);
@@ -99,8 +99,8 @@ void tst_FeedParser::choosesCharacterSetByPrecedence_data()
     QTest::addColumn<QString>("title");
     QTest::addColumn<bool>("fallback");
 
-    const QString cyrillic = QStringLiteral("Новости");
-    const QString greek = QStringLiteral("Ειδήσεις");
+    const QString cyrillic = "Новости";
+    const QString greek = "Ειδήσεις";
     auto rss = [](const char *declared, const QByteArray &title) {
         return QByteArray("<?xml version=\"1.0\" encoding=\"") + declared + "\"?><rss><channel><title>" +
                title + "</title></channel></rss>";
@@ -108,16 +108,14 @@ void tst_FeedParser::choosesCharacterSetByPrecedence_data()
     QTest::newRow("declaration") << rss("ISO-8859-7", encoded(greek, "ISO-8859-7")) << QString() << greek
                                  << false;
     QTest::newRow("HTTP charset beats the declaration")
-        << rss("ISO-8859-1", encoded(cyrillic, "windows-1251"))
-        << QStringLiteral("text/xml; charset=\"windows-1251\"") << cyrillic << false;
+        << rss("ISO-8859-1", encoded(cyrillic, "windows-1251")) << "text/xml; charset=\"windows-1251\""
+        << cyrillic << false;
     QByteArray utf16 =
         "\xFF\xFE" + encoded(QString::fromLatin1(rss("UTF-16", "X")).replace(u'X', greek), "UTF-16LE");
     QTest::newRow("byte-order mark beats HTTP")
-        << utf16 << QStringLiteral("application/rss+xml; charset=koi8-r") << greek << false;
-    QTest::newRow("declared UTF-8 that is not")
-        << rss("UTF-8", "caf\xE9") << QString() << QStringLiteral("café") << true;
-    QTest::newRow("unknown charset") << rss("x-no-such-set", "plain") << QString() << QStringLiteral("plain")
-                                     << true;
+        << utf16 << "application/rss+xml; charset=koi8-r" << greek << false;
+    QTest::newRow("declared UTF-8 that is not") << rss("UTF-8", "caf\xE9") << QString() << "café" << true;
+    QTest::newRow("unknown charset") << rss("x-no-such-set", "plain") << QString() << "plain" << true;
 }
 
 void tst_FeedParser::choosesCharacterSetByPrecedence()
@@ -141,9 +139,9 @@ void tst_FeedParser::mendsEntitiesAndCharactersFeedsGetWrong()
                            "</item></channel></rss>";
     const ParsedFeed feed = FeedParser::parse(xml);
     QVERIFY2(feed.ok(), qPrintable(feed.errorText));
-    QCOMPARE(feed.title.value, QStringLiteral("Café\u00A0& Bar"));
-    QCOMPARE(feed.items.at(0).title.value, QStringLiteral("AT&T &bogus;  done"));
-    QCOMPARE(feed.items.at(0).summary.value, QStringLiteral("keep &nbsp; as written"));
+    QCOMPARE(feed.title.value, "Café\u00A0& Bar");
+    QCOMPARE(feed.items.at(0).title.value, "AT&T &bogus;  done");
+    QCOMPARE(feed.items.at(0).summary.value, "keep &nbsp; as written");
     QCOMPARE(feed.repairs, 5);
 
     // Prefixes used without a declaration are declared on the root; media: keeps its meaning.
@@ -154,7 +152,7 @@ void tst_FeedParser::mendsEntitiesAndCharactersFeedsGetWrong()
     const ParsedFeed podcast = FeedParser::parse(undeclared);
     QVERIFY2(podcast.ok(), qPrintable(podcast.errorText));
     QCOMPARE(podcast.items.size(), 2);
-    QCOMPARE(podcast.items.at(0).enclosures.at(0).url, QStringLiteral("http://example.org/e.mp3"));
+    QCOMPARE(podcast.items.at(0).enclosures.at(0).url, "http://example.org/e.mp3");
     QCOMPARE(podcast.repairs, 2);
 }
 
@@ -167,20 +165,19 @@ void tst_FeedParser::resolvesRelativeLinks()
           <link rel="enclosure" href="media/a.mp3" xml:base="http://cdn.example.net/" length="7"/>
           <content type="html">&lt;img src="pic.png"&gt;</content>
         </entry></feed>)";
-    const ParsedFeed feed = FeedParser::parse(atom, {}, QUrl(QStringLiteral("http://ignored.example/feed")));
+    const ParsedFeed feed = FeedParser::parse(atom, {}, QUrl("http://ignored.example/feed"));
     QVERIFY2(feed.ok(), qPrintable(feed.errorText));
-    QCOMPARE(feed.link, QStringLiteral("http://example.org/"));
+    QCOMPARE(feed.link, "http://example.org/");
     const ParsedItem &entry = feed.items.at(0);
-    QCOMPARE(entry.link, QStringLiteral("http://example.org/blog/2024/post.html"));
-    QCOMPARE(entry.enclosures.at(0).url, QStringLiteral("http://cdn.example.net/media/a.mp3"));
-    QCOMPARE(entry.content.value, QStringLiteral("<img src=\"http://example.org/blog/2024/pic.png\" />"));
+    QCOMPARE(entry.link, "http://example.org/blog/2024/post.html");
+    QCOMPARE(entry.enclosures.at(0).url, "http://cdn.example.net/media/a.mp3");
+    QCOMPARE(entry.content.value, "<img src=\"http://example.org/blog/2024/pic.png\" />");
 
     const QByteArray rss =
         "<rss><channel><link>home.html</link><item><link>p/1</link></item></channel></rss>";
-    const ParsedFeed fromAddress =
-        FeedParser::parse(rss, {}, QUrl(QStringLiteral("https://site.example/rss/feed.xml")));
-    QCOMPARE(fromAddress.link, QStringLiteral("https://site.example/rss/home.html"));
-    QCOMPARE(fromAddress.items.at(0).link, QStringLiteral("https://site.example/rss/p/1"));
+    const ParsedFeed fromAddress = FeedParser::parse(rss, {}, QUrl("https://site.example/rss/feed.xml"));
+    QCOMPARE(fromAddress.link, "https://site.example/rss/home.html");
+    QCOMPARE(fromAddress.items.at(0).link, "https://site.example/rss/p/1");
 }
 
 void tst_FeedParser::readsEnclosuresDatesAndAuthors()
@@ -195,14 +192,14 @@ void tst_FeedParser::readsEnclosuresDatesAndAuthors()
         </item></channel></rss>)";
     const ParsedFeed feed = FeedParser::parse(rss);
     QVERIFY2(feed.ok(), qPrintable(feed.errorText));
-    QCOMPARE(feed.format, QStringLiteral("rss20"));
+    QCOMPARE(feed.format, "rss20");
     const ParsedItem &item = feed.items.at(0);
     QCOMPARE(item.enclosures.size(), 2); // the same file offered twice counts once
     QCOMPARE(item.enclosures.at(0).length, 123);
-    QCOMPARE(item.enclosures.at(1).type, QStringLiteral("video/mp4"));
+    QCOMPARE(item.enclosures.at(1).type, "video/mp4");
     QCOMPARE(item.enclosures.at(1).length, 9);
     QCOMPARE(item.published, QDateTime(QDate(2003, 6, 10), QTime(9, 0), Qt::UTC));
-    QCOMPARE(item.author, QStringLiteral("Jo Writer"));
+    QCOMPARE(item.author, "Jo Writer");
 
     const QByteArray atom = R"(<feed xmlns="http://www.w3.org/2005/Atom"><entry>
         <author><name>Ann</name><uri>http://ann.example/</uri></author>
@@ -210,7 +207,7 @@ void tst_FeedParser::readsEnclosuresDatesAndAuthors()
         <source><title>Elsewhere</title><link href="http://elsewhere.example/"/></source>
         </entry></feed>)";
     const ParsedItem entry = FeedParser::parse(atom).items.value(0);
-    QCOMPARE(entry.author, QStringLiteral("Ann"));
+    QCOMPARE(entry.author, "Ann");
     QCOMPARE(entry.published, QDateTime(QDate(2003, 12, 13), QTime(13, 0, 2), Qt::UTC));
     QCOMPARE(entry.updated, QDateTime(QDate(2003, 12, 14), QTime(0, 0), Qt::UTC));
     QVERIFY(entry.title.value.isEmpty());
@@ -223,7 +220,7 @@ void tst_FeedParser::reportsDocumentsThatAreNoFeeds()
     QCOMPARE(FeedParser::parse("   just words  ").error, ParseError::Empty);
     const ParsedFeed page = FeedParser::parse("<html><head><title>Not a feed</title></head></html>");
     QCOMPARE(page.error, ParseError::UnknownFormat);
-    QVERIFY(page.errorText.contains(QStringLiteral("<html>")));
+    QVERIFY(page.errorText.contains("<html>"));
     QCOMPARE(FeedParser::parse("<rss><channel></channel></rss><rss/>").error, ParseError::NotWellFormed);
 }
 

@@ -67,15 +67,13 @@ void tst_HtmlNormalizer::normalizesMarkup()
 {
     QFETCH(QString, html);
     QFETCH(QString, expected);
-    QCOMPARE(HtmlNormalizer::normalize(html, QUrl(QStringLiteral("http://example.org/dir/index.html"))),
-             expected);
+    QCOMPARE(HtmlNormalizer::normalize(html, QUrl("http://example.org/dir/index.html")), expected);
 }
 
 // Inputs that make a naive tokenizer rescan to the end from every '<'.
 void tst_HtmlNormalizer::staysLinearOnUnclosedMarkup()
 {
-    for (const QString &unit : {QStringLiteral("<a b=\""), QStringLiteral("<!--"), QStringLiteral("</x"),
-                                QStringLiteral("<?"), QStringLiteral("<p")}) {
+    for (const QString &unit : {"<a b=\"", "<!--", "</x", "<?", "<p"}) {
         const QString html = unit.repeated(200000);
         const QString out = HtmlNormalizer::normalize(html);
         QVERIFY(out.size() >= html.size());

@@ -13,7 +13,7 @@ using namespace quillon;
 
 namespace {
 
-const QString kFolder = QStringLiteral("listparser");
+const QString kFolder = "listparser";
 
 QVariantList pathsToVariant(const QList<QStringList> &paths)
 {
@@ -27,7 +27,7 @@ QVariantList linksToVariant(const QList<OpmlCatalog::Link> &links)
 {
     QVariantList list;
     for (const OpmlCatalog::Link &link : links)
-        list.append(QVariantMap{{QStringLiteral("url"), link.url}, {QStringLiteral("title"), link.title}});
+        list.append(QVariantMap{{"url", link.url}, {"title", link.title}});
     return list;
 }
 
@@ -37,20 +37,20 @@ QVariantMap resultTree(const OpmlDocument &document)
     const OpmlCatalog catalog = OpmlCatalog::fromDocument(document);
     QVariantList feeds;
     for (const OpmlCatalog::Feed &feed : catalog.feeds) {
-        feeds.append(QVariantMap{{QStringLiteral("url"), feed.url},
-                                 {QStringLiteral("title"), feed.title},
-                                 {QStringLiteral("categories"), pathsToVariant(feed.categories)},
-                                 {QStringLiteral("tags"), feed.tags()}});
+        feeds.append(QVariantMap{{"url", feed.url},
+                                 {"title", feed.title},
+                                 {"categories", pathsToVariant(feed.categories)},
+                                 {"tags", feed.tags()}});
     }
-    return {{QStringLiteral("feeds"), feeds},
-            {QStringLiteral("lists"), linksToVariant(catalog.lists)},
-            {QStringLiteral("opportunities"), linksToVariant(catalog.opportunities)},
-            {QStringLiteral("meta"), QVariantMap{{QStringLiteral("title"), document.title}}}};
+    return {{"feeds", feeds},
+            {"lists", linksToVariant(catalog.lists)},
+            {"opportunities", linksToVariant(catalog.opportunities)},
+            {"meta", QVariantMap{{"title", document.title}}}};
 }
 
 std::optional<QVariant> valueAt(const QVariantMap &tree, const QString &key)
 {
-    static const QRegularExpression step(QStringLiteral("\\.(\\w+)|\\[(\\d+)\\]"));
+    static const QRegularExpression step("\\.(\\w+)|\\[(\\d+)\\]");
     QVariant node = tree;
     for (auto it = step.globalMatch(key.mid(key.indexOf(u'.'))); it.hasNext();) {
         const QRegularExpressionMatch m = it.next();
@@ -80,8 +80,8 @@ QStringList stringList(const QJsonValue &value)
 
 bool holds(const QJsonObject &check, const QVariant &actual)
 {
-    const QString form = check.value(QStringLiteral("form")).toString();
-    const QJsonValue expected = check.value(QStringLiteral("value"));
+    const QString form = check.value("form").toString();
+    const QJsonValue expected = check.value("value");
     if (form == u"eq")
         return actual.toString() == expected.toString();
     if (form == u"eq-list")
@@ -109,7 +109,7 @@ QList<OpmlOutline> outlinesOf(const ListPtr &bags)
         };
         outlines.append({field("text"), field("title"), field("description"), field("xmlUrl"),
                          field("htmlUrl"), field("url"), field("type"), field("category"),
-                         outlinesOf(bag->list(QStringLiteral("children")))});
+                         outlinesOf(bag->list("children"))});
     }
     return outlines;
 }
@@ -117,7 +117,7 @@ QList<OpmlOutline> outlinesOf(const ListPtr &bags)
 bool namesCategories(const QJsonArray &checks)
 {
     return std::any_of(checks.begin(), checks.end(), [](const QJsonValue &check) {
-        return check.toObject().value(QStringLiteral("key")).toString().contains(u"categories");
+        return check.toObject().value("key").toString().contains(u"categories");
     });
 }
 
@@ -129,12 +129,12 @@ class tst_OpmlCorpus : public QObject
 
 private slots:
     void initTestCase();
-    void outlineListsMatch_data() { addRows(QStringLiteral("opml")); }
+    void outlineListsMatch_data() { addRows("opml"); }
     void outlineListsMatch();
     // The lists whose expectations name folders keep them on their way through the engine.
-    void foldersSurviveTheEngine_data() { addRows(QStringLiteral("opml"), namesCategories); }
+    void foldersSurviveTheEngine_data() { addRows("opml", namesCategories); }
     void foldersSurviveTheEngine();
-    void malformedListsFinish_data() { addRows(QStringLiteral("malformed")); }
+    void malformedListsFinish_data() { addRows("malformed"); }
     void malformedListsFinish();
     void cleanupTestCase();
 
@@ -150,7 +150,7 @@ private:
 void tst_OpmlCorpus::initTestCase()
 {
     if (CorpusManifest::cases(kFolder).isEmpty())
-        QSKIP(qPrintable(QStringLiteral("No OPML corpus at ") + CorpusManifest::corpusDir()));
+        QSKIP(qPrintable("No OPML corpus at " + CorpusManifest::corpusDir()));
 }
 
 void tst_OpmlCorpus::addRows(const QString &category, bool (*wanted)(const QJsonArray &))
@@ -158,8 +158,8 @@ void tst_OpmlCorpus::addRows(const QString &category, bool (*wanted)(const QJson
     QTest::addColumn<QString>("path");
     QTest::addColumn<QJsonArray>("checks");
     for (const QJsonObject &testCase : CorpusManifest::cases(kFolder, category)) {
-        const QString path = testCase.value(QStringLiteral("path")).toString();
-        const QJsonArray checks = testCase.value(QStringLiteral("checks")).toArray();
+        const QString path = testCase.value("path").toString();
+        const QJsonArray checks = testCase.value("checks").toArray();
         if (!wanted || wanted(checks))
             QTest::newRow(qPrintable(path)) << path << checks;
     }
@@ -182,13 +182,12 @@ void tst_OpmlCorpus::foldersSurviveTheEngine()
 
     EngineFixture engine;
     const QString file = CorpusManifest::corpusDir() + u'/' + kFolder + u'/' + path;
-    const BagPtr answer = engine.request({{QStringLiteral("REQUEST"), QStringLiteral("FETCHOPML")},
-                                          {QStringLiteral("URL"), QUrl::fromLocalFile(file).toString()}});
+    const BagPtr answer =
+        engine.request({{"REQUEST", "FETCHOPML"}, {"URL", QUrl::fromLocalFile(file).toString()}});
     QVERIFY(answer);
-    QCOMPARE(answer->text(QStringLiteral("MESSAGE")), QStringLiteral("OPMLResult"));
+    QCOMPARE(answer->text("MESSAGE"), "OPMLResult");
     OpmlDocument document;
-    document.outlines =
-        outlinesOf(answer->bag(QStringLiteral("Result"))->list(QStringLiteral("SubscriptionList")));
+    document.outlines = outlinesOf(answer->bag("Result")->list("SubscriptionList"));
     verifyChecks(document, checks);
     QCOMPARE(engine.client->LiveHandleCount(), 0);
 }
@@ -198,9 +197,9 @@ void tst_OpmlCorpus::verifyChecks(const OpmlDocument &document, const QJsonArray
     const QVariantMap tree = resultTree(document);
     for (const QJsonValue &value : checks) {
         const QJsonObject check = value.toObject();
-        const QString expr = check.value(QStringLiteral("expr")).toString();
-        const std::optional<QVariant> actual = valueAt(tree, check.value(QStringLiteral("key")).toString());
-        QVERIFY2(actual.has_value(), qPrintable(expr + QStringLiteral(": no such value")));
+        const QString expr = check.value("expr").toString();
+        const std::optional<QVariant> actual = valueAt(tree, check.value("key").toString());
+        QVERIFY2(actual.has_value(), qPrintable(expr + ": no such value"));
         QVERIFY2(holds(check, *actual), qPrintable(expr));
         ++m_checks;
     }
@@ -217,7 +216,7 @@ void tst_OpmlCorpus::malformedListsFinish()
     for (const QJsonValue &value : checks) {
         const QJsonObject check = value.toObject();
         ++m_informationalChecks;
-        const auto actual = valueAt(tree, check.value(QStringLiteral("key")).toString());
+        const auto actual = valueAt(tree, check.value("key").toString());
         m_informationalPassed += actual && holds(check, *actual) ? 1 : 0;
     }
 }
