@@ -61,4 +61,26 @@ inline QList<qint32> ConsumerItems(quillon::SubscribeClient &c, const QString &c
     return ids;
 }
 
+// One setting of a consumer's section, "-237237" when it was never written.
+inline QString Setting(quillon::SubscribeClient &c, const QString &consumer, const QString &section,
+                       const QString &key)
+{
+    const quillon::Handle keys = c.NewBag();
+    c.SetStringValue(keys, key, quillon::kMissingText);
+    const quillon::Handle result = c.GetSettings(consumer, section, keys);
+    const QString value = c.GetStringValue(result, key);
+    c.ReleaseHandle(result);
+    c.ReleaseHandle(keys);
+    return value;
+}
+
+inline void SetSetting(quillon::SubscribeClient &c, const QString &consumer, const QString &section,
+                       const QString &key, const QString &value)
+{
+    const quillon::Handle values = c.NewBag();
+    c.SetStringValue(values, key, value);
+    c.SetSettings(consumer, section, values);
+    c.ReleaseHandle(values);
+}
+
 } // namespace EngineCalls

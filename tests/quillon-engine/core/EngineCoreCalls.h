@@ -43,25 +43,4 @@ inline qint32 add(SubscribeClient &c, const QString &url, const QStringList &con
     return EngineCalls::AddSubscription(c, "Title of " + url, url, {}, consumerIds);
 }
 
-inline QString setting(SubscribeClient &c, const QString &consumer, const QString &section,
-                       const QString &key)
-{
-    const Handle keys = c.NewBag();
-    c.SetStringValue(keys, key, kMissingText);
-    const Handle result = c.GetSettings(consumer, section, keys);
-    const QString value = c.GetStringValue(result, key);
-    c.ReleaseHandle(result);
-    c.ReleaseHandle(keys);
-    return value;
-}
-
-inline void setSetting(SubscribeClient &c, const QString &consumer, const QString &section,
-                       const QString &key, const QString &value)
-{
-    const Handle values = c.NewBag();
-    c.SetStringValue(values, key, value);
-    c.SetSettings(consumer, section, values);
-    c.ReleaseHandle(values);
-}
-
 } // namespace EngineCoreCalls

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "CopyingCallback.h"
+#include "EngineCalls.h"
 #include "TestEngine.h"
 
 #include <QSignalSpy>
@@ -68,10 +69,7 @@ public:
 
     void setSetting(const QString &consumer, const QString &section, const QString &key, const QString &value)
     {
-        const quillon::Handle bag = client->NewBag();
-        client->SetStringValue(bag, key, value);
-        client->SetSettings(consumer, section, bag);
-        client->ReleaseHandle(bag);
+        EngineCalls::SetSetting(*client, consumer, section, key, value);
     }
 
     // Fetching on, on the test's clock, every finished update counted.

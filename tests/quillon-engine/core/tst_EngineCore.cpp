@@ -146,7 +146,7 @@ void tst_EngineCore::itemBagLeavesUnknownValuesOut()
     QCOMPARE(c->GetLongValue(bag, "ITEMUNREADCOUNT"), 0);
     c->ReleaseHandle(bag);
 
-    setSetting(*c, "OLCONSUMER", QStringLiteral("SubscriptionSpecifics_%1").arg(id), "FOLDERTITLE",
+    SetSetting(*c, "OLCONSUMER", QStringLiteral("SubscriptionSpecifics_%1").arg(id), "FOLDERTITLE",
                "My folder");
     QCOMPARE(ItemText(*c, id, "FOLDERTITLE"), "My folder");
 
@@ -278,9 +278,9 @@ void tst_EngineCore::removeItemTakesEverythingWithIt()
     const qint32 kept = add(*c, "http://g/feed");
     const QString section = QStringLiteral("SubscriptionSpecifics_%1").arg(id);
     const QString keptSection = QStringLiteral("SubscriptionSpecifics_%1").arg(kept);
-    setSetting(*c, "OLCONSUMER", section, "FOLDERTITLE", "F");
-    setSetting(*c, "MEDIACONSUMER", section, "EnableAutoDownload", "1");
-    setSetting(*c, "OLCONSUMER", keptSection, "FOLDERTITLE", "G");
+    SetSetting(*c, "OLCONSUMER", section, "FOLDERTITLE", "F");
+    SetSetting(*c, "MEDIACONSUMER", section, "EnableAutoDownload", "1");
+    SetSetting(*c, "OLCONSUMER", keptSection, "FOLDERTITLE", "G");
     SideConnection side(m_engine->core().databasePath());
     QVERIFY(
         side.exec(QStringLiteral("INSERT INTO articles (subscription_id, guid) VALUES (%1, 'x')").arg(id)));
@@ -289,9 +289,9 @@ void tst_EngineCore::removeItemTakesEverythingWithIt()
     QVERIFY_THROWS_EXCEPTION(EngineError, c->GetItemBag(kNews, id, 0));
     QCOMPARE(ConsumerItems(*c, "*"), QList<int>{kept});
     QCOMPARE(ConsumerItems(*c, "OLCONSUMER"), QList<int>{});
-    QCOMPARE(setting(*c, "OLCONSUMER", section, "FOLDERTITLE"), kMissingText);
-    QCOMPARE(setting(*c, "MEDIACONSUMER", section, "EnableAutoDownload"), kMissingText);
-    QCOMPARE(setting(*c, "OLCONSUMER", keptSection, "FOLDERTITLE"), "G");
+    QCOMPARE(Setting(*c, "OLCONSUMER", section, "FOLDERTITLE"), kMissingText);
+    QCOMPARE(Setting(*c, "MEDIACONSUMER", section, "EnableAutoDownload"), kMissingText);
+    QCOMPARE(Setting(*c, "OLCONSUMER", keptSection, "FOLDERTITLE"), "G");
     QCOMPARE(side.number("SELECT COUNT(*) FROM articles"), 0);
 
     c->RemoveItem(kNews, id, 1); // already gone: harmless
@@ -372,7 +372,7 @@ void tst_EngineCore::reopenedStoreKeepsEverything()
         c->Connect("CONFIGCONSUMER", std::make_shared<CopyingCallback>(*c));
         id = add(*c, "http://kept/feed", {"OLCONSUMER"});
         QVERIFY(id > 0);
-        setSetting(*c, "ENGINE", QString(), "GUID", "42");
+        SetSetting(*c, "ENGINE", QString(), "GUID", "42");
         c->SetSyncSettings(1, "https://sync", "ann", "pw", 7200);
         c->Log("UI Client <> Engine comms established\r\n", 999);
         QCOMPARE(c->LiveHandleCount(), 0);
@@ -393,7 +393,7 @@ void tst_EngineCore::reopenedStoreKeepsEverything()
     QCOMPARE(ItemText(*c, id, "USER"), "ann");
     QCOMPARE(ItemText(*c, id, "PASSWORD"), "pw");
     QCOMPARE(ConsumerItems(*c, "OLCONSUMER"), QList<int>{id});
-    QCOMPARE(setting(*c, "ENGINE", QString(), "GUID"), "42");
+    QCOMPARE(Setting(*c, "ENGINE", QString(), "GUID"), "42");
     const Handle sync = c->GetSyncSettings();
     QCOMPARE(c->GetLongValue(sync, "SyncRemote"), 1);
     QCOMPARE(c->GetStringValue(sync, "SyncServer"), "https://sync");

@@ -202,7 +202,7 @@ void tst_EngineRequests::previewAnswersWithTheFeedOrAnError()
     m_server.serve("/page", "<html><body>not a feed</body></html>", "text/html");
     QCOMPARE(m_engine->preview(url("/page"))->text("MESSAGE"), "PreviewResult");
     m_server.serve("/note", "<?xml version=\"1.0\"?><note>not a feed</note>", "text/xml");
-    for (const QString &path : {"/missing", "/note"}) {
+    for (const char *path : {"/missing", "/note"}) {
         answer = m_engine->preview(url(path));
         QVERIFY(answer);
         QCOMPARE(answer->text("MESSAGE"), "RequestFailed");
@@ -379,12 +379,7 @@ void tst_EngineRequests::shippedDirectoryAndSourcesAreUsable()
     QVERIFY(QFileInfo::exists(shipped + "/directory/root.opml"));
     m_engine->engine.core().setQuillonDataFolder(shipped);
 
-    const Handle keys = m_engine->client->NewBag();
-    m_engine->client->SetStringValue(keys, "OEM_Browse_URL", kMissingText);
-    const Handle values = m_engine->client->GetSettings("ENGINE", QString(), keys);
-    const QString browse = m_engine->client->GetStringValue(values, "OEM_Browse_URL");
-    m_engine->client->ReleaseHandle(values);
-    m_engine->client->ReleaseHandle(keys);
+    const QString browse = EngineCalls::Setting(*m_engine->client, "ENGINE", QString(), "OEM_Browse_URL");
     QCOMPARE(browse, "quillon-data:directory/root.opml");
 
     const ListPtr lists = fetchOpml(browse)->bag("Result")->list("SubscriptionList");
