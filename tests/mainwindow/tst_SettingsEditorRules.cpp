@@ -14,8 +14,6 @@ private Q_SLOTS:
     void commonValueIsSharedValueOrMixedMarker();
     void typedTimesMustBeWholeNumbers_data();
     void typedTimesMustBeWholeNumbers();
-    void timesShowInLargestExactUnit_data();
-    void timesShowInLargestExactUnit();
     void storedTimesChooseOptionsAndShownValues();
     void searchAddressesAndLimits();
 };
@@ -62,29 +60,6 @@ void tst_SettingsEditorRules::typedTimesMustBeWholeNumbers()
     } catch (const FieldError &error) {
         QVERIFY2(error.message().contains("the update frequency"), qPrintable(error.message()));
     }
-}
-
-void tst_SettingsEditorRules::timesShowInLargestExactUnit_data()
-{
-    QTest::addColumn<int>("seconds");
-    QTest::addColumn<int>("amount");
-    QTest::addColumn<int>("unit");
-    QTest::newRow("90 minutes") << 5400 << 90 << 0;
-    QTest::newRow("120 minutes") << 7200 << 2 << 1;
-    QTest::newRow("a day") << 86400 << 1 << 2;
-    QTest::newRow("36 hours") << 129600 << 36 << 1;
-    QTest::newRow("engine default") << -1 << 1 << 1;
-    QTest::newRow("not whole minutes, rounded") << 150 << 3 << 0;
-}
-
-void tst_SettingsEditorRules::timesShowInLargestExactUnit()
-{
-    QFETCH(int, seconds);
-    QFETCH(int, amount);
-    QFETCH(int, unit);
-    const TimeDisplay display = TimeField::Display(seconds);
-    QCOMPARE(display.amount, amount);
-    QCOMPARE(display.unitIndex, unit);
 }
 
 void tst_SettingsEditorRules::storedTimesChooseOptionsAndShownValues()

@@ -49,6 +49,7 @@ void tst_commonUtils::secondsShowInTheLargestExactUnit_data()
     // Seconds that are no whole minute round to the nearest one, as the editor's field does.
     QTest::newRow("an hour less a second") << 3599 << 60 << int(UnitMinutes);
     QTest::newRow("ninety seconds") << 90 << 2 << int(UnitMinutes);
+    QTest::newRow("half a minute over rounds up") << 150 << 3 << int(UnitMinutes);
 }
 
 void tst_commonUtils::secondsShowInTheLargestExactUnit()
