@@ -2,7 +2,6 @@
 #include "LinkedSubscribeClient.h"
 #include "SocketLink.h"
 
-#include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
 #include <QProcess>
@@ -98,12 +97,9 @@ void tst_Startup::waitsForEngineThenShowsWindowAndEndsWithIt()
     QCOMPARE(m_program.state(), QProcess::Running);
     QVERIFY(!Printed(m_program, "main window shown"));
 
-    // The engine comes: the window follows within about one tick.
+    // The engine comes: the window follows at a next tick.
     StartEngine(m_engine);
-    QElapsedTimer sinceEngine;
-    sinceEngine.start();
     QTRY_VERIFY_WITH_TIMEOUT(Printed(m_program, "main window shown"), 6000);
-    QVERIFY2(sinceEngine.elapsed() < 3500, qPrintable(QString::number(sinceEngine.elapsed())));
 
     // A second copy ends at once, silently.
     QProcess second;
