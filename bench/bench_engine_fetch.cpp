@@ -1,10 +1,12 @@
 // The engine fetching, parsing and storing N feeds of 20 items from a local server, three ways:
 // into an empty store, with every feed answered "304 Not Modified", and with every feed sent
-// again in full. The server is gen_feeds.py serve (synthetic RSS on 127.0.0.1).
-// Usage: bench_engine_fetch [feeds=100] [path of gen_feeds.py]
+// again in full. The server is gen_feeds.py serve (synthetic RSS on 127.0.0.1). With --peer,
+// newsboat then reads the same feeds from the same server into an empty cache of its own.
+// Usage: bench_engine_fetch [feeds=100] [path of gen_feeds.py] [--peer]
 
 #include "EngineCore.h"
 #include "FeedServer.h"
+#include "ProcessCpu.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -14,13 +16,16 @@
 #include <QHash>
 #include <QLoggingCategory>
 #include <QProcess>
+#include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QTextStream>
 #include <QThread>
 #include <QTimer>
 
 #include <ctime>
+#include <algorithm>
 #include <memory>
+#include <optional>
 
 using namespace quillon;
 
@@ -69,6 +74,38 @@ Round runRound(EngineCore &core, int expected)
     return round;
 }
 
+// newsboat reloading every feed into an empty cache, timed from its start to its end; its CPU
+// is everything it and its threads used. Nothing when it is not installed.
+std::optional<Round> runPeer(const QStringList &urls, const QTemporaryDir &tmp)
+{
+    const QString program = QStandardPaths::findExecutable(QStringLiteral("newsboat"));
+    if (program.isEmpty())
+        return std::nullopt;
+    const QString list = tmp.filePath(QStringLiteral("newsboat-urls"));
+    const QString config = tmp.filePath(QStringLiteral("newsboat-config"));
+    QFile urlFile(list);
+    QFile configFile(config);
+    if (!urlFile.open(QIODevice::WriteOnly) || !configFile.open(QIODevice::WriteOnly))
+        return std::nullopt;
+    urlFile.write(urls.join(QLatin1Char('\n')).toUtf8() + '\n');
+    urlFile.close();
+    configFile.close(); // its defaults, as a new user has them
+    QProcess peer;
+    peer.setStandardOutputFile(QProcess::nullDevice());
+    Round round;
+    const qint64 cpuBefore = waitedChildrenCpuMillis();
+    QElapsedTimer wall;
+    wall.start();
+    peer.start(program, {QStringLiteral("-u"), list, QStringLiteral("-c"), tmp.filePath(QStringLiteral("newsboat-cache.db")),
+                         QStringLiteral("-C"), config, QStringLiteral("-x"), QStringLiteral("reload")});
+    if (!peer.waitForFinished(-1) || peer.exitStatus() != QProcess::NormalExit)
+        return std::nullopt;
+    round.wallMs = wall.elapsed();
+    round.cpuMs = waitedChildrenCpuMillis() - cpuBefore;
+    round.statuses.insert(QStringLiteral("exit code %1").arg(peer.exitCode()), 1);
+    return round;
+}
+
 QString describe(const QHash<QString, int> &statuses)
 {
     QStringList parts;
@@ -86,9 +123,10 @@ int main(int argc, char *argv[])
     QCoreApplication app(argc, argv);
     QLoggingCategory::setFilterRules(
         QStringLiteral("corvell.quillon.*.debug=false\ncorvell.quillon.*.info=false"));
-    const QStringList args = app.arguments();
-    const int feeds = args.size() > 1 ? args.at(1).toInt() : 100;
-    const QString script = args.size() > 2 ? args.at(2) : kDefaultFeedScript;
+    QStringList args = app.arguments().mid(1);
+    const bool peer = args.removeAll(QStringLiteral("--peer")) > 0;
+    const int feeds = !args.isEmpty() ? args.at(0).toInt() : 100;
+    const QString script = args.size() > 1 ? args.at(1) : kDefaultFeedScript;
     QTextStream out(stdout);
 
     QTemporaryDir tmp;
@@ -130,6 +168,18 @@ int main(int argc, char *argv[])
 
     core->closeSession(session);
     core.reset();
+    if (peer) {
+        const std::optional<Round> theirs = runPeer(urls, tmp);
+        if (!theirs) {
+            out << "newsboat (peer): skipped, it is not installed or did not run\n";
+        } else {
+            out << "newsboat, empty:   " << theirs->wallMs << " ms wall, " << theirs->cpuMs << " ms CPU  ("
+                << describe(theirs->statuses) << ")\n";
+            out << "ahead of newsboat: " << QString::number(double(theirs->wallMs) / std::max<qint64>(1, empty.wallMs), 'f', 1)
+                << " times by wall, " << QString::number(double(theirs->cpuMs) / std::max<qint64>(1, empty.cpuMs), 'f', 1)
+                << " times by CPU\n";
+        }
+    }
     server.kill();
     server.waitForFinished();
     return 0;

@@ -33,7 +33,9 @@ public:
         QByteArray redirectTo; // answered with redirectStatus and this Location
         int redirectStatus = 302;
         bool neverAnswer = false;
-        int cutAfter = -1; // the connection closes after this many bytes of the body
+        int cutAfter = -1;     // the connection closes after this many bytes of the body
+        bool reset = false;    // with cutAfter: reset a moment later instead of closed
+        qint64 announce = -1;  // a Content-Length other than the body's own
     };
 
     explicit LocalHttpServer(QObject *parent = nullptr);
@@ -67,7 +69,7 @@ private:
     void answer(QTcpSocket *socket, const Request &request);
     [[nodiscard]] static QByteArray response(int status, const QByteArray &reason,
                                              const QList<QPair<QByteArray, QByteArray>> &headers,
-                                             const QByteArray &body);
+                                             const QByteArray &body, qint64 announce = -1);
     [[nodiscard]] static QByteArray routeResponse(const Route &route, const Request &request);
 
     QTcpServer m_server;

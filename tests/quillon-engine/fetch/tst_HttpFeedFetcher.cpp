@@ -114,9 +114,25 @@ void tst_HttpFeedFetcher::sizeIsCappedAndCutAnswersAreNamed()
     FetchResult r = fetchAndWait(standard, m_server.url("/bomb"));
     QCOMPARE(r.describe(), QStringLiteral("Error: the document unpacks to more than 10 MiB"));
     QVERIFY(r.body.isEmpty());
-    r = fetchAndWait(standard, m_server.url("/cut"));
-    QCOMPARE(r.describe(), QStringLiteral("Error: the connection was cut before the document ended"));
-    QVERIFY(r.body.isEmpty());
+    cut.reset = true;
+    m_server.setRoute("/reset", cut);
+    for (const char *path : {"/cut", "/reset"}) {
+        r = fetchAndWait(standard, m_server.url(path));
+        QCOMPARE(r.describe(), QStringLiteral("Error: the connection was cut before the document ended"));
+        QVERIFY(r.body.isEmpty());
+    }
+
+    // Bytes beyond the announced length are not the next answer on a connection kept open.
+    LocalHttpServer::Route overlong;
+    overlong.body = kFeed + "HTTP/1.1 200 OK\r\nContent-Length: 5\r\n\r\nspoil";
+    overlong.announce = kFeed.size();
+    m_server.setRoute("/overlong", overlong);
+    m_server.serve("/after", kFeed);
+    for (const char *path : {"/overlong", "/after"}) {
+        r = fetchAndWait(standard, m_server.url(path));
+        QCOMPARE(r.outcome, Outcome::Ok);
+        QCOMPARE(r.body, kFeed);
+    }
 }
 
 void tst_HttpFeedFetcher::waitsForAFreeConnection()
