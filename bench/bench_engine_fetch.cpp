@@ -3,6 +3,7 @@
 // again in full. The server is gen_feeds.py serve (synthetic RSS on 127.0.0.1). With --peer,
 // newsboat then reads the same feeds from the same server into an empty cache of its own.
 // Usage: bench_engine_fetch [feeds=100] [path of gen_feeds.py] [--peer]
+// Under valgrind --tool=callgrind --instr-atstart=no, each round is counted and dumped apart.
 
 #include "EngineCore.h"
 #include "FeedServer.h"
@@ -21,6 +22,11 @@
 #include <QTextStream>
 #include <QThread>
 #include <QTimer>
+
+#if __has_include(<valgrind/callgrind.h>)
+#include <valgrind/callgrind.h>
+#define QUILLON_CALLGRIND 1
+#endif
 
 #include <ctime>
 #include <algorithm>
@@ -47,8 +53,27 @@ void addSubscriptions(EngineCore &core, EngineCore::SessionId session, const QSt
     }
 }
 
+// Counting instructions only while a round runs; nothing outside callgrind.
+void countFrom()
+{
+#ifdef QUILLON_CALLGRIND
+    CALLGRIND_ZERO_STATS;
+    CALLGRIND_START_INSTRUMENTATION;
+#endif
+}
+
+void countUntil(const char *round)
+{
+#ifdef QUILLON_CALLGRIND
+    CALLGRIND_STOP_INSTRUMENTATION;
+    CALLGRIND_DUMP_STATS_AT(round);
+#else
+    Q_UNUSED(round)
+#endif
+}
+
 // Lets everything due be fetched and waits until `expected` updates have finished.
-Round runRound(EngineCore &core, int expected)
+Round runRound(EngineCore &core, int expected, const char *name)
 {
     Round round;
     int finished = 0;
@@ -65,9 +90,11 @@ Round runRound(EngineCore &core, int expected)
     QElapsedTimer wall;
     wall.start();
     const std::clock_t cpu = std::clock();
+    countFrom();
     core.runDueUpdates();
     if (finished < expected)
         loop.exec();
+    countUntil(name);
     round.wallMs = wall.elapsed();
     round.cpuMs = qint64(std::clock() - cpu) * 1000 / CLOCKS_PER_SEC;
     QObject::disconnect(connection);
@@ -152,16 +179,16 @@ int main(int argc, char *argv[])
     addSubscriptions(*core, session, urls);
 
     out << feeds << " feeds of 20 items, wall and CPU time of this process\n";
-    const Round empty = runRound(*core, feeds);
+    const Round empty = runRound(*core, feeds, "empty store");
     out << "empty store:       " << empty.wallMs << " ms wall, " << empty.cpuMs << " ms CPU  ("
         << describe(empty.statuses) << ")\n";
     offsetSecs += 7200; // everything due again
-    const Round unchanged = runRound(*core, feeds);
+    const Round unchanged = runRound(*core, feeds, "304 Not Modified");
     out << "304 Not Modified:  " << unchanged.wallMs << " ms wall, " << unchanged.cpuMs << " ms CPU  ("
         << describe(unchanged.statuses) << ")\n";
     QFile::remove(feedDir + QStringLiteral("/CONDITIONAL")); // every request gets the whole feed
     offsetSecs += 7200;
-    const Round resent = runRound(*core, feeds);
+    const Round resent = runRound(*core, feeds, "re-sent in full");
     out << "re-sent in full:   " << resent.wallMs << " ms wall, " << resent.cpuMs << " ms CPU  ("
         << describe(resent.statuses) << ")\n";
     out.flush();
