@@ -156,6 +156,22 @@ void tst_HttpFeedFetcher::waitsForAFreeConnection()
     // The clock of each starts when it is sent, so every one was asked and waited its full time.
     QCOMPARE(m_server.requestCount("/hang"), 5);
     QCOMPARE(reasons.count(QStringLiteral("Error: no answer within 0.4 seconds")), 5);
+
+    // Dropped by one of its own answers with others under way: those never answer.
+    m_server.serve("/quick", kFeed);
+    options.maxPerHost = 6;
+    auto dropped = std::make_unique<HttpFeedFetcher>(options);
+    int late = 0;
+    FetchRequest hang;
+    hang.url = m_server.url("/hang");
+    for (int i = 0; i < 3; ++i)
+        dropped->fetch(hang, [&late](const FetchResult &) { ++late; });
+    hang.url = m_server.url("/quick");
+    dropped->fetch(hang, [&dropped](const FetchResult &) { dropped.reset(); });
+    QTRY_VERIFY(!dropped);
+    // Past the time the others would have taken.
+    QCOMPARE(fetchAndWait(fetcher, m_server.url("/hang")).outcome, Outcome::TimedOut);
+    QCOMPARE(late, 0);
 }
 
 void tst_HttpFeedFetcher::filesAreAnsweredLaterToo()
