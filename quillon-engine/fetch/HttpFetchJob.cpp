@@ -53,14 +53,7 @@ void HttpFetchJob::prepare(CURL *easy)
 {
     if (!m_clock.isValid())
         m_clock.start();
-    m_status = 0;
-    m_reason.clear();
-    m_contentType.clear();
-    m_etag.clear();
-    m_lastModified.clear();
-    m_encoding.clear();
-    m_location.clear();
-    m_announced = -1;
+    m_answer = {};
     m_body.clear();
     m_tooLarge.clear();
     m_error[0] = '\0';
@@ -127,14 +120,9 @@ bool HttpFetchJob::readHeader(QByteArrayView line)
         const qsizetype space = line.indexOf(' ');
         const QByteArrayView rest = space < 0 ? QByteArrayView() : line.sliced(space + 1);
         const qsizetype reasonAt = rest.indexOf(' ');
-        m_status = (reasonAt < 0 ? rest : rest.first(reasonAt)).toInt();
-        m_reason = reasonAt < 0 ? QByteArray() : rest.sliced(reasonAt + 1).trimmed().toByteArray();
-        m_contentType.clear();
-        m_etag.clear();
-        m_lastModified.clear();
-        m_encoding.clear();
-        m_location.clear();
-        m_announced = -1;
+        m_answer = {};
+        m_answer.status = (reasonAt < 0 ? rest : rest.first(reasonAt)).toInt();
+        m_answer.reason = reasonAt < 0 ? QByteArray() : rest.sliced(reasonAt + 1).trimmed().toByteArray();
         return true;
     }
     const qsizetype colon = line.indexOf(':');
@@ -143,19 +131,19 @@ bool HttpFetchJob::readHeader(QByteArrayView line)
     const QByteArrayView name = line.first(colon).trimmed();
     const QByteArrayView value = line.sliced(colon + 1).trimmed();
     if (named(name, "content-type")) {
-        m_contentType = value.toByteArray();
+        m_answer.contentType = value.toByteArray();
     } else if (named(name, "etag")) {
-        m_etag = value.toByteArray();
+        m_answer.etag = value.toByteArray();
     } else if (named(name, "last-modified")) {
-        m_lastModified = value.toByteArray();
+        m_answer.lastModified = value.toByteArray();
     } else if (named(name, "content-encoding")) {
-        m_encoding = value.toByteArray().toLower();
+        m_answer.encoding = value.toByteArray().toLower();
     } else if (named(name, "location")) {
-        m_location = value.toByteArray();
+        m_answer.location = value.toByteArray();
     } else if (named(name, "content-length")) {
         bool ok = false;
-        m_announced = value.toLongLong(&ok);
-        if (ok && m_announced > m_options.maxBytes) {
+        m_answer.announced = value.toLongLong(&ok);
+        if (ok && m_answer.announced > m_options.maxBytes) {
             abort(m_options.tooLargeText());
             return false;
         }
@@ -165,8 +153,8 @@ bool HttpFetchJob::readHeader(QByteArrayView line)
 
 bool HttpFetchJob::readBody(QByteArrayView data)
 {
-    if (m_body.isEmpty() && m_announced > 0 && !isPacked())
-        m_body.reserve(std::min(m_announced, m_options.maxBytes));
+    if (m_body.isEmpty() && m_answer.announced > 0 && !isPacked())
+        m_body.reserve(std::min(m_answer.announced, m_options.maxBytes));
     if (m_body.size() + data.size() > m_options.maxBytes) {
         // Counted after unpacking, so a small download that unpacks to gigabytes stops here.
         abort(isPacked() ? m_options.unpacksTooLargeText() : m_options.tooLargeText());
@@ -184,13 +172,13 @@ void HttpFetchJob::abort(const QString &reason)
 
 bool HttpFetchJob::isPacked() const
 {
-    return !m_encoding.isEmpty() && m_encoding != "identity";
+    return !m_answer.encoding.isEmpty() && m_answer.encoding != "identity";
 }
 
 std::optional<FetchResult> HttpFetchJob::finished(CURL *easy, CURLcode code)
 {
     const auto withStatus = [this](FetchResult result) {
-        result.httpStatus = m_status;
+        result.httpStatus = m_answer.status;
         return result;
     };
     if (!m_tooLarge.isEmpty())
@@ -198,7 +186,7 @@ std::optional<FetchResult> HttpFetchJob::finished(CURL *easy, CURLcode code)
     if (code == CURLE_OPERATION_TIMEDOUT)
         return failed(FetchResult::Outcome::TimedOut, timedOutText());
     const bool cut = code == CURLE_PARTIAL_FILE || code == CURLE_RECV_ERROR;
-    if (cut && m_status >= 200 && m_status <= 299) {
+    if (cut && m_answer.status >= 200 && m_answer.status <= 299) {
         // An answer that stopped early is not the document: nothing of it may be stored.
         return withStatus(failed(FetchResult::Outcome::Failed,
                                  QStringLiteral("the connection was cut before the document ended")));
@@ -206,13 +194,13 @@ std::optional<FetchResult> HttpFetchJob::finished(CURL *easy, CURLcode code)
     if (code == CURLE_BAD_CONTENT_ENCODING)
         return failed(FetchResult::Outcome::Failed, QStringLiteral("the document could not be unpacked"));
     // Anything else short of an answer; an error page cut short still says its status.
-    if ((code != CURLE_OK && !(cut && m_status > 0)) || m_status == 0) {
+    if ((code != CURLE_OK && !(cut && m_answer.status > 0)) || m_answer.status == 0) {
         const char *what = m_error[0] ? m_error : curl_easy_strerror(code);
         return failed(FetchResult::Outcome::Failed, QString::fromUtf8(what));
     }
-    const QUrl location(QString::fromUtf8(m_location));
+    const QUrl location(QString::fromUtf8(m_answer.location));
     // A redirect without a place to go is an answer of its own.
-    if (!isRedirect(m_status) || location.isEmpty() || !location.isValid())
+    if (!isRedirect(m_answer.status) || location.isEmpty() || !location.isValid())
         return answered();
     const QUrl target = m_current.resolved(location);
     const QString scheme = target.scheme().toLower();
@@ -224,7 +212,7 @@ std::optional<FetchResult> HttpFetchJob::finished(CURL *easy, CURLcode code)
             failed(FetchResult::Outcome::Failed, QStringLiteral("redirected to %1").arg(target.toString())));
     if (m_clock.elapsed() >= m_options.timeoutMs)
         return failed(FetchResult::Outcome::TimedOut, timedOutText());
-    qCDebug(lcFetch) << m_current << "redirected" << m_status << "to" << target;
+    qCDebug(lcFetch) << m_current << "redirected" << m_answer.status << "to" << target;
     m_current = target;
     prepare(easy);
     return std::nullopt;
@@ -233,21 +221,21 @@ std::optional<FetchResult> HttpFetchJob::finished(CURL *easy, CURLcode code)
 FetchResult HttpFetchJob::answered() const
 {
     FetchResult result;
-    result.httpStatus = m_status;
-    result.reason = QString::fromUtf8(m_reason);
+    result.httpStatus = m_answer.status;
+    result.reason = QString::fromUtf8(m_answer.reason);
     result.finalUrl = m_current;
-    if (m_status == 304) {
+    if (m_answer.status == 304) {
         result.outcome = FetchResult::Outcome::NotModified;
-    } else if (m_status == 401) {
+    } else if (m_answer.status == 401) {
         result.outcome = FetchResult::Outcome::Unauthorized;
-    } else if (m_status < 200 || m_status > 299) {
+    } else if (m_answer.status < 200 || m_answer.status > 299) {
         result.outcome = FetchResult::Outcome::HttpError;
     } else {
         result.outcome = FetchResult::Outcome::Ok;
         result.body = m_body;
-        result.contentType = QString::fromUtf8(m_contentType);
-        result.etag = QString::fromUtf8(m_etag);
-        result.lastModified = QString::fromUtf8(m_lastModified);
+        result.contentType = QString::fromUtf8(m_answer.contentType);
+        result.etag = QString::fromUtf8(m_answer.etag);
+        result.lastModified = QString::fromUtf8(m_answer.lastModified);
     }
     return result;
 }

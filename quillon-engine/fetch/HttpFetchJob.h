@@ -50,15 +50,19 @@ private:
     int m_redirects = 0;
     char m_error[CURL_ERROR_SIZE] = {};
 
-    // The answer being read.
-    int m_status = 0;
-    QByteArray m_reason;
-    QByteArray m_contentType;
-    QByteArray m_etag;
-    QByteArray m_lastModified;
-    QByteArray m_encoding;
-    QByteArray m_location;
-    qint64 m_announced = -1;
+    // The headers of the answer being read.
+    struct Answer
+    {
+        int status = 0;
+        QByteArray reason;
+        QByteArray contentType;
+        QByteArray etag;
+        QByteArray lastModified;
+        QByteArray encoding;
+        QByteArray location;
+        qint64 announced = -1;
+    };
+    Answer m_answer;
     QByteArray m_body;
     QString m_tooLarge; // set when the transfer was stopped for its size
 };
