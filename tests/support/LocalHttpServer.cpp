@@ -50,6 +50,7 @@ QByteArray LocalHttpServer::lastHeader(const QString &path, const QByteArray &na
 void LocalHttpServer::accept()
 {
     while (QTcpSocket *socket = m_server.nextPendingConnection()) {
+        ++m_connections;
         socket->setParent(this);
         connect(socket, &QTcpSocket::readyRead, this, [this, socket]() { readRequests(socket); });
         connect(socket, &QTcpSocket::disconnected, this, [this, socket]() {

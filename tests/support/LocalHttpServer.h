@@ -13,7 +13,8 @@ class QTcpSocket;
 // A small HTTP/1.1 server on 127.0.0.1 for tests that fetch. Each path has a canned route:
 // a body (gzip-packed when the route asks and the client accepts it), validators that make
 // matching conditional requests answer 304, a required basic login, a redirect, or no answer
-// at all. Unknown paths answer 404. Requests are counted per path.
+// at all, or an answer cut short. Unknown paths answer 404. Requests are counted per path, and
+// the connections accepted.
 class LocalHttpServer : public QObject
 {
     Q_OBJECT
@@ -49,6 +50,7 @@ public:
                const QByteArray &contentType = "application/rss+xml; charset=utf-8");
 
     [[nodiscard]] int requestCount(const QString &path) const { return m_counts.value(path); }
+    [[nodiscard]] int connectionCount() const { return m_connections; }
     // A header of the last request for the path (names compared without regard to case).
     [[nodiscard]] QByteArray lastHeader(const QString &path, const QByteArray &name) const;
 
@@ -77,4 +79,5 @@ private:
     QHash<QString, int> m_counts;
     QHash<QString, QHash<QByteArray, QByteArray>> m_lastHeaders;
     QHash<QTcpSocket *, QByteArray> m_buffers;
+    int m_connections = 0;
 };

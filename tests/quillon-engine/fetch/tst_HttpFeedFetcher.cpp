@@ -48,10 +48,12 @@ void tst_HttpFeedFetcher::redirectsAreBoundedAndKeepTheLoginAtHome()
     loop.redirectTo = "/loop";
     m_server.setRoute("/loop", loop);
     HttpFeedFetcher fetcher;
+    const int connections = m_server.connectionCount();
     FetchResult r = fetchAndWait(fetcher, m_server.url("/loop"));
     QCOMPARE(r.outcome, Outcome::Failed);
     QCOMPARE(r.describe(), QStringLiteral("Error: more than 5 redirects"));
     QCOMPARE(m_server.requestCount("/loop"), 6);
+    QCOMPARE(m_server.connectionCount(), connections + 1); // kept open from one to the next
 
     LocalHttpServer::Route away;
     away.redirectTo = m_server.url("/open").toString().replace("127.0.0.1", "localhost").toUtf8();
