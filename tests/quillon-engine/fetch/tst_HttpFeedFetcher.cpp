@@ -102,8 +102,8 @@ void tst_HttpFeedFetcher::sizeIsCappedAndCutAnswersAreNamed()
     }
     QCOMPARE(fetcher.running(), 0);
 
-    // Told apart from a broken feed: a small download that unpacks to gigabytes, and an
-    // answer cut off mid-way; neither hands on a body.
+    // Told apart from a broken feed: a small download that unpacks to gigabytes, an answer
+    // cut off mid-way (closed or reset), a packing that is not one; none hands on a body.
     LocalHttpServer::Route bomb;
     bomb.body = QByteArray(64 * 1024 * 1024, '\0');
     bomb.gzip = true;
@@ -123,6 +123,13 @@ void tst_HttpFeedFetcher::sizeIsCappedAndCutAnswersAreNamed()
         QCOMPARE(r.describe(), QStringLiteral("Error: the connection was cut before the document ended"));
         QVERIFY(r.body.isEmpty());
     }
+    LocalHttpServer::Route mislabelled;
+    mislabelled.body = kFeed;
+    mislabelled.headers = {{"Content-Encoding", "gzip"}};
+    m_server.setRoute("/mislabelled", mislabelled);
+    r = fetchAndWait(standard, m_server.url("/mislabelled"));
+    QCOMPARE(r.describe(), QStringLiteral("Error: the document could not be unpacked"));
+    QVERIFY(r.body.isEmpty());
 
     // Bytes beyond the announced length are not the next answer on a connection kept open.
     LocalHttpServer::Route overlong;
