@@ -68,6 +68,7 @@ void tst_HttpFeedFetcher::redirectsAreBoundedAndKeepTheLoginAtHome()
     QCOMPARE(r.finalUrl.host(), QStringLiteral("localhost"));
     QVERIFY(!m_server.lastHeader("/away", "authorization").isEmpty());
     QVERIFY(m_server.lastHeader("/open", "authorization").isEmpty());
+    QCOMPARE(m_server.lastHeader("/open", "user-agent"), FetchOptions().userAgent);
 
     // The same host on another port is another server.
     LocalHttpServer otherPort;
