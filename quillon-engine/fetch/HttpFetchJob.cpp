@@ -30,6 +30,13 @@ bool named(QByteArrayView name, QByteArrayView wanted)
     return name.compare(wanted, Qt::CaseInsensitive) == 0;
 }
 
+// This machine's own servers are reached directly, whatever proxy the environment names.
+bool isLoopback(const QString &host)
+{
+    return host == QLatin1String("localhost") || host.endsWith(QLatin1String(".localhost")) ||
+           host.startsWith(QLatin1String("127.")) || host == QLatin1String("::1");
+}
+
 curl_slist *appendHeader(curl_slist *list, const QByteArray &line)
 {
     curl_slist *longer = curl_slist_append(list, line.constData());
@@ -88,6 +95,8 @@ void HttpFetchJob::prepare(CURL *easy)
     curl_easy_setopt(easy, CURLOPT_USERAGENT, m_options.userAgent.constData());
     curl_easy_setopt(easy, CURLOPT_ACCEPT_ENCODING, ""); // every packing curl can unpack
     curl_easy_setopt(easy, CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
+    if (isLoopback(m_current.host().toLower()))
+        curl_easy_setopt(easy, CURLOPT_NOPROXY, "*");
     const qint64 left = std::max<qint64>(1, m_options.timeoutMs - m_clock.elapsed());
     curl_easy_setopt(easy, CURLOPT_TIMEOUT_MS, long(left));
     curl_easy_setopt(easy, CURLOPT_HEADERFUNCTION, &HttpFetchJob::onHeader);
