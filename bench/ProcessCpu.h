@@ -4,6 +4,7 @@
 #include <QList>
 
 #ifdef Q_OS_UNIX
+#include <sys/resource.h>
 #include <unistd.h>
 #endif
 
@@ -21,5 +22,18 @@ inline qint64 processCpuMillis(qint64 pid)
     }
 #endif
     Q_UNUSED(pid)
+    return -1;
+}
+
+// CPU milliseconds of every child process this one has waited for, threads included; -1 where
+// there is none. The difference around one child's run is that child's whole cost.
+inline qint64 waitedChildrenCpuMillis()
+{
+#ifdef Q_OS_UNIX
+    rusage usage{};
+    if (::getrusage(RUSAGE_CHILDREN, &usage) == 0)
+        return (qint64(usage.ru_utime.tv_sec) + usage.ru_stime.tv_sec) * 1000 +
+               (usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1000;
+#endif
     return -1;
 }

@@ -1,5 +1,6 @@
 #include "HttpFeedFetcher.h"
 
+#include "CurlMulti.h"
 #include "FetchLogging.h"
 #include "HttpFetchJob.h"
 
@@ -11,15 +12,24 @@ Q_LOGGING_CATEGORY(lcFetch, "corvell.quillon.engine.fetch")
 namespace quillon {
 
 HttpFeedFetcher::HttpFeedFetcher(FetchOptions options, QObject *parent)
-    : QObject(parent), m_options(std::move(options))
+    : QObject(parent), m_options(std::move(options)),
+      m_curl(std::make_unique<CurlMulti>(
+          [this](CURL *easy, CURLcode code) { onTransferDone(easy, int(code)); }, this))
 {
 }
 
 HttpFeedFetcher::~HttpFeedFetcher()
 {
     // Jobs go without reporting: nobody is left to hear them.
-    m_hosts.clear();
+    for (auto &[job, pending] : m_running) {
+        if (pending.easy) {
+            m_curl->stop(pending.easy);
+            m_curl->give(pending.easy);
+        }
+    }
     m_running.clear();
+    m_hosts.clear();
+    m_curl.reset();
 }
 
 void HttpFeedFetcher::fetch(const FetchRequest &request, Done done)
@@ -28,8 +38,7 @@ void HttpFeedFetcher::fetch(const FetchRequest &request, Done done)
         readFile(request, std::move(done));
         return;
     }
-    auto job = std::make_unique<HttpFetchJob>(m_network, m_options, request);
-    connect(job.get(), &HttpFetchJob::finished, this, &HttpFeedFetcher::onFinished);
+    auto job = std::make_unique<HttpFetchJob>(m_options, request);
     const QString key = job->hostKey();
     Host &host = m_hosts[key];
     host.waiting.push_back({std::move(job), std::move(done)});
@@ -52,6 +61,11 @@ void HttpFeedFetcher::readFile(const FetchRequest &request, Done done)
         result.outcome = FetchResult::Outcome::Ok;
         result.body = file.readAll();
     }
+    answerLater(std::move(done), result);
+}
+
+void HttpFeedFetcher::answerLater(Done done, const FetchResult &result)
+{
     // Answers always come from the event loop, as a web fetch's would.
     QMetaObject::invokeMethod(
         this, [done = std::move(done), result]() { done(result); }, Qt::QueuedConnection);
@@ -78,27 +92,54 @@ void HttpFeedFetcher::startWaiting()
         ++host.running;
         offerTurn(key, host); // behind the other hosts waiting
         HttpFetchJob *job = next.job.get();
+        CURL *easy = m_curl->take();
+        if (easy)
+            job->prepare(easy);
+        next.easy = easy;
         m_running.emplace(job, std::move(next));
-        job->start();
+        if (!easy || !m_curl->start(easy)) {
+            const FetchResult failed =
+                job->failed(FetchResult::Outcome::Failed, QStringLiteral("the web fetcher could not start"));
+            answerLater(release(job).done, failed);
+        }
     }
 }
 
-void HttpFeedFetcher::onFinished(HttpFetchJob *job, const FetchResult &result)
+void HttpFeedFetcher::onTransferDone(void *easy, int code)
 {
-    auto it = m_running.find(job);
-    if (it == m_running.end())
+    m_curl->stop(easy);
+    char *data = nullptr;
+    curl_easy_getinfo(easy, CURLINFO_PRIVATE, &data);
+    auto *job = reinterpret_cast<HttpFetchJob *>(data);
+    if (!m_running.count(job))
         return;
-    Pending finished = std::move(it->second);
+    const std::optional<FetchResult> result = job->finished(easy, CURLcode(code));
+    if (result)
+        finish(job, *result);
+    else if (!m_curl->start(easy)) // on to where it was redirected
+        finish(job, job->failed(FetchResult::Outcome::Failed, QStringLiteral("the web fetcher could not start")));
+}
+
+HttpFeedFetcher::Pending HttpFeedFetcher::release(HttpFetchJob *job)
+{
+    const auto it = m_running.find(job);
+    Pending pending = std::move(it->second);
     m_running.erase(it);
-    const QString key = job->hostKey();
+    m_curl->give(pending.easy);
+    pending.easy = nullptr;
+    const QString &key = job->hostKey();
     Host &host = m_hosts[key];
     --host.running;
     if (host.running == 0 && host.waiting.empty())
         m_hosts.erase(key);
     else
         offerTurn(key, host);
-    // The job is still emitting; it goes once control is back in the event loop.
-    finished.job.release()->deleteLater();
+    return pending;
+}
+
+void HttpFeedFetcher::finish(HttpFetchJob *job, const FetchResult &result)
+{
+    const Pending finished = release(job);
     qCDebug(lcFetch) << result.finalUrl << result.describe();
     startWaiting();
     finished.done(result);

@@ -3,7 +3,6 @@
 #include "FeedFetcher.h"
 #include "FetchOptions.h"
 
-#include <QNetworkAccessManager>
 #include <QObject>
 
 #include <deque>
@@ -12,11 +11,13 @@
 
 namespace quillon {
 
+class CurlMulti;
 class HttpFetchJob;
 
-// The engine's fetcher: web documents through QNetworkAccessManager (which asks for gzip and
-// deflate and unpacks them), files straight from disk. At most maxConcurrent web fetches run
-// at once and maxPerHost to one host; the others wait, hosts taking turns.
+// The engine's fetcher: web documents through libcurl (which asks for gzip and deflate and
+// unpacks them, and keeps connections open between fetches), files straight from disk. At most
+// maxConcurrent web fetches run at once and maxPerHost to one host; the others wait, hosts
+// taking turns.
 class HttpFeedFetcher : public QObject, public FeedFetcher
 {
     Q_OBJECT
@@ -35,6 +36,7 @@ private:
     {
         std::unique_ptr<HttpFetchJob> job;
         Done done;
+        void *easy = nullptr; // its curl handle while it runs
     };
     struct Host
     {
@@ -46,10 +48,13 @@ private:
     void readFile(const FetchRequest &request, Done done);
     void offerTurn(const QString &key, Host &host);
     void startWaiting();
-    void onFinished(HttpFetchJob *job, const FetchResult &result);
+    void onTransferDone(void *easy, int code);
+    [[nodiscard]] Pending release(HttpFetchJob *job);
+    void finish(HttpFetchJob *job, const FetchResult &result);
+    void answerLater(Done done, const FetchResult &result);
 
     FetchOptions m_options;
-    QNetworkAccessManager m_network;
+    std::unique_ptr<CurlMulti> m_curl;
     std::unordered_map<QString, Host> m_hosts;
     // Hosts with a job waiting and a connection free, in the order they will be served.
     std::deque<QString> m_turns;

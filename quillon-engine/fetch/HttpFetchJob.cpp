@@ -2,14 +2,12 @@
 
 #include "FetchLogging.h"
 
-#include <QNetworkAccessManager>
-#include <QNetworkReply>
-#include <QNetworkRequest>
+#include <algorithm>
 
 namespace quillon {
 
 namespace {
-const QByteArray kAccept = "application/rss+xml, application/atom+xml, application/rdf+xml, "
+constexpr char kAccept[] = "Accept: application/rss+xml, application/atom+xml, application/rdf+xml, "
                            "application/xml;q=0.9, text/xml;q=0.9, */*;q=0.8";
 
 bool isRedirect(int status)
@@ -27,189 +25,242 @@ bool sameOrigin(const QUrl &a, const QUrl &b)
            a.port(defaultPort) == b.port(defaultPort);
 }
 
+bool named(QByteArrayView name, QByteArrayView wanted)
+{
+    return name.compare(wanted, Qt::CaseInsensitive) == 0;
+}
+
+// This machine's own servers are reached directly, whatever proxy the environment names.
+bool isLoopback(const QString &host)
+{
+    return host == QLatin1String("localhost") || host.endsWith(QLatin1String(".localhost")) ||
+           host.startsWith(QLatin1String("127.")) || host == QLatin1String("::1");
+}
+
+curl_slist *appendHeader(curl_slist *list, const QByteArray &line)
+{
+    curl_slist *longer = curl_slist_append(list, line.constData());
+    return longer ? longer : list;
+}
 } // namespace
 
-HttpFetchJob::HttpFetchJob(QNetworkAccessManager &network, const FetchOptions &options, FetchRequest request)
-    : m_network(network), m_options(options), m_request(std::move(request)), m_current(m_request.url),
+HttpFetchJob::HttpFetchJob(const FetchOptions &options, FetchRequest request)
+    : m_options(options), m_request(std::move(request)), m_current(m_request.url),
       m_hostKey(m_request.url.scheme().toLower() + QLatin1Char('/') + m_request.url.host().toLower() +
                 QLatin1Char(':') + QString::number(m_request.url.port(-1)))
 {
-    m_deadline.setSingleShot(true);
-    connect(&m_deadline, &QTimer::timeout, this, [this]() {
-        fail(FetchResult::Outcome::TimedOut,
-             QStringLiteral("no answer within %1 seconds").arg(m_options.timeoutMs / 1000.0));
-    });
 }
 
 HttpFetchJob::~HttpFetchJob()
 {
-    dropReply();
+    curl_slist_free_all(m_headers);
 }
 
-void HttpFetchJob::start()
+void HttpFetchJob::prepare(CURL *easy)
 {
-    m_deadline.start(m_options.timeoutMs);
-    send(m_current);
-}
+    if (!m_clock.isValid())
+        m_clock.start();
+    m_answer = {};
+    m_body.clear();
+    m_tooLarge.clear();
+    m_error[0] = '\0';
 
-void HttpFetchJob::send(const QUrl &url)
-{
-    // A login travels only in our own header: Qt would hand the address's to anyone who asks.
-    QUrl address = url;
-    address.setUserInfo(QString());
-    QNetworkRequest request(address);
-    // Redirects are ours to follow: the login must not go to another host.
-    request.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::ManualRedirectPolicy);
-    request.setHeader(QNetworkRequest::UserAgentHeader, m_options.userAgent);
-    request.setRawHeader("Accept", kAccept);
+    curl_slist *headers = curl_slist_append(nullptr, kAccept);
     if (!m_request.etag.isEmpty())
-        request.setRawHeader("If-None-Match", m_request.etag.toUtf8());
+        headers = appendHeader(headers, "If-None-Match: " + m_request.etag.toUtf8());
     if (!m_request.lastModified.isEmpty())
-        request.setRawHeader("If-Modified-Since", m_request.lastModified.toUtf8());
+        headers = appendHeader(headers, "If-Modified-Since: " + m_request.lastModified.toUtf8());
     QString user = m_request.user;
     QString password = m_request.password;
-    if (user.isEmpty() && !url.userName().isEmpty()) {
-        user = url.userName();
-        password = url.password();
+    if (user.isEmpty() && !m_request.url.userName().isEmpty()) {
+        user = m_request.url.userName();
+        password = m_request.url.password();
     }
-    if (!user.isEmpty() && sameOrigin(url, m_request.url))
-        request.setRawHeader("Authorization",
-                             "Basic " + (user + QLatin1Char(':') + password).toUtf8().toBase64());
-    m_reply = m_network.get(request);
-    connect(m_reply, &QNetworkReply::metaDataChanged, this, &HttpFetchJob::checkAnnouncedSize);
-    connect(m_reply, &QNetworkReply::readyRead, this, &HttpFetchJob::readBody);
-    connect(m_reply, &QNetworkReply::finished, this, &HttpFetchJob::onReplyFinished);
+    // A login travels only in our own header, and only to the origin that asked for it.
+    if (!user.isEmpty() && sameOrigin(m_current, m_request.url))
+        headers = appendHeader(headers, "Authorization: Basic " +
+                                            (user + QLatin1Char(':') + password).toUtf8().toBase64());
+
+    // Without the user info: curl would send it to wherever the address leads.
+    const QByteArray address = m_current.toEncoded(QUrl::RemoveUserInfo | QUrl::RemoveFragment);
+    curl_easy_setopt(easy, CURLOPT_URL, address.constData());
+    curl_easy_setopt(easy, CURLOPT_PRIVATE, this);
+    curl_easy_setopt(easy, CURLOPT_NOSIGNAL, 1L);
+#if LIBCURL_VERSION_NUM >= 0x075500
+    curl_easy_setopt(easy, CURLOPT_PROTOCOLS_STR, "http,https");
+#else
+    curl_easy_setopt(easy, CURLOPT_PROTOCOLS, long(CURLPROTO_HTTP | CURLPROTO_HTTPS));
+#endif
+    curl_easy_setopt(easy, CURLOPT_HTTPHEADER, headers);
+    curl_easy_setopt(easy, CURLOPT_USERAGENT, m_options.userAgent.constData());
+    curl_easy_setopt(easy, CURLOPT_ACCEPT_ENCODING, ""); // every packing curl can unpack
+    curl_easy_setopt(easy, CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
+    if (isLoopback(m_current.host().toLower()))
+        curl_easy_setopt(easy, CURLOPT_NOPROXY, "*");
+    const qint64 left = std::max<qint64>(1, m_options.timeoutMs - m_clock.elapsed());
+    curl_easy_setopt(easy, CURLOPT_TIMEOUT_MS, long(left));
+    curl_easy_setopt(easy, CURLOPT_HEADERFUNCTION, &HttpFetchJob::onHeader);
+    curl_easy_setopt(easy, CURLOPT_HEADERDATA, this);
+    curl_easy_setopt(easy, CURLOPT_WRITEFUNCTION, &HttpFetchJob::onBody);
+    curl_easy_setopt(easy, CURLOPT_WRITEDATA, this);
+    curl_easy_setopt(easy, CURLOPT_ERRORBUFFER, m_error);
+    // The handle has copied the strings but keeps the header list: the old one goes now.
+    curl_slist_free_all(m_headers);
+    m_headers = headers;
 }
 
-void HttpFetchJob::checkAnnouncedSize()
+size_t HttpFetchJob::onHeader(char *data, size_t size, size_t count, void *self)
 {
-    const qint64 announced = m_reply->header(QNetworkRequest::ContentLengthHeader).toLongLong();
-    if (announced > m_options.maxBytes)
-        fail(FetchResult::Outcome::TooLarge, m_options.tooLargeText());
+    const size_t bytes = size * count;
+    return static_cast<HttpFetchJob *>(self)->readHeader(QByteArrayView(data, qsizetype(bytes))) ? bytes : 0;
 }
 
-void HttpFetchJob::readBody()
+size_t HttpFetchJob::onBody(char *data, size_t size, size_t count, void *self)
 {
-    if (!m_reply || m_reported)
-        return;
-    m_body += m_reply->readAll();
-    if (m_body.size() > m_options.maxBytes)
-        fail(FetchResult::Outcome::TooLarge,
-             isPacked() ? m_options.unpacksTooLargeText() : m_options.tooLargeText());
+    const size_t bytes = size * count;
+    return static_cast<HttpFetchJob *>(self)->readBody(QByteArrayView(data, qsizetype(bytes))) ? bytes : 0;
+}
+
+bool HttpFetchJob::readHeader(QByteArrayView line)
+{
+    line = line.trimmed();
+    if (line.startsWith("HTTP/")) {
+        // A new answer (after "100 Continue", say): nothing of the one before counts.
+        const qsizetype space = line.indexOf(' ');
+        const QByteArrayView rest = space < 0 ? QByteArrayView() : line.sliced(space + 1);
+        const qsizetype reasonAt = rest.indexOf(' ');
+        m_answer = {};
+        m_answer.status = (reasonAt < 0 ? rest : rest.first(reasonAt)).toInt();
+        m_answer.reason = reasonAt < 0 ? QByteArray() : rest.sliced(reasonAt + 1).trimmed().toByteArray();
+        return true;
+    }
+    const qsizetype colon = line.indexOf(':');
+    if (colon <= 0)
+        return true;
+    const QByteArrayView name = line.first(colon).trimmed();
+    const QByteArrayView value = line.sliced(colon + 1).trimmed();
+    if (named(name, "content-type")) {
+        m_answer.contentType = value.toByteArray();
+    } else if (named(name, "etag")) {
+        m_answer.etag = value.toByteArray();
+    } else if (named(name, "last-modified")) {
+        m_answer.lastModified = value.toByteArray();
+    } else if (named(name, "content-encoding")) {
+        m_answer.encoding = value.toByteArray().toLower();
+    } else if (named(name, "location")) {
+        m_answer.location = value.toByteArray();
+    } else if (named(name, "content-length")) {
+        bool ok = false;
+        m_answer.announced = value.toLongLong(&ok);
+        if (ok && m_answer.announced > m_options.maxBytes) {
+            abort(m_options.tooLargeText());
+            return false;
+        }
+    }
+    return true;
+}
+
+bool HttpFetchJob::readBody(QByteArrayView data)
+{
+    if (m_body.isEmpty() && m_answer.announced > 0 && !isPacked())
+        m_body.reserve(std::min(m_answer.announced, m_options.maxBytes));
+    if (m_body.size() + data.size() > m_options.maxBytes) {
+        // Counted after unpacking, so a small download that unpacks to gigabytes stops here.
+        abort(isPacked() ? m_options.unpacksTooLargeText() : m_options.tooLargeText());
+        return false;
+    }
+    m_body.append(data);
+    return true;
+}
+
+void HttpFetchJob::abort(const QString &reason)
+{
+    m_tooLarge = reason;
+    m_body.clear();
 }
 
 bool HttpFetchJob::isPacked() const
 {
-    const QByteArray encoding =
-        m_reply ? m_reply->rawHeader("Content-Encoding").trimmed().toLower() : QByteArray();
-    return !encoding.isEmpty() && encoding != "identity";
+    return !m_answer.encoding.isEmpty() && m_answer.encoding != "identity";
 }
 
-void HttpFetchJob::onReplyFinished()
+std::optional<FetchResult> HttpFetchJob::finished(CURL *easy, CURLcode code)
 {
-    if (!m_reply || m_reported)
-        return;
-    readBody();
-    if (m_reported)
-        return;
-    const QVariant statusAttribute = m_reply->attribute(QNetworkRequest::HttpStatusCodeAttribute);
-    if (!statusAttribute.isValid()) {
-        fail(FetchResult::Outcome::Failed, m_reply->errorString());
-        return;
+    const auto withStatus = [this](FetchResult result) {
+        result.httpStatus = m_answer.status;
+        return result;
+    };
+    if (!m_tooLarge.isEmpty())
+        return withStatus(failed(FetchResult::Outcome::TooLarge, m_tooLarge));
+    if (code == CURLE_OPERATION_TIMEDOUT)
+        return failed(FetchResult::Outcome::TimedOut, timedOutText());
+    const bool cut = code == CURLE_PARTIAL_FILE || code == CURLE_RECV_ERROR;
+    if (cut && m_answer.status >= 200 && m_answer.status <= 299) {
+        // An answer that stopped early is not the document: nothing of it may be stored.
+        return withStatus(failed(FetchResult::Outcome::Failed,
+                                 QStringLiteral("the connection was cut before the document ended")));
     }
-    const int status = statusAttribute.toInt();
-    if (isRedirect(status) && followRedirect(status))
-        return;
-    // An answer that stopped early is not the document: nothing of it may be stored.
-    if (m_reply->error() != QNetworkReply::NoError && status >= 200 && status <= 299) {
-        if (isPacked() && m_reply->errorString().contains(QLatin1String("ecompress"), Qt::CaseInsensitive))
-            fail(FetchResult::Outcome::TooLarge, m_options.unpacksTooLargeText(), status);
-        else
-            fail(FetchResult::Outcome::Failed,
-                 QStringLiteral("the connection was cut before the document ended"), status);
-        return;
+    if (code == CURLE_BAD_CONTENT_ENCODING)
+        return failed(FetchResult::Outcome::Failed, QStringLiteral("the document could not be unpacked"));
+    // Anything else short of an answer; an error page cut short still says its status.
+    if ((code != CURLE_OK && !(cut && m_answer.status > 0)) || m_answer.status == 0) {
+        const char *what = m_error[0] ? m_error : curl_easy_strerror(code);
+        return failed(FetchResult::Outcome::Failed, QString::fromUtf8(what));
     }
-    if (m_reported)
-        return;
-    finish(answered(status));
-}
-
-bool HttpFetchJob::followRedirect(int status)
-{
-    // The raw header: Qt's parsed one refuses the relative addresses servers commonly send.
-    const QUrl location(QString::fromUtf8(m_reply->rawHeader("Location").trimmed()));
-    if (location.isEmpty() || !location.isValid())
-        return false; // a redirect without a place to go is an answer of its own
+    const QUrl location(QString::fromUtf8(m_answer.location));
+    // A redirect without a place to go is an answer of its own.
+    if (!isRedirect(m_answer.status) || location.isEmpty() || !location.isValid())
+        return answered();
     const QUrl target = m_current.resolved(location);
-    if (++m_redirects > m_options.maxRedirects) {
-        fail(FetchResult::Outcome::Failed,
-             QStringLiteral("more than %1 redirects").arg(m_options.maxRedirects), status);
-        return true;
-    }
     const QString scheme = target.scheme().toLower();
-    if (scheme != QLatin1String("http") && scheme != QLatin1String("https")) {
-        fail(FetchResult::Outcome::Failed, QStringLiteral("redirected to %1").arg(target.toString()), status);
-        return true;
-    }
-    qCDebug(lcFetch) << m_current << "redirected" << status << "to" << target;
-    dropReply();
-    m_body.clear();
+    if (++m_redirects > m_options.maxRedirects)
+        return withStatus(failed(FetchResult::Outcome::Failed,
+                                 QStringLiteral("more than %1 redirects").arg(m_options.maxRedirects)));
+    if (scheme != QLatin1String("http") && scheme != QLatin1String("https"))
+        return withStatus(
+            failed(FetchResult::Outcome::Failed, QStringLiteral("redirected to %1").arg(target.toString())));
+    if (m_clock.elapsed() >= m_options.timeoutMs)
+        return failed(FetchResult::Outcome::TimedOut, timedOutText());
+    qCDebug(lcFetch) << m_current << "redirected" << m_answer.status << "to" << target;
     m_current = target;
-    send(target);
-    return true;
+    prepare(easy);
+    return std::nullopt;
 }
 
-FetchResult HttpFetchJob::answered(int status) const
+FetchResult HttpFetchJob::answered() const
 {
     FetchResult result;
-    result.httpStatus = status;
-    result.reason = m_reply->attribute(QNetworkRequest::HttpReasonPhraseAttribute).toString();
+    result.httpStatus = m_answer.status;
+    result.reason = QString::fromUtf8(m_answer.reason);
     result.finalUrl = m_current;
-    if (status == 304) {
+    if (m_answer.status == 304) {
         result.outcome = FetchResult::Outcome::NotModified;
-    } else if (status == 401) {
+    } else if (m_answer.status == 401) {
         result.outcome = FetchResult::Outcome::Unauthorized;
-    } else if (status < 200 || status > 299) {
+    } else if (m_answer.status < 200 || m_answer.status > 299) {
         result.outcome = FetchResult::Outcome::HttpError;
     } else {
         result.outcome = FetchResult::Outcome::Ok;
         result.body = m_body;
-        result.contentType = m_reply->header(QNetworkRequest::ContentTypeHeader).toString();
-        result.etag = QString::fromUtf8(m_reply->rawHeader("ETag"));
-        result.lastModified = QString::fromUtf8(m_reply->rawHeader("Last-Modified"));
+        result.contentType = QString::fromUtf8(m_answer.contentType);
+        result.etag = QString::fromUtf8(m_answer.etag);
+        result.lastModified = QString::fromUtf8(m_answer.lastModified);
     }
     return result;
 }
 
-void HttpFetchJob::fail(FetchResult::Outcome outcome, const QString &reason, int status)
+FetchResult HttpFetchJob::failed(FetchResult::Outcome outcome, const QString &reason) const
 {
     FetchResult result;
     result.outcome = outcome;
     result.reason = reason;
-    result.httpStatus = status;
     result.finalUrl = m_current;
-    finish(result);
+    return result;
 }
 
-void HttpFetchJob::finish(const FetchResult &result)
+QString HttpFetchJob::timedOutText() const
 {
-    if (m_reported)
-        return;
-    m_reported = true;
-    m_deadline.stop();
-    dropReply();
-    Q_EMIT finished(this, result);
-}
-
-void HttpFetchJob::dropReply()
-{
-    if (!m_reply)
-        return;
-    QNetworkReply *reply = m_reply;
-    m_reply = nullptr;
-    disconnect(reply, nullptr, this, nullptr);
-    reply->abort();
-    reply->deleteLater();
+    return QStringLiteral("no answer within %1 seconds").arg(m_options.timeoutMs / 1000.0);
 }
 
 } // namespace quillon

@@ -4,53 +4,67 @@
 #include "FetchRequest.h"
 #include "FetchResult.h"
 
-#include <QObject>
-#include <QPointer>
-#include <QTimer>
+#include <curl/curl.h>
 
-class QNetworkAccessManager;
-class QNetworkReply;
+#include <QElapsedTimer>
+
+#include <optional>
 
 namespace quillon {
 
-// One web fetch: follows redirects itself (so a login never travels to another origin), holds
-// the deadline and the size limit, and reports once with finished().
-class HttpFetchJob : public QObject
+// One web fetch on a curl easy handle: follows redirects itself (so a login never travels to
+// another origin), holds the deadline and the size limit, and reads the answer's headers.
+class HttpFetchJob
 {
-    Q_OBJECT
 public:
-    HttpFetchJob(QNetworkAccessManager &network, const FetchOptions &options, FetchRequest request);
-    ~HttpFetchJob() override;
+    HttpFetchJob(const FetchOptions &options, FetchRequest request);
+    ~HttpFetchJob();
+    HttpFetchJob(const HttpFetchJob &) = delete;
+    HttpFetchJob &operator=(const HttpFetchJob &) = delete;
 
-    void start();
-    // Scheme, host and port: the connections QNetworkAccessManager would share.
+    // Scheme, host and port: the connections one server may be asked for at once.
     [[nodiscard]] const QString &hostKey() const { return m_hostKey; }
-
-Q_SIGNALS:
-    void finished(quillon::HttpFetchJob *job, const quillon::FetchResult &result);
+    // Sets the handle up for the current address; the first call starts the clock.
+    void prepare(CURL *easy);
+    // What the transfer that just ended amounts to; nothing when it is to be sent again to
+    // where it was redirected (prepare has been called for that).
+    [[nodiscard]] std::optional<FetchResult> finished(CURL *easy, CURLcode code);
+    [[nodiscard]] FetchResult failed(FetchResult::Outcome outcome, const QString &reason) const;
 
 private:
-    void send(const QUrl &url);
-    void readBody();
-    void checkAnnouncedSize();
+    static size_t onHeader(char *data, size_t size, size_t count, void *self);
+    static size_t onBody(char *data, size_t size, size_t count, void *self);
+    [[nodiscard]] bool readHeader(QByteArrayView line);
+    [[nodiscard]] bool readBody(QByteArrayView data);
+    void abort(const QString &reason);
     [[nodiscard]] bool isPacked() const;
-    void onReplyFinished();
-    [[nodiscard]] bool followRedirect(int status);
-    [[nodiscard]] FetchResult answered(int status) const;
-    void finish(const FetchResult &result);
-    void fail(FetchResult::Outcome outcome, const QString &reason, int status = 0);
-    void dropReply();
+    [[nodiscard]] FetchResult answered() const;
+    [[nodiscard]] QString timedOutText() const;
 
-    QNetworkAccessManager &m_network;
     const FetchOptions &m_options;
     FetchRequest m_request;
-    QPointer<QNetworkReply> m_reply;
-    QTimer m_deadline;
     QUrl m_current;
     QString m_hostKey;
-    QByteArray m_body;
+    curl_slist *m_headers = nullptr;
+    QElapsedTimer m_clock;
     int m_redirects = 0;
-    bool m_reported = false;
+    char m_error[CURL_ERROR_SIZE] = {};
+
+    // The headers of the answer being read.
+    struct Answer
+    {
+        int status = 0;
+        QByteArray reason;
+        QByteArray contentType;
+        QByteArray etag;
+        QByteArray lastModified;
+        QByteArray encoding;
+        QByteArray location;
+        qint64 announced = -1;
+    };
+    Answer m_answer;
+    QByteArray m_body;
+    QString m_tooLarge; // set when the transfer was stopped for its size
 };
 
 } // namespace quillon

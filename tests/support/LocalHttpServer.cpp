@@ -1,7 +1,13 @@
 #include "LocalHttpServer.h"
 
 #include <QTcpSocket>
+#include <QTimer>
 
+#ifdef Q_OS_WIN
+#include <winsock2.h>
+#else
+#include <sys/socket.h>
+#endif
 
 LocalHttpServer::LocalHttpServer(QObject *parent) : QObject(parent)
 {
@@ -44,6 +50,7 @@ QByteArray LocalHttpServer::lastHeader(const QString &path, const QByteArray &na
 void LocalHttpServer::accept()
 {
     while (QTcpSocket *socket = m_server.nextPendingConnection()) {
+        ++m_connections;
         socket->setParent(this);
         connect(socket, &QTcpSocket::readyRead, this, [this, socket]() { readRequests(socket); });
         connect(socket, &QTcpSocket::disconnected, this, [this, socket]() {
@@ -95,7 +102,17 @@ void LocalHttpServer::answer(QTcpSocket *socket, const Request &request)
     if (route->cutAfter >= 0) {
         bytes.truncate(bytes.indexOf("\r\n\r\n") + 4 + route->cutAfter);
         socket->write(bytes);
-        socket->disconnectFromHost();
+        if (!route->reset) {
+            socket->disconnectFromHost();
+            return;
+        }
+        // Once the client has the headers: closing without lingering sends a reset.
+        QTimer::singleShot(100, socket, [socket]() {
+            const linger now{1, 0};
+            ::setsockopt(socket->socketDescriptor(), SOL_SOCKET, SO_LINGER,
+                         reinterpret_cast<const char *>(&now), sizeof now);
+            socket->abort();
+        });
         return;
     }
     socket->write(bytes);
@@ -129,17 +146,17 @@ QByteArray LocalHttpServer::routeResponse(const Route &route, const Request &req
         body = gzip(body);
         headers.append(Header("Content-Encoding", "gzip"));
     }
-    return response(route.status, route.reason, headers, body);
+    return response(route.status, route.reason, headers, body, route.announce);
 }
 
 QByteArray LocalHttpServer::response(int status, const QByteArray &reason,
                                      const QList<QPair<QByteArray, QByteArray>> &headers,
-                                     const QByteArray &body)
+                                     const QByteArray &body, qint64 announce)
 {
     QByteArray out = "HTTP/1.1 " + QByteArray::number(status) + ' ' + reason + "\r\n";
     for (const auto &[name, value] : headers)
         out += name + ": " + value + "\r\n";
-    out += "Content-Length: " + QByteArray::number(body.size()) + "\r\n\r\n";
+    out += "Content-Length: " + QByteArray::number(announce < 0 ? body.size() : announce) + "\r\n\r\n";
     return out + body;
 }
 

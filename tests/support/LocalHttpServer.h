@@ -13,7 +13,8 @@ class QTcpSocket;
 // A small HTTP/1.1 server on 127.0.0.1 for tests that fetch. Each path has a canned route:
 // a body (gzip-packed when the route asks and the client accepts it), validators that make
 // matching conditional requests answer 304, a required basic login, a redirect, or no answer
-// at all. Unknown paths answer 404. Requests are counted per path.
+// at all, or an answer cut short. Unknown paths answer 404. Requests are counted per path, and
+// the connections accepted.
 class LocalHttpServer : public QObject
 {
     Q_OBJECT
@@ -33,7 +34,9 @@ public:
         QByteArray redirectTo; // answered with redirectStatus and this Location
         int redirectStatus = 302;
         bool neverAnswer = false;
-        int cutAfter = -1; // the connection closes after this many bytes of the body
+        int cutAfter = -1;     // the connection closes after this many bytes of the body
+        bool reset = false;    // with cutAfter: reset a moment later instead of closed
+        qint64 announce = -1;  // a Content-Length other than the body's own
     };
 
     explicit LocalHttpServer(QObject *parent = nullptr);
@@ -47,6 +50,7 @@ public:
                const QByteArray &contentType = "application/rss+xml; charset=utf-8");
 
     [[nodiscard]] int requestCount(const QString &path) const { return m_counts.value(path); }
+    [[nodiscard]] int connectionCount() const { return m_connections; }
     // A header of the last request for the path (names compared without regard to case).
     [[nodiscard]] QByteArray lastHeader(const QString &path, const QByteArray &name) const;
 
@@ -67,7 +71,7 @@ private:
     void answer(QTcpSocket *socket, const Request &request);
     [[nodiscard]] static QByteArray response(int status, const QByteArray &reason,
                                              const QList<QPair<QByteArray, QByteArray>> &headers,
-                                             const QByteArray &body);
+                                             const QByteArray &body, qint64 announce = -1);
     [[nodiscard]] static QByteArray routeResponse(const Route &route, const Request &request);
 
     QTcpServer m_server;
@@ -75,4 +79,5 @@ private:
     QHash<QString, int> m_counts;
     QHash<QString, QHash<QByteArray, QByteArray>> m_lastHeaders;
     QHash<QTcpSocket *, QByteArray> m_buffers;
+    int m_connections = 0;
 };

@@ -48,10 +48,12 @@ void tst_HttpFeedFetcher::redirectsAreBoundedAndKeepTheLoginAtHome()
     loop.redirectTo = "/loop";
     m_server.setRoute("/loop", loop);
     HttpFeedFetcher fetcher;
+    const int connections = m_server.connectionCount();
     FetchResult r = fetchAndWait(fetcher, m_server.url("/loop"));
     QCOMPARE(r.outcome, Outcome::Failed);
     QCOMPARE(r.describe(), QStringLiteral("Error: more than 5 redirects"));
     QCOMPARE(m_server.requestCount("/loop"), 6);
+    QCOMPARE(m_server.connectionCount(), connections + 1); // kept open from one to the next
 
     LocalHttpServer::Route away;
     away.redirectTo = m_server.url("/open").toString().replace("127.0.0.1", "localhost").toUtf8();
@@ -66,6 +68,7 @@ void tst_HttpFeedFetcher::redirectsAreBoundedAndKeepTheLoginAtHome()
     QCOMPARE(r.finalUrl.host(), QStringLiteral("localhost"));
     QVERIFY(!m_server.lastHeader("/away", "authorization").isEmpty());
     QVERIFY(m_server.lastHeader("/open", "authorization").isEmpty());
+    QCOMPARE(m_server.lastHeader("/open", "user-agent"), FetchOptions().userAgent);
 
     // The same host on another port is another server.
     LocalHttpServer otherPort;
@@ -100,8 +103,8 @@ void tst_HttpFeedFetcher::sizeIsCappedAndCutAnswersAreNamed()
     }
     QCOMPARE(fetcher.running(), 0);
 
-    // Told apart from a broken feed: a small download that unpacks to gigabytes, and an
-    // answer cut off mid-way; neither hands on a body.
+    // Told apart from a broken feed: a small download that unpacks to gigabytes, an answer
+    // cut off mid-way (closed or reset), a packing that is not one; none hands on a body.
     LocalHttpServer::Route bomb;
     bomb.body = QByteArray(64 * 1024 * 1024, '\0');
     bomb.gzip = true;
@@ -114,9 +117,32 @@ void tst_HttpFeedFetcher::sizeIsCappedAndCutAnswersAreNamed()
     FetchResult r = fetchAndWait(standard, m_server.url("/bomb"));
     QCOMPARE(r.describe(), QStringLiteral("Error: the document unpacks to more than 10 MiB"));
     QVERIFY(r.body.isEmpty());
-    r = fetchAndWait(standard, m_server.url("/cut"));
-    QCOMPARE(r.describe(), QStringLiteral("Error: the connection was cut before the document ended"));
+    cut.reset = true;
+    m_server.setRoute("/reset", cut);
+    for (const char *path : {"/cut", "/reset"}) {
+        r = fetchAndWait(standard, m_server.url(path));
+        QCOMPARE(r.describe(), QStringLiteral("Error: the connection was cut before the document ended"));
+        QVERIFY(r.body.isEmpty());
+    }
+    LocalHttpServer::Route mislabelled;
+    mislabelled.body = kFeed;
+    mislabelled.headers = {{"Content-Encoding", "gzip"}};
+    m_server.setRoute("/mislabelled", mislabelled);
+    r = fetchAndWait(standard, m_server.url("/mislabelled"));
+    QCOMPARE(r.describe(), QStringLiteral("Error: the document could not be unpacked"));
     QVERIFY(r.body.isEmpty());
+
+    // Bytes beyond the announced length are not the next answer on a connection kept open.
+    LocalHttpServer::Route overlong;
+    overlong.body = kFeed + "HTTP/1.1 200 OK\r\nContent-Length: 5\r\n\r\nspoil";
+    overlong.announce = kFeed.size();
+    m_server.setRoute("/overlong", overlong);
+    m_server.serve("/after", kFeed);
+    for (const char *path : {"/overlong", "/after"}) {
+        r = fetchAndWait(standard, m_server.url(path));
+        QCOMPARE(r.outcome, Outcome::Ok);
+        QCOMPARE(r.body, kFeed);
+    }
 }
 
 void tst_HttpFeedFetcher::waitsForAFreeConnection()
@@ -140,6 +166,22 @@ void tst_HttpFeedFetcher::waitsForAFreeConnection()
     // The clock of each starts when it is sent, so every one was asked and waited its full time.
     QCOMPARE(m_server.requestCount("/hang"), 5);
     QCOMPARE(reasons.count(QStringLiteral("Error: no answer within 0.4 seconds")), 5);
+
+    // Dropped by one of its own answers with others under way: those never answer.
+    m_server.serve("/quick", kFeed);
+    options.maxPerHost = 6;
+    auto dropped = std::make_unique<HttpFeedFetcher>(options);
+    int late = 0;
+    FetchRequest hang;
+    hang.url = m_server.url("/hang");
+    for (int i = 0; i < 3; ++i)
+        dropped->fetch(hang, [&late](const FetchResult &) { ++late; });
+    hang.url = m_server.url("/quick");
+    dropped->fetch(hang, [&dropped](const FetchResult &) { dropped.reset(); });
+    QTRY_VERIFY(!dropped);
+    // Past the time the others would have taken.
+    QCOMPARE(fetchAndWait(fetcher, m_server.url("/hang")).outcome, Outcome::TimedOut);
+    QCOMPARE(late, 0);
 }
 
 void tst_HttpFeedFetcher::filesAreAnsweredLaterToo()
