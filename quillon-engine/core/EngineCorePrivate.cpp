@@ -149,7 +149,7 @@ void EngineCorePrivate::createFetching()
     m_delivery->registerWith(*m_requests);
     m_updater = std::make_unique<FeedUpdater>(
         m_db->filePath(), *m_subscriptions, *m_defaults, fetcher, resolver, messenger(), now,
-        [this](qint32 id, const QString &status) { updateFinished(id, status); });
+        [this](qint32 id, const QString &status, bool changed) { updateFinished(id, status, changed); });
     m_scheduler = std::make_unique<FeedScheduler>(*m_db, *m_subscriptions, *m_defaults, now,
                                                   [this](qint32 id) { m_updater->update(id); });
     if (m_updating)
@@ -170,7 +170,7 @@ EngineMessenger EngineCorePrivate::messenger()
             }};
 }
 
-void EngineCorePrivate::updateFinished(qint32 subscriptionId, const QString &status)
+void EngineCorePrivate::updateFinished(qint32 subscriptionId, const QString &status, bool articlesChanged)
 {
     if (m_scheduler->finished(subscriptionId)) {
         try {
@@ -180,7 +180,8 @@ void EngineCorePrivate::updateFinished(qint32 subscriptionId, const QString &sta
         }
         m_scheduler->poke();
     }
-    if (!status.isEmpty())
+    // Counting what consumers wait for costs more than a whole "304": only after a change.
+    if (articlesChanged)
         m_delivery->announce(subscriptionId);
     if (!status.isEmpty() && updated)
         updated(subscriptionId, status);

@@ -98,7 +98,7 @@ private:
     void openVault(EngineDatabase &db);
     void createFetching();
     [[nodiscard]] EngineMessenger messenger();
-    void updateFinished(qint32 subscriptionId, const QString &status);
+    void updateFinished(qint32 subscriptionId, const QString &status, bool articlesChanged);
 
     std::unique_ptr<EngineDatabase> m_db;
     std::unique_ptr<SubscriptionStore> m_subscriptions;

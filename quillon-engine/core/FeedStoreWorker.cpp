@@ -137,11 +137,12 @@ void FeedStoreWorker::recordStatus(qint32 subscriptionId, const Plan &plan, cons
     const Outcome outcome{subscriptionId, status, false, loginRequired};
     post({[subscriptionId, plan, outcome](Stores &s) {
               // A subscription removed meanwhile has no row left to change, so nothing is written.
-              purgeOld(s, subscriptionId, plan);
+              Outcome done = outcome;
+              done.articlesChanged = purgeOld(s, subscriptionId, plan) > 0;
               s.subscriptions.recordFetch(
                   subscriptionId,
                   {outcome.status, plan.now, plan.now.addSecs(plan.frequency), false, {}, {}});
-              return outcome;
+              return done;
           },
           outcome});
 }
@@ -155,19 +156,19 @@ FeedStoreWorker::Outcome FeedStoreWorker::store(Stores &s, qint32 subscriptionId
     s.subscriptions.fillTitle(subscriptionId, ArticleText::plain(feed.title));
     if (result.discoveredFrom.isValid() && feed.ok())
         s.subscriptions.moveToFeed(subscriptionId, result.finalUrl.toString());
-    purgeOld(s, subscriptionId, plan);
+    const int purged = purgeOld(s, subscriptionId, plan);
     const QString status = statusOf(feed, stored.added);
     // A document read only in part is fetched whole next time.
     s.subscriptions.recordFetch(subscriptionId, {status, plan.now, plan.now.addSecs(plan.frequency), true,
                                                  feed.ok() ? result.etag : QString(),
                                                  feed.ok() ? result.lastModified : QString()});
     // Asked only if the media consumer holds no answer yet; that is looked up after the commit.
-    return {subscriptionId, status, stored.newEnclosures > 0, false};
+    return {subscriptionId, status, stored.newEnclosures > 0, false, stored.added > 0 || purged > 0};
 }
 
-void FeedStoreWorker::purgeOld(Stores &s, qint32 subscriptionId, const Plan &plan)
+int FeedStoreWorker::purgeOld(Stores &s, qint32 subscriptionId, const Plan &plan)
 {
-    s.articles.purge(subscriptionId, plan.readAge > 0 ? plan.now.addSecs(-plan.readAge) : QDateTime(),
+    return s.articles.purge(subscriptionId, plan.readAge > 0 ? plan.now.addSecs(-plan.readAge) : QDateTime(),
                      plan.unreadAge > 0 ? plan.now.addSecs(-plan.unreadAge) : QDateTime());
 }
 

@@ -38,6 +38,8 @@ public:
         QString status;
         bool promptForDownload = false;
         bool loginRequired = false;
+        // Articles were stored or deleted: consumers may have deliveries waiting.
+        bool articlesChanged = false;
     };
     // Called on the worker's thread with the outcomes of one commit, in order; the receiver
     // passes them on to its own thread.
@@ -78,7 +80,8 @@ private:
     [[nodiscard]] Stores &stores();
     [[nodiscard]] static Outcome store(Stores &s, qint32 subscriptionId, const Plan &plan,
                                        const FetchResult &result, const ParsedFeed &feed);
-    static void purgeOld(Stores &s, qint32 subscriptionId, const Plan &plan);
+    // Answers how many articles went.
+    static int purgeOld(Stores &s, qint32 subscriptionId, const Plan &plan);
 
     QString m_databasePath;
     Report m_report;
