@@ -193,7 +193,42 @@ void DeliveryAgent::askForBatch(const QString &kind, Batch &batch, void (Deliver
 
 void DeliveryAgent::requestArticles()
 {
-    askForBatch(QStringLiteral("PENDINGARTICLES"), m_articles, &DeliveryAgent::onArticles);
+    if (m_lost)
+        return;
+    if (m_articles.busy) {
+        m_articles.again = true;
+        return;
+    }
+    m_articles.busy = true;
+    m_articles.again = false;
+    askForArticles(++m_articleChain, 0);
+}
+
+void DeliveryAgent::askForArticles(qint32 chain, qint32 after)
+{
+    try {
+        submit(
+            QStringLiteral("PENDINGARTICLES"),
+            [this, after](Handle bag) {
+                m_client->SetLongValue(bag, QStringLiteral("LIMIT"), m_options.batchSize);
+                if (after > 0)
+                    m_client->SetLongValue(bag, QStringLiteral("AFTER"), after);
+            },
+            [this, chain](Handle answer) {
+                // A chain given up after a failed batch is not continued: the next starts over.
+                if (chain == m_articleChain)
+                    onArticles(answer);
+            });
+    } catch (const std::exception &e) {
+        stopArticles();
+        engineFailed(e);
+    }
+}
+
+void DeliveryAgent::stopArticles()
+{
+    m_articles.busy = false;
+    ++m_articleChain;
 }
 
 ArticleMessage DeliveryAgent::readArticle(Handle item, const SubscriptionPlace &place, const FolderDefaults &defaults)
@@ -251,10 +286,16 @@ void DeliveryAgent::onArticles(Handle answer)
         Held items(*m_client, result.get() > 0 ? m_client->GetHandleValue(result.get(), QStringLiteral("ITEMS")) : 0);
         if (items.get() <= 0) {
             qCWarning(lcDeliver) << "the engine did not list articles:" << m_client->GetStringValue(answer, QStringLiteral("ERROR"));
-            m_articles.busy = false;
+            stopArticles();
             return;
         }
         more = m_client->GetLongValue(result.get(), QStringLiteral("MORE")) == 1;
+        // The engine prepares the next batch while this one is built and written.
+        const qint32 count = m_client->ListCount(items.get());
+        if (more && count > 0) {
+            Held last(*m_client, m_client->ListHandle(items.get(), count - 1));
+            askForArticles(m_articleChain, m_client->GetLongValue(last.get(), QStringLiteral("ARTICLEID")));
+        }
         const FolderDefaults defaults = m_settings.defaults();
         m_places.clear();
         touched.clear();
@@ -289,14 +330,14 @@ void DeliveryAgent::onArticles(Handle answer)
             }
         }
     } catch (const std::exception &e) {
-        m_articles.busy = false;
+        stopArticles();
         engineFailed(e);
         return;
     }
     QString error;
     if (!m_store->commit(&error) || !m_index.save()) {
         qCWarning(lcDeliver) << "delivery postponed:" << error;
-        m_articles.busy = false;
+        stopArticles();
         m_retryTimer.start();
         return;
     }
@@ -311,16 +352,18 @@ void DeliveryAgent::acknowledge(const QList<qint32> &articleIds, bool more)
     const auto fillIds = [this, articleIds](Handle bag) { putIds(bag, articleIds); };
     try {
         submit(QStringLiteral("ACKNOWLEDGE"), fillIds, [this, count = articleIds.size(), more](Handle) {
-            m_articles.busy = false;
             if (count > 0)
                 Q_EMIT delivered(int(count));
-            if (more || m_articles.again)
+            if (more)
+                return; // the next batch is on its way already
+            m_articles.busy = false;
+            if (m_articles.again)
                 requestArticles();
             else
                 Q_EMIT caughtUp();
         });
     } catch (const std::exception &e) {
-        m_articles.busy = false;
+        stopArticles();
         engineFailed(e);
     }
 }

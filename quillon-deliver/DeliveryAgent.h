@@ -73,6 +73,9 @@ private:
     void onEngineMessage(quillon::Handle message);
     void askForBatch(const QString &kind, Batch &batch, void (DeliveryAgent::*answered)(quillon::Handle));
     void requestArticles();
+    // One batch of a chain: after is the last article ID of the batch before, 0 for the first.
+    void askForArticles(qint32 chain, qint32 after);
+    void stopArticles();
     void onArticles(quillon::Handle answer);
     void acknowledge(const QList<qint32> &articleIds, bool more);
     void requestRemovals();
@@ -108,6 +111,7 @@ private:
     QTimer m_replanTimer;
     QTimer m_retryTimer;
     Batch m_articles;
+    qint32 m_articleChain = 0; // answers of an older chain are dropped
     Batch m_removals;
     bool m_lost = false;
     bool m_readMarksPolled = false; // the first look at every folder has been taken

@@ -78,8 +78,12 @@ void DeliveryRequests::pendingArticles(const Origin &origin, const PropertyBag &
     const int limit = batchSize(request);
     const qint32 subscriptionId =
         request.contains(QStringLiteral("SUBSCRIPTIONID")) ? request.number(QStringLiteral("SUBSCRIPTIONID")) : 0;
+    // A consumer may ask for the next batch before it acknowledged this one: AFTER skips
+    // what it already holds.
+    const qint64 after =
+        request.contains(QStringLiteral("AFTER")) ? std::max(request.number(QStringLiteral("AFTER")), 0) : 0;
     // One more than asked tells whether another batch waits.
-    ListPtr items = m_store.pending(origin.consumerId, std::max(subscriptionId, 0), limit + 1);
+    ListPtr items = m_store.pending(origin.consumerId, std::max(subscriptionId, 0), limit + 1, after);
     const bool more = items->size() > limit;
     if (more) {
         auto trimmed = PropertyList::create();

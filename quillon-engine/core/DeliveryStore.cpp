@@ -27,13 +27,14 @@ const QString kPendingFrom =
                    " WHERE d.consumer_id = b.consumer_id AND d.article_id = a.id)");
 } // namespace
 
-ListPtr DeliveryStore::pending(const QString &consumerId, qint32 subscriptionId, int limit)
+ListPtr DeliveryStore::pending(const QString &consumerId, qint32 subscriptionId, int limit, qint64 afterId)
 {
     const auto rows = m_db.select(
         QStringLiteral("SELECT a.id, a.subscription_id, a.guid, a.title, a.link, a.author, a.body,"
                        " a.published, a.updated, a.is_read") +
-            kPendingFrom + QStringLiteral(" AND (? = 0 OR a.subscription_id = ?) ORDER BY a.id LIMIT ?"),
-        {consumerId, subscriptionId, subscriptionId, limit}, "listing articles to deliver");
+            kPendingFrom +
+            QStringLiteral(" AND (? = 0 OR a.subscription_id = ?) AND a.id > ? ORDER BY a.id LIMIT ?"),
+        {consumerId, subscriptionId, subscriptionId, afterId, limit}, "listing articles to deliver");
     QList<qint64> ids;
     for (const auto &row : rows)
         ids.append(row.at(0).toLongLong());
