@@ -201,6 +201,9 @@ void DeliveryAgent::requestArticles()
     }
     m_articles.busy = true;
     m_articles.again = false;
+    // Places are read once a chain: a setting changed meanwhile reaches delivered messages at
+    // the next replan, which moves them.
+    m_places.clear();
     askForArticles(++m_articleChain, 0);
 }
 
@@ -297,7 +300,6 @@ void DeliveryAgent::onArticles(Handle answer)
             askForArticles(m_articleChain, m_client->GetLongValue(last.get(), QStringLiteral("ARTICLEID")));
         }
         const FolderDefaults defaults = m_settings.defaults();
-        m_places.clear();
         touched.clear();
         QList<ArticleMessage> articles;
         QList<MailStore::Folder> folders;

@@ -105,7 +105,7 @@ private:
     DeliverySettings m_settings;
     ArticleHtml m_html;
     MessageBuilder m_builder;
-    QHash<qint32, std::optional<SubscriptionPlace>> m_places; // for one batch
+    QHash<qint32, std::optional<SubscriptionPlace>> m_places; // for one chain of batches
     QHash<QString, QHash<QString, bool>> m_readMarks;         // by folder path text, by key
     QTimer m_readTimer;
     QTimer m_replanTimer;
