@@ -5,6 +5,7 @@
 
 #include <QPointer>
 #include <QtConcurrent/QtConcurrentMap>
+#include <QtConcurrent/QtConcurrentRun>
 
 using quillon::Handle;
 
@@ -74,7 +75,15 @@ DeliveryAgent::DeliveryAgent(quillon::SubscribeClientPtr client, std::unique_ptr
     });
 }
 
-DeliveryAgent::~DeliveryAgent() = default;
+DeliveryAgent::~DeliveryAgent()
+{
+    // A flush under way finishes and is acknowledged, so the next start does not take the
+    // batch again.
+    if (m_commit && !m_lost)
+        finishCommit();
+    else if (m_commit)
+        m_commit->result.waitForFinished();
+}
 
 bool DeliveryAgent::start(QString *error)
 {
@@ -336,8 +345,32 @@ void DeliveryAgent::onArticles(Handle answer)
         engineFailed(e);
         return;
     }
-    QString error;
-    if (!m_store->commit(&error) || !m_index.save()) {
+    // One batch waits for the disk while the next one, already asked for, is built.
+    finishCommit();
+    const MailStore::CommitJob job = m_store->commitJob();
+    m_commit = std::make_unique<Commit>();
+    m_commit->stored = stored;
+    m_commit->touched = touched.values();
+    m_commit->more = more;
+    m_commit->chain = m_articleChain;
+    m_commit->result = QtConcurrent::run([job] {
+        QString error;
+        const bool ok = job(&error);
+        return std::pair{ok, error};
+    });
+    connect(&m_commit->watcher, &QFutureWatcher<std::pair<bool, QString>>::finished, this,
+            &DeliveryAgent::finishCommit);
+    m_commit->watcher.setFuture(m_commit->result);
+}
+
+void DeliveryAgent::finishCommit()
+{
+    if (!m_commit)
+        return;
+    const std::unique_ptr<Commit> done = std::move(m_commit);
+    const auto [ok, error] = done->result.result(); // waits when it is still running
+    m_store->afterCommit(ok);
+    if (!ok || !m_index.save()) {
         qCWarning(lcDeliver) << "delivery postponed:" << error;
         stopArticles();
         m_retryTimer.start();
@@ -345,19 +378,19 @@ void DeliveryAgent::onArticles(Handle answer)
     }
     // What this batch changed in the folders is no news to the read-mark watch.
     if (m_readMarksPolled)
-        (void)m_store->changedFolders(touched.values());
-    acknowledge(stored, more);
+        (void)m_store->changedFolders(done->touched);
+    acknowledge(done->stored, done->more, done->chain);
 }
 
-void DeliveryAgent::acknowledge(const QList<qint32> &articleIds, bool more)
+void DeliveryAgent::acknowledge(const QList<qint32> &articleIds, bool more, qint32 chain)
 {
     const auto fillIds = [this, articleIds](Handle bag) { putIds(bag, articleIds); };
     try {
-        submit(QStringLiteral("ACKNOWLEDGE"), fillIds, [this, count = articleIds.size(), more](Handle) {
+        submit(QStringLiteral("ACKNOWLEDGE"), fillIds, [this, count = articleIds.size(), more, chain](Handle) {
             if (count > 0)
                 Q_EMIT delivered(int(count));
-            if (more)
-                return; // the next batch is on its way already
+            if (more || chain != m_articleChain)
+                return; // the next batch is on its way already, or a new chain took over
             m_articles.busy = false;
             if (m_articles.again)
                 requestArticles();
@@ -377,6 +410,7 @@ void DeliveryAgent::requestRemovals()
 
 void DeliveryAgent::onRemovals(Handle answer)
 {
+    finishCommit();
     QList<qint32> done;
     try {
         Held result(*m_client, m_client->GetHandleValue(answer, QStringLiteral("Result")));
@@ -434,6 +468,7 @@ void DeliveryAgent::replanFolders()
 {
     if (m_lost)
         return;
+    finishCommit(); // folders change only with no flush under way
     try {
         // Never in the middle of a batch: its messages belong to the store they were written to.
         if (m_options.relocate && !m_articles.busy && !m_removals.busy) {

@@ -9,6 +9,8 @@
 
 #include <QHash>
 #include <QObject>
+#include <QFuture>
+#include <QFutureWatcher>
 #include <QTimer>
 
 #include <functional>
@@ -76,8 +78,10 @@ private:
     // One batch of a chain: after is the last article ID of the batch before, 0 for the first.
     void askForArticles(qint32 chain, qint32 after);
     void stopArticles();
+    // Settles the batch whose flush runs beside the next one, waiting for it if need be.
+    void finishCommit();
     void onArticles(quillon::Handle answer);
-    void acknowledge(const QList<qint32> &articleIds, bool more);
+    void acknowledge(const QList<qint32> &articleIds, bool more, qint32 chain);
     void requestRemovals();
     void onRemovals(quillon::Handle answer);
     void reportRead(const QList<qint32> &ids, bool read);
@@ -112,6 +116,16 @@ private:
     QTimer m_retryTimer;
     Batch m_articles;
     qint32 m_articleChain = 0; // answers of an older chain are dropped
+    struct Commit
+    {
+        QList<qint32> stored;
+        QList<MailStore::Folder> touched;
+        bool more = false;
+        qint32 chain = 0;
+        QFuture<std::pair<bool, QString>> result;
+        QFutureWatcher<std::pair<bool, QString>> watcher;
+    };
+    std::unique_ptr<Commit> m_commit; // at most one flush under way
     Batch m_removals;
     bool m_lost = false;
     bool m_readMarksPolled = false; // the first look at every folder has been taken

@@ -18,7 +18,8 @@ public:
     [[nodiscard]] bool open(QString *error) override;
     [[nodiscard]] bool add(const Folder &folder, const QString &key, const QByteArray &message,
                            QString *error) override;
-    [[nodiscard]] bool commit(QString *) override { return true; } // APPEND answered OK is stored
+    // APPEND answered OK is stored.
+    [[nodiscard]] CommitJob commitJob() override { return [](QString *) { return true; }; }
     bool remove(const Folder &folder, const QString &key) override;
     [[nodiscard]] bool move(const Folder &from, const Folder &to, QString *error) override;
     void removeAll(const Folder &folder) override;

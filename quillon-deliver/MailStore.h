@@ -6,6 +6,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <functional>
 #include <optional>
 
 // Where delivered messages live: folders named from the store's root down, each message
@@ -25,7 +26,17 @@ public:
     // It is safe only once commit() returned true.
     [[nodiscard]] virtual bool add(const Folder &folder, const QString &key, const QByteArray &message,
                                    QString *error) = 0;
-    [[nodiscard]] virtual bool commit(QString *error) = 0;
+    [[nodiscard]] bool commit(QString *error)
+    {
+        const bool ok = commitJob()(error);
+        afterCommit(ok);
+        return ok;
+    }
+    // commit() in two steps, so that waiting for the disk can go on beside the next batch: the
+    // job touches files only and may run on any thread; afterCommit(ok) follows on the store's.
+    using CommitJob = std::function<bool(QString *error)>;
+    [[nodiscard]] virtual CommitJob commitJob() = 0;
+    virtual void afterCommit(bool /*ok*/) {}
     // Removing what is not there succeeds.
     virtual bool remove(const Folder &folder, const QString &key) = 0;
     // Every message of ours goes from one folder to the other; the old folder goes when empty.

@@ -112,33 +112,37 @@ bool MaildirStore::add(const Folder &folder, const QString &key, const QByteArra
     return true;
 }
 
-bool MaildirStore::commit(QString *error)
+MailStore::CommitJob MaildirStore::commitJob()
 {
-    QStringList written;
-    for (const Pending &p : m_pending)
-        written.append(p.tmpPath);
-    const QList<Pending> pending = std::exchange(m_pending, {});
-    if (!DurableFile::syncFiles(written)) {
-        if (error)
-            *error = QStringLiteral("Cannot flush the messages to disk");
-        m_keys.clear();
-        return false;
-    }
-    QSet<QString> dirs;
-    bool ok = true;
-    for (const Pending &p : pending) {
-        if (!QFile::rename(p.tmpPath, p.newPath)) {
-            ok = false;
+    return [pending = std::exchange(m_pending, {})](QString *error) {
+        QStringList written;
+        for (const Pending &p : pending)
+            written.append(p.tmpPath);
+        if (!DurableFile::syncFiles(written)) {
             if (error)
-                *error = QStringLiteral("Cannot move %1 into new/").arg(p.tmpPath);
+                *error = QStringLiteral("Cannot flush the messages to disk");
+            return false;
         }
-        dirs.insert(p.newDir);
-    }
-    for (const QString &dir : dirs)
-        ok = DurableFile::syncDirectory(dir) && ok;
+        QSet<QString> dirs;
+        bool ok = true;
+        for (const Pending &p : pending) {
+            if (!QFile::rename(p.tmpPath, p.newPath)) {
+                ok = false;
+                if (error)
+                    *error = QStringLiteral("Cannot move %1 into new/").arg(p.tmpPath);
+            }
+            dirs.insert(p.newDir);
+        }
+        for (const QString &dir : dirs)
+            ok = DurableFile::syncDirectory(dir) && ok;
+        return ok;
+    };
+}
+
+void MaildirStore::afterCommit(bool ok)
+{
     if (!ok)
         m_keys.clear(); // read them again from disk
-    return ok;
 }
 
 bool MaildirStore::remove(const Folder &folder, const QString &key)
