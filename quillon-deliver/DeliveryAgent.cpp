@@ -290,9 +290,8 @@ MailStore::Folder DeliveryAgent::folderFor(qint32 subscriptionId, const Subscrip
 
 void DeliveryAgent::onArticles(Handle answer)
 {
-    QList<qint32> stored;
-    QHash<QString, MailStore::Folder> touched; // by path text
-    bool more = false;
+    auto commit = std::make_unique<Commit>();
+    commit->chain = m_articleChain;
     try {
         Held result(*m_client, m_client->GetHandleValue(answer, QStringLiteral("Result")));
         Held items(*m_client, result.get() > 0 ? m_client->GetHandleValue(result.get(), QStringLiteral("ITEMS")) : 0);
@@ -301,58 +300,68 @@ void DeliveryAgent::onArticles(Handle answer)
             stopArticles();
             return;
         }
-        more = m_client->GetLongValue(result.get(), QStringLiteral("MORE")) == 1;
+        commit->more = m_client->GetLongValue(result.get(), QStringLiteral("MORE")) == 1;
         // The engine prepares the next batch while this one is built and written.
         const qint32 count = m_client->ListCount(items.get());
-        if (more && count > 0) {
+        if (commit->more && count > 0) {
             Held last(*m_client, m_client->ListHandle(items.get(), count - 1));
             askForArticles(m_articleChain, m_client->GetLongValue(last.get(), QStringLiteral("ARTICLEID")));
         }
-        const FolderDefaults defaults = m_settings.defaults();
-        touched.clear();
-        QList<ArticleMessage> articles;
-        QList<MailStore::Folder> folders;
-        for (qint32 i = 0, n = m_client->ListCount(items.get()); i < n; ++i) {
-            Held item(*m_client, m_client->ListHandle(items.get(), i));
-            const SubscriptionPlace *place = placeOf(m_client->GetLongValue(item.get(), QStringLiteral("SUBSCRIPTIONID")));
-            if (!place)
-                continue; // removed meanwhile; its articles went with it
-            articles.append(readArticle(item.get(), *place, defaults));
-            folders.append(folderFor(place->id, *place, defaults));
-        }
-        // Building the messages is most of a batch's work and needs neither the engine nor the
-        // store, so every core takes part.
-        const QList<QByteArray> messages = QtConcurrent::blockingMapped(
-            articles, [this](const ArticleMessage &article) { return m_builder.build(article); });
-        for (qsizetype i = 0; i < articles.size(); ++i) {
-            const ArticleMessage &article = articles.at(i);
-            const MailStore::Folder &folder = folders.at(i);
-            QString error;
-            const QString key = MailStore::keyOf(article.articleId);
-            if (m_store->add(folder, key, messages.at(i), &error)) {
-                if (!touched.contains(FolderPlan::pathText(folder)))
-                    m_store->tag(folder, article.subscriptionId);
-                touched.insert(FolderPlan::pathText(folder), folder);
-                // Known unread already: the next look at the folder reports nothing for it.
-                m_readMarks[FolderPlan::pathText(folder)].insert(key, false);
-                stored.append(article.articleId);
-            } else {
-                qCWarning(lcDeliver) << "cannot store article" << article.articleId << error;
-            }
-        }
+        storeArticles(readArticles(items.get()), *commit);
     } catch (const std::exception &e) {
         stopArticles();
         engineFailed(e);
         return;
     }
+    startCommit(std::move(commit));
+}
+
+QList<DeliveryAgent::Outgoing> DeliveryAgent::readArticles(Handle items)
+{
+    const FolderDefaults defaults = m_settings.defaults();
+    QList<Outgoing> outgoing;
+    for (qint32 i = 0, n = m_client->ListCount(items); i < n; ++i) {
+        Held item(*m_client, m_client->ListHandle(items, i));
+        const SubscriptionPlace *place = placeOf(m_client->GetLongValue(item.get(), QStringLiteral("SUBSCRIPTIONID")));
+        if (!place)
+            continue; // removed meanwhile; its articles went with it
+        outgoing.append({readArticle(item.get(), *place, defaults), folderFor(place->id, *place, defaults)});
+    }
+    return outgoing;
+}
+
+void DeliveryAgent::storeArticles(const QList<Outgoing> &outgoing, Commit &commit)
+{
+    // Building the messages is most of a batch's work and needs neither the engine nor the
+    // store, so every core takes part.
+    const QList<QByteArray> messages = QtConcurrent::blockingMapped(
+        outgoing, [this](const Outgoing &o) { return m_builder.build(o.article); });
+    QHash<QString, MailStore::Folder> touched; // by path text
+    for (qsizetype i = 0; i < outgoing.size(); ++i) {
+        const auto &[article, folder] = outgoing.at(i);
+        QString error;
+        const QString key = MailStore::keyOf(article.articleId);
+        if (!m_store->add(folder, key, messages.at(i), &error)) {
+            qCWarning(lcDeliver) << "cannot store article" << article.articleId << error;
+            continue;
+        }
+        const QString path = FolderPlan::pathText(folder);
+        if (!touched.contains(path))
+            m_store->tag(folder, article.subscriptionId);
+        touched.insert(path, folder);
+        // Known unread already: the next look at the folder reports nothing for it.
+        m_readMarks[path].insert(key, false);
+        commit.stored.append(article.articleId);
+    }
+    commit.touched = touched.values();
+}
+
+void DeliveryAgent::startCommit(std::unique_ptr<Commit> commit)
+{
     // One batch waits for the disk while the next one, already asked for, is built.
     finishCommit();
     const MailStore::CommitJob job = m_store->commitJob();
-    m_commit = std::make_unique<Commit>();
-    m_commit->stored = stored;
-    m_commit->touched = touched.values();
-    m_commit->more = more;
-    m_commit->chain = m_articleChain;
+    m_commit = std::move(commit);
     m_commit->result = QtConcurrent::run([job] {
         QString error;
         const bool ok = job(&error);

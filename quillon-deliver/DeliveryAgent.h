@@ -78,8 +78,6 @@ private:
     // One batch of a chain: after is the last article ID of the batch before, 0 for the first.
     void askForArticles(qint32 chain, qint32 after);
     void stopArticles();
-    // Settles the batch whose flush runs beside the next one, waiting for it if need be.
-    void finishCommit();
     void onArticles(quillon::Handle answer);
     void acknowledge(const QList<qint32> &articleIds, bool more, qint32 chain);
     void requestRemovals();
@@ -126,6 +124,18 @@ private:
         QFutureWatcher<std::pair<bool, QString>> watcher;
     };
     std::unique_ptr<Commit> m_commit; // at most one flush under way
+
+    // An article on its way, with the folder it goes to.
+    struct Outgoing
+    {
+        ArticleMessage article;
+        MailStore::Folder folder;
+    };
+    [[nodiscard]] QList<Outgoing> readArticles(quillon::Handle items);
+    void storeArticles(const QList<Outgoing> &outgoing, Commit &commit);
+    void startCommit(std::unique_ptr<Commit> commit);
+    // Settles the batch whose flush runs beside the next one, waiting for it if need be.
+    void finishCommit();
     Batch m_removals;
     bool m_lost = false;
     bool m_readMarksPolled = false; // the first look at every folder has been taken
