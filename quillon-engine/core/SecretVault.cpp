@@ -28,7 +28,8 @@ struct StoredSecret
     QVariantList keys;
 };
 
-// Every non-empty secret in the database, markers included.
+// Every non-empty secret in the database, markers included: subscription passwords, and
+// settings whose key names a password.
 QList<StoredSecret> storedSecrets(EngineDatabase &db)
 {
     QList<StoredSecret> found;
@@ -68,11 +69,6 @@ QString SecretVault::settingName(const QString &consumerId, const QString &secti
 {
     // Setting names match without regard to case, so their secrets do too.
     return QStringLiteral("setting/%1/%2/%3").arg(consumerId, section, key).toLower();
-}
-
-bool SecretVault::isSecretSetting(const QString &key)
-{
-    return key.contains(QLatin1String("password"), Qt::CaseInsensitive);
 }
 
 bool SecretVault::load(QString *error)

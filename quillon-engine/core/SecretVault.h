@@ -36,8 +36,6 @@ public:
     [[nodiscard]] static QString subscriptionName(qint64 id);
     [[nodiscard]] static QString settingName(const QString &consumerId, const QString &section,
                                              const QString &key);
-    // Settings whose key names a password are secrets.
-    [[nodiscard]] static bool isSecretSetting(const QString &key);
     // What the database holds instead of a secret that is in the keyring.
     static const QString kMarker;
 
