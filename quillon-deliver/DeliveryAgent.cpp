@@ -385,9 +385,10 @@ void DeliveryAgent::finishCommit()
         m_retryTimer.start();
         return;
     }
-    // What this batch changed in the folders is no news to the read-mark watch.
+    // The folders this batch filled look changed to the read-mark watch; a mark the user set
+    // there meanwhile must not be taken for one of ours, so they are looked at now.
     if (m_readMarksPolled)
-        (void)m_store->changedFolders(done->touched);
+        reportReadMarks(m_store->changedFolders(done->touched));
     acknowledge(done->stored, done->more, done->chain);
 }
 
@@ -548,9 +549,14 @@ void DeliveryAgent::pollReadMarks()
 {
     if (m_lost)
         return;
-    QList<qint32> read, unread;
     m_readMarksPolled = true;
-    for (const MailStore::Folder &folder : m_store->changedFolders(m_index.folders())) {
+    reportReadMarks(m_store->changedFolders(m_index.folders()));
+}
+
+void DeliveryAgent::reportReadMarks(const QList<MailStore::Folder> &changed)
+{
+    QList<qint32> read, unread;
+    for (const MailStore::Folder &folder : changed) {
         QHash<QString, bool> &known = m_readMarks[FolderPlan::pathText(folder)];
         const QHash<QString, bool> now = m_store->readStates(folder);
         for (auto it = now.cbegin(); it != now.cend(); ++it) {

@@ -83,6 +83,8 @@ private:
     void requestRemovals();
     void onRemovals(quillon::Handle answer);
     void reportRead(const QList<qint32> &ids, bool read);
+    // Compares the read marks of these folders with what was known and reports the changes.
+    void reportReadMarks(const QList<MailStore::Folder> &changed);
     // "ARTICLEIDS" of a request bag.
     void putIds(quillon::Handle bag, const QList<qint32> &ids);
     // Sends a request bag filled by fill; answer gets the reply bag.

@@ -75,7 +75,7 @@ private:
         m_engine->setSetting("OLCONSUMER", QStringLiteral("SubscriptionSpecifics_%1").arg(id), key, value);
     }
     void startAgent(std::unique_ptr<MailStore> store = {},
-                    std::function<std::optional<DeliveryAgent::Relocation>()> relocate = {});
+                    std::function<std::optional<DeliveryAgent::Relocation>()> relocate = {}, int readPollMs = 50);
     // Fetches again now, past the engine's shortest interval between two fetches of a feed.
     void refetch(qint32 id, const EngineFixture::Fields &changes = {})
     {
@@ -132,11 +132,11 @@ void tst_MailDelivery::cleanup()
 }
 
 void tst_MailDelivery::startAgent(std::unique_ptr<MailStore> store,
-                                  std::function<std::optional<DeliveryAgent::Relocation>()> relocate)
+                                  std::function<std::optional<DeliveryAgent::Relocation>()> relocate, int readPollMs)
 {
     m_agentClient = m_engine->engine.newClient();
     DeliveryAgent::Options options;
-    options.readPollMs = 50;
+    options.readPollMs = readPollMs;
     options.replanMs = 3600000; // the tests replan when they want to
     options.relocate = std::move(relocate);
     if (!store)
@@ -286,6 +286,15 @@ void tst_MailDelivery::seenFlagsFlowBack()
     const QString seen = m_probe->files({"Seen"}).filter(":2,S").first();
     QVERIFY(QFile::rename(seen, seen.chopped(1)));
     QTRY_COMPARE(m_engine->itemBag(id)->text("ITEMREADCOUNT"), QStringLiteral("1"));
+
+    // Read just before new articles land in the same folder: the folder's change is not taken
+    // for the delivery's own (the regular look is an hour away here).
+    startAgent({}, {}, 3600000);
+    QVERIFY(m_probe->markSeen(m_probe->files({"Seen"}).filter(QRegularExpression("[^S]$")).first()));
+    m_server.serve("/seen", feed("Seen", 1, 4));
+    refetch(id);
+    QTRY_COMPARE(m_probe->count({"Seen"}), 4);
+    QTRY_COMPARE(m_engine->itemBag(id)->text("ITEMREADCOUNT"), QStringLiteral("2"));
 }
 
 void tst_MailDelivery::mailProgramMovesAndDeletesAreFollowed()
