@@ -52,8 +52,7 @@ std::optional<PreviewAnswer::Article> PreviewAnswer::ArticleAt(qint32 index) con
     if (!item.isValid())
         return std::nullopt;
     const auto text = [&](const char *name) {
-        const QString value = m_client.GetStringValue(item.get(), QLatin1String(name));
-        return value == quillon::kMissingText ? QString() : value;
+        return quillon::presentText(m_client.GetStringValue(item.get(), QLatin1String(name)));
     };
     return Article{text("SUBJECT"), text("URL"), text("BODY")};
 }

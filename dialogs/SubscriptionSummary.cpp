@@ -9,8 +9,7 @@ using EngineNames::kNewsClass;
 namespace {
 QString ReadText(quillon::SubscribeClient &client, quillon::Handle bag, const QString &name)
 {
-    const QString value = client.GetStringValue(bag, name);
-    return value == quillon::kMissingText ? QString() : value;
+    return quillon::presentText(client.GetStringValue(bag, name));
 }
 } // namespace
 

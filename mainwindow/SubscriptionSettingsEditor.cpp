@@ -195,11 +195,8 @@ void SubscriptionSettingsEditor::LoadDeletion(qint32 read, qint32 unread)
 
 void SubscriptionSettingsEditor::LoadLogin(const SubscriptionTabValues &values)
 {
-    const auto shown = [](const QString &value) {
-        return value == quillon::kMissingText ? QString() : value;
-    };
-    ui->txtUserNameField->setText(shown(values.user));
-    ui->txtPasswordField->setText(shown(values.password));
+    ui->txtUserNameField->setText(quillon::presentText(values.user));
+    ui->txtPasswordField->setText(quillon::presentText(values.password));
 }
 
 void SubscriptionSettingsEditor::LoadOutlookTab()

@@ -1,62 +1,19 @@
 #include "DeliveryAgent.h"
 
 #include "DeliveryLogging.h"
+#include "FunctionCallback.h"
+#include "HandleGuard.h"
 #include "PropertyBag.h"
 
 #include <QPointer>
 #include <QtConcurrent/QtConcurrentMap>
 #include <QtConcurrent/QtConcurrentRun>
 
+using quillon::FunctionCallback;
 using quillon::Handle;
 
 Q_LOGGING_CATEGORY(lcDeliver, "corvell.deliver")
 
-namespace {
-const QString kNews = QStringLiteral("NEWS");
-
-// Hands each answer or message to a function; the client owns the bag.
-class FunctionCallback : public quillon::ISubscribeClientCallback
-{
-public:
-    explicit FunctionCallback(std::function<void(Handle)> f) : m_f(std::move(f)) {}
-    void Setup(QObject *) override {}
-    void Shutdown() override { m_f = nullptr; }
-    qint32 ProcessMessage(Handle &bag) override
-    {
-        if (m_f)
-            m_f(bag);
-        return 0;
-    }
-
-private:
-    std::function<void(Handle)> m_f;
-};
-
-// Releases a handle at the end of a scope.
-class Held
-{
-public:
-    Held(quillon::SubscribeClient &client, Handle handle) : m_client(client), m_handle(handle) {}
-    ~Held()
-    {
-        if (m_handle > 0)
-            m_client.ReleaseHandle(m_handle);
-    }
-    Held(const Held &) = delete;
-    Held &operator=(const Held &) = delete;
-    [[nodiscard]] Handle get() const { return m_handle; }
-
-private:
-    quillon::SubscribeClient &m_client;
-    Handle m_handle;
-};
-
-QString valueOf(quillon::SubscribeClient &client, Handle bag, const QString &name)
-{
-    const QString text = client.GetStringValue(bag, name);
-    return text == quillon::kMissingText ? QString() : text;
-}
-} // namespace
 
 DeliveryAgent::DeliveryAgent(quillon::SubscribeClientPtr client, std::unique_ptr<MailStore> store,
                              QString indexPath, Options options, QObject *parent)
@@ -139,7 +96,7 @@ void DeliveryAgent::onEngineMessage(Handle message)
             Q_EMIT engineLost(QStringLiteral("The engine stopped"));
             return;
         }
-        Held result(*m_client, m_client->GetHandleValue(message, QStringLiteral("Result")));
+        HandleGuard result(*m_client, m_client->GetHandleValue(message, QStringLiteral("Result")));
         if (result.get() <= 0)
             return;
         const QString consumer = m_client->GetStringValue(result.get(), QStringLiteral("CONSUMERID"));
@@ -161,7 +118,7 @@ void DeliveryAgent::onEngineMessage(Handle message)
 void DeliveryAgent::submit(const QString &kind, const std::function<void(Handle)> &fill,
                            std::function<void(Handle)> answer)
 {
-    Held bag(*m_client, m_client->NewBag());
+    HandleGuard bag(*m_client, m_client->NewBag());
     m_client->SetStringValue(bag.get(), QStringLiteral("REQUEST"), kind);
     if (fill)
         fill(bag.get());
@@ -174,7 +131,7 @@ void DeliveryAgent::submit(const QString &kind, const std::function<void(Handle)
 
 void DeliveryAgent::putIds(Handle bag, const QList<qint32> &ids)
 {
-    Held list(*m_client, m_client->NewList());
+    HandleGuard list(*m_client, m_client->NewList());
     for (const qint32 id : ids)
         m_client->ListAppend(list.get(), QString::number(id));
     m_client->SetHandleValue(bag, QStringLiteral("ARTICLEIDS"), list.get());
@@ -245,25 +202,28 @@ void DeliveryAgent::stopArticles()
 
 ArticleMessage DeliveryAgent::readArticle(Handle item, const SubscriptionPlace &place, const FolderDefaults &defaults)
 {
+    const auto text = [this](Handle bag, const QString &name) {
+        return quillon::presentText(m_client->GetStringValue(bag, name));
+    };
     ArticleMessage a;
     a.articleId = m_client->GetLongValue(item, QStringLiteral("ARTICLEID"));
     a.subscriptionId = place.id;
-    a.guid = valueOf(*m_client, item, QStringLiteral("GUID"));
-    a.subject = valueOf(*m_client, item, QStringLiteral("SUBJECT"));
-    a.link = valueOf(*m_client, item, QStringLiteral("URL"));
-    a.author = valueOf(*m_client, item, QStringLiteral("AUTHOR"));
-    a.bodyHtml = valueOf(*m_client, item, QStringLiteral("BODY"));
-    a.date = QDateTime::fromString(valueOf(*m_client, item, QStringLiteral("DATE")), Qt::ISODate);
+    a.guid = text(item, QStringLiteral("GUID"));
+    a.subject = text(item, QStringLiteral("SUBJECT"));
+    a.link = text(item, QStringLiteral("URL"));
+    a.author = text(item, QStringLiteral("AUTHOR"));
+    a.bodyHtml = text(item, QStringLiteral("BODY"));
+    a.date = QDateTime::fromString(text(item, QStringLiteral("DATE")), Qt::ISODate);
     a.feedTitle = place.title;
     a.feedUrl = place.url;
     a.theme = FolderPlan::themeFor(defaults, place);
-    Held enclosures(*m_client, m_client->GetHandleValue(item, QStringLiteral("ENCLOSURES")));
+    HandleGuard enclosures(*m_client, m_client->GetHandleValue(item, QStringLiteral("ENCLOSURES")));
     if (enclosures.get() > 0) {
         for (qint32 i = 0, n = m_client->ListCount(enclosures.get()); i < n; ++i) {
-            Held e(*m_client, m_client->ListHandle(enclosures.get(), i));
+            HandleGuard e(*m_client, m_client->ListHandle(enclosures.get(), i));
             const qint32 length = m_client->GetLongValue(e.get(), QStringLiteral("LENGTH"));
-            a.enclosures.append({valueOf(*m_client, e.get(), QStringLiteral("URL")),
-                                 valueOf(*m_client, e.get(), QStringLiteral("TYPE")),
+            a.enclosures.append({text(e.get(), QStringLiteral("URL")),
+                                 text(e.get(), QStringLiteral("TYPE")),
                                  length == quillon::kMissing ? -1 : length});
         }
     }
@@ -293,8 +253,8 @@ void DeliveryAgent::onArticles(Handle answer)
     auto commit = std::make_unique<Commit>();
     commit->chain = m_articleChain;
     try {
-        Held result(*m_client, m_client->GetHandleValue(answer, QStringLiteral("Result")));
-        Held items(*m_client, result.get() > 0 ? m_client->GetHandleValue(result.get(), QStringLiteral("ITEMS")) : 0);
+        HandleGuard result(*m_client, m_client->GetHandleValue(answer, QStringLiteral("Result")));
+        HandleGuard items(*m_client, result.get() > 0 ? m_client->GetHandleValue(result.get(), QStringLiteral("ITEMS")) : 0);
         if (items.get() <= 0) {
             qCWarning(lcDeliver) << "the engine did not list articles:" << m_client->GetStringValue(answer, QStringLiteral("ERROR"));
             stopArticles();
@@ -304,7 +264,7 @@ void DeliveryAgent::onArticles(Handle answer)
         // The engine prepares the next batch while this one is built and written.
         const qint32 count = m_client->ListCount(items.get());
         if (commit->more && count > 0) {
-            Held last(*m_client, m_client->ListHandle(items.get(), count - 1));
+            HandleGuard last(*m_client, m_client->ListHandle(items.get(), count - 1));
             askForArticles(m_articleChain, m_client->GetLongValue(last.get(), QStringLiteral("ARTICLEID")));
         }
         storeArticles(readArticles(items.get()), *commit);
@@ -321,7 +281,7 @@ QList<DeliveryAgent::Outgoing> DeliveryAgent::readArticles(Handle items)
     const FolderDefaults defaults = m_settings.defaults();
     QList<Outgoing> outgoing;
     for (qint32 i = 0, n = m_client->ListCount(items); i < n; ++i) {
-        Held item(*m_client, m_client->ListHandle(items, i));
+        HandleGuard item(*m_client, m_client->ListHandle(items, i));
         const SubscriptionPlace *place = placeOf(m_client->GetLongValue(item.get(), QStringLiteral("SUBSCRIPTIONID")));
         if (!place)
             continue; // removed meanwhile; its articles went with it
@@ -423,13 +383,13 @@ void DeliveryAgent::onRemovals(Handle answer)
     finishCommit();
     QList<qint32> done;
     try {
-        Held result(*m_client, m_client->GetHandleValue(answer, QStringLiteral("Result")));
-        Held items(*m_client, result.get() > 0 ? m_client->GetHandleValue(result.get(), QStringLiteral("ITEMS")) : 0);
+        HandleGuard result(*m_client, m_client->GetHandleValue(answer, QStringLiteral("Result")));
+        HandleGuard items(*m_client, result.get() > 0 ? m_client->GetHandleValue(result.get(), QStringLiteral("ITEMS")) : 0);
         const qint32 count = items.get() > 0 ? m_client->ListCount(items.get()) : 0;
         const FolderDefaults defaults = m_settings.defaults();
         m_places.clear();
         for (qint32 i = 0; i < count; ++i) {
-            Held item(*m_client, m_client->ListHandle(items.get(), i));
+            HandleGuard item(*m_client, m_client->ListHandle(items.get(), i));
             const qint32 articleId = m_client->GetLongValue(item.get(), QStringLiteral("ARTICLEID"));
             const qint32 subscriptionId = m_client->GetLongValue(item.get(), QStringLiteral("SUBSCRIPTIONID"));
             const auto folder = m_index.folderOf(subscriptionId);
@@ -485,63 +445,10 @@ void DeliveryAgent::replanFolders()
             if (auto next = m_options.relocate())
                 moveToStore(std::move(*next));
         }
-        const FolderDefaults defaults = m_settings.defaults();
-        const QList<qint32> bound = m_settings.boundSubscriptions();
         m_places.clear();
-        for (const qint32 id : m_index.subscriptions()) {
-            const auto current = m_index.folderOf(id);
-            const SubscriptionPlace *place = placeOf(id);
-            if (!place) {
-                // Deleted in ConfigConsumer: "SubDeletedInConfig" 0 takes its messages away.
-                if (defaults.deletedInConfig == 0)
-                    m_store->removeAll(*current);
-                m_index.forget(id);
-                continue;
-            }
-            if (!bound.contains(id))
-                continue;
-            const MailStore::Folder planned = FolderPlan::folderFor(defaults, *place);
-            if (!m_store->exists(*current)) {
-                followMailProgram(id, *current, defaults, planned);
-            } else if (*current != planned) {
-                // Changed in ConfigConsumer: "SubMovedInConfig" 0 takes the messages along.
-                QString error;
-                if (defaults.movedInConfig == 0 && !m_store->move(*current, planned, &error))
-                    qCWarning(lcDeliver) << "cannot move" << FolderPlan::pathText(*current) << error;
-                m_index.setFolder(id, planned);
-                qCInfo(lcDeliver) << "subscription" << id << "now delivers to" << FolderPlan::pathText(planned);
-            }
-        }
-        m_index.save();
+        m_follower.follow(*m_store, [this](qint32 id) { return placeOf(id); });
     } catch (const std::exception &e) {
         engineFailed(e);
-    }
-}
-
-void DeliveryAgent::followMailProgram(qint32 subscriptionId, const MailStore::Folder &current,
-                                      const FolderDefaults &defaults, const MailStore::Folder &planned)
-{
-    if (const auto moved = m_store->findTagged(subscriptionId)) {
-        // "SubMovedInOutlook" 0: the folder's new place becomes the subscription's own.
-        if (defaults.movedInMailer == 0) {
-            m_settings.store(QStringLiteral("SubscriptionSpecifics_%1").arg(subscriptionId),
-                             {{QStringLiteral("StoreLocationOption"), QStringLiteral("1")},
-                              {QStringLiteral("StoreLocationSpecificFolder"), FolderPlan::pathText(*moved)},
-                              {QStringLiteral("StoreInNamedFolder"), QStringLiteral("0")}});
-            m_index.setFolder(subscriptionId, *moved);
-        } else {
-            m_index.setFolder(subscriptionId, planned);
-        }
-        qCInfo(lcDeliver) << "folder" << FolderPlan::pathText(current) << "was moved to" << FolderPlan::pathText(*moved);
-        return;
-    }
-    // "SubDeletedInOutlook" 0: delivery of the subscription stops; 1: the folder comes back.
-    qCInfo(lcDeliver) << "folder" << FolderPlan::pathText(current) << "was deleted in the mail program";
-    if (defaults.deletedInMailer == 0) {
-        m_client->BindItem(DeliverySettings::kConsumer, kNews, subscriptionId, 0);
-        m_index.forget(subscriptionId);
-    } else {
-        m_index.setFolder(subscriptionId, planned);
     }
 }
 

@@ -3,6 +3,7 @@
 #include "ArticleHtml.h"
 #include "DeliveryIndex.h"
 #include "DeliverySettings.h"
+#include "FolderFollower.h"
 #include "MailStore.h"
 #include "MessageBuilder.h"
 #include "SubscribeClient.h"
@@ -71,6 +72,22 @@ private:
         bool busy = false;
         bool again = false;
     };
+    // A stored batch whose flush to disk runs beside the building of the next one.
+    struct Commit
+    {
+        QList<qint32> stored;
+        QList<MailStore::Folder> touched;
+        bool more = false;
+        qint32 chain = 0;
+        QFuture<std::pair<bool, QString>> result;
+        QFutureWatcher<std::pair<bool, QString>> watcher;
+    };
+    // An article on its way, with the folder it goes to.
+    struct Outgoing
+    {
+        ArticleMessage article;
+        MailStore::Folder folder;
+    };
 
     void onEngineMessage(quillon::Handle message);
     void askForBatch(const QString &kind, Batch &batch, void (DeliveryAgent::*answered)(quillon::Handle));
@@ -79,6 +96,11 @@ private:
     void askForArticles(qint32 chain, qint32 after);
     void stopArticles();
     void onArticles(quillon::Handle answer);
+    [[nodiscard]] QList<Outgoing> readArticles(quillon::Handle items);
+    void storeArticles(const QList<Outgoing> &outgoing, Commit &commit);
+    void startCommit(std::unique_ptr<Commit> commit);
+    // Settles the batch whose flush runs beside the next one, waiting for it if need be.
+    void finishCommit();
     void acknowledge(const QList<qint32> &articleIds, bool more, qint32 chain);
     void requestRemovals();
     void onRemovals(quillon::Handle answer);
@@ -92,13 +114,11 @@ private:
                 std::function<void(quillon::Handle)> answer);
     [[nodiscard]] ArticleMessage readArticle(quillon::Handle item, const SubscriptionPlace &place,
                                              const FolderDefaults &defaults);
-    // The place of a subscription, read once per batch.
+    // The place of a subscription, read once per chain of batches.
     const SubscriptionPlace *placeOf(qint32 subscriptionId);
     // The folder the subscription's messages go to now.
     MailStore::Folder folderFor(qint32 subscriptionId, const SubscriptionPlace &place,
                                 const FolderDefaults &defaults);
-    void followMailProgram(qint32 subscriptionId, const MailStore::Folder &current,
-                           const FolderDefaults &defaults, const MailStore::Folder &planned);
     void engineFailed(const std::exception &e);
     void moveToStore(Relocation next);
 
@@ -107,6 +127,7 @@ private:
     DeliveryIndex m_index;
     Options m_options;
     DeliverySettings m_settings;
+    FolderFollower m_follower{*m_client, m_settings, m_index};
     ArticleHtml m_html;
     MessageBuilder m_builder;
     QHash<qint32, std::optional<SubscriptionPlace>> m_places; // for one chain of batches
@@ -115,29 +136,8 @@ private:
     QTimer m_replanTimer;
     QTimer m_retryTimer;
     Batch m_articles;
-    qint32 m_articleChain = 0; // answers of an older chain are dropped
-    struct Commit
-    {
-        QList<qint32> stored;
-        QList<MailStore::Folder> touched;
-        bool more = false;
-        qint32 chain = 0;
-        QFuture<std::pair<bool, QString>> result;
-        QFutureWatcher<std::pair<bool, QString>> watcher;
-    };
+    qint32 m_articleChain = 0;        // answers of an older chain are dropped
     std::unique_ptr<Commit> m_commit; // at most one flush under way
-
-    // An article on its way, with the folder it goes to.
-    struct Outgoing
-    {
-        ArticleMessage article;
-        MailStore::Folder folder;
-    };
-    [[nodiscard]] QList<Outgoing> readArticles(quillon::Handle items);
-    void storeArticles(const QList<Outgoing> &outgoing, Commit &commit);
-    void startCommit(std::unique_ptr<Commit> commit);
-    // Settles the batch whose flush runs beside the next one, waiting for it if need be.
-    void finishCommit();
     Batch m_removals;
     bool m_lost = false;
     bool m_readMarksPolled = false; // the first look at every folder has been taken

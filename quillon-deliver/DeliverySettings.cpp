@@ -1,25 +1,14 @@
 #include "DeliverySettings.h"
 
+#include "HandleGuard.h"
 #include "PropertyBag.h"
 
-#include <memory>
 #include <optional>
 
 using quillon::Handle;
 
 namespace {
 const QString kNews = QStringLiteral("NEWS");
-
-// Releases a handle when it goes out of scope.
-auto guarded(quillon::SubscribeClient &client, Handle handle)
-{
-    const auto release = [&client](const Handle *h) {
-        if (*h > 0)
-            client.ReleaseHandle(*h);
-        delete h;
-    };
-    return std::unique_ptr<Handle, decltype(release)>(new Handle(handle), release);
-}
 
 bool textIsTrue(const QString &text)
 {
@@ -31,13 +20,13 @@ bool textIsTrue(const QString &text)
 
 QStringList DeliverySettings::read(const QString &section, const QList<QPair<QString, QString>> &keys)
 {
-    auto bag = guarded(m_client, m_client.NewBag());
+    HandleGuard bag(m_client, m_client.NewBag());
     for (const auto &[key, fallback] : keys)
-        m_client.SetStringValue(*bag, key, fallback);
-    auto values = guarded(m_client, m_client.GetSettings(kConsumer, section, *bag));
+        m_client.SetStringValue(bag.get(), key, fallback);
+    HandleGuard values(m_client, m_client.GetSettings(kConsumer, section, bag.get()));
     QStringList result;
     for (const auto &key : keys)
-        result.append(m_client.GetStringValue(*values, key.first));
+        result.append(m_client.GetStringValue(values.get(), key.first));
     return result;
 }
 
@@ -70,11 +59,11 @@ std::optional<SubscriptionPlace> DeliverySettings::place(qint32 subscriptionId)
     SubscriptionPlace p;
     p.id = subscriptionId;
     try {
-        auto bag = guarded(m_client, m_client.GetItemBag(kNews, subscriptionId, 0));
-        p.title = m_client.GetStringValue(*bag, QStringLiteral("TITLE"));
-        p.url = m_client.GetStringValue(*bag, QStringLiteral("URL"));
-        p.category = m_client.GetStringValue(*bag, QStringLiteral("CATEGORY"));
-        p.folderTitle = m_client.GetStringValue(*bag, QStringLiteral("FOLDERTITLE"));
+        HandleGuard bag(m_client, m_client.GetItemBag(kNews, subscriptionId, 0));
+        p.title = m_client.GetStringValue(bag.get(), QStringLiteral("TITLE"));
+        p.url = m_client.GetStringValue(bag.get(), QStringLiteral("URL"));
+        p.category = m_client.GetStringValue(bag.get(), QStringLiteral("CATEGORY"));
+        p.folderTitle = m_client.GetStringValue(bag.get(), QStringLiteral("FOLDERTITLE"));
     } catch (const quillon::EngineError &) {
         return std::nullopt; // an unknown subscription fails GetItemBag
     }
@@ -92,10 +81,10 @@ std::optional<SubscriptionPlace> DeliverySettings::place(qint32 subscriptionId)
 
 QList<qint32> DeliverySettings::boundSubscriptions()
 {
-    auto list = guarded(m_client, m_client.ListConsumerItems(kConsumer, kNews));
+    HandleGuard list(m_client, m_client.ListConsumerItems(kConsumer, kNews));
     QList<qint32> ids;
-    for (qint32 i = 0, n = m_client.ListCount(*list); i < n; ++i) {
-        const qint32 id = m_client.ListLong(*list, i);
+    for (qint32 i = 0, n = m_client.ListCount(list.get()); i < n; ++i) {
+        const qint32 id = m_client.ListLong(list.get(), i);
         if (id > 0 && id != quillon::kMissing)
             ids.append(id);
     }
@@ -104,8 +93,8 @@ QList<qint32> DeliverySettings::boundSubscriptions()
 
 void DeliverySettings::store(const QString &section, const QList<QPair<QString, QString>> &values)
 {
-    auto bag = guarded(m_client, m_client.NewBag());
+    HandleGuard bag(m_client, m_client.NewBag());
     for (const auto &[key, value] : values)
-        m_client.SetStringValue(*bag, key, value);
-    m_client.SetSettings(kConsumer, section, *bag);
+        m_client.SetStringValue(bag.get(), key, value);
+    m_client.SetSettings(kConsumer, section, bag.get());
 }

@@ -13,6 +13,11 @@ namespace quillon {
 // The "no value" marker of the whole protocol.
 inline constexpr qint32 kMissing = -237237;
 inline const QString kMissingText = QStringLiteral("-237237");
+// A text as a reader shows it: empty where the engine answered "no value".
+inline QString presentText(const QString &value)
+{
+    return value == kMissingText ? QString() : value;
+}
 
 class PropertyBag;
 class PropertyList;

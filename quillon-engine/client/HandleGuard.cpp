@@ -2,7 +2,7 @@
 
 #include <QLoggingCategory>
 
-Q_LOGGING_CATEGORY(lcHandleGuard, "corvell.services.handles")
+Q_LOGGING_CATEGORY(lcHandleGuard, "corvell.quillon.client.handles")
 
 HandleGuard::HandleGuard(quillon::SubscribeClient &client, quillon::Handle handle)
     : m_client(&client), m_handle(handle)
