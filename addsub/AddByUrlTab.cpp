@@ -10,9 +10,27 @@ AddByUrlTab::AddByUrlTab(QWidget *parent) : QWidget(parent), ui(std::make_unique
 
 AddByUrlTab::~AddByUrlTab() = default;
 
-QString AddByUrlTab::Url() const { return ui->txtURL->text(); }
-QString AddByUrlTab::UserTitle() const { return ui->txtUserTitle->text(); }
-QString AddByUrlTab::UserName() const { return ui->txtUserName->text(); }
-QString AddByUrlTab::Password() const { return ui->txtPasswordField->text(); }
-QComboBox &AddByUrlTab::Categories() const { return *ui->cboCategories_enterTab; }
-void AddByUrlTab::SetUrl(const QString &url) { ui->txtURL->setText(url); }
+QString AddByUrlTab::Url() const
+{
+    return ui->txtURL->text();
+}
+QString AddByUrlTab::UserTitle() const
+{
+    return ui->txtUserTitle->text();
+}
+QString AddByUrlTab::UserName() const
+{
+    return ui->txtUserName->text();
+}
+QString AddByUrlTab::Password() const
+{
+    return ui->txtPasswordField->text();
+}
+QComboBox &AddByUrlTab::Categories() const
+{
+    return *ui->cboCategories_enterTab;
+}
+void AddByUrlTab::SetUrl(const QString &url)
+{
+    ui->txtURL->setText(url);
+}

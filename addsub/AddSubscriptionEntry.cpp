@@ -34,7 +34,9 @@ MainWindowEntryPoints EntryPoints()
 {
     MainWindowEntryPoints points;
     points.addSubscription = [](QWidget *owner) { OpenAddSubscription(owner); };
-    points.previewFeed = [](QWidget *owner, const QString &url) { OpenPreview(owner, owner, url, url, true); };
+    points.previewFeed = [](QWidget *owner, const QString &url) {
+        OpenPreview(owner, owner, url, url, true);
+    };
     points.importOpml = [](QWidget *owner, const QString &path) {
         if (!OpmlImport::IsValidOPMLFile(path)) {
             OpmlImport::ShowNoFeedsFound(owner);

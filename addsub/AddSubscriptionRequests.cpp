@@ -18,7 +18,8 @@ namespace {
 const QString kShippedDirectory = QStringLiteral("quillon-data:directory/root.opml");
 } // namespace
 
-AddSubscriptionRequests::AddSubscriptionRequests(quillon::SubscribeClientPtr client) : m_client(std::move(client))
+AddSubscriptionRequests::AddSubscriptionRequests(quillon::SubscribeClientPtr client)
+    : m_client(std::move(client))
 {
 }
 
@@ -90,8 +91,9 @@ QList<ImportTab::Source> AddSubscriptionRequests::ReadImportSources(Handle answe
 {
     QList<ImportTab::Source> sources;
     HandleGuard result(*m_client, m_client->GetHandleValue(answer, QStringLiteral("Result")));
-    HandleGuard list(*m_client,
-                     result.isValid() ? m_client->GetHandleValue(result.get(), QStringLiteral("IMPORT")) : Handle(0));
+    HandleGuard list(*m_client, result.isValid()
+                                    ? m_client->GetHandleValue(result.get(), QStringLiteral("IMPORT"))
+                                    : Handle(0));
     for (qint32 i = 0, n = list.isValid() ? m_client->ListCount(list.get()) : 0; i < n; ++i) {
         HandleGuard bag(*m_client, m_client->ListHandle(list.get(), i));
         const QString id = m_client->GetStringValue(bag.get(), QStringLiteral("id"));
@@ -106,8 +108,8 @@ QList<ImportTab::Source> AddSubscriptionRequests::ReadImportSources(Handle answe
     return sources;
 }
 
-QString AddSubscriptionRequests::SearchUrl(const SearchSource &source, const QString &words, bool limitChecked,
-                                           const QString &limitText) const
+QString AddSubscriptionRequests::SearchUrl(const SearchSource &source, const QString &words,
+                                           bool limitChecked, const QString &limitText) const
 {
     if (source.guid == quillon::kMissingText || words.isEmpty())
         return QString();

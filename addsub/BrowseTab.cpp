@@ -53,5 +53,11 @@ void BrowseTab::ShowLoading(bool loading)
     ui->grdSubList->setVisible(!loading);
 }
 
-QComboBox &BrowseTab::Categories() const { return *ui->cboCategories_BrowseTab; }
-QCheckBox &BrowseTab::UseCategory() const { return *ui->chkCategories_BrowseTab; }
+QComboBox &BrowseTab::Categories() const
+{
+    return *ui->cboCategories_BrowseTab;
+}
+QCheckBox &BrowseTab::UseCategory() const
+{
+    return *ui->chkCategories_BrowseTab;
+}

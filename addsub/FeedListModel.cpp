@@ -48,7 +48,8 @@ QStandardItem *FeedListModel::AddFolder(QStandardItem *parent, const QString &ti
 QStandardItem *FeedListModel::AddFeed(QStandardItem *parent, const QString &title, const QString &url,
                                       const QString &description, int level, qint32 subscriptionId)
 {
-    QList<QStandardItem *> row = MakeRow(title.isEmpty() ? QStringLiteral("<no title>") : title, level, kFeedRow);
+    QList<QStandardItem *> row =
+        MakeRow(title.isEmpty() ? QStringLiteral("<no title>") : title, level, kFeedRow);
     const bool subscribed = subscriptionId > 0;
     row[Title]->setCheckable(true);
     row[Title]->setCheckState(subscribed ? Qt::Checked : Qt::Unchecked);

@@ -7,7 +7,8 @@
 ImportTab::ImportTab(QWidget *parent) : QWidget(parent), ui(std::make_unique<Ui::ImportTab>())
 {
     ui->setupUi(this);
-    m_list = std::make_unique<FeedListPanel>(*ui->grdImportList, *ui->lblImportDetails, *ui->txtImportDetails);
+    m_list =
+        std::make_unique<FeedListPanel>(*ui->grdImportList, *ui->lblImportDetails, *ui->txtImportDetails);
     connect(ui->cmdExpandImport, &QPushButton::clicked, m_list.get(), &FeedListPanel::ExpandAll);
     connect(ui->cmdCollapseImport, &QPushButton::clicked, m_list.get(), &FeedListPanel::CollapseAll);
     connect(ui->cmdBrowseFile, &QPushButton::clicked, this, &ImportTab::BrowseFile);
@@ -16,8 +17,9 @@ ImportTab::ImportTab(QWidget *parent) : QWidget(parent), ui(std::make_unique<Ui:
     connect(ui->chkImportAll, &QCheckBox::clicked, this, &ImportTab::ImportAllClicked);
     connect(ui->tabImportType, &QTabBar::currentChanged, this, [this]() {
         const bool file = CurrentSource().id.isEmpty();
-        for (QWidget *w : {static_cast<QWidget *>(ui->txtFilePathName), static_cast<QWidget *>(ui->cmdBrowseFile),
-                           static_cast<QWidget *>(ui->cmdLoadFile)})
+        for (QWidget *w :
+             {static_cast<QWidget *>(ui->txtFilePathName), static_cast<QWidget *>(ui->cmdBrowseFile),
+              static_cast<QWidget *>(ui->cmdLoadFile)})
             w->setVisible(file);
         Q_EMIT SourceChanged();
     });
@@ -50,8 +52,14 @@ void ImportTab::SelectSource(int index)
     ui->tabImportType->setCurrentIndex(index);
 }
 
-QString ImportTab::FilePath() const { return ui->txtFilePathName->text(); }
-void ImportTab::SetFilePath(const QString &path) { ui->txtFilePathName->setText(path); }
+QString ImportTab::FilePath() const
+{
+    return ui->txtFilePathName->text();
+}
+void ImportTab::SetFilePath(const QString &path)
+{
+    ui->txtFilePathName->setText(path);
+}
 
 void ImportTab::Show(View view)
 {
@@ -60,9 +68,18 @@ void ImportTab::Show(View view)
     ui->txtNoDataFound->setVisible(view == View::NoData);
 }
 
-void ImportTab::SetImportAll(bool checked) { ui->chkImportAll->setChecked(checked); }
-QComboBox &ImportTab::Categories() const { return *ui->cboCategories_importTab; }
-QCheckBox &ImportTab::UseCategory() const { return *ui->chkCategories_ImportTab; }
+void ImportTab::SetImportAll(bool checked)
+{
+    ui->chkImportAll->setChecked(checked);
+}
+QComboBox &ImportTab::Categories() const
+{
+    return *ui->cboCategories_importTab;
+}
+QCheckBox &ImportTab::UseCategory() const
+{
+    return *ui->chkCategories_ImportTab;
+}
 
 void ImportTab::BrowseFile()
 {

@@ -41,13 +41,15 @@ bool IsValidOPMLFile(const QString &path)
 void ShowNoFeedsFound(QWidget *owner)
 {
     ShowAlert(owner,
-              QStringLiteral("No RSS feed information found in this file.  Please try again with a different file."),
+              QStringLiteral(
+                  "No RSS feed information found in this file.  Please try again with a different file."),
               QString());
 }
 
 QString DefaultFeedsPath()
 {
-    return QDir(QCoreApplication::applicationDirPath()).filePath(QStringLiteral("QuillonData/starterfeeds.opml"));
+    return QDir(QCoreApplication::applicationDirPath())
+        .filePath(QStringLiteral("QuillonData/starterfeeds.opml"));
 }
 
 void AddDefaultFeeds(QObject *host, const quillon::SubscribeClientPtr &client)
@@ -58,7 +60,8 @@ void AddDefaultFeeds(QObject *host, const quillon::SubscribeClientPtr &client)
         return;
     }
     auto *request = new DefaultFeedsRequest(host, client);
-    AddSubscriptionRequests(client).RequestOutlineList(request, 0, AddSubscriptionRequests::LoopbackUrl(path));
+    AddSubscriptionRequests(client).RequestOutlineList(request, 0,
+                                                       AddSubscriptionRequests::LoopbackUrl(path));
 }
 
 } // namespace OpmlImport
@@ -72,9 +75,9 @@ void DefaultFeedsRequest::EventSubOPMLCallback(qint32, qint32 answer)
 {
     deleteLater();
     HandleGuard result(*m_client, m_client->GetHandleValue(answer, QStringLiteral("Result")));
-    HandleGuard nodes(*m_client, result.isValid()
-                                     ? m_client->GetHandleValue(result.get(), QStringLiteral("SubscriptionList"))
-                                     : quillon::Handle(0));
+    HandleGuard nodes(*m_client, result.isValid() ? m_client->GetHandleValue(
+                                                        result.get(), QStringLiteral("SubscriptionList"))
+                                                  : quillon::Handle(0));
     if (!nodes.isValid()) {
         CLog::SaveMessage(QStringLiteral("ERROR: Failed to read the default subscriptions file"),
                           m_client->GetStringValue(answer, QStringLiteral("ERROR")));

@@ -32,7 +32,8 @@ void OutlineWalk::Walk(quillon::Handle nodeList, int depth, QStandardItem *paren
         HandleGuard children(m_client, m_client.GetHandleValue(node.get(), QStringLiteral("children")));
         if (!children.isValid())
             continue;
-        QStandardItem *folder = title.isEmpty() ? parent : m_grid.AddFolder(parent, title, depth, m_folderRowType);
+        QStandardItem *folder =
+            title.isEmpty() ? parent : m_grid.AddFolder(parent, title, depth, m_folderRowType);
         Walk(children.get(), depth + 1, folder);
     }
 }

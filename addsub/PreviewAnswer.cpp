@@ -29,8 +29,9 @@ std::optional<PreviewAnswer::Header> PreviewAnswer::ReadHeader() const
 std::optional<QStringList> PreviewAnswer::Subjects() const
 {
     HandleGuard details(m_client, Details());
-    HandleGuard items(m_client, details.isValid() ? m_client.GetHandleValue(details.get(), QStringLiteral("ITEMS"))
-                                                  : Handle(0));
+    HandleGuard items(m_client, details.isValid()
+                                    ? m_client.GetHandleValue(details.get(), QStringLiteral("ITEMS"))
+                                    : Handle(0));
     if (!items.isValid())
         return std::nullopt;
     QStringList subjects;
@@ -44,8 +45,9 @@ std::optional<QStringList> PreviewAnswer::Subjects() const
 std::optional<PreviewAnswer::Article> PreviewAnswer::ArticleAt(qint32 index) const
 {
     HandleGuard details(m_client, Details());
-    HandleGuard items(m_client, details.isValid() ? m_client.GetHandleValue(details.get(), QStringLiteral("ITEMS"))
-                                                  : Handle(0));
+    HandleGuard items(m_client, details.isValid()
+                                    ? m_client.GetHandleValue(details.get(), QStringLiteral("ITEMS"))
+                                    : Handle(0));
     if (!items.isValid() || index < 0 || index >= m_client.ListCount(items.get()))
         return std::nullopt;
     HandleGuard item(m_client, m_client.ListHandle(items.get(), index));

@@ -24,7 +24,10 @@ public:
         QString body;
     };
 
-    PreviewAnswer(quillon::SubscribeClient &client, quillon::Handle answer) : m_client(client), m_answer(answer) {}
+    PreviewAnswer(quillon::SubscribeClient &client, quillon::Handle answer)
+        : m_client(client), m_answer(answer)
+    {
+    }
 
     // Nothing when Result or PREFLIGHT_DETAILS is missing or ITEMCOUNT is missing or below 1.
     [[nodiscard]] std::optional<Header> ReadHeader() const;

@@ -34,16 +34,29 @@ SearchSource SearchTab::CurrentSource() const
     return m_sources.at(index);
 }
 
-QString SearchTab::Words() const { return ui->txtSearchString->text(); }
-bool SearchTab::LimitChecked() const { return ui->chkSearchLimit->isChecked(); }
-QString SearchTab::LimitText() const { return ui->txtSearchLimit->text(); }
-QComboBox &SearchTab::Categories() const { return *ui->cboCategories_SearchTab; }
+QString SearchTab::Words() const
+{
+    return ui->txtSearchString->text();
+}
+bool SearchTab::LimitChecked() const
+{
+    return ui->chkSearchLimit->isChecked();
+}
+QString SearchTab::LimitText() const
+{
+    return ui->txtSearchLimit->text();
+}
+QComboBox &SearchTab::Categories() const
+{
+    return *ui->cboCategories_SearchTab;
+}
 
 QString SearchTab::RangeText(const SearchSource &source)
 {
     if (!SearchUrl::LimitCounts(source.minLimit) || !SearchUrl::LimitCounts(source.maxLimit))
         return QStringLiteral("n/a");
-    return QStringLiteral("( ") + source.minLimit + QStringLiteral(" to ") + source.maxLimit + QStringLiteral(" )");
+    return QStringLiteral("( ") + source.minLimit + QStringLiteral(" to ") + source.maxLimit +
+           QStringLiteral(" )");
 }
 
 void SearchTab::ShowRange()
@@ -51,7 +64,8 @@ void SearchTab::ShowRange()
     const SearchSource source = CurrentSource();
     ui->lblLimitRange->setText(RangeText(source));
     // A source without a limit of its own takes none from the user either.
-    const bool limited = SearchUrl::LimitCounts(source.defaultLimit) || SearchUrl::LimitCounts(source.maxLimit);
+    const bool limited =
+        SearchUrl::LimitCounts(source.defaultLimit) || SearchUrl::LimitCounts(source.maxLimit);
     ui->chkSearchLimit->setEnabled(limited);
     if (!limited)
         ui->chkSearchLimit->setChecked(false);

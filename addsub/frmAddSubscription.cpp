@@ -3,7 +3,6 @@
 #include "AddByUrlTab.h"
 #include "AddRequestQueue.h"
 #include "BrowseTab.h"
-#include "callbackSupport.h"
 #include "CategoryChoices.h"
 #include "ClientAccess.h"
 #include "ConsumerSettings.h"
@@ -15,6 +14,7 @@
 #include "PropertyBag.h"
 #include "SearchTab.h"
 #include "StandardDialogs.h"
+#include "callbackSupport.h"
 #include "ui_frmAddSubscription.h"
 
 #include <QCheckBox>
@@ -69,11 +69,10 @@ void frmAddSubscription::ConnectCommands()
     connect(ui->cmdPreviewFeed, &QPushButton::clicked, this, &frmAddSubscription::PreviewFeed);
     connect(ui->tabController, &QTabWidget::currentChanged, this, &frmAddSubscription::OnTabChanged);
     connect(&m_switchTimer, &QTimer::timeout, this, &frmAddSubscription::OnSwitchTimer);
-    connect(m_urlTab, &AddByUrlTab::CheckNowClicked, this,
-            [this]() {
-                callbackSupport::CheckNow(m_urlTab->Url(), GetClient());
-                PreviewFeed(); // what the user sees of the check
-            });
+    connect(m_urlTab, &AddByUrlTab::CheckNowClicked, this, [this]() {
+        callbackSupport::CheckNow(m_urlTab->Url(), GetClient());
+        PreviewFeed(); // what the user sees of the check
+    });
     connect(m_browseTab, &BrowseTab::RootSelected, this, &frmAddSubscription::RequestSubList);
     connect(m_importTab, &ImportTab::LoadClicked, this, &frmAddSubscription::LoadFile);
     connect(m_importTab, &ImportTab::SourceChanged, this, &frmAddSubscription::LoadImportSource);
@@ -117,7 +116,8 @@ qint32 frmAddSubscription::GetSubscriptionID(const QString &url)
 
 void frmAddSubscription::AddSub(const QString &title, const QString &url, const QString &category)
 {
-    callbackSupport::RequestAddSubscription(m_host, GetClient(), title, url, true, QString(), QString(), category);
+    callbackSupport::RequestAddSubscription(m_host, GetClient(), title, url, true, QString(), QString(),
+                                            category);
 }
 
 void frmAddSubscription::SetStatus(const QString &text)
@@ -132,22 +132,25 @@ void frmAddSubscription::OnOK()
     const int tab = ui->tabController->currentIndex();
     try {
         if (tab == UrlTab) {
-            QString category = CategoryChoices::CategoryAt(m_urlTab->Categories().currentIndex(), m_categories);
+            QString category =
+                CategoryChoices::CategoryAt(m_urlTab->Categories().currentIndex(), m_categories);
             if (category == QLatin1String("Automatic"))
                 category.clear(); // the engine chooses
-            callbackSupport::RequestAddSubscription(m_host, GetClient(), m_urlTab->UserTitle(), m_urlTab->Url(),
-                                                    true, m_urlTab->UserName(), m_urlTab->Password(), category);
+            callbackSupport::RequestAddSubscription(m_host, GetClient(), m_urlTab->UserTitle(),
+                                                    m_urlTab->Url(), true, m_urlTab->UserName(),
+                                                    m_urlTab->Password(), category);
         } else if (tab == SearchTabIndex) {
-            QString category = CategoryChoices::CategoryAt(m_searchTab->Categories().currentIndex(), m_categories);
+            QString category =
+                CategoryChoices::CategoryAt(m_searchTab->Categories().currentIndex(), m_categories);
             if (category == QLatin1String("Automatic"))
                 category = QStringLiteral("Search Feeds");
             const SearchSource source = m_searchTab->CurrentSource();
-            const QString url = m_requests->SearchUrl(source, m_searchTab->Words(), m_searchTab->LimitChecked(),
-                                                      m_searchTab->LimitText());
+            const QString url = m_requests->SearchUrl(source, m_searchTab->Words(),
+                                                      m_searchTab->LimitChecked(), m_searchTab->LimitText());
             const QString title = QStringLiteral("Search ") + source.title + QStringLiteral(" for '") +
                                   m_searchTab->Words() + QStringLiteral("'");
-            callbackSupport::RequestAddSubscription(m_host, GetClient(), title, url, true, QString(), QString(),
-                                                    category);
+            callbackSupport::RequestAddSubscription(m_host, GetClient(), title, url, true, QString(),
+                                                    QString(), category);
         } else if (FeedListPanel *list = ListOfTab(tab)) {
             PerformActions(*list, ListCategory(tab));
         }
@@ -178,15 +181,16 @@ QString frmAddSubscription::ListCategory(int index) const
 
 void frmAddSubscription::PerformActions(FeedListPanel &list, const QString &category)
 {
-    const PendingActions::Counts counts = m_pending.Exists() ? m_pending.CountActions() : PendingActions::Counts{};
+    const PendingActions::Counts counts =
+        m_pending.Exists() ? m_pending.CountActions() : PendingActions::Counts{};
     const auto client = GetClient();
     if (!counts.any()) {
         const QModelIndex row = list.CurrentRow();
         const FeedListModel &model = list.Model();
         if (model.IsFeed(row))
-            callbackSupport::RequestAddSubscription(m_host, client, model.TitleOf(row), model.UrlOf(row), true,
-                                                    QString(), QString(),
-                                                    PendingActions::CategoryFor(category, model.FoldersAbove(row)));
+            callbackSupport::RequestAddSubscription(
+                m_host, client, model.TitleOf(row), model.UrlOf(row), true, QString(), QString(),
+                PendingActions::CategoryFor(category, model.FoldersAbove(row)));
         return;
     }
     // Removals go first, so a feed removed and re-added in one go ends up subscribed.
@@ -197,8 +201,8 @@ void frmAddSubscription::PerformActions(FeedListPanel &list, const QString &cate
         adds.append({QString(), add.url, PendingActions::CategoryFor(category, add.folders)});
     if (adds.size() <= kAddsSentAtOnce) {
         for (const AddRequestQueue::Request &add : adds)
-            callbackSupport::RequestAddSubscription(m_host, client, add.title, add.url, true, QString(), QString(),
-                                                    add.category);
+            callbackSupport::RequestAddSubscription(m_host, client, add.title, add.url, true, QString(),
+                                                    QString(), add.category);
         return;
     }
     // Many go out a slice at a time after the dialog has closed.
@@ -233,7 +237,8 @@ void frmAddSubscription::UpdateOkCaption()
 {
     const int tab = ui->tabController->currentIndex();
     const FeedListPanel *list = ListOfTab(tab);
-    ui->cmdOK->setText(PendingActions::OkCaption(tab == SearchTabIndex, list != nullptr, m_pending.CountActions(),
+    ui->cmdOK->setText(PendingActions::OkCaption(tab == SearchTabIndex, list != nullptr,
+                                                 m_pending.CountActions(),
                                                  list && list->CurrentRow().isValid()));
 }
 
@@ -302,7 +307,8 @@ void frmAddSubscription::RememberCategoryChoice(const QString &key, bool checked
 
 bool frmAddSubscription::CategoryChoiceWanted(const QString &key)
 {
-    return GetConsumerSetting(*GetClient(), key, QStringLiteral("1"), kConsumer, kDefaults) == QLatin1String("1");
+    return GetConsumerSetting(*GetClient(), key, QStringLiteral("1"), kConsumer, kDefaults) ==
+           QLatin1String("1");
 }
 
 void frmAddSubscription::EnterDirectoryTab()
@@ -322,9 +328,10 @@ void frmAddSubscription::EventRootOPMLCallback(qint32 answer)
     auto &client = *GetClient();
     HandleGuard result(client, client.GetHandleValue(answer, QStringLiteral("Result")));
     if (!result.isValid()) {
-        ShowAlert(this, QStringLiteral("Failed to retrieve the Top Subscription Lists file from the Internet."),
-                  QStringLiteral("Please make sure you connected to the internet and are allowing HTTP network "
-                                 "communications."));
+        ShowAlert(
+            this, QStringLiteral("Failed to retrieve the Top Subscription Lists file from the Internet."),
+            QStringLiteral("Please make sure you connected to the internet and are allowing HTTP network "
+                           "communications."));
         return;
     }
     m_browseTab->ShowRoots(m_requests->ReadRootRows(result.get())); // selects row 0, which asks for it
@@ -346,7 +353,8 @@ void frmAddSubscription::EventSubOPMLCallback(qint32 tag, qint32 answer)
     auto &client = *GetClient();
     const bool directory = tag == DirectoryTab;
     HandleGuard result(client, client.GetHandleValue(answer, QStringLiteral("Result")));
-    const QString url = result.isValid() ? client.GetStringValue(result.get(), QStringLiteral("URL")) : QString();
+    const QString url =
+        result.isValid() ? client.GetStringValue(result.get(), QStringLiteral("URL")) : QString();
     if (directory && result.isValid()) {
         const QString selected = m_browseTab->SelectedRootUrl();
         // An answer for a list the user has left is dropped.

@@ -54,8 +54,8 @@ frmPreviewSubscription::~frmPreviewSubscription()
     ResetWindow();
 }
 
-void frmPreviewSubscription::InitWindow(quillon::SubscribeClientPtr client, QObject *host, const QString &title,
-                                        const QString &url, bool noAdd)
+void frmPreviewSubscription::InitWindow(quillon::SubscribeClientPtr client, QObject *host,
+                                        const QString &title, const QString &url, bool noAdd)
 {
     m_client = std::move(client);
     m_host = host;
@@ -116,8 +116,8 @@ void frmPreviewSubscription::ShowAnswer()
         ShowError();
         return;
     }
-    setWindowTitle(m_title != kMissing ? QStringLiteral("Corvell") + QStringLiteral(" - Preview for '") + m_title +
-                                             QStringLiteral("'")
+    setWindowTitle(m_title != kMissing ? QStringLiteral("Corvell") + QStringLiteral(" - Preview for '") +
+                                             m_title + QStringLiteral("'")
                                        : QStringLiteral("Corvell"));
     if (m_title != kMissing)
         ui->txtTitle->setText(m_title);
@@ -145,8 +145,9 @@ void frmPreviewSubscription::ShowAnswer()
 
 void frmPreviewSubscription::ShowError()
 {
-    ShowAlert(this, QStringLiteral("There was an error loading the feed for preview.  Please check that the URL is "
-                                   "valid."),
+    ShowAlert(this,
+              QStringLiteral("There was an error loading the feed for preview.  Please check that the URL is "
+                             "valid."),
               QString());
     ResetWindow();
     reject();

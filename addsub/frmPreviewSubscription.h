@@ -24,8 +24,8 @@ public:
     ~frmPreviewSubscription() override;
 
     // noAdd: preview without the choice to add.
-    void InitWindow(quillon::SubscribeClientPtr client, QObject *host, const QString &title, const QString &url,
-                    bool noAdd);
+    void InitWindow(quillon::SubscribeClientPtr client, QObject *host, const QString &title,
+                    const QString &url, bool noAdd);
     Q_INVOKABLE void EventPreviewCallback(qint32 answer);
     [[nodiscard]] int GetResults() const { return m_result; }
 

@@ -8,10 +8,10 @@ namespace htmlGenerator {
 
 struct ArticleFields
 {
-    bool safe = false;       // the "Safe" variants of the templates
+    bool safe = false; // the "Safe" variants of the templates
     qint32 articleId = 0;
     QString title;
-    QString body;            // HTML, put in as it is
+    QString body; // HTML, put in as it is
     QString url;
     QString dateText;
     QString hiddenText;
@@ -22,8 +22,8 @@ struct ArticleFields
     QString commentsUrl;
     QString enclosureUrl;
     QString enclosureType;
-    QString diskEnclosure;   // the on-disk copy's reference; "" or the missing marker for none
-    QString templateName;    // "" for the default of the variant
+    QString diskEnclosure; // the on-disk copy's reference; "" or the missing marker for none
+    QString templateName;  // "" for the default of the variant
 };
 
 // programFolder + "/QuillonData/css/current/" (with a trailing separator).

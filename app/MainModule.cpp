@@ -1,17 +1,17 @@
 #include "MainModule.h"
 
 #include "AddSubscriptionEntry.h"
-#include "callbackSupport.h"
 #include "CBConnect.h"
 #include "ClientAccess.h"
 #include "EngineNames.h"
-#include "frmMainWindow.h"
 #include "HandleGuard.h"
-#include "localization.h"
 #include "MailStoreOutlook.h"
 #include "PropertyBag.h"
 #include "SingleInstance.h"
 #include "SubscribeClientFactory.h"
+#include "callbackSupport.h"
+#include "frmMainWindow.h"
+#include "localization.h"
 
 #include <QCoreApplication>
 #include <QLoggingCategory>

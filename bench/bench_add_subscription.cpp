@@ -15,8 +15,8 @@
 #include "InProcessLink.h"
 #include "LinkedSubscribeClient.h"
 #include "LocalHttpServer.h"
-#include "PromptSeam.h"
 #include "ProcessCpu.h"
+#include "PromptSeam.h"
 #include "WebArticleView.h"
 #include "categoriesUtils.h"
 #include "frmAddSubscription.h"
@@ -45,9 +45,10 @@ QByteArray feed(int items)
 {
     QByteArray out = "<?xml version=\"1.0\"?><rss version=\"2.0\"><channel><title>Bench</title>";
     for (int i = 0; i < items; ++i)
-        out += QStringLiteral("<item><guid>b%1</guid><title>Article number %1</title><link>http://127.0.0.1:9/%1</link>"
-                              "<description>&lt;p&gt;Paragraph one of article %1 with some words in it.&lt;/p&gt;"
-                              "&lt;p&gt;And a second paragraph.&lt;/p&gt;</description></item>")
+        out += QStringLiteral(
+                   "<item><guid>b%1</guid><title>Article number %1</title><link>http://127.0.0.1:9/%1</link>"
+                   "<description>&lt;p&gt;Paragraph one of article %1 with some words in it.&lt;/p&gt;"
+                   "&lt;p&gt;And a second paragraph.&lt;/p&gt;</description></item>")
                    .arg(i)
                    .toUtf8();
     return out + "</channel></rss>";

@@ -19,13 +19,13 @@
 #include <QDir>
 #include <QDirIterator>
 #include <QElapsedTimer>
+#include <QEventLoop>
 #include <QFile>
 #include <QLoggingCategory>
 #include <QProcess>
-#include <QTemporaryDir>
 #include <QStandardPaths>
+#include <QTemporaryDir>
 #include <QTextStream>
-#include <QEventLoop>
 #include <QTimer>
 
 #include <list>
@@ -43,7 +43,8 @@ bool startServer(Server &server, const QString &script, int feeds, const QString
 {
     server.process.start(QStringLiteral("python3"),
                          {script, QStringLiteral("serve"), QStringLiteral("--n"), QString::number(feeds),
-                          QStringLiteral("--dir"), dir, QStringLiteral("--max-seconds"), QStringLiteral("1800")});
+                          QStringLiteral("--dir"), dir, QStringLiteral("--max-seconds"),
+                          QStringLiteral("1800")});
     QByteArray said;
     while (!said.contains("serving") && server.process.waitForReadyRead(120000))
         said += server.process.readAllStandardOutput();
@@ -91,11 +92,13 @@ Figure deliverOurs(const QString &script, int feeds, const QString &keep, const 
         return {};
     SubscribeClientPtr client = daemon.newClient();
     for (int i = 0; i < feeds; ++i) {
-        const Handle request = client->CreateItemRequest(QStringLiteral("NEWS"), QString(), feedUrl(server, i));
+        const Handle request =
+            client->CreateItemRequest(QStringLiteral("NEWS"), QString(), feedUrl(server, i));
         const Handle consumers = client->NewList();
         client->ListAppend(consumers, QStringLiteral("OLCONSUMER"));
         client->SetHandleValue(request, QStringLiteral("ConsumerIDs"), consumers);
-        client->SetStringValue(request, QStringLiteral("CATEGORY"), QStringLiteral("Category %1").arg(i % 10));
+        client->SetStringValue(request, QStringLiteral("CATEGORY"),
+                               QStringLiteral("Category %1").arg(i % 10));
         client->SubmitRequest(request, nullptr);
         client->ReleaseHandle(consumers);
         client->ReleaseHandle(request);
@@ -145,19 +148,22 @@ Figure deliverPeer(const QString &script, int feeds, const QTemporaryDir &dir)
     QFile cfg(config);
     if (!cfg.open(QIODevice::WriteOnly))
         return {};
-    cfg.write(QStringLiteral("[DEFAULT]\nto = reader@example.invalid\nemail-protocol = maildir\nmaildir-path = %1\n"
-                             "maildir-mailbox = INBOX\n")
-                  .arg(root)
-                  .toUtf8());
+    cfg.write(
+        QStringLiteral("[DEFAULT]\nto = reader@example.invalid\nemail-protocol = maildir\nmaildir-path = %1\n"
+                       "maildir-mailbox = INBOX\n")
+            .arg(root)
+            .toUtf8());
     cfg.close();
     // The OPML the server made already names every feed with the server's port.
     QProcess r2e;
-    r2e.start(QStringLiteral("r2e"), {QStringLiteral("-c"), config, QStringLiteral("-d"), data, QStringLiteral("opmlimport"),
-                                     dir.filePath(QStringLiteral("feeds/feeds.opml"))});
+    r2e.start(QStringLiteral("r2e"),
+              {QStringLiteral("-c"), config, QStringLiteral("-d"), data, QStringLiteral("opmlimport"),
+               dir.filePath(QStringLiteral("feeds/feeds.opml"))});
     r2e.waitForFinished(600000);
     QElapsedTimer timer;
     timer.start();
-    r2e.start(QStringLiteral("r2e"), {QStringLiteral("-c"), config, QStringLiteral("-d"), data, QStringLiteral("run")});
+    r2e.start(QStringLiteral("r2e"),
+              {QStringLiteral("-c"), config, QStringLiteral("-d"), data, QStringLiteral("run")});
     const qint64 pid = r2e.processId();
     qint64 cpu = 0;
     while (!r2e.waitForFinished(200))
@@ -203,8 +209,8 @@ int main(int argc, char *argv[])
     for (const int feeds : sizes) {
         const Figure ours = deliverOurs(script, feeds, keep, folders.emplace_back(pattern));
         out << "quillon-deliver " << feeds << " feeds: " << ours.wallMs << " ms wall, " << ours.cpuMs
-            << " ms CPU (deliverer), " << ours.engineCpuMs << " ms CPU (engine), " << ours.messages << " messages"
-            << Qt::endl;
+            << " ms CPU (deliverer), " << ours.engineCpuMs << " ms CPU (engine), " << ours.messages
+            << " messages" << Qt::endl;
         if (peer) {
             const Figure theirs = deliverPeer(script, feeds, folders.emplace_back(pattern));
             out << "rss2email       " << feeds << " feeds: " << theirs.wallMs << " ms wall, " << theirs.cpuMs

@@ -28,8 +28,8 @@
 #define QUILLON_CALLGRIND 1
 #endif
 
-#include <ctime>
 #include <algorithm>
+#include <ctime>
 #include <memory>
 #include <optional>
 
@@ -123,8 +123,9 @@ std::optional<Round> runPeer(const QStringList &urls, const QTemporaryDir &tmp)
     const qint64 cpuBefore = waitedChildrenCpuMillis();
     QElapsedTimer wall;
     wall.start();
-    peer.start(program, {QStringLiteral("-u"), list, QStringLiteral("-c"), tmp.filePath(QStringLiteral("newsboat-cache.db")),
-                         QStringLiteral("-C"), config, QStringLiteral("-x"), QStringLiteral("reload")});
+    peer.start(program, {QStringLiteral("-u"), list, QStringLiteral("-c"),
+                         tmp.filePath(QStringLiteral("newsboat-cache.db")), QStringLiteral("-C"), config,
+                         QStringLiteral("-x"), QStringLiteral("reload")});
     if (!peer.waitForFinished(-1) || peer.exitStatus() != QProcess::NormalExit)
         return std::nullopt;
     round.wallMs = wall.elapsed();
@@ -202,8 +203,10 @@ int main(int argc, char *argv[])
         } else {
             out << "newsboat, empty:   " << theirs->wallMs << " ms wall, " << theirs->cpuMs << " ms CPU  ("
                 << describe(theirs->statuses) << ")\n";
-            out << "ahead of newsboat: " << QString::number(double(theirs->wallMs) / std::max<qint64>(1, empty.wallMs), 'f', 1)
-                << " times by wall, " << QString::number(double(theirs->cpuMs) / std::max<qint64>(1, empty.cpuMs), 'f', 1)
+            out << "ahead of newsboat: "
+                << QString::number(double(theirs->wallMs) / std::max<qint64>(1, empty.wallMs), 'f', 1)
+                << " times by wall, "
+                << QString::number(double(theirs->cpuMs) / std::max<qint64>(1, empty.cpuMs), 'f', 1)
                 << " times by CPU\n";
         }
     }

@@ -203,7 +203,8 @@ int run(const QCoreApplication &app)
     // QUILLON_BIN_DIR picks other builds of the two programs (to compare).
     const QString binDir = qEnvironmentVariable("QUILLON_BIN_DIR", QCoreApplication::applicationDirPath());
     // A socket path of its own, the same for this process and the programs, whose HOME differs.
-    const Programs programs{binDir, tmp.filePath(QStringLiteral("home")), tmp.filePath(QStringLiteral("engine.sock"))};
+    const Programs programs{binDir, tmp.filePath(QStringLiteral("home")),
+                            tmp.filePath(QStringLiteral("engine.sock"))};
     QDir().mkpath(programs.home);
     const QString feedDir = tmp.filePath(QStringLiteral("feeds"));
     QDir().mkpath(feedDir);

@@ -37,9 +37,8 @@ class StallWatch
 public:
     StallWatch()
     {
-        QObject::connect(&m_timer, &QTimer::timeout, [this] {
-            m_longest = std::max(m_longest, m_since.restart());
-        });
+        QObject::connect(&m_timer, &QTimer::timeout,
+                         [this] { m_longest = std::max(m_longest, m_since.restart()); });
         m_timer.start(5);
         m_since.start();
     }
@@ -77,7 +76,9 @@ QString writeOpml(const QString &path, int feeds, int folders)
             text += QStringLiteral("<outline text=\"Topic %1\">").arg(b);
             const int share = feeds / leaves + ((t * below + b) < feeds % leaves ? 1 : 0);
             for (int f = 0; f < share; ++f, ++feed)
-                text += QStringLiteral("<outline text=\"Feed %1\" xmlUrl=\"http://127.0.0.1:9/feed/%1.xml\"/>").arg(feed);
+                text +=
+                    QStringLiteral("<outline text=\"Feed %1\" xmlUrl=\"http://127.0.0.1:9/feed/%1.xml\"/>")
+                        .arg(feed);
             text += QStringLiteral("</outline>");
         }
         text += QStringLiteral("</outline>");
@@ -124,7 +125,8 @@ int main(int argc, char *argv[])
     wizard.SetHost(&window);
     wizard.Initialize(window.Categories());
     wizard.show();
-    auto *model = qobject_cast<FeedListModel *>(wizard.findChild<QTreeView *>(QStringLiteral("grdImportList"))->model());
+    auto *model = qobject_cast<FeedListModel *>(
+        wizard.findChild<QTreeView *>(QStringLiteral("grdImportList"))->model());
     const qint64 cpu0 = processCpuMillis(QCoreApplication::applicationPid());
     QElapsedTimer timer;
     timer.start();
@@ -142,11 +144,12 @@ int main(int argc, char *argv[])
         [&] { return AddRequestQueue::Instance().Waiting() == 0 && window.Tree().count() >= nodes; }, 300000);
     const double import = timer.nsecsElapsed() / 1e6;
     const qint64 cpu2 = processCpuMillis(QCoreApplication::applicationPid());
-    std::printf("%d feeds in %d folders | grid filled %.0f ms (cpu %lld) | import to the tree %.0f ms (cpu %lld)%s "
-                "| longest event-loop stall %lld ms | tree nodes %d\n",
-                feeds, folders, grid, static_cast<long long>(cpu1 - cpu0), import,
-                static_cast<long long>(cpu2 - cpu1), shown ? "" : " (not all shown)", watch.longestMillis(),
-                window.Tree().count());
+    std::printf(
+        "%d feeds in %d folders | grid filled %.0f ms (cpu %lld) | import to the tree %.0f ms (cpu %lld)%s "
+        "| longest event-loop stall %lld ms | tree nodes %d\n",
+        feeds, folders, grid, static_cast<long long>(cpu1 - cpu0), import,
+        static_cast<long long>(cpu2 - cpu1), shown ? "" : " (not all shown)", watch.longestMillis(),
+        window.Tree().count());
     wizard.close();
     window.close();
     ClientAccess::SetEngineClient(nullptr);

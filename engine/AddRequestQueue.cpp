@@ -51,8 +51,8 @@ void AddRequestQueue::RunSlice()
         if (!client)
             continue;
         try {
-            callbackSupport::RequestAddSubscription(last.target, client, last.request.title, last.request.url, true,
-                                                    QString(), QString(), last.request.category);
+            callbackSupport::RequestAddSubscription(last.target, client, last.request.title, last.request.url,
+                                                    true, QString(), QString(), last.request.category);
         } catch (const std::exception &e) {
             qCWarning(lcAddQueue) << "cannot request" << last.request.url << e.what();
         }
@@ -60,9 +60,9 @@ void AddRequestQueue::RunSlice()
     const qsizetype left = m_waiting.size() - m_next;
     if (left > 0) {
         const QString name = last.request.title.isEmpty() ? last.request.url : last.request.title;
-        callbackSupport::SetTargetStatusText(last.target, QStringLiteral("Requesting: ") + name +
-                                                              QStringLiteral(" (%1 more to send)")
-                                                                  .arg(QLocale().toString(qint64(left))));
+        callbackSupport::SetTargetStatusText(
+            last.target, QStringLiteral("Requesting: ") + name +
+                             QStringLiteral(" (%1 more to send)").arg(QLocale().toString(qint64(left))));
         return;
     }
     m_timer.stop();

@@ -1,10 +1,10 @@
 #include "MainWindowSettings.h"
 
-#include "commonUtils.h"
 #include "ConsumerSettings.h"
 #include "EngineNames.h"
 #include "LocalSettings.h"
 #include "PropertyBag.h"
+#include "commonUtils.h"
 
 #include <QLoggingCategory>
 

@@ -1,15 +1,15 @@
 #include "SubscriptionTreeController.h"
 
-#include "categoriesUtils.h"
-#include "CategoryTreeModel.h"
 #include "CLog.h"
-#include "commonUtils.h"
+#include "CategoryTreeModel.h"
 #include "EngineMessageRouter.h"
 #include "EngineNames.h"
 #include "PropertyBag.h"
 #include "RegistrySettings.h"
 #include "StandardDialogs.h"
 #include "SubscriptionTreeView.h"
+#include "categoriesUtils.h"
+#include "commonUtils.h"
 
 #include <QGuiApplication>
 #include <QLoggingCategory>

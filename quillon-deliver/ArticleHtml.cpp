@@ -39,7 +39,8 @@ QString ArticleHtml::enclosureBlock(const ArticleMessage &article) const
         if (e.length > 0)
             detail += QStringLiteral(", %1 KB").arg((e.length + 1023) / 1024);
         block += QStringLiteral("<li><a href=\"%1\">%2</a> <small>%3</small></li>")
-                     .arg(attribute(e.url), (name.isEmpty() ? e.url : name).toHtmlEscaped(), detail.toHtmlEscaped());
+                     .arg(attribute(e.url), (name.isEmpty() ? e.url : name).toHtmlEscaped(),
+                          detail.toHtmlEscaped());
     }
     return block;
 }
@@ -47,7 +48,10 @@ QString ArticleHtml::enclosureBlock(const ArticleMessage &article) const
 QString ArticleHtml::page(const ArticleMessage &article) const
 {
     const QString enclosures = enclosureBlock(article);
-    const QString date = article.date.isValid() ? QLocale::c().toString(article.date.toUTC(), QStringLiteral("d MMM yyyy HH:mm 'UTC'")) : QString();
+    const QString date =
+        article.date.isValid()
+            ? QLocale::c().toString(article.date.toUTC(), QStringLiteral("d MMM yyyy HH:mm 'UTC'"))
+            : QString();
     const QList<std::pair<QString, QString>> fills = {
         {QStringLiteral("~COMMENT_NOMARKASREAD_START~"), QString()},
         {QStringLiteral("~COMMENT_NOMARKASREAD_END~"), QString()},
@@ -62,8 +66,10 @@ QString ArticleHtml::page(const ArticleMessage &article) const
         {QStringLiteral("~DATA_SOURCE~"), QString()},
         {QStringLiteral("~DATA_COMMENTS~"), QString()},
         {QStringLiteral("~DATA_ENCLOSURE~"), enclosures},
-        {QStringLiteral("~COMMENT_NOENCLOSURES_START~"), enclosures.isEmpty() ? QStringLiteral("<!--") : QString()},
-        {QStringLiteral("~COMMENT_NOENCLOSURES_END~"), enclosures.isEmpty() ? QStringLiteral("-->") : QString()},
+        {QStringLiteral("~COMMENT_NOENCLOSURES_START~"),
+         enclosures.isEmpty() ? QStringLiteral("<!--") : QString()},
+        {QStringLiteral("~COMMENT_NOENCLOSURES_END~"),
+         enclosures.isEmpty() ? QStringLiteral("-->") : QString()},
         {QStringLiteral("~DATA_ARTICLEDATE~"), date},
         {QStringLiteral("~DATA_ARTICLETIME~"), QString()},
         {QStringLiteral("~DATA_DEBUG~"), QString()},
@@ -71,7 +77,8 @@ QString ArticleHtml::page(const ArticleMessage &article) const
         {QStringLiteral("~DATA_TEST~"), QString()},
     };
     // One pass, so a value that happens to contain a placeholder is never filled again.
-    static const QRegularExpression placeholder(QStringLiteral("~[A-Z_]+~"), QRegularExpression::CaseInsensitiveOption);
+    static const QRegularExpression placeholder(QStringLiteral("~[A-Z_]+~"),
+                                                QRegularExpression::CaseInsensitiveOption);
     QString out;
     out.reserve(m_template.size() + article.bodyHtml.size() + 256);
     qsizetype last = 0;
@@ -80,7 +87,8 @@ QString ArticleHtml::page(const ArticleMessage &article) const
         out += QStringView(m_template).mid(last, match.capturedStart() - last);
         last = match.capturedEnd();
         const QString name = match.captured().toUpper();
-        const auto fill = std::find_if(fills.cbegin(), fills.cend(), [&name](const auto &f) { return f.first == name; });
+        const auto fill =
+            std::find_if(fills.cbegin(), fills.cend(), [&name](const auto &f) { return f.first == name; });
         out += fill != fills.cend() ? fill->second : QString();
     }
     out += QStringView(m_template).mid(last);

@@ -14,7 +14,6 @@ using quillon::Handle;
 
 Q_LOGGING_CATEGORY(lcDeliver, "corvell.deliver")
 
-
 DeliveryAgent::DeliveryAgent(quillon::SubscribeClientPtr client, std::unique_ptr<MailStore> store,
                              QString indexPath, Options options, QObject *parent)
     : QObject(parent), m_client(std::move(client)), m_store(std::move(store)), m_index(std::move(indexPath)),
@@ -49,11 +48,13 @@ bool DeliveryAgent::start(QString *error)
     m_index.load();
     QPointer<DeliveryAgent> self(this);
     try {
-        m_client->Connect(DeliverySettings::kConsumer, std::make_shared<FunctionCallback>([self](Handle message) {
+        m_client->Connect(DeliverySettings::kConsumer,
+                          std::make_shared<FunctionCallback>([self](Handle message) {
                               if (self)
                                   self->onEngineMessage(message);
                           }));
-        m_client->Log(QStringLiteral("Mail delivery connected; messages go to %1").arg(m_store->describe()), 1);
+        m_client->Log(QStringLiteral("Mail delivery connected; messages go to %1").arg(m_store->describe()),
+                      1);
     } catch (const std::exception &e) {
         if (error)
             *error = QString::fromUtf8(e.what());
@@ -149,7 +150,8 @@ void DeliveryAgent::askForBatch(const QString &kind, Batch &batch, void (Deliver
     batch.again = false;
     try {
         submit(
-            kind, [this](Handle bag) { m_client->SetLongValue(bag, QStringLiteral("LIMIT"), m_options.batchSize); },
+            kind,
+            [this](Handle bag) { m_client->SetLongValue(bag, QStringLiteral("LIMIT"), m_options.batchSize); },
             [this, answered](Handle answer) { (this->*answered)(answer); });
     } catch (const std::exception &e) {
         batch.busy = false;
@@ -200,7 +202,8 @@ void DeliveryAgent::stopArticles()
     ++m_articleChain;
 }
 
-ArticleMessage DeliveryAgent::readArticle(Handle item, const SubscriptionPlace &place, const FolderDefaults &defaults)
+ArticleMessage DeliveryAgent::readArticle(Handle item, const SubscriptionPlace &place,
+                                          const FolderDefaults &defaults)
 {
     const auto text = [this](Handle bag, const QString &name) {
         return quillon::presentText(m_client->GetStringValue(bag, name));
@@ -222,8 +225,7 @@ ArticleMessage DeliveryAgent::readArticle(Handle item, const SubscriptionPlace &
         for (qint32 i = 0, n = m_client->ListCount(enclosures.get()); i < n; ++i) {
             HandleGuard e(*m_client, m_client->ListHandle(enclosures.get(), i));
             const qint32 length = m_client->GetLongValue(e.get(), QStringLiteral("LENGTH"));
-            a.enclosures.append({text(e.get(), QStringLiteral("URL")),
-                                 text(e.get(), QStringLiteral("TYPE")),
+            a.enclosures.append({text(e.get(), QStringLiteral("URL")), text(e.get(), QStringLiteral("TYPE")),
                                  length == quillon::kMissing ? -1 : length});
         }
     }
@@ -254,9 +256,12 @@ void DeliveryAgent::onArticles(Handle answer)
     commit->chain = m_articleChain;
     try {
         HandleGuard result(*m_client, m_client->GetHandleValue(answer, QStringLiteral("Result")));
-        HandleGuard items(*m_client, result.get() > 0 ? m_client->GetHandleValue(result.get(), QStringLiteral("ITEMS")) : 0);
+        HandleGuard items(*m_client, result.get() > 0
+                                         ? m_client->GetHandleValue(result.get(), QStringLiteral("ITEMS"))
+                                         : 0);
         if (items.get() <= 0) {
-            qCWarning(lcDeliver) << "the engine did not list articles:" << m_client->GetStringValue(answer, QStringLiteral("ERROR"));
+            qCWarning(lcDeliver) << "the engine did not list articles:"
+                                 << m_client->GetStringValue(answer, QStringLiteral("ERROR"));
             stopArticles();
             return;
         }
@@ -282,7 +287,8 @@ QList<DeliveryAgent::Outgoing> DeliveryAgent::readArticles(Handle items)
     QList<Outgoing> outgoing;
     for (qint32 i = 0, n = m_client->ListCount(items); i < n; ++i) {
         HandleGuard item(*m_client, m_client->ListHandle(items, i));
-        const SubscriptionPlace *place = placeOf(m_client->GetLongValue(item.get(), QStringLiteral("SUBSCRIPTIONID")));
+        const SubscriptionPlace *place =
+            placeOf(m_client->GetLongValue(item.get(), QStringLiteral("SUBSCRIPTIONID")));
         if (!place)
             continue; // removed meanwhile; its articles went with it
         outgoing.append({readArticle(item.get(), *place, defaults), folderFor(place->id, *place, defaults)});
@@ -356,17 +362,18 @@ void DeliveryAgent::acknowledge(const QList<qint32> &articleIds, bool more, qint
 {
     const auto fillIds = [this, articleIds](Handle bag) { putIds(bag, articleIds); };
     try {
-        submit(QStringLiteral("ACKNOWLEDGE"), fillIds, [this, count = articleIds.size(), more, chain](Handle) {
-            if (count > 0)
-                Q_EMIT delivered(int(count));
-            if (more || chain != m_articleChain)
-                return; // the next batch is on its way already, or a new chain took over
-            m_articles.busy = false;
-            if (m_articles.again)
-                requestArticles();
-            else
-                Q_EMIT caughtUp();
-        });
+        submit(QStringLiteral("ACKNOWLEDGE"), fillIds,
+               [this, count = articleIds.size(), more, chain](Handle) {
+                   if (count > 0)
+                       Q_EMIT delivered(int(count));
+                   if (more || chain != m_articleChain)
+                       return; // the next batch is on its way already, or a new chain took over
+                   m_articles.busy = false;
+                   if (m_articles.again)
+                       requestArticles();
+                   else
+                       Q_EMIT caughtUp();
+               });
     } catch (const std::exception &e) {
         stopArticles();
         engineFailed(e);
@@ -384,14 +391,17 @@ void DeliveryAgent::onRemovals(Handle answer)
     QList<qint32> done;
     try {
         HandleGuard result(*m_client, m_client->GetHandleValue(answer, QStringLiteral("Result")));
-        HandleGuard items(*m_client, result.get() > 0 ? m_client->GetHandleValue(result.get(), QStringLiteral("ITEMS")) : 0);
+        HandleGuard items(*m_client, result.get() > 0
+                                         ? m_client->GetHandleValue(result.get(), QStringLiteral("ITEMS"))
+                                         : 0);
         const qint32 count = items.get() > 0 ? m_client->ListCount(items.get()) : 0;
         const FolderDefaults defaults = m_settings.defaults();
         m_places.clear();
         for (qint32 i = 0; i < count; ++i) {
             HandleGuard item(*m_client, m_client->ListHandle(items.get(), i));
             const qint32 articleId = m_client->GetLongValue(item.get(), QStringLiteral("ARTICLEID"));
-            const qint32 subscriptionId = m_client->GetLongValue(item.get(), QStringLiteral("SUBSCRIPTIONID"));
+            const qint32 subscriptionId =
+                m_client->GetLongValue(item.get(), QStringLiteral("SUBSCRIPTIONID"));
             const auto folder = m_index.folderOf(subscriptionId);
             // A subscription deleted in ConfigConsumer keeps its messages unless told otherwise.
             const bool keep = !placeOf(subscriptionId) && defaults.deletedInConfig != 0;

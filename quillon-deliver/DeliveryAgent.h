@@ -8,10 +8,10 @@
 #include "MessageBuilder.h"
 #include "SubscribeClient.h"
 
-#include <QHash>
-#include <QObject>
 #include <QFuture>
 #include <QFutureWatcher>
+#include <QHash>
+#include <QObject>
 #include <QTimer>
 
 #include <functional>
@@ -35,9 +35,9 @@ public:
     struct Options
     {
         int batchSize = 500;
-        int readPollMs = 1000;    // how often the store is looked at for read marks
-        int replanMs = 10000;     // how often folder settings are compared with the store
-        QString dataFolder;       // QuillonData, for the article template
+        int readPollMs = 1000; // how often the store is looked at for read marks
+        int replanMs = 10000;  // how often folder settings are compared with the store
+        QString dataFolder;    // QuillonData, for the article template
         // Asked before each replan, between batches: a new store to deliver into from now on.
         std::function<std::optional<Relocation>()> relocate;
     };

@@ -43,7 +43,8 @@ bool DeliveryIndex::save()
     QDir().mkpath(QFileInfo(m_path).absolutePath());
     QSaveFile file(m_path);
     if (!file.open(QIODevice::WriteOnly) ||
-        file.write(QJsonDocument(QJsonObject{{QStringLiteral("folders"), folders}}).toJson()) < 0 || !file.commit()) {
+        file.write(QJsonDocument(QJsonObject{{QStringLiteral("folders"), folders}}).toJson()) < 0 ||
+        !file.commit()) {
         qCWarning(lcDeliver) << "cannot write the delivery index" << m_path;
         return false;
     }

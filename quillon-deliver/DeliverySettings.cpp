@@ -12,7 +12,7 @@ const QString kNews = QStringLiteral("NEWS");
 
 bool textIsTrue(const QString &text)
 {
-    static const QStringList yes = {QStringLiteral("True"), QStringLiteral("1"), QStringLiteral("true"),
+    static const QStringList yes = {QStringLiteral("True"), QStringLiteral("1"),   QStringLiteral("true"),
                                     QStringLiteral("TRUE"), QStringLiteral("YES"), QStringLiteral("yes")};
     return yes.contains(text);
 }

@@ -33,8 +33,9 @@ void FolderFollower::follow(MailStore &store, const PlaceOf &placeOf)
     m_index.save();
 }
 
-void FolderFollower::followMailProgram(MailStore &store, qint32 subscriptionId, const MailStore::Folder &current,
-                                       const FolderDefaults &defaults, const MailStore::Folder &planned)
+void FolderFollower::followMailProgram(MailStore &store, qint32 subscriptionId,
+                                       const MailStore::Folder &current, const FolderDefaults &defaults,
+                                       const MailStore::Folder &planned)
 {
     if (const auto moved = store.findTagged(subscriptionId)) {
         // "SubMovedInOutlook" 0: the folder's new place becomes the subscription's own.
@@ -47,7 +48,8 @@ void FolderFollower::followMailProgram(MailStore &store, qint32 subscriptionId, 
         } else {
             m_index.setFolder(subscriptionId, planned);
         }
-        qCInfo(lcDeliver) << "folder" << FolderPlan::pathText(current) << "was moved to" << FolderPlan::pathText(*moved);
+        qCInfo(lcDeliver) << "folder" << FolderPlan::pathText(current) << "was moved to"
+                          << FolderPlan::pathText(*moved);
         return;
     }
     // "SubDeletedInOutlook" 0: delivery of the subscription stops; 1: the folder comes back.

@@ -78,7 +78,8 @@ QString FolderPlan::safeName(const QString &name)
     // '.' separates levels in Maildir++ and '/' in file systems and IMAP.
     QString safe = name.simplified();
     for (QChar &c : safe) {
-        if (c == QLatin1Char('.') || c == QLatin1Char('/') || c == QLatin1Char('\\') || c.category() == QChar::Other_Control)
+        if (c == QLatin1Char('.') || c == QLatin1Char('/') || c == QLatin1Char('\\') ||
+            c.category() == QChar::Other_Control)
             c = QLatin1Char('_');
     }
     safe.truncate(120);

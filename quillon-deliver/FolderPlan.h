@@ -6,14 +6,14 @@
 // What the Outlook defaults page keeps for delivery ("OLCONSUMER", section "OutlookDefaults").
 struct FolderDefaults
 {
-    QString topFolder;          // "TopFolderTitle": folder path, empty for the store's root
-    bool subFolder = false;     // "RadioSubPlacement"
-    QString subFolderTitle;     // "SubFolderTitle"
-    QString theme;              // "Article_Theme"
-    int movedInConfig = 0;      // "SubMovedInConfig", see docs/DESIGN.md
-    int deletedInConfig = 2;    // "SubDeletedInConfig"
-    int movedInMailer = 0;      // "SubMovedInOutlook"
-    int deletedInMailer = 0;    // "SubDeletedInOutlook"
+    QString topFolder;       // "TopFolderTitle": folder path, empty for the store's root
+    bool subFolder = false;  // "RadioSubPlacement"
+    QString subFolderTitle;  // "SubFolderTitle"
+    QString theme;           // "Article_Theme"
+    int movedInConfig = 0;   // "SubMovedInConfig", see docs/DESIGN.md
+    int deletedInConfig = 2; // "SubDeletedInConfig"
+    int movedInMailer = 0;   // "SubMovedInOutlook"
+    int deletedInMailer = 0; // "SubDeletedInOutlook"
 };
 
 // Where one subscription's articles go, from its bag and its "SubscriptionSpecifics_<id>".

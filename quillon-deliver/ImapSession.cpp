@@ -17,7 +17,8 @@ bool ImapSession::open(const Account &account, QString *error)
         m_socket.connectToHostEncrypted(account.host, account.port);
     else
         m_socket.connectToHost(account.host, account.port);
-    const bool connected = account.tls ? m_socket.waitForEncrypted(kTimeoutMs) : m_socket.waitForConnected(kTimeoutMs);
+    const bool connected =
+        account.tls ? m_socket.waitForEncrypted(kTimeoutMs) : m_socket.waitForConnected(kTimeoutMs);
     const QByteArray greeting = connected ? readResponse() : QByteArray();
     if (!greeting.startsWith("* OK")) {
         if (error)
@@ -31,7 +32,8 @@ bool ImapSession::open(const Account &account, QString *error)
         command("LOGIN " + quoted(account.user.toUtf8()) + ' ' + quoted(account.password.toUtf8()));
     if (!login.ok) {
         if (error)
-            *error = QStringLiteral("The IMAP server refused the login: %1").arg(QString::fromUtf8(login.status));
+            *error =
+                QStringLiteral("The IMAP server refused the login: %1").arg(QString::fromUtf8(login.status));
         return false;
     }
     // LIST "" "" names the hierarchy separator.
@@ -74,7 +76,8 @@ QByteArray ImapSession::readResponse()
             const qsizetype open = line.lastIndexOf('{');
             const qint64 size = line.mid(open + 1, line.size() - open - 4).toLongLong();
             if (size < 0 || size > kMaxLiteral) {
-                qCWarning(lcDeliver) << "the IMAP server announced a literal of" << size << "bytes; disconnecting";
+                qCWarning(lcDeliver) << "the IMAP server announced a literal of" << size
+                                     << "bytes; disconnecting";
                 m_socket.abort();
                 return {};
             }
@@ -82,7 +85,8 @@ QByteArray ImapSession::readResponse()
             QByteArray literal;
             const QDeadlineTimer deadline(kTimeoutMs);
             while (literal.size() < size && !deadline.hasExpired()) {
-                if (m_socket.bytesAvailable() == 0 && !m_socket.waitForReadyRead(int(deadline.remainingTime())))
+                if (m_socket.bytesAvailable() == 0 &&
+                    !m_socket.waitForReadyRead(int(deadline.remainingTime())))
                     return {};
                 literal += m_socket.read(size - literal.size());
             }
@@ -120,11 +124,13 @@ ImapSession::Answer ImapSession::command(const QByteArray &line)
     return finish(tag);
 }
 
-ImapSession::Answer ImapSession::append(const QByteArray &mailbox, const QByteArray &flags, const QByteArray &message)
+ImapSession::Answer ImapSession::append(const QByteArray &mailbox, const QByteArray &flags,
+                                        const QByteArray &message)
 {
     const QByteArray tag = 'q' + QByteArray::number(++m_lastTag);
     // LITERAL+ would save a round trip; the plain literal works with every server.
-    m_socket.write(tag + " APPEND " + mailbox + " (" + flags + ") {" + QByteArray::number(message.size()) + "}\r\n");
+    m_socket.write(tag + " APPEND " + mailbox + " (" + flags + ") {" + QByteArray::number(message.size()) +
+                   "}\r\n");
     const QByteArray go = readResponse();
     if (!go.startsWith('+')) {
         Answer refused;

@@ -59,14 +59,16 @@ QHash<QString, ImapStore::Message> ImapStore::messages(const Folder &folder)
     if (!select(folder))
         return found;
     static const QRegularExpression uid(QStringLiteral("UID (\\d+)"));
-    static const QRegularExpression key(QStringLiteral("X-Quillon-Key: *(a\\d+)"), QRegularExpression::CaseInsensitiveOption);
+    static const QRegularExpression key(QStringLiteral("X-Quillon-Key: *(a\\d+)"),
+                                        QRegularExpression::CaseInsensitiveOption);
     const ImapSession::Answer answer =
         m_session->command("UID FETCH 1:* (UID FLAGS BODY.PEEK[HEADER.FIELDS (" + kKeyHeader + ")])");
     for (const QByteArray &line : answer.untagged) {
         const QString text = QString::fromUtf8(line);
         const auto k = key.match(text);
         if (k.hasMatch())
-            found.insert(k.captured(1), {uid.match(text).captured(1).toUtf8(), text.contains(QLatin1String("\\Seen"))});
+            found.insert(k.captured(1),
+                         {uid.match(text).captured(1).toUtf8(), text.contains(QLatin1String("\\Seen"))});
     }
     m_known.insert(mailbox(folder), found);
     return found;
@@ -93,7 +95,8 @@ bool ImapStore::add(const Folder &folder, const QString &key, const QByteArray &
     const ImapSession::Answer answer = m_session->append(box, QByteArray(), bytes);
     if (!answer.ok) {
         if (error)
-            *error = QStringLiteral("APPEND to %1 failed: %2").arg(QString::fromUtf8(box), QString::fromUtf8(answer.status));
+            *error = QStringLiteral("APPEND to %1 failed: %2")
+                         .arg(QString::fromUtf8(box), QString::fromUtf8(answer.status));
         return false;
     }
     m_known[box].insert(key, {});
@@ -155,7 +158,8 @@ void ImapStore::removeAll(const Folder &folder)
 
 std::optional<MailStore::Folder> ImapStore::findTagged(qint32 subscriptionId)
 {
-    const QByteArray mark = ImapSession::quoted(QStringLiteral("<feed-%1.quillon.invalid>").arg(subscriptionId).toUtf8());
+    const QByteArray mark =
+        ImapSession::quoted(QStringLiteral("<feed-%1.quillon.invalid>").arg(subscriptionId).toUtf8());
     std::optional<Folder> found;
     for (const Folder &folder : folders()) {
         if (!m_session->command("EXAMINE " + mailbox(folder)).ok)
@@ -195,7 +199,8 @@ bool ImapStore::create(const Folder &folder, QString *error)
     }
     if (!exists(folder)) {
         if (error)
-            *error = QStringLiteral("The IMAP server did not create %1").arg(QString::fromUtf8(mailbox(folder)));
+            *error =
+                QStringLiteral("The IMAP server did not create %1").arg(QString::fromUtf8(mailbox(folder)));
         return false;
     }
     return true;
@@ -209,7 +214,8 @@ QList<MailStore::Folder> ImapStore::folders()
     static const QRegularExpression list(QStringLiteral("^LIST \\(([^)]*)\\) \"(.)\" \"?(.*?)\"?$"));
     for (const QByteArray &line : m_session->command("LIST \"\" \"*\"").untagged) {
         const auto m = list.match(QString::fromUtf8(line));
-        if (!m.hasMatch() || m.captured(1).contains(QLatin1String("Noselect")) || m.captured(3) == QLatin1String("INBOX"))
+        if (!m.hasMatch() || m.captured(1).contains(QLatin1String("Noselect")) ||
+            m.captured(3) == QLatin1String("INBOX"))
             continue;
         found.append(ImapSession::decodeName(m.captured(3).toUtf8()).split(m.captured(2)));
     }
@@ -225,7 +231,8 @@ QList<MailStore::Folder> ImapStore::changedFolders(const QList<Folder> &watched)
     m_session->command("UNSELECT");
     for (const Folder &folder : watched) {
         // A new \Seen changes UNSEEN; messages taken or added change MESSAGES.
-        const ImapSession::Answer status = m_session->command("STATUS " + mailbox(folder) + " (MESSAGES UNSEEN UIDNEXT)");
+        const ImapSession::Answer status =
+            m_session->command("STATUS " + mailbox(folder) + " (MESSAGES UNSEEN UIDNEXT)");
         const QByteArray stamp = status.untagged.value(0);
         if (m_stamps.value(mailbox(folder)) != stamp)
             changed.append(folder);

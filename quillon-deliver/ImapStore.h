@@ -19,7 +19,10 @@ public:
     [[nodiscard]] bool add(const Folder &folder, const QString &key, const QByteArray &message,
                            QString *error) override;
     // APPEND answered OK is stored.
-    [[nodiscard]] CommitJob commitJob() override { return [](QString *) { return true; }; }
+    [[nodiscard]] CommitJob commitJob() override
+    {
+        return [](QString *) { return true; };
+    }
     bool remove(const Folder &folder, const QString &key) override;
     [[nodiscard]] bool move(const Folder &from, const Folder &to, QString *error) override;
     void removeAll(const Folder &folder) override;

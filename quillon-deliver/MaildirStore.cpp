@@ -164,7 +164,8 @@ bool MaildirStore::move(const Folder &from, const Folder &to, QString *error)
     const auto moving = messages(source);
     for (auto it = moving.cbegin(); it != moving.cend(); ++it) {
         const QFileInfo file(it.value());
-        const QString destination = QDir(target).filePath(file.dir().dirName() + QLatin1Char('/') + file.fileName());
+        const QString destination =
+            QDir(target).filePath(file.dir().dirName() + QLatin1Char('/') + file.fileName());
         if (!QFile::rename(it.value(), destination) && !QFile::remove(it.value()))
             qCWarning(lcDeliver) << "cannot move" << it.value() << "to" << destination;
     }
@@ -220,7 +221,8 @@ bool MaildirStore::create(const Folder &folder, QString *error)
 QList<MailStore::Folder> MaildirStore::folders()
 {
     QList<Folder> found;
-    const QStringList names = QDir(m_root).entryList(QDir::Dirs | QDir::Hidden | QDir::NoDotAndDotDot, QDir::Name);
+    const QStringList names =
+        QDir(m_root).entryList(QDir::Dirs | QDir::Hidden | QDir::NoDotAndDotDot, QDir::Name);
     for (const QString &name : names) {
         if (name.startsWith(QLatin1Char('.')) && name.size() > 1)
             found.append(name.mid(1).split(QLatin1Char('.')));
@@ -234,8 +236,9 @@ QList<MailStore::Folder> MaildirStore::changedFolders(const QList<Folder> &watch
     for (const Folder &folder : watched) {
         const QString dir = folderPath(folder);
         // A rename inside cur/ or new/ (a new flag, a message taken) changes that directory.
-        const qint64 stamp = QFileInfo(QDir(dir).filePath(QStringLiteral("cur"))).lastModified().toMSecsSinceEpoch() ^
-                             (QFileInfo(QDir(dir).filePath(QStringLiteral("new"))).lastModified().toMSecsSinceEpoch() << 1);
+        const qint64 stamp =
+            QFileInfo(QDir(dir).filePath(QStringLiteral("cur"))).lastModified().toMSecsSinceEpoch() ^
+            (QFileInfo(QDir(dir).filePath(QStringLiteral("new"))).lastModified().toMSecsSinceEpoch() << 1);
         const auto it = m_stamps.constFind(dir);
         if (it == m_stamps.cend() || *it != stamp)
             changed.append(folder);

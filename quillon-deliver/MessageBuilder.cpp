@@ -17,8 +17,7 @@ struct Unref
             g_object_unref(object);
     }
 };
-template <typename T>
-using Owned = std::unique_ptr<T, Unref>;
+template <typename T> using Owned = std::unique_ptr<T, Unref>;
 
 void initialiseOnce()
 {
@@ -30,8 +29,8 @@ GMimeObject *mimeText(const char *subtype, const QString &text)
 {
     GMimeTextPart *part = g_mime_text_part_new_with_subtype(subtype);
     g_mime_text_part_set_text(part, text.toUtf8().constData());
-    g_mime_part_set_content_encoding(
-        GMIME_PART(part), g_mime_part_get_best_content_encoding(GMIME_PART(part), GMIME_ENCODING_CONSTRAINT_7BIT));
+    g_mime_part_set_content_encoding(GMIME_PART(part), g_mime_part_get_best_content_encoding(
+                                                           GMIME_PART(part), GMIME_ENCODING_CONSTRAINT_7BIT));
     return GMIME_OBJECT(part);
 }
 
@@ -65,8 +64,9 @@ QByteArray MessageBuilder::build(const ArticleMessage &article, LineEnds ends) c
     Owned<GMimeMessage> message(g_mime_message_new(TRUE));
     GMimeObject *object = GMIME_OBJECT(message.get());
     const QString feed = article.feedTitle.isEmpty() ? article.feedUrl : article.feedTitle;
-    g_mime_message_add_mailbox(message.get(), GMIME_ADDRESS_TYPE_FROM, feed.simplified().toUtf8().constData(),
-                               QStringLiteral("feed-%1@quillon.invalid").arg(article.subscriptionId).toUtf8().constData());
+    g_mime_message_add_mailbox(
+        message.get(), GMIME_ADDRESS_TYPE_FROM, feed.simplified().toUtf8().constData(),
+        QStringLiteral("feed-%1@quillon.invalid").arg(article.subscriptionId).toUtf8().constData());
     g_mime_message_add_mailbox(message.get(), GMIME_ADDRESS_TYPE_TO, "", "reader@quillon.invalid");
     g_mime_message_set_subject(message.get(), article.subject.simplified().toUtf8().constData(), "utf-8");
     g_mime_message_set_message_id(message.get(), messageId(article).constData());
@@ -78,8 +78,9 @@ QByteArray MessageBuilder::build(const ArticleMessage &article, LineEnds ends) c
     setHeader(object, "X-Feed-URL", article.feedUrl);
     setHeader(object, "X-Article-URL", article.link);
     setHeader(object, "X-Article-Author", article.author);
-    setHeader(object, "List-Id",
-              QStringLiteral("%1 <feed-%2.quillon.invalid>").arg(feed.simplified()).arg(article.subscriptionId));
+    setHeader(
+        object, "List-Id",
+        QStringLiteral("%1 <feed-%2.quillon.invalid>").arg(feed.simplified()).arg(article.subscriptionId));
 
     Owned<GMimeObject> body;
     if (article.theme == FolderPlan::Theme::Plain) {
@@ -97,8 +98,8 @@ QByteArray MessageBuilder::build(const ArticleMessage &article, LineEnds ends) c
     g_mime_message_set_mime_part(message.get(), body.get());
 
     GMimeFormatOptions *options = g_mime_format_options_new();
-    g_mime_format_options_set_newline_format(
-        options, ends == LineEnds::Network ? GMIME_NEWLINE_FORMAT_DOS : GMIME_NEWLINE_FORMAT_UNIX);
+    g_mime_format_options_set_newline_format(options, ends == LineEnds::Network ? GMIME_NEWLINE_FORMAT_DOS
+                                                                                : GMIME_NEWLINE_FORMAT_UNIX);
     Owned<GMimeStream> stream(g_mime_stream_mem_new());
     g_mime_object_write_to_stream(object, options, stream.get());
     g_mime_format_options_free(options);

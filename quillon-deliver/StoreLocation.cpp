@@ -20,10 +20,11 @@ QString StoreLocation::resolve(quillon::SubscribeClient &client, const QString &
     DeliverySettings settings(client);
     const QString section = QStringLiteral("OutlookDefaults");
     try {
-        const QStringList v = settings.read(section, {{QStringLiteral("StoreRoot"), QString()},
-                                                      {QStringLiteral("MakeNewPST_fileName"), QString()},
-                                                      {QStringLiteral("MakeNewPST_path"), QString()},
-                                                      {QStringLiteral("MakeNewPST_mode"), QStringLiteral("0")}});
+        const QStringList v =
+            settings.read(section, {{QStringLiteral("StoreRoot"), QString()},
+                                    {QStringLiteral("MakeNewPST_fileName"), QString()},
+                                    {QStringLiteral("MakeNewPST_path"), QString()},
+                                    {QStringLiteral("MakeNewPST_mode"), QStringLiteral("0")}});
         const QString current = hasValue(v.at(0)) ? v.at(0) : defaultRoot;
         if (!hasValue(v.at(1)))
             return current;
@@ -33,11 +34,13 @@ QString StoreLocation::resolve(quillon::SubscribeClient &client, const QString &
             name.chop(4);
         const QString parent = hasValue(v.at(2)) ? v.at(2) : QFileInfo(current).absolutePath();
         const QString root = QDir(parent).filePath(name.isEmpty() ? QStringLiteral("Mail") : name);
-        if (v.at(3) == QLatin1String("1") && QFileInfo(root).absoluteFilePath() != QFileInfo(current).absoluteFilePath() &&
+        if (v.at(3) == QLatin1String("1") &&
+            QFileInfo(root).absoluteFilePath() != QFileInfo(current).absoluteFilePath() &&
             !moveTree(current, root))
             qCWarning(lcDeliver) << "some mail stayed in" << current;
         QDir().mkpath(root);
-        settings.store(section, {{QStringLiteral("StoreRoot"), root}, {QStringLiteral("MakeNewPST_fileName"), quillon::kMissingText}});
+        settings.store(section, {{QStringLiteral("StoreRoot"), root},
+                                 {QStringLiteral("MakeNewPST_fileName"), quillon::kMissingText}});
         qCInfo(lcDeliver) << "new mail store" << root;
         return root;
     } catch (const std::exception &e) {

@@ -31,13 +31,24 @@ int main(int argc, char *argv[])
     parser.setApplicationDescription(
         QStringLiteral("Delivers the articles of the subscriptions checked in ConfigConsumer as mail."));
     parser.addHelpOption();
-    const QCommandLineOption maildir(QStringLiteral("maildir"), QStringLiteral("Maildir root (default %1)").arg(defaultRoot()), QStringLiteral("dir"));
-    const QCommandLineOption index(QStringLiteral("index"), QStringLiteral("Where the folder index is kept"), QStringLiteral("file"));
-    const QCommandLineOption socket(QStringLiteral("socket"), QStringLiteral("Engine socket name"), QStringLiteral("name"));
-    const QCommandLineOption data(QStringLiteral("quillon-data"), QStringLiteral("QuillonData folder (article template)"), QStringLiteral("dir"));
-    const QCommandLineOption batch(QStringLiteral("batch"), QStringLiteral("Articles per batch (default 500)"), QStringLiteral("n"));
-    const QCommandLineOption imap(QStringLiteral("imap"), QStringLiteral("Deliver to an IMAP account instead: user@host[:port]; the password comes from QUILLON_IMAP_PASSWORD"), QStringLiteral("account"));
-    const QCommandLineOption imapTls(QStringLiteral("imap-tls"), QStringLiteral("Use implicit TLS (default port 993)"));
+    const QCommandLineOption maildir(QStringLiteral("maildir"),
+                                     QStringLiteral("Maildir root (default %1)").arg(defaultRoot()),
+                                     QStringLiteral("dir"));
+    const QCommandLineOption index(QStringLiteral("index"), QStringLiteral("Where the folder index is kept"),
+                                   QStringLiteral("file"));
+    const QCommandLineOption socket(QStringLiteral("socket"), QStringLiteral("Engine socket name"),
+                                    QStringLiteral("name"));
+    const QCommandLineOption data(QStringLiteral("quillon-data"),
+                                  QStringLiteral("QuillonData folder (article template)"),
+                                  QStringLiteral("dir"));
+    const QCommandLineOption batch(QStringLiteral("batch"),
+                                   QStringLiteral("Articles per batch (default 500)"), QStringLiteral("n"));
+    const QCommandLineOption imap(QStringLiteral("imap"),
+                                  QStringLiteral("Deliver to an IMAP account instead: user@host[:port]; the "
+                                                 "password comes from QUILLON_IMAP_PASSWORD"),
+                                  QStringLiteral("account"));
+    const QCommandLineOption imapTls(QStringLiteral("imap-tls"),
+                                     QStringLiteral("Use implicit TLS (default port 993)"));
     const QCommandLineOption once(QStringLiteral("once"), QStringLiteral("Deliver what waits, then end"));
     parser.addOptions({maildir, index, socket, data, batch, imap, imapTls, once});
     parser.process(app);
@@ -47,7 +58,10 @@ int main(int argc, char *argv[])
     const QString root = parser.isSet(maildir) ? parser.value(maildir) : defaultRoot();
 
     DeliveryAgent::Options options;
-    options.dataFolder = parser.isSet(data) ? parser.value(data) : QDir(QCoreApplication::applicationDirPath()).filePath(QStringLiteral("QuillonData"));
+    options.dataFolder =
+        parser.isSet(data)
+            ? parser.value(data)
+            : QDir(QCoreApplication::applicationDirPath()).filePath(QStringLiteral("QuillonData"));
     if (parser.isSet(batch))
         options.batchSize = std::clamp(parser.value(batch).toInt(), 1, 1000);
 
@@ -67,18 +81,21 @@ int main(int argc, char *argv[])
         const QString hostPort = given.section(QLatin1Char('@'), -1);
         account.host = hostPort.section(QLatin1Char(':'), 0, 0);
         account.tls = parser.isSet(imapTls);
-        account.port = quint16(hostPort.contains(QLatin1Char(':')) ? hostPort.section(QLatin1Char(':'), 1).toUInt()
-                                                                   : (account.tls ? 993 : 143));
+        account.port =
+            quint16(hostPort.contains(QLatin1Char(':')) ? hostPort.section(QLatin1Char(':'), 1).toUInt()
+                                                        : (account.tls ? 993 : 143));
         account.password = qEnvironmentVariable("QUILLON_IMAP_PASSWORD");
         store = std::make_unique<ImapStore>(account);
         options.readPollMs = 3000; // each look is a STATUS per folder on the server
     } else {
         // A root named on the command line is taken as it is; else the settings decide.
-        store = std::make_unique<MaildirStore>(parser.isSet(maildir) ? root : StoreLocation::resolve(*client, root));
+        store = std::make_unique<MaildirStore>(parser.isSet(maildir) ? root
+                                                                     : StoreLocation::resolve(*client, root));
     }
     // The folder index lives in the Maildir tree, or where the tree would be for IMAP.
-    const QString indexPath = parser.isSet(index) ? parser.value(index)
-                                                  : StoreLocation::indexPath(parser.isSet(imap) ? root : store->describe());
+    const QString indexPath = parser.isSet(index)
+                                  ? parser.value(index)
+                                  : StoreLocation::indexPath(parser.isSet(imap) ? root : store->describe());
     // A store the user makes while delivery runs takes over at the next replan.
     if (!parser.isSet(imap) && !parser.isSet(maildir) && !parser.isSet(index))
         options.relocate = StoreLocation::relocator(client, root, store->describe());

@@ -3,7 +3,6 @@
 #include <QDir>
 #include <QFile>
 
-
 namespace {
 QString readFirstArgument(const QString &procFolder)
 {

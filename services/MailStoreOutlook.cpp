@@ -21,9 +21,10 @@ bool makeMaildir(const QString &dir)
 QString MailStoreOutlook::defaultRoot(quillon::SubscribeClient *client)
 {
     try {
-        const QString made = client ? GetConsumerSetting(*client, QStringLiteral("StoreRoot"), QString(),
-                                                         EngineNames::kOutlookConsumer, QStringLiteral("OutlookDefaults"))
-                                    : QString();
+        const QString made =
+            client ? GetConsumerSetting(*client, QStringLiteral("StoreRoot"), QString(),
+                                        EngineNames::kOutlookConsumer, QStringLiteral("OutlookDefaults"))
+                   : QString();
         if (!made.isEmpty() && made != quillon::kMissingText)
             return made;
     } catch (const std::exception &) {
@@ -48,7 +49,8 @@ QStringList MailStoreOutlook::FolderPaths()
 {
     // Maildir++: the root is the inbox, ".A.B" the folder B inside A.
     QStringList paths = {QStringLiteral("\\")};
-    const QStringList names = QDir(m_root).entryList(QDir::Dirs | QDir::Hidden | QDir::NoDotAndDotDot, QDir::Name);
+    const QStringList names =
+        QDir(m_root).entryList(QDir::Dirs | QDir::Hidden | QDir::NoDotAndDotDot, QDir::Name);
     for (const QString &name : names) {
         if (name.size() > 1 && name.startsWith(QLatin1Char('.')))
             paths.append(QLatin1Char('\\') + name.mid(1).split(QLatin1Char('.')).join(QLatin1Char('\\')));
@@ -59,9 +61,9 @@ QStringList MailStoreOutlook::FolderPaths()
 std::optional<OutlookFolder> MailStoreOutlook::PickFolder(QWidget *owner)
 {
     bool ok = false;
-    const QString path = QInputDialog::getItem(owner, QStringLiteral("Choose a mail folder"),
-                                               QStringLiteral("Folders of %1:").arg(QDir::toNativeSeparators(m_root)),
-                                               FolderPaths(), 0, true, &ok);
+    const QString path = QInputDialog::getItem(
+        owner, QStringLiteral("Choose a mail folder"),
+        QStringLiteral("Folders of %1:").arg(QDir::toNativeSeparators(m_root)), FolderPaths(), 0, true, &ok);
     if (!ok || path.trimmed().isEmpty())
         return std::nullopt;
     // A folder typed here is made by the delivery when the first article arrives.

@@ -38,7 +38,8 @@ public:
     // subscriptions come in batches (GetItemBags) as the caller reads them in list order, until
     // control returns to the event loop, the client changes anything in the engine or an engine
     // message arrives. A bag read after any of these is read afresh.
-    [[nodiscard]] virtual Handle GetItemBag(const QString &itemClass, qint32 subscriptionId, qint32 reserved) = 0;
+    [[nodiscard]] virtual Handle GetItemBag(const QString &itemClass, qint32 subscriptionId,
+                                            qint32 reserved) = 0;
     // Several subscriptions' bags in one round trip: a list with one bag per entry of ids (a
     // list of IDs), in the same order; an ID that names no subscription gives an empty bag.
     [[nodiscard]] virtual Handle GetItemBags(const QString &itemClass, Handle ids) = 0;
@@ -58,7 +59,8 @@ public:
     [[nodiscard]] virtual Handle ListReaderSubscriptions(const QString &readerName) = 0;
     virtual void UpdateItem(const QString &itemClass, qint32 subscriptionId, Handle bag) = 0;
     virtual QString RequestPreview(const QString &itemClass, const QString &url, CallbackPtr callback) = 0;
-    [[nodiscard]] virtual Handle GetSettings(const QString &consumerId, const QString &section, Handle keys) = 0;
+    [[nodiscard]] virtual Handle GetSettings(const QString &consumerId, const QString &section,
+                                             Handle keys) = 0;
     virtual void SetSettings(const QString &consumerId, const QString &section, Handle values) = 0;
     virtual void Log(const QString &text, qint32 level) = 0;
     [[nodiscard]] virtual Handle NewList() = 0;

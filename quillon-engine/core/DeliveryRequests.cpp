@@ -45,12 +45,13 @@ BagPtr countPayload(int count)
 
 void DeliveryRequests::registerWith(RequestProcessor &requests)
 {
-    const auto kind = [this, &requests](const char *name, void (DeliveryRequests::*handler)(const Origin &,
-                                                                                          const PropertyBag &)) {
-        requests.registerKind(QLatin1String(name), [this, handler](const Origin &origin, const PropertyBag &request) {
-            if (requireConsumer(origin))
-                (this->*handler)(origin, request);
-        });
+    const auto kind = [this, &requests](const char *name, void (DeliveryRequests::*handler)(
+                                                              const Origin &, const PropertyBag &)) {
+        requests.registerKind(QLatin1String(name),
+                              [this, handler](const Origin &origin, const PropertyBag &request) {
+                                  if (requireConsumer(origin))
+                                      (this->*handler)(origin, request);
+                              });
     };
     kind("PENDINGARTICLES", &DeliveryRequests::pendingArticles);
     kind("ACKNOWLEDGE", &DeliveryRequests::acknowledge);
@@ -63,21 +64,24 @@ bool DeliveryRequests::requireConsumer(const Origin &origin)
 {
     if (!origin.consumerId.isEmpty())
         return true;
-    m_outbox.toCallback(origin.session, origin.callbackId,
-                        EngineMessages::failure(QStringLiteral("Delivery requests need a connected consumer")));
+    m_outbox.toCallback(
+        origin.session, origin.callbackId,
+        EngineMessages::failure(QStringLiteral("Delivery requests need a connected consumer")));
     return false;
 }
 
 void DeliveryRequests::answer(const Origin &origin, const QString &message, BagPtr payload)
 {
-    m_outbox.toCallback(origin.session, origin.callbackId, EngineMessages::message(message, std::move(payload)));
+    m_outbox.toCallback(origin.session, origin.callbackId,
+                        EngineMessages::message(message, std::move(payload)));
 }
 
 void DeliveryRequests::pendingArticles(const Origin &origin, const PropertyBag &request)
 {
     const int limit = batchSize(request);
-    const qint32 subscriptionId =
-        request.contains(QStringLiteral("SUBSCRIPTIONID")) ? request.number(QStringLiteral("SUBSCRIPTIONID")) : 0;
+    const qint32 subscriptionId = request.contains(QStringLiteral("SUBSCRIPTIONID"))
+                                      ? request.number(QStringLiteral("SUBSCRIPTIONID"))
+                                      : 0;
     // A consumer may ask for the next batch before it acknowledged this one: AFTER skips
     // what it already holds.
     const qint64 after =

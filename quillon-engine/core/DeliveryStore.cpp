@@ -60,7 +60,8 @@ ListPtr DeliveryStore::pending(const QString &consumerId, qint32 subscriptionId,
     return list;
 }
 
-int DeliveryStore::acknowledge(const QString &consumerId, const QList<qint64> &articleIds, const QDateTime &now)
+int DeliveryStore::acknowledge(const QString &consumerId, const QList<qint64> &articleIds,
+                               const QDateTime &now)
 {
     return m_db.execute(
         QStringLiteral("INSERT OR IGNORE INTO delivered_articles (consumer_id, article_id, delivered_at)"
@@ -79,9 +80,10 @@ int DeliveryStore::setRead(const QList<qint64> &articleIds, bool read)
 
 ListPtr DeliveryStore::removals(const QString &consumerId, int limit)
 {
-    const auto rows = m_db.select(QStringLiteral("SELECT article_id, subscription_id, guid FROM delivery_removals"
-                                                 " WHERE consumer_id = ? ORDER BY article_id LIMIT ?"),
-                                  {consumerId, limit}, "listing articles to remove");
+    const auto rows =
+        m_db.select(QStringLiteral("SELECT article_id, subscription_id, guid FROM delivery_removals"
+                                   " WHERE consumer_id = ? ORDER BY article_id LIMIT ?"),
+                    {consumerId, limit}, "listing articles to remove");
     auto list = PropertyList::create();
     for (const auto &row : rows) {
         auto bag = PropertyBag::create();

@@ -26,7 +26,8 @@ public:
 
     // Up to limit item bags (ItemBags) in article order, each with "ARTICLEID",
     // "SUBSCRIPTIONID" and "READ"; subscriptionId 0 means every bound subscription.
-    [[nodiscard]] ListPtr pending(const QString &consumerId, qint32 subscriptionId, int limit, qint64 afterId = 0);
+    [[nodiscard]] ListPtr pending(const QString &consumerId, qint32 subscriptionId, int limit,
+                                  qint64 afterId = 0);
     // Marks the articles delivered, those of subscriptions bound to the consumer only.
     // Returns how many were newly marked.
     int acknowledge(const QString &consumerId, const QList<qint64> &articleIds, const QDateTime &now);

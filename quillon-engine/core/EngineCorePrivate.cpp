@@ -3,9 +3,9 @@
 #include "BagText.h"
 #include "BindingRule.h"
 #include "CoreLogging.h"
+#include "DiscoveringFetcher.h"
 #include "EngineError.h"
 #include "EngineMessages.h"
-#include "DiscoveringFetcher.h"
 #include "HttpFeedFetcher.h"
 #include "OutlineBags.h"
 #include "PrivateFiles.h"
@@ -117,8 +117,10 @@ void EngineCorePrivate::openVault(EngineDatabase &db)
     m_vault = std::make_unique<SecretVault>(db, std::move(keyring));
     QString error;
     if (!m_vault->load(&error)) {
-        qCWarning(lcCore, "The passwords in the desktop keyring cannot be read (%s); new ones stay in the "
-                          "private database", qPrintable(error));
+        qCWarning(lcCore,
+                  "The passwords in the desktop keyring cannot be read (%s); new ones stay in the "
+                  "private database",
+                  qPrintable(error));
         m_vault = std::make_unique<SecretVault>(db, nullptr);
     }
     m_subscriptions->setVault(m_vault.get());

@@ -19,9 +19,9 @@
 #include "Outbox.h"
 #include "ReaderImporterRegistry.h"
 #include "RequestProcessor.h"
-#include "SessionTable.h"
 #include "SecretKeyring.h"
 #include "SecretVault.h"
+#include "SessionTable.h"
 #include "SettingsStore.h"
 #include "SubscriptionStore.h"
 

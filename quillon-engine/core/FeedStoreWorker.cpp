@@ -169,7 +169,7 @@ FeedStoreWorker::Outcome FeedStoreWorker::store(Stores &s, qint32 subscriptionId
 int FeedStoreWorker::purgeOld(Stores &s, qint32 subscriptionId, const Plan &plan)
 {
     return s.articles.purge(subscriptionId, plan.readAge > 0 ? plan.now.addSecs(-plan.readAge) : QDateTime(),
-                     plan.unreadAge > 0 ? plan.now.addSecs(-plan.unreadAge) : QDateTime());
+                            plan.unreadAge > 0 ? plan.now.addSecs(-plan.unreadAge) : QDateTime());
 }
 
 QString FeedStoreWorker::statusOf(const ParsedFeed &feed, int added)

@@ -33,19 +33,22 @@ struct StoredSecret
 QList<StoredSecret> storedSecrets(EngineDatabase &db)
 {
     QList<StoredSecret> found;
-    for (const auto &row : db.select(QStringLiteral("SELECT id, password FROM subscriptions WHERE password <> ''"),
-                                     {}, "listing the passwords of subscriptions"))
-        found.append({SecretVault::subscriptionName(row.at(0).toLongLong()), row.at(1).toString(),
+    for (const auto &row :
+         db.select(QStringLiteral("SELECT id, password FROM subscriptions WHERE password <> ''"), {},
+                   "listing the passwords of subscriptions"))
+        found.append({SecretVault::subscriptionName(row.at(0).toLongLong()),
+                      row.at(1).toString(),
                       QStringLiteral("UPDATE subscriptions SET password = ? WHERE id = ? AND password = ?"),
                       {row.at(0)}});
     for (const auto &row : db.select(QStringLiteral("SELECT consumer_id, section, key, value FROM settings"
                                                     " WHERE key LIKE '%password%' AND value <> ''"),
                                      {}, "listing the passwords of settings"))
-        found.append({SecretVault::settingName(row.at(0).toString(), row.at(1).toString(), row.at(2).toString()),
-                      row.at(3).toString(),
-                      QStringLiteral("UPDATE settings SET value = ? WHERE consumer_id = ? AND section = ?"
-                                     " AND key = ? AND value = ?"),
-                      {row.at(0), row.at(1), row.at(2)}});
+        found.append(
+            {SecretVault::settingName(row.at(0).toString(), row.at(1).toString(), row.at(2).toString()),
+             row.at(3).toString(),
+             QStringLiteral("UPDATE settings SET value = ? WHERE consumer_id = ? AND section = ?"
+                            " AND key = ? AND value = ?"),
+             {row.at(0), row.at(1), row.at(2)}});
     return found;
 }
 } // namespace
@@ -91,7 +94,8 @@ bool SecretVault::load(QString *error)
     const QJsonDocument document = QJsonDocument::fromJson(data, &parsed);
     if (!data.isEmpty() && !document.isObject()) {
         if (error)
-            *error = QStringLiteral("the keyring entry %1 is not readable: %2").arg(m_entryKey, parsed.errorString());
+            *error = QStringLiteral("the keyring entry %1 is not readable: %2")
+                         .arg(m_entryKey, parsed.errorString());
         return false;
     }
     const QJsonObject object = document.object();
@@ -140,8 +144,9 @@ void SecretVault::sweep()
     for (auto it = entry.cbegin(); it != entry.cend(); ++it)
         object.insert(it.key(), it.value());
     m_writing = true;
-    m_keyring->write(m_entryKey, QJsonDocument(object).toJson(QJsonDocument::Compact),
-                     [this, entry, plain](bool ok, const QString &error) { written(entry, plain, ok, error); });
+    m_keyring->write(
+        m_entryKey, QJsonDocument(object).toJson(QJsonDocument::Compact),
+        [this, entry, plain](bool ok, const QString &error) { written(entry, plain, ok, error); });
 }
 
 void SecretVault::written(const QHash<QString, QString> &entry, const QHash<QString, QString> &moved, bool ok,
@@ -150,7 +155,8 @@ void SecretVault::written(const QHash<QString, QString> &entry, const QHash<QStr
     m_writing = false;
     if (!ok) {
         if (!std::exchange(m_failureLogged, true))
-            qCWarning(lcCore, "The desktop keyring refused the passwords (%s); they stay in the private database",
+            qCWarning(lcCore,
+                      "The desktop keyring refused the passwords (%s); they stay in the private database",
                       qPrintable(error));
     } else {
         m_secrets = entry;

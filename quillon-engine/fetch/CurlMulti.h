@@ -43,7 +43,7 @@ private:
     static int onTimer(CURLM *multi, long timeoutMs, void *self);
     void watch(curl_socket_t socket, int what);
     [[nodiscard]] QSocketNotifier *notifier(curl_socket_t socket, QSocketNotifier *&slot,
-                                           QSocketNotifier::Type type);
+                                            QSocketNotifier::Type type);
     void act(curl_socket_t socket, int events);
 
     Done m_onDone;

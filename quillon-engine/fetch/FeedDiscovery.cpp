@@ -31,16 +31,18 @@ QHash<QString, QString> attributes(const QString &tag)
         QString value = m.captured(2);
         if (value.isEmpty())
             value = m.captured(3).isEmpty() ? m.captured(4) : m.captured(3);
-        found.insert(m.captured(1).toLower(), value.replace(QStringLiteral("&amp;"), QStringLiteral("&")).trimmed());
+        found.insert(m.captured(1).toLower(),
+                     value.replace(QStringLiteral("&amp;"), QStringLiteral("&")).trimmed());
     }
     return found;
 }
 
 bool isFeedType(const QString &type)
 {
-    static const QSet<QString> types{QStringLiteral("application/rss+xml"), QStringLiteral("application/atom+xml"),
-                                     QStringLiteral("application/rdf+xml"), QStringLiteral("application/x.atom+xml"),
-                                     QStringLiteral("application/x-atom+xml")};
+    static const QSet<QString> types{
+        QStringLiteral("application/rss+xml"), QStringLiteral("application/atom+xml"),
+        QStringLiteral("application/rdf+xml"), QStringLiteral("application/x.atom+xml"),
+        QStringLiteral("application/x-atom+xml")};
     return types.contains(type.section(QLatin1Char(';'), 0, 0).trimmed().toLower());
 }
 
@@ -74,13 +76,15 @@ QList<QUrl> AdvertisedFeeds(const QByteArray &html, const QUrl &page)
                 base = page.resolved(QUrl(attrs.value(QStringLiteral("href"))));
             continue;
         }
-        const QStringList rel = attrs.value(QStringLiteral("rel")).toLower().split(QLatin1Char(' '), Qt::SkipEmptyParts);
+        const QStringList rel =
+            attrs.value(QStringLiteral("rel")).toLower().split(QLatin1Char(' '), Qt::SkipEmptyParts);
         const QString href = attrs.value(QStringLiteral("href"));
         if (!rel.contains(QLatin1String("alternate")) || !isFeedType(attrs.value(QStringLiteral("type"))) ||
             href.isEmpty())
             continue;
         const QUrl feed = base.resolved(QUrl(href));
-        if (feed.isValid() && (feed.scheme() == QLatin1String("http") || feed.scheme() == QLatin1String("https")) &&
+        if (feed.isValid() &&
+            (feed.scheme() == QLatin1String("http") || feed.scheme() == QLatin1String("https")) &&
             !feeds.contains(feed))
             feeds << feed;
     }

@@ -26,7 +26,7 @@ struct FetchResult
     QString contentType;
     QString etag;
     QString lastModified;
-    QUrl finalUrl; // after redirects
+    QUrl finalUrl;       // after redirects
     QUrl discoveredFrom; // the web page whose advertised feed this is, when it was one
 
     [[nodiscard]] bool ok() const { return outcome == Outcome::Ok; }

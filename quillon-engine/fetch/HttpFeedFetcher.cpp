@@ -117,7 +117,8 @@ void HttpFeedFetcher::onTransferDone(void *easy, int code)
     if (result)
         finish(job, *result);
     else if (!m_curl->start(easy)) // on to where it was redirected
-        finish(job, job->failed(FetchResult::Outcome::Failed, QStringLiteral("the web fetcher could not start")));
+        finish(job,
+               job->failed(FetchResult::Outcome::Failed, QStringLiteral("the web fetcher could not start")));
 }
 
 HttpFeedFetcher::Pending HttpFeedFetcher::release(HttpFetchJob *job)

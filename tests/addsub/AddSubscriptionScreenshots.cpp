@@ -33,25 +33,36 @@ namespace {
 QByteArray gardenFeed()
 {
     const char *bodies[] = {
-        "&lt;p&gt;The first tomatoes are in. After a cold May the plants caught up in two warm weeks, and the "
-        "cherry varieties ripened before the beefsteaks, as they always do.&lt;/p&gt;&lt;h3&gt;What worked&lt;/h3&gt;"
-        "&lt;ul&gt;&lt;li&gt;Mulching early with straw&lt;/li&gt;&lt;li&gt;Watering at the roots, in the morning"
-        "&lt;/li&gt;&lt;li&gt;Pinching out side shoots every few days&lt;/li&gt;&lt;/ul&gt;&lt;blockquote&gt;A "
-        "tomato ripened on the vine tastes of the summer it grew in.&lt;/blockquote&gt;&lt;p&gt;Next week: saving "
+        "&lt;p&gt;The first tomatoes are in. After a cold May the plants caught up in two warm weeks, and "
+        "the "
+        "cherry varieties ripened before the beefsteaks, as they always do.&lt;/p&gt;&lt;h3&gt;What "
+        "worked&lt;/h3&gt;"
+        "&lt;ul&gt;&lt;li&gt;Mulching early with straw&lt;/li&gt;&lt;li&gt;Watering at the roots, in the "
+        "morning"
+        "&lt;/li&gt;&lt;li&gt;Pinching out side shoots every few "
+        "days&lt;/li&gt;&lt;/ul&gt;&lt;blockquote&gt;A "
+        "tomato ripened on the vine tastes of the summer it grew in.&lt;/blockquote&gt;&lt;p&gt;Next week: "
+        "saving "
         "seed from the best plants.&lt;/p&gt;",
         "&lt;p&gt;Beans climb, peas scramble. A note on supports.&lt;/p&gt;",
         "&lt;p&gt;Why the compost heap was cold all spring, and how it came back.&lt;/p&gt;",
         "&lt;p&gt;Slugs, beer traps and a long evening with a torch.&lt;/p&gt;",
         "&lt;p&gt;The rain gauge says 41 mm for June.&lt;/p&gt;",
         "&lt;p&gt;First frost dates, and why they keep moving.&lt;/p&gt;"};
-    const char *titles[] = {"The first tomatoes of the year", "Supports for beans and peas", "A cold compost heap",
-                            "Slug patrol",                    "June rainfall",                 "Frost dates"};
-    QString out = QStringLiteral("<?xml version=\"1.0\"?><rss version=\"2.0\"><channel><title>Garden Diary</title>"
-                                 "<link>https://garden.example.net/</link>"
-                                 "<description>A year in a small kitchen garden, week by week.</description>");
+    const char *titles[] = {"The first tomatoes of the year",
+                            "Supports for beans and peas",
+                            "A cold compost heap",
+                            "Slug patrol",
+                            "June rainfall",
+                            "Frost dates"};
+    QString out =
+        QStringLiteral("<?xml version=\"1.0\"?><rss version=\"2.0\"><channel><title>Garden Diary</title>"
+                       "<link>https://garden.example.net/</link>"
+                       "<description>A year in a small kitchen garden, week by week.</description>");
     for (int i = 0; i < 6; ++i)
-        out += QStringLiteral("<item><guid>g%1</guid><title>%2</title><link>https://garden.example.net/%1</link>"
-                              "<pubDate>Sun, %3 Jun 2026 08:00:00 GMT</pubDate><description>%4</description></item>")
+        out += QStringLiteral(
+                   "<item><guid>g%1</guid><title>%2</title><link>https://garden.example.net/%1</link>"
+                   "<pubDate>Sun, %3 Jun 2026 08:00:00 GMT</pubDate><description>%4</description></item>")
                    .arg(i)
                    .arg(QLatin1String(titles[i]))
                    .arg(28 - i * 4)
@@ -62,10 +73,12 @@ QByteArray gardenFeed()
 const char *kNestedOpml =
     "<?xml version=\"1.0\"?><opml version=\"2.0\"><head><title>My reader</title></head><body>"
     "<outline text=\"News\"><outline text=\"World\">"
-    "<outline text=\"World Headlines\" xmlUrl=\"https://news.example.org/world/rss.xml\" description=\"Top stories\"/>"
+    "<outline text=\"World Headlines\" xmlUrl=\"https://news.example.org/world/rss.xml\" description=\"Top "
+    "stories\"/>"
     "<outline text=\"Europe Today\" xmlUrl=\"https://news.example.org/europe/rss.xml\"/></outline>"
     "<outline text=\"Local Weather\" xmlUrl=\"https://weather.example.org/city/rss\"/></outline>"
-    "<outline text=\"Blogs\"><outline text=\"Design Matters\" xmlUrl=\"https://blog.example.com/design/feed\"/>"
+    "<outline text=\"Blogs\"><outline text=\"Design Matters\" "
+    "xmlUrl=\"https://blog.example.com/design/feed\"/>"
     "<outline text=\"Garden Diary\" xmlUrl=\"https://garden.example.net/atom.xml\"/></outline>"
     "<outline text=\"Release Announcements\" xmlUrl=\"https://software.example.com/releases.atom\"/>"
     "</body></opml>";
@@ -81,7 +94,10 @@ bool save(QWidget &window, const QDir &folder, const char *name)
     return ok;
 }
 
-template <typename T> T *child(QWidget &w, const char *name) { return w.findChild<T *>(QLatin1String(name)); }
+template <typename T> T *child(QWidget &w, const char *name)
+{
+    return w.findChild<T *>(QLatin1String(name));
+}
 
 } // namespace
 
@@ -127,7 +143,8 @@ int main(int argc, char *argv[])
         ok &= save(wizard, out, "addsub-directory.png");
 
         tabs->setCurrentIndex(2);
-        (void)QTest::qWaitFor([&] { return child<QComboBox>(wizard, "cboSearchSources")->count() > 0; }, 10000);
+        (void)QTest::qWaitFor([&] { return child<QComboBox>(wizard, "cboSearchSources")->count() > 0; },
+                              10000);
         child<QComboBox>(wizard, "cboSearchSources")->setCurrentIndex(2);
         child<QLineEdit>(wizard, "txtSearchString")->setText(QStringLiteral("sqlite performance"));
         ok &= save(wizard, out, "addsub-search.png");
@@ -145,8 +162,8 @@ int main(int argc, char *argv[])
     }
     {
         frmPreviewSubscription preview;
-        preview.InitWindow(client, nullptr, QStringLiteral("Garden Diary"), server.url(QStringLiteral("/garden")).toString(),
-                           false);
+        preview.InitWindow(client, nullptr, QStringLiteral("Garden Diary"),
+                           server.url(QStringLiteral("/garden")).toString(), false);
         QSignalSpy drawn(&preview.View(), &ArticleView::NavigationComplete);
         preview.resize(900, 680);
         preview.show();

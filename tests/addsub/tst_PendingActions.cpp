@@ -32,21 +32,22 @@ void tst_PendingActions::questionNamesTheCountsAsWritten_data()
     QTest::addColumn<QString>("kind");
     const QString one = QStringLiteral("Would you like to apply this change?");
     const QString many = QStringLiteral("Would you like to apply these changes?");
-    QTest::newRow("one add") << "Browsing" << 1 << 0 << "While Browsing, you have indicated 1 feed to be added." << one
-                             << "adds";
+    QTest::newRow("one add") << "Browsing" << 1 << 0
+                             << "While Browsing, you have indicated 1 feed to be added." << one << "adds";
     QTest::newRow("three adds") << "Importing" << 3 << 0
                                 << "While Importing, you have indicated 3Feeds to be added." << one << "adds";
-    QTest::newRow("adds and removals") << "Browsing" << 2 << 4
-                                       << "While Browsing, you have indicated 2Feeds to add, and 4Feeds to remove."
-                                       << many << "adds & removals";
+    QTest::newRow("adds and removals")
+        << "Browsing" << 2 << 4 << "While Browsing, you have indicated 2Feeds to add, and 4Feeds to remove."
+        << many << "adds & removals";
     // One removal is written into the adds text, on purpose.
-    QTest::newRow("adds and one removal") << "Browsing" << 5 << 1
-                                          << "While Browsing, you have indicated 1 feed to add, and to remove." << many
-                                          << "adds & removals";
+    QTest::newRow("adds and one removal")
+        << "Browsing" << 5 << 1 << "While Browsing, you have indicated 1 feed to add, and to remove." << many
+        << "adds & removals";
     QTest::newRow("removals only") << "Importing" << 0 << 2
-                                   << "While Importing, you have indicated 2Feeds to be removed." << one << "removals";
-    QTest::newRow("one removal only") << "Browsing" << 0 << 1 << "While Browsing, you have indicated to be removed."
-                                      << one << "removals";
+                                   << "While Importing, you have indicated 2Feeds to be removed." << one
+                                   << "removals";
+    QTest::newRow("one removal only")
+        << "Browsing" << 0 << 1 << "While Browsing, you have indicated to be removed." << one << "removals";
 }
 
 void tst_PendingActions::questionNamesTheCountsAsWritten()
@@ -66,7 +67,8 @@ void tst_PendingActions::togglingQueuesAndUnqueues()
     QVERIFY(!pending.Exists());
     QCOMPARE(pending.CountActions().any(), false);
 
-    const PendingActions::Add a{QStringLiteral("http://a/"), QStringLiteral("A"), {QStringLiteral("News")}, true};
+    const PendingActions::Add a{
+        QStringLiteral("http://a/"), QStringLiteral("A"), {QStringLiteral("News")}, true};
     const PendingActions::Add b{QStringLiteral("http://b/"), QStringLiteral("B"), {}, true};
     pending.RowToggled(a, false, 0, true);
     QVERIFY(pending.Exists());
@@ -86,9 +88,11 @@ void tst_PendingActions::togglingQueuesAndUnqueues()
 
     pending.Reset();
     QVERIFY(!pending.Exists());
-    QCOMPARE(PendingActions::CategoryFor(QStringLiteral("Automatic"), {QStringLiteral("A"), QStringLiteral("B")}),
-             QStringLiteral("A~~~B"));
-    QCOMPARE(PendingActions::CategoryFor(QStringLiteral("Work"), {QStringLiteral("A")}), QStringLiteral("Work"));
+    QCOMPARE(
+        PendingActions::CategoryFor(QStringLiteral("Automatic"), {QStringLiteral("A"), QStringLiteral("B")}),
+        QStringLiteral("A~~~B"));
+    QCOMPARE(PendingActions::CategoryFor(QStringLiteral("Work"), {QStringLiteral("A")}),
+             QStringLiteral("Work"));
     QCOMPARE(PendingActions::CategoryFor(QString(), {QStringLiteral("A")}), QString());
 }
 
@@ -96,16 +100,19 @@ void tst_PendingActions::gridActionCellFollowsTheCheck()
 {
     FeedListModel model;
     QStandardItem *folder = model.AddFolder(nullptr, QStringLiteral("Tech\tNews"), 0, 4);
-    const QModelIndex fresh = model.AddFeed(folder, QString(), QStringLiteral("http://f/"),
-                                            QStringLiteral("a\tb"), 1, 0)->index();
-    const QModelIndex held = model.AddFeed(folder, QStringLiteral("Held"), QStringLiteral("http://h/"), {}, 1, 9)->index();
+    const QModelIndex fresh =
+        model.AddFeed(folder, QString(), QStringLiteral("http://f/"), QStringLiteral("a\tb"), 1, 0)->index();
+    const QModelIndex held =
+        model.AddFeed(folder, QStringLiteral("Held"), QStringLiteral("http://h/"), {}, 1, 9)->index();
     QCOMPARE(model.TitleOf(fresh), QStringLiteral("<no title>"));
     QCOMPARE(model.DescriptionOf(fresh), QStringLiteral("a  b"));
     QCOMPARE(model.FoldersAbove(fresh), QStringList{QStringLiteral("Tech  News")});
     QVERIFY(model.IsChecked(held) && model.IsSubscribed(held) && model.SubscriptionIdOf(held) == 9);
 
     QSignalSpy toggled(&model, &FeedListModel::RowToggled);
-    const auto action = [&](const QModelIndex &i) { return i.siblingAtColumn(FeedListModel::Add).data().toString(); };
+    const auto action = [&](const QModelIndex &i) {
+        return i.siblingAtColumn(FeedListModel::Add).data().toString();
+    };
     QCOMPARE(action(fresh), QStringLiteral(" "));
     model.Toggle(fresh);
     QCOMPARE(action(fresh), QStringLiteral("Add"));

@@ -21,13 +21,15 @@ QByteArray feed(int items)
                                  "<description>Notes from the garden</description>");
     for (int i = 0; i < items; ++i) {
         // The first body tries to retitle the page from a script; scripts never run here.
-        const QString body = i == 0 ? QStringLiteral("&lt;p&gt;Tomatoes&lt;/p&gt;&lt;script&gt;document.title="
-                                                     "'changed by the feed'&lt;/script&gt;")
-                                    : QStringLiteral("&lt;p&gt;Body %1&lt;/p&gt;").arg(i);
-        out += QStringLiteral("<item><guid>g%1</guid><title>Article %1</title><link>http://127.0.0.1:9/%1</link>"
-                              "<description>%2</description></item>")
-                   .arg(i)
-                   .arg(body);
+        const QString body = i == 0
+                                 ? QStringLiteral("&lt;p&gt;Tomatoes&lt;/p&gt;&lt;script&gt;document.title="
+                                                  "'changed by the feed'&lt;/script&gt;")
+                                 : QStringLiteral("&lt;p&gt;Body %1&lt;/p&gt;").arg(i);
+        out +=
+            QStringLiteral("<item><guid>g%1</guid><title>Article %1</title><link>http://127.0.0.1:9/%1</link>"
+                           "<description>%2</description></item>")
+                .arg(i)
+                .arg(body);
     }
     return (out + QStringLiteral("</channel></rss>")).toUtf8();
 }
@@ -40,7 +42,10 @@ class tst_frmPreviewSubscription : public QObject
 
 private:
     frmPreviewSubscription &open(const QString &path, const QString &title = QStringLiteral("Garden"));
-    template <typename T> T *child(const char *name) { return m_preview->findChild<T *>(QLatin1String(name)); }
+    template <typename T> T *child(const char *name)
+    {
+        return m_preview->findChild<T *>(QLatin1String(name));
+    }
 
     std::unique_ptr<TestEngine> m_engine;
     quillon::SubscribeClientPtr m_client;
@@ -125,7 +130,8 @@ void tst_frmPreviewSubscription::showsTheArticlesInTheRealView()
     QTRY_VERIFY_WITH_TIMEOUT(back->isEnabled(), 15000);
     back->click();
     QVERIFY(!back->isEnabled());
-    QTRY_COMPARE_WITH_TIMEOUT(preview.View().Location(), QUrl::fromLocalFile(preview.PreviewPagePath()), 15000);
+    QTRY_COMPARE_WITH_TIMEOUT(preview.View().Location(), QUrl::fromLocalFile(preview.PreviewPagePath()),
+                              15000);
 }
 
 void tst_frmPreviewSubscription::feedThatCannotBeShownAlertsAndCloses()
@@ -134,8 +140,9 @@ void tst_frmPreviewSubscription::feedThatCannotBeShownAlertsAndCloses()
         PromptRecorder prompts;
         frmPreviewSubscription &preview = open(QLatin1String(path));
         QTRY_COMPARE_WITH_TIMEOUT(prompts.texts().size(), 1, 15000);
-        QCOMPARE(prompts.texts().first(), QStringLiteral("There was an error loading the feed for preview.  Please "
-                                                       "check that the URL is valid."));
+        QCOMPARE(prompts.texts().first(),
+                 QStringLiteral("There was an error loading the feed for preview.  Please "
+                                "check that the URL is valid."));
         QTRY_VERIFY(!preview.isVisible());
         QCOMPARE(child<QTreeWidget>("grdArticles")->topLevelItemCount(), 0);
         QCOMPARE(preview.GetResults(), 0);

@@ -6,11 +6,11 @@
 #include "CBSubOPML.h"
 #include "CBUpdateSub.h"
 #include "HandlerNames.h"
+#include "OpmlImport.h"
 #include "SearchSubscriptionPanel.h"
 #include "frmAddSubscription.h"
 #include "frmMainWindow.h"
 #include "frmPreviewSubscription.h"
-#include "OpmlImport.h"
 
 #include <QMetaMethod>
 #include <QTest>
@@ -74,9 +74,9 @@ void HandlerNamesTest::everyTargetOffersTheHandlersItIsSent()
                              {std::make_shared<CBConnect>(), std::make_shared<CBAddSub>(),
                               std::make_shared<CBUpdateSub>()}),
              QStringList());
-    QCOMPARE(
-        MissingHandlers(SearchSubscriptionPanel::staticMetaObject, {std::make_shared<CBNamedAnswer>(HandlerNames::EventSearchSourcesCallback)}),
-        QStringList());
+    QCOMPARE(MissingHandlers(SearchSubscriptionPanel::staticMetaObject,
+                             {std::make_shared<CBNamedAnswer>(HandlerNames::EventSearchSourcesCallback)}),
+             QStringList());
     QCOMPARE(MissingHandlers(frmAddSubscription::staticMetaObject,
                              {std::make_shared<CBRootOPML>(), std::make_shared<CBSubOPML>(),
                               std::make_shared<CBNamedAnswer>(HandlerNames::EventSearchSourcesCallback),
@@ -84,7 +84,8 @@ void HandlerNamesTest::everyTargetOffersTheHandlersItIsSent()
              QStringList());
     QCOMPARE(MissingHandlers(frmPreviewSubscription::staticMetaObject, {std::make_shared<CBPreviewSub>()}),
              QStringList());
-    QCOMPARE(MissingHandlers(DefaultFeedsRequest::staticMetaObject, {std::make_shared<CBSubOPML>()}), QStringList());
+    QCOMPARE(MissingHandlers(DefaultFeedsRequest::staticMetaObject, {std::make_shared<CBSubOPML>()}),
+             QStringList());
 }
 
 void HandlerNamesTest::aMissingOrMisshapenHandlerIsReported()

@@ -27,12 +27,14 @@ DovecotServer::DovecotServer() = default;
 DovecotServer::~DovecotServer()
 {
     if (m_started)
-        QProcess::execute(executable(), {QStringLiteral("-c"), m_dir.filePath(QStringLiteral("dovecot.conf")), QStringLiteral("stop")});
+        QProcess::execute(executable(), {QStringLiteral("-c"), m_dir.filePath(QStringLiteral("dovecot.conf")),
+                                         QStringLiteral("stop")});
 }
 
 QString DovecotServer::executable()
 {
-    const QString found = QStandardPaths::findExecutable(QStringLiteral("dovecot"), {QStringLiteral("/usr/sbin"), QStringLiteral("/usr/local/sbin")});
+    const QString found = QStandardPaths::findExecutable(
+        QStringLiteral("dovecot"), {QStringLiteral("/usr/sbin"), QStringLiteral("/usr/local/sbin")});
     return found.isEmpty() ? QStandardPaths::findExecutable(QStringLiteral("dovecot")) : found;
 }
 
@@ -41,7 +43,8 @@ QString DovecotServer::config(quint32 uid, quint32 gid) const
     const QString d = m_dir.path();
     // Run as root, dovecot's own accounts do the work; run as a user, everything is that user.
     const bool root = ::getuid() == 0;
-    const QString internal = root ? QStringLiteral("dovecot") : QString::fromLocal8Bit(::getpwuid(::getuid())->pw_name);
+    const QString internal =
+        root ? QStringLiteral("dovecot") : QString::fromLocal8Bit(::getpwuid(::getuid())->pw_name);
     const QString login = root ? QStringLiteral("dovenull") : internal;
     return QStringLiteral(
                "protocols = imap\nlisten = 127.0.0.1\nbase_dir = %1/run\nstate_dir = %1/state\n"
@@ -64,7 +67,8 @@ QString DovecotServer::config(quint32 uid, quint32 gid) const
 bool DovecotServer::start(QString *why)
 {
     if (executable().isEmpty()) {
-        *why = QStringLiteral("dovecot is not installed (Debian package dovecot-imapd; scripts/setup-deps.sh installs it)");
+        *why = QStringLiteral(
+            "dovecot is not installed (Debian package dovecot-imapd; scripts/setup-deps.sh installs it)");
         return false;
     }
     {
@@ -86,9 +90,10 @@ bool DovecotServer::start(QString *why)
         gid = account->pw_gid;
     }
     QFile::setPermissions(m_dir.path(), QFile::permissions(m_dir.path()) | QFile::ExeOther | QFile::ExeGroup |
-                                             QFile::ReadOther | QFile::ReadGroup);
+                                            QFile::ReadOther | QFile::ReadGroup);
     QDir().mkpath(m_dir.filePath(QStringLiteral("home")));
-    if (::chown(QFile::encodeName(m_dir.filePath(QStringLiteral("home"))).constData(), uid, gid) != 0 && ::getuid() == 0) {
+    if (::chown(QFile::encodeName(m_dir.filePath(QStringLiteral("home"))).constData(), uid, gid) != 0 &&
+        ::getuid() == 0) {
         *why = QStringLiteral("cannot hand the mail folder to dovecot");
         return false;
     }
@@ -110,11 +115,14 @@ bool DovecotServer::start(QString *why)
     const auto answers = [this] {
         QTcpSocket socket;
         socket.connectToHost(QHostAddress::LocalHost, m_port);
-        return socket.waitForConnected(200) && socket.waitForReadyRead(2000) && socket.readAll().startsWith("* OK");
+        return socket.waitForConnected(200) && socket.waitForReadyRead(2000) &&
+               socket.readAll().startsWith("* OK");
     };
     if (!QTest::qWaitFor(answers, 20000)) {
         QFile log(m_dir.filePath(QStringLiteral("dovecot.log")));
-        *why = QStringLiteral("dovecot does not answer: %1").arg(log.open(QIODevice::ReadOnly) ? QString::fromLocal8Bit(log.readAll().right(600)) : QString());
+        *why = QStringLiteral("dovecot does not answer: %1")
+                   .arg(log.open(QIODevice::ReadOnly) ? QString::fromLocal8Bit(log.readAll().right(600))
+                                                      : QString());
         return false;
     }
     return true;

@@ -38,7 +38,8 @@ public:
     {
         const QFileInfo info(path);
         const QString cur = QDir(info.dir().absolutePath() + QStringLiteral("/../cur")).absolutePath();
-        return QFile::rename(path, QDir(cur).filePath(info.fileName().section(QLatin1Char(':'), 0, 0) + QStringLiteral(":2,S")));
+        return QFile::rename(path, QDir(cur).filePath(info.fileName().section(QLatin1Char(':'), 0, 0) +
+                                                      QStringLiteral(":2,S")));
     }
     [[nodiscard]] QString path(const QStringList &folder) const { return m_store.folderPath(folder); }
 

@@ -104,7 +104,7 @@ void tst_FolderPlan::messageIsStableAndFilterable()
     QVERIFY(both.contains("Date: Wed, 01 May 2024 10:00:00 +0000"));
     QVERIFY(both.contains("X-Feed-URL: http://example.com/rss"));
     QVERIFY(both.contains("multipart/alternative"));
-    QVERIFY(both.contains("Subject: =?"));                    // the subject is encoded
+    QVERIFY(both.contains("Subject: =?")); // the subject is encoded
     QVERIFY(!both.contains("\r\n"));
     QVERIFY(builder.build(a, MessageBuilder::LineEnds::Network).contains("\r\n"));
     QCOMPARE(MessageBuilder::textPart(a),

@@ -1,22 +1,22 @@
 #include "DaemonProcess.h"
-#include "DovecotServer.h"
-#include "ImapStore.h"
 #include "DeliveryAgent.h"
+#include "DovecotServer.h"
 #include "EngineFixture.h"
+#include "ImapStore.h"
 #include "LocalHttpServer.h"
-#include "MaildirProbe.h"
 #include "LocalSettings.h"
 #include "MailStoreOutlook.h"
+#include "MaildirProbe.h"
 #include "MaildirStore.h"
 #include "StoreLocation.h"
 #include "frmMainWindow.h"
 
 #include <QLabel>
 #include <QProcess>
-#include <QStandardPaths>
 #include <QRegularExpression>
 #include <QSet>
 #include <QSignalSpy>
+#include <QStandardPaths>
 #include <QTemporaryDir>
 
 using namespace quillon;
@@ -25,16 +25,22 @@ namespace {
 // Dated items with authors, HTML bodies and, for every third, an enclosure.
 QByteArray feed(const QString &title, int first, int last)
 {
-    QString out = QStringLiteral("<rss version=\"2.0\"><channel><title>%1</title><link>http://example.com/</link>").arg(title);
+    QString out =
+        QStringLiteral("<rss version=\"2.0\"><channel><title>%1</title><link>http://example.com/</link>")
+            .arg(title);
     for (int i = first; i <= last; ++i) {
-        out += QStringLiteral("<item><guid>%1-%2</guid><title>Story %2</title><link>http://example.com/%2</link>"
-                              "<author>ann@example.com (Ann)</author><pubDate>Wed, 01 May 2024 10:%3:00 GMT</pubDate>"
-                              "<description>&lt;p&gt;Paragraph one of %2.&lt;/p&gt;&lt;p&gt;Two.&lt;/p&gt;</description>")
-                   .arg(title)
-                   .arg(i)
-                   .arg(i % 60, 2, 10, QLatin1Char('0'));
+        out +=
+            QStringLiteral(
+                "<item><guid>%1-%2</guid><title>Story %2</title><link>http://example.com/%2</link>"
+                "<author>ann@example.com (Ann)</author><pubDate>Wed, 01 May 2024 10:%3:00 GMT</pubDate>"
+                "<description>&lt;p&gt;Paragraph one of %2.&lt;/p&gt;&lt;p&gt;Two.&lt;/p&gt;</description>")
+                .arg(title)
+                .arg(i)
+                .arg(i % 60, 2, 10, QLatin1Char('0'));
         if (i % 3 == 0)
-            out += QStringLiteral("<enclosure url=\"http://example.com/%1.mp3\" type=\"audio/mpeg\" length=\"4096\"/>").arg(i);
+            out += QStringLiteral(
+                       "<enclosure url=\"http://example.com/%1.mp3\" type=\"audio/mpeg\" length=\"4096\"/>")
+                       .arg(i);
         out += QStringLiteral("</item>");
     }
     return (out + QStringLiteral("</channel></rss>")).toUtf8();
@@ -50,7 +56,9 @@ qint32 unreadCount(SubscribeClient &client, qint32 id)
 
 QSet<QByteArray> messageIds(const MaildirProbe &probe, const QStringList &folder)
 {
-    static const QRegularExpression id(QStringLiteral("^Message-Id: (<[^>]+>)"), QRegularExpression::CaseInsensitiveOption | QRegularExpression::MultilineOption);
+    static const QRegularExpression id(QStringLiteral("^Message-Id: (<[^>]+>)"),
+                                       QRegularExpression::CaseInsensitiveOption |
+                                           QRegularExpression::MultilineOption);
     QSet<QByteArray> ids;
     for (const QString &path : probe.files(folder)) {
         QFile file(path);
@@ -75,7 +83,8 @@ private:
         m_engine->setSetting("OLCONSUMER", QStringLiteral("SubscriptionSpecifics_%1").arg(id), key, value);
     }
     void startAgent(std::unique_ptr<MailStore> store = {},
-                    std::function<std::optional<DeliveryAgent::Relocation>()> relocate = {}, int readPollMs = 50);
+                    std::function<std::optional<DeliveryAgent::Relocation>()> relocate = {},
+                    int readPollMs = 50);
     // Fetches again now, past the engine's shortest interval between two fetches of a feed.
     void refetch(qint32 id, const EngineFixture::Fields &changes = {})
     {
@@ -132,7 +141,8 @@ void tst_MailDelivery::cleanup()
 }
 
 void tst_MailDelivery::startAgent(std::unique_ptr<MailStore> store,
-                                  std::function<std::optional<DeliveryAgent::Relocation>()> relocate, int readPollMs)
+                                  std::function<std::optional<DeliveryAgent::Relocation>()> relocate,
+                                  int readPollMs)
 {
     m_agentClient = m_engine->engine.newClient();
     DeliveryAgent::Options options;
@@ -141,13 +151,15 @@ void tst_MailDelivery::startAgent(std::unique_ptr<MailStore> store,
     options.relocate = std::move(relocate);
     if (!store)
         store = std::make_unique<MaildirStore>(m_mail->filePath("Mail"));
-    const QString index = options.relocate ? StoreLocation::indexPath(store->describe()) : m_mail->filePath("index.json");
+    const QString index =
+        options.relocate ? StoreLocation::indexPath(store->describe()) : m_mail->filePath("index.json");
     m_agent = std::make_unique<DeliveryAgent>(m_agentClient, std::move(store), index, options);
     QString error;
     QVERIFY2(m_agent->start(&error), qPrintable(error));
 }
 
-qint32 tst_MailDelivery::subscribe(const QString &path, const QString &title, const QString &category, int items)
+qint32 tst_MailDelivery::subscribe(const QString &path, const QString &title, const QString &category,
+                                   int items)
 {
     m_server.serve(path, feed(title, 1, items));
     const qint32 id = m_engine->add(m_server.url(path).toString());
@@ -155,7 +167,8 @@ qint32 tst_MailDelivery::subscribe(const QString &path, const QString &title, co
     return id;
 }
 
-qint32 tst_MailDelivery::addBound(SubscribeClient &client, const QString &path, const QString &title, int items)
+qint32 tst_MailDelivery::addBound(SubscribeClient &client, const QString &path, const QString &title,
+                                  int items)
 {
     m_server.serve(path, feed(title, 1, items));
     const Handle request = client.CreateItemRequest("NEWS", QString(), m_server.url(path).toString());
@@ -195,8 +208,9 @@ void tst_MailDelivery::checkedSubscriptionsArriveInTheirFolders()
     QCOMPARE(m_engine->itemBag(linux)->text("ITEMREADCOUNT"), QStringLiteral("0"));
 
     // Defaults for the next subscription: under a top folder and a named sub-folder, text only.
-    for (const auto &[key, value] : {std::pair{"TopFolderTitle", "\\Feeds"}, std::pair{"RadioSubPlacement", "1"},
-                                     std::pair{"SubFolderTitle", "Reading"}, std::pair{"Article_Theme", "Plain"}})
+    for (const auto &[key, value] :
+         {std::pair{"TopFolderTitle", "\\Feeds"}, std::pair{"RadioSubPlacement", "1"},
+          std::pair{"SubFolderTitle", "Reading"}, std::pair{"Article_Theme", "Plain"}})
         m_engine->setSetting("OLCONSUMER", "OutlookDefaults", key, value);
     const qint32 plain = subscribe("/plain", "Plain Feed", "", 3);
     bind(plain, 1);
@@ -333,15 +347,17 @@ void tst_MailDelivery::killedDeliveryLosesNothingAndCatchesUp()
     const int feeds = 6, items = 150;
     QList<qint32> ids;
     for (int f = 0; f < feeds; ++f)
-        ids.append(addBound(*client, QStringLiteral("/bulk%1").arg(f), QStringLiteral("Bulk %1").arg(f), items));
+        ids.append(
+            addBound(*client, QStringLiteral("/bulk%1").arg(f), QStringLiteral("Bulk %1").arg(f), items));
     // Every feed fetched before delivery starts, so there is plenty to cut into.
     for (const qint32 id : ids)
         QTRY_COMPARE_WITH_TIMEOUT(unreadCount(*client, id), items, 30000);
 
     const QString root = m_mail->filePath("Mail");
     const QStringList args = {"--socket", daemon.socketName(), "--maildir", root, "--batch", "20"};
-    const QString program = QDir(qEnvironmentVariable("QUILLON_BIN_DIR", QCoreApplication::applicationDirPath()))
-                                .filePath("quillon-deliver");
+    const QString program =
+        QDir(qEnvironmentVariable("QUILLON_BIN_DIR", QCoreApplication::applicationDirPath()))
+            .filePath("quillon-deliver");
     const auto delivered = [&] {
         int total = 0;
         for (int f = 0; f < feeds; ++f)
@@ -461,10 +477,12 @@ void tst_MailDelivery::newStoreTakesTheMailAlong()
     // What first run or the defaults page writes when the user wants a new store with the
     // existing mail moved; delivery takes it up while it runs.
     const QString stores = m_mail->filePath("stores");
-    for (const auto &[key, value] : {std::pair{"MakeNewPST_fileName", QString("Corvell.pst")},
-                                     std::pair{"MakeNewPST_path", stores}, std::pair{"MakeNewPST_mode", QString("1")}})
+    for (const auto &[key, value] :
+         {std::pair{"MakeNewPST_fileName", QString("Corvell.pst")}, std::pair{"MakeNewPST_path", stores},
+          std::pair{"MakeNewPST_mode", QString("1")}})
         m_engine->setSetting("OLCONSUMER", "OutlookDefaults", key, value);
-    QVERIFY(MailStoreOutlook(QString()).CreatePersonalFolders(stores + "/Corvell.pst", "Corvell for Outlook"));
+    QVERIFY(
+        MailStoreOutlook(QString()).CreatePersonalFolders(stores + "/Corvell.pst", "Corvell for Outlook"));
     const QString root = stores + "/Corvell";
     // Taken up between batches, at the first replan that finds none under way.
     QTRY_VERIFY((m_agent->replanFolders(), m_agent->store().describe() == root));

@@ -34,9 +34,9 @@ public:
         QByteArray redirectTo; // answered with redirectStatus and this Location
         int redirectStatus = 302;
         bool neverAnswer = false;
-        int cutAfter = -1;     // the connection closes after this many bytes of the body
-        bool reset = false;    // with cutAfter: reset a moment later instead of closed
-        qint64 announce = -1;  // a Content-Length other than the body's own
+        int cutAfter = -1;    // the connection closes after this many bytes of the body
+        bool reset = false;   // with cutAfter: reset a moment later instead of closed
+        qint64 announce = -1; // a Content-Length other than the body's own
     };
 
     explicit LocalHttpServer(QObject *parent = nullptr);

@@ -122,7 +122,8 @@ void tst_DeliveryRequests::boundArticlesArePendingUntilAcknowledged()
     QCOMPARE(item->text("READ"), "0");
     QCOMPARE(std::get<BagPtr>(item->list("ENCLOSURES")->at(0))->text("URL"), "http://example.com/1.mp3");
     // The next batch asked for before this one is acknowledged.
-    const BagPtr ahead = deliver("PENDINGARTICLES", {}, {{"LIMIT", "3"}, {"AFTER", QString::number(first.last())}});
+    const BagPtr ahead =
+        deliver("PENDINGARTICLES", {}, {{"LIMIT", "3"}, {"AFTER", QString::number(first.last())}});
     QCOMPARE(idsOf(ahead).size(), 2);
     QVERIFY(idsOf(ahead).first() > first.last());
     QCOMPARE(ahead->bag("Result")->text("MORE"), "0");

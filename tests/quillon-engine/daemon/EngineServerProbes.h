@@ -42,7 +42,6 @@
 #include <cstdio>
 #include <cstring>
 
-
 using namespace quillon;
 
 namespace EngineServerProbes {
@@ -125,7 +124,8 @@ inline int rawConnect(const QString &path)
 }
 
 // What a probe run as another user said (see probeMain).
-inline QByteArray probeAs(uid_t uid, gid_t gid, const QString &mode, const QString &path, QProcess *keep = nullptr)
+inline QByteArray probeAs(uid_t uid, gid_t gid, const QString &mode, const QString &path,
+                          QProcess *keep = nullptr)
 {
     QProcess local;
     QProcess &probe = keep ? *keep : local;
@@ -160,8 +160,8 @@ class PrivateSessionBus
 public:
     bool start()
     {
-        m_bus.start(QStringLiteral("dbus-daemon"),
-                    {QStringLiteral("--session"), QStringLiteral("--nofork"), QStringLiteral("--print-address")});
+        m_bus.start(QStringLiteral("dbus-daemon"), {QStringLiteral("--session"), QStringLiteral("--nofork"),
+                                                    QStringLiteral("--print-address")});
         if (!m_bus.waitForStarted(5000) || !QTest::qWaitFor([this] { return m_bus.canReadLine(); }, 5000))
             return false;
         m_address = QString::fromUtf8(m_bus.readLine().trimmed());
@@ -204,4 +204,3 @@ public Q_SLOTS:
     }
 };
 #endif
-

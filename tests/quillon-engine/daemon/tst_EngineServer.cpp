@@ -418,14 +418,15 @@ void tst_EngineServer::keepsPasswordsInTheDesktopKeyring()
     env.insert(QStringLiteral("QUILLON_ENGINE_SECRETS"), QStringLiteral("desktop"));
     QProcess keyring;
     keyring.setProcessEnvironment(env);
-    keyring.start(QStringLiteral("gnome-keyring-daemon"),
-                  {QStringLiteral("--foreground"), QStringLiteral("--unlock"), QStringLiteral("--components=secrets")});
+    keyring.start(
+        QStringLiteral("gnome-keyring-daemon"),
+        {QStringLiteral("--foreground"), QStringLiteral("--unlock"), QStringLiteral("--components=secrets")});
     QVERIFY(keyring.waitForStarted(5000));
     keyring.write("test keyring password");
     keyring.closeWriteChannel();
     auto connection = QDBusConnection::connectToBus(bus.address(), QStringLiteral("keyring"));
-    QTRY_VERIFY_WITH_TIMEOUT(connection.interface()->isServiceRegistered(QStringLiteral("org.freedesktop.secrets")),
-                             10000);
+    QTRY_VERIFY_WITH_TIMEOUT(
+        connection.interface()->isServiceRegistered(QStringLiteral("org.freedesktop.secrets")), 10000);
 
     DaemonProcess engine;
     engine.process().setProcessEnvironment(env);
@@ -468,7 +469,8 @@ void tst_EngineServer::keepsPasswordsInTheDesktopKeyring()
     for (int run = 0; run < 2; ++run) {
         auto client = engine.newClient();
         const Handle bag = client->GetItemBag(QStringLiteral("NEWS"), 1, 0);
-        QCOMPARE(client->GetStringValue(bag, QStringLiteral("URL")), QStringLiteral("http://127.0.0.1:9/locked"));
+        QCOMPARE(client->GetStringValue(bag, QStringLiteral("URL")),
+                 QStringLiteral("http://127.0.0.1:9/locked"));
         QCOMPARE(client->GetStringValue(bag, QStringLiteral("USER")), QStringLiteral("ann"));
         QCOMPARE(client->GetStringValue(bag, QStringLiteral("PASSWORD")), QStringLiteral("feed-secret"));
         const Handle sync = client->GetSyncSettings();
@@ -498,8 +500,8 @@ void tst_EngineServer::listensAgainAfterAFailedAccept()
     const QString pid = QString::number(engine.process().processId());
     const QString socket = EngineSocketPath(engine.socketName());
     const auto limitHandles = [&pid](int count) {
-        return QProcess::execute(QStringLiteral("prlimit"),
-                                 {QStringLiteral("--pid"), pid, QStringLiteral("--nofile=%1:").arg(count)}) == 0;
+        return QProcess::execute(QStringLiteral("prlimit"), {QStringLiteral("--pid"), pid,
+                                                             QStringLiteral("--nofile=%1:").arg(count)}) == 0;
     };
     // No handle left for the next connection: Qt's listener gives up and removes its socket.
     QVERIFY(limitHandles(int(QDir(QStringLiteral("/proc/%1/fd").arg(pid)).count())));
