@@ -6,11 +6,14 @@
 #include "EngineNames.h"
 #include "HandleGuard.h"
 #include "MailStoreOutlook.h"
+#include "OptionPageFactory.h"
 #include "PropertyBag.h"
 #include "SingleInstance.h"
+#include "StandardOptionPages.h"
 #include "SubscribeClientFactory.h"
 #include "callbackSupport.h"
 #include "frmMainWindow.h"
+#include "frmOptionsWindow.h"
 #include "localization.h"
 
 #include <QCoreApplication>
@@ -70,11 +73,29 @@ frmMainWindow *MainWindow()
     if (!state().mainWindow) {
         auto *window = new frmMainWindow();
         window->setAttribute(Qt::WA_DeleteOnClose);
-        window->SetEntryPoints(AddSubscriptionEntry::EntryPoints());
+        MainWindowEntryPoints points = AddSubscriptionEntry::EntryPoints();
+        points.options = &OpenOptionsWindow;
+        window->SetEntryPoints(std::move(points));
         QObject::connect(window, &frmMainWindow::Unloaded, window, &OnMainWindowUnloaded);
         state().mainWindow = window;
     }
     return state().mainWindow;
+}
+
+void OpenOptionsWindow(QWidget *host)
+{
+    static const OptionPageFactory pages = [] {
+        OptionPageFactory factory;
+        RegisterStandardOptionPages(factory);
+        return factory;
+    }();
+    frmOptionsWindow window(pages, host);
+    window.SetAddSubscription([](QWidget *owner) { AddSubscriptionEntry::OpenAddSubscription(owner); });
+    window.SetHost(host);
+    window.SetClient(ClientAccess::GetEngineClient());
+    window.FormLoad();
+    window.CentreOver(host);
+    window.exec();
 }
 
 bool RetryConnect()

@@ -23,6 +23,8 @@ void TickProc();
 [[nodiscard]] int TickTimerId();
 // The main window, made on first use.
 frmMainWindow *MainWindow();
+// Opens the options window modal over host and returns when it is closed.
+void OpenOptionsWindow(QWidget *host);
 // Called each time Main shows the main window (the screenshot of the run script uses it).
 void SetMainWindowShownHook(std::function<void(QWidget *)> hook);
 // Forgets the process-wide state; for tests.
