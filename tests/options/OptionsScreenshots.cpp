@@ -1,0 +1,113 @@
+// Pictures of the options window for the README, one per module, from a made-up engine state
+// in a temporary engine, shown offscreen and saved as PNG files.
+//
+//   options_screenshots <folder> [ModuleRegistryName...]   (all modules when none is named)
+//
+// Writes options-window.png and options-<module>.png ("GeneralProp" gives options-general.png).
+
+#include "ConsumerSettings.h"
+#include "EngineCalls.h"
+#include "LocalSettings.h"
+#include "OptionPageFactory.h"
+#include "PromptSeam.h"
+#include "PublishingUtils.h"
+#include "StandardOptionPages.h"
+#include "TestEngine.h"
+#include "frmOptionsWindow.h"
+#include "localization.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QTableWidget>
+#include <QTemporaryDir>
+
+#include <cstdio>
+
+using namespace quillon;
+
+namespace {
+
+void addSampleState(SubscribeClient &client)
+{
+    const QList<std::pair<const char *, const char *>> feeds = {{"World Headlines", "News~~~World"},
+                                                                {"Local Weather", "News"},
+                                                                {"Gadget Review", "News~~~Technology"},
+                                                                {"Design Matters", "Blogs"},
+                                                                {"Garden Diary", "Blogs"},
+                                                                {"Space Station Log", "Science"},
+                                                                {"Morning Briefing", "Podcasts"},
+                                                                {"Release Announcements", ""}};
+    for (const auto &[title, category] : feeds)
+        EngineCalls::AddSubscription(client, title,
+                                     QStringLiteral("https://feeds.example.org/%1.xml")
+                                         .arg(QString(title).toLower().replace(' ', '-')),
+                                     category);
+    const QList<std::pair<const char *, int>> weblogs = {
+        {"Notes from the Garden", 1}, {"Team News", 2}, {"Weekend Journal", 3}};
+    for (int i = 0; i < weblogs.size(); ++i) {
+        PublishingUtils::SetRecordValue(client, i + 1, "blog_name", weblogs.at(i).first);
+        PublishingUtils::SetRecordValue(client, i + 1, "publisher", QString::number(weblogs.at(i).second));
+        PublishingUtils::SetRecordValue(client, i + 1, "enabled", i == 1 ? "0" : "1");
+    }
+    SetConsumerSetting(client, "CONFIGCONSUMER", QString(), "LastExportTitle", "My subscriptions");
+}
+
+bool shoot(const SubscribeClientPtr &client, const OptionPageFactory &pages, const QString &module,
+           const QString &path)
+{
+    SetConsumerSetting(*client, "CONFIGCONSUMER", QString(), "CurrentOptionsModule", module);
+    frmOptionsWindow window(pages);
+    window.SetClient(client);
+    window.show();
+    // The export page is shown with some rows checked, as a user about to export would have it.
+    if (auto *grid = window.findChild<QTableWidget *>("grdSubscriptions"); grid && grid->isVisible()) {
+        for (int row = 0; row < grid->rowCount(); row += 2)
+            grid->item(row, 0)->setCheckState(Qt::Checked);
+    }
+    QCoreApplication::processEvents();
+    const bool saved = window.grab().save(path);
+    std::printf("%s %s\n", saved ? "wrote" : "could not write", qPrintable(path));
+    window.reject();
+    return saved;
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    QApplication app(argc, argv);
+    if (argc < 2) {
+        std::fprintf(stderr, "usage: options_screenshots <folder> [ModuleRegistryName...]\n");
+        return 1;
+    }
+    const QDir folder(QString::fromLocal8Bit(argv[1]));
+    QTemporaryDir settings;
+    LocalSettings::SetBaseFolder(settings.path());
+    PromptSeam::SetHandler([](Prompt &prompt) { return PromptSeam::NeutralAnswer(prompt.kind); });
+    LoadStrings(QuillonDataFolder());
+    TestEngine engine;
+    if (!engine.isReady())
+        return 1;
+    const SubscribeClientPtr client = engine.newClient();
+    client->Connect("CONFIGCONSUMER", std::make_shared<EngineCalls::IgnoreMessages>());
+    addSampleState(*client);
+    OptionPageFactory pages;
+    RegisterStandardOptionPages(pages);
+
+    QStringList modules;
+    for (int i = 2; i < argc; ++i)
+        modules << QString::fromLocal8Bit(argv[i]);
+    if (modules.isEmpty()) {
+        const ModuleTable table = ModuleTable::Standard();
+        for (int i = 1; i <= table.Count(); ++i)
+            modules << table.Module(i)->ModuleRegistryName();
+    }
+    bool saved = shoot(client, pages, QString(), folder.filePath("options-window.png"));
+    for (const QString &module : modules) {
+        const QString name = QString(module).remove("Prop").toLower();
+        saved = shoot(client, pages, module, folder.filePath("options-" + name + ".png")) && saved;
+    }
+    return saved ? 0 : 1;
+}

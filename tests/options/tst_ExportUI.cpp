@@ -1,0 +1,173 @@
+#include "ConsumerSettings.h"
+#include "CopyingCallback.h"
+#include "ExportUI.h"
+#include "HandleGuard.h"
+#include "LocalSettings.h"
+#include "OptionsTestEngine.h"
+
+#include <QCheckBox>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTableWidget>
+#include <QTemporaryDir>
+#include <QTest>
+
+using namespace quillon;
+
+namespace {
+// The outline tree as the engine reads it back: "folder/" lines, feeds by title, two blanks a level.
+QStringList Outline(const ListPtr &outlines, int level = 0)
+{
+    QStringList lines;
+    for (const PropertyValue &value : outlines ? outlines->items() : QList<PropertyValue>()) {
+        const BagPtr outline = std::get<BagPtr>(value);
+        const QString indent(level * 2, QLatin1Char(' '));
+        if (outline->contains("xmlUrl")) {
+            lines << indent + outline->text("title") + " <" + outline->text("xmlUrl") + ">";
+        } else {
+            lines << indent + outline->text("title") + "/";
+            lines << Outline(outline->list("children"), level + 1);
+        }
+    }
+    return lines;
+}
+} // namespace
+
+class tst_ExportUI : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void initTestCase();
+    void init();
+    void cleanup();
+    void exportedFileReadsBackWithItsFolders();
+    void replacingAFileIsAsked_data();
+    void replacingAFileIsAsked();
+
+private:
+    void openPage();
+    void check(int row) { grid()->item(row, 0)->setCheckState(Qt::Checked); }
+    void pressExport() { m_page->findChild<QPushButton *>("cmdExport")->click(); }
+    [[nodiscard]] QTableWidget *grid() const { return m_page->findChild<QTableWidget *>("grdSubscriptions"); }
+    [[nodiscard]] QStringList readBack(const QString &path);
+
+    QTemporaryDir m_folder;
+    std::unique_ptr<OptionsTestEngine> m_engine;
+    SubscribeClientPtr m_client;
+    std::unique_ptr<ExportUI> m_page;
+    PromptRecorder *m_prompts = nullptr;
+    QStringList m_filters;
+};
+
+void tst_ExportUI::initTestCase()
+{
+    QVERIFY(m_folder.isValid());
+    LocalSettings::SetBaseFolder(m_folder.path());
+}
+
+void tst_ExportUI::init()
+{
+    m_engine = std::make_unique<OptionsTestEngine>();
+    QVERIFY(m_engine->ready());
+    m_client = m_engine->client;
+    m_prompts = &m_engine->prompts;
+    m_filters.clear();
+    const QList<std::pair<const char *, const char *>> feeds = {{"World", "News~~~World"},
+                                                                {"Local", "News"},
+                                                                {"Skipped", "News~~~World"},
+                                                                {"Loose", ""},
+                                                                {"Mars", "Space"}};
+    for (const auto &[title, category] : feeds)
+        QVERIFY(EngineCalls::AddSubscription(*m_client, title, QString("http://127.0.0.1:9/") + title,
+                                             category) > 0);
+}
+
+void tst_ExportUI::cleanup()
+{
+    m_page.reset();
+    m_client.reset();
+    m_engine.reset();
+}
+
+void tst_ExportUI::openPage()
+{
+    m_page = std::make_unique<ExportUI>(m_client);
+    m_page->SetFileChooser([this](QWidget *, const QString &filter) {
+        m_filters << filter;
+        return m_folder.filePath("my feeds.opml");
+    });
+    m_page->show();
+}
+
+QStringList tst_ExportUI::readBack(const QString &path)
+{
+    HandleGuard request(*m_client, m_client->NewBag());
+    m_client->SetStringValue(request.get(), "REQUEST", "FETCHOPML");
+    m_client->SetStringValue(request.get(), "CLASS", "NEWS");
+    m_client->SetStringValue(request.get(), "URL", "file://loopback/" + QString(path).replace(' ', "%20"));
+    auto answer = std::make_shared<CopyingCallback>(*m_client);
+    m_client->SubmitRequest(request.get(), answer);
+    if (!QTest::qWaitFor([&] { return !answer->received.isEmpty(); }, 10000))
+        return {"no answer"};
+    const BagPtr result = answer->received.first()->bag("Result");
+    return result ? Outline(result->list("SubscriptionList")) : QStringList{"no result"};
+}
+
+void tst_ExportUI::exportedFileReadsBackWithItsFolders()
+{
+    openPage();
+    QCOMPARE(grid()->rowCount(), 5);
+    m_page->findChild<QCheckBox *>("chkAll")->click();
+    grid()->item(2, 0)->setCheckState(Qt::Unchecked);
+    m_page->findChild<QLineEdit *>("txtExportTitle")->setText("Evening reading");
+    pressExport();
+
+    QCOMPARE(m_filters, QStringList{ExportUI::kFilter});
+    QCOMPARE(m_filters.first(), "OPML files (*.opml)|*.opml|XML files (*.opml, *.xml, *.rss, *.atom, *.rdf)|"
+                                "*.opml;*.xml;*.rss;*.atom;*.rdf|All files (*.*)|*.*");
+    const QStringList expected = {"News/",
+                                  "  World/",
+                                  "    World <http://127.0.0.1:9/World>",
+                                  "  Local <http://127.0.0.1:9/Local>",
+                                  "Space/",
+                                  "  Mars <http://127.0.0.1:9/Mars>",
+                                  "Loose <http://127.0.0.1:9/Loose>"};
+    QCOMPARE(readBack(m_folder.filePath("my feeds.opml")), expected);
+    QFile file(m_folder.filePath("my feeds.opml"));
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    const QByteArray text = file.readAll();
+    QVERIFY(text.contains("<opml version=\"2.0\">"));
+    QVERIFY(text.contains("<title>Evening reading</title>"));
+    QCOMPARE(GetConsumerSetting(*m_client, "LastExportTitle", "", "CONFIGCONSUMER", ""), "Evening reading");
+}
+
+void tst_ExportUI::replacingAFileIsAsked_data()
+{
+    QTest::addColumn<int>("answer");
+    QTest::addColumn<bool>("replaced");
+    QTest::newRow("yes replaces") << 6 << true;
+    QTest::newRow("no keeps the file") << 7 << false;
+}
+
+void tst_ExportUI::replacingAFileIsAsked()
+{
+    QFETCH(int, answer);
+    QFETCH(bool, replaced);
+    QFile old(m_folder.filePath("my feeds.opml"));
+    QVERIFY(old.open(QIODevice::WriteOnly));
+    old.write("old");
+    old.close();
+    m_prompts->answer = answer;
+    openPage();
+    // Nothing checked: nothing is asked for.
+    pressExport();
+    QVERIFY(m_filters.isEmpty());
+    check(4);
+    pressExport();
+    QCOMPARE(m_prompts->texts(PromptKind::YesNo), QStringList{"The file my feeds.opml already exists."});
+    QVERIFY(old.open(QIODevice::ReadOnly));
+    QCOMPARE(old.readAll().startsWith("<?xml"), replaced);
+}
+
+QTEST_MAIN(tst_ExportUI)
+#include "tst_ExportUI.moc"
