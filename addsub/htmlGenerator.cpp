@@ -1,5 +1,6 @@
 #include "htmlGenerator.h"
 
+#include "ArticlePage.h"
 #include "CLog.h"
 #include "commonUtils.h"
 
@@ -97,36 +98,26 @@ QString buildPage(const QString &programFolder, const ArticleFields &f)
     QString name = f.templateName;
     if (name.isEmpty())
         name = f.safe ? QStringLiteral("templateSafe.html") : QStringLiteral("template.html");
-    QString page = readTemplate(localPath + name, kPageFallback);
-
     const QString source = SourceBlock(localPath, f.safe, f.sourceUrl, f.sourceTitle);
     const QString comments = CommentsBlock(localPath, f.safe, f.commentsUrl);
     QString enclosure = EnclosureBlock(localPath, f.safe, f.enclosureUrl, f.enclosureType, f.articleId);
     if (!f.diskEnclosure.isEmpty() && f.diskEnclosure != kMissing)
         enclosure += EnclosureBlock(localPath, f.safe, f.diskEnclosure, QStringLiteral("DISK"), f.articleId);
-    const bool noBlocks = source.isEmpty() && comments.isEmpty() && enclosure.isEmpty();
-
-    fill(page,
-         {{QStringLiteral("~COMMENT_NOMARKASREAD_START~"), QString()},
-          {QStringLiteral("~COMMENT_NOMARKASREAD_END~"), QString()},
-          {QStringLiteral("~DATA_DBID~"), f.idText},
-          {QStringLiteral("~DATA_AD~"), QString()},
-          {QStringLiteral("~DATA_LOCALPATH~"), localPath},
-          {QStringLiteral("~DATA_ARTICLETITLE~"), f.title},
-          {QStringLiteral("~DATA_ARTICLEBODY~"), f.body},
-          {QStringLiteral("~DATA_ARTICLEURL~"), f.url},
-          {QStringLiteral("~DATA_HOSTTITLE~"), hostTitle()},
-          {QStringLiteral("~DATA_HOSTURL~"), effectiveHostUrl(f.hostUrlFallback)},
-          {QStringLiteral("~DATA_SOURCE~"), source},
-          {QStringLiteral("~DATA_COMMENTS~"), comments},
-          {QStringLiteral("~DATA_ENCLOSURE~"), enclosure},
-          {QStringLiteral("~COMMENT_NOENCLOSURES_START~"), noBlocks ? QStringLiteral("<!--") : QString()},
-          {QStringLiteral("~COMMENT_NOENCLOSURES_END~"), noBlocks ? QStringLiteral("-->") : QString()},
-          {QStringLiteral("~DATA_ARTICLEDATE~"), f.dateText},
-          {QStringLiteral("~DATA_ARTICLETIME~"), QString()},
-          {QStringLiteral("~DATA_DEBUG~"), QString()},
-          {QStringLiteral("~DATA_HIDDEN~"), f.hiddenText},
-          {QStringLiteral("~DATA_TEST~"), QString()}});
+    quillon::ArticlePageValues values;
+    values.idText = f.idText;
+    values.localPath = localPath;
+    values.title = f.title;
+    values.body = f.body;
+    values.url = f.url;
+    values.hostTitle = hostTitle();
+    values.hostUrl = effectiveHostUrl(f.hostUrlFallback);
+    values.source = source;
+    values.comments = comments;
+    values.enclosure = enclosure;
+    values.date = f.dateText;
+    values.hidden = f.hiddenText;
+    const QString page = quillon::ArticlePage::fill(readTemplate(localPath + name, kPageFallback), values,
+                                                    quillon::ArticlePage::Pass::InOrder);
 
     QString trailer = QStringLiteral("<!-- qliArticleID=~DATA_BACKUPID~ -->");
     fill(trailer, {{QStringLiteral("~DATA_BACKUPID~"), QString::number(f.articleId)}});

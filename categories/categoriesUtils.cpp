@@ -6,7 +6,6 @@
 #include "HandleGuard.h"
 #include "PromptSeam.h"
 #include "PropertyBag.h"
-#include "callbackSupport.h"
 
 #include <QLoggingCategory>
 
@@ -192,16 +191,15 @@ void UpdateParentState(CategoryNode &node)
     Q_UNUSED(node);
 }
 
-void DeleteNodeTree(CategoryTree &tree, CategoryNode *node, quillon::SubscribeClient &client,
-                    QObject *statusTarget)
+void DeleteNodeTree(CategoryTree &tree, CategoryNode *node, const SubscriptionRemover &removeSubscription)
 {
     if (!tree.contains(node))
         return;
     while (CategoryNode *child = node->firstChild())
-        DeleteNodeTree(tree, child, client, statusTarget);
+        DeleteNodeTree(tree, child, removeSubscription);
     if (IsSubscription(node)) {
         if (const qint32 id = subscriptionId(*node))
-            callbackSupport::RemoveSubscription(client, id, node->text(), statusTarget);
+            removeSubscription(id, node->text());
         else
             qCWarning(lcCategories) << "removing node" << node->key() << "without a subscription identifier";
     }

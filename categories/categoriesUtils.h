@@ -7,6 +7,8 @@
 #include <QString>
 #include <QStringList>
 
+#include <functional>
+
 class QObject;
 
 // The rules of the category tree: node kinds, check states and how they spread, keys,
@@ -50,10 +52,10 @@ void SetChildrenFromParent(CategoryNode &node);
 // A category's state is never recomputed from its children; kept as the hook callers use.
 void UpdateParentState(CategoryNode &node);
 
-// Removes the node and everything under it, deleting each subscription from the engine
-// first. A failing engine call throws quillon::EngineError with the rest left in place.
-void DeleteNodeTree(CategoryTree &tree, CategoryNode *node, quillon::SubscribeClient &client,
-                    QObject *statusTarget);
+// Removes the node and everything under it, handing each subscription (id and title) to
+// removeSubscription first. When that throws, the rest is left in place.
+using SubscriptionRemover = std::function<void(qint32 subscriptionId, const QString &title)>;
+void DeleteNodeTree(CategoryTree &tree, CategoryNode *node, const SubscriptionRemover &removeSubscription);
 
 // Subscription nodes under the node at any depth: children in order, each category's
 // subscriptions before those of its later siblings.

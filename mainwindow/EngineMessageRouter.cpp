@@ -6,6 +6,7 @@
 #include "EngineNames.h"
 #include "HandleGuard.h"
 #include "HandlerNames.h"
+#include "ItemClass.h"
 #include "PropertyBag.h"
 #include "SubscriptionListLoader.h"
 #include "commonUtils.h"
@@ -20,10 +21,6 @@ namespace {
 using EngineNames::kConfigConsumer;
 const QString kMediaConsumer = QStringLiteral("MEDIACONSUMER");
 
-bool validId(qint32 id)
-{
-    return id >= 1 && id != quillon::kMissing;
-}
 } // namespace
 
 EngineMessageRouter::EngineMessageRouter(ConfigHost &host, EngineEventTarget &target, QWidget *owner)
@@ -79,7 +76,7 @@ void EngineMessageRouter::HandleSubscribeClientCallback(qint32 message)
             return;
         }
         const qint32 id = m_client->GetLongValue(result.get(), QStringLiteral("SUBSCRIPTIONID"));
-        MaybeRefreshDisplay(validId(id) ? id : -1);
+        MaybeRefreshDisplay(quillon::isValidId(id) ? id : -1);
     } catch (const std::exception &e) {
         CLog::SaveMessage(where, QString::fromUtf8(e.what()));
     }
@@ -111,7 +108,7 @@ void EngineMessageRouter::HandlePromptForDownload()
             frmEnclosureWarning::Run(*m_client, id, m_owner);
             continue;
         }
-        if (!validId(id))
+        if (!quillon::isValidId(id))
             continue;
         const QString general =
             GetConsumerSetting(*m_client, QStringLiteral("EnableAutoDownload"), QStringLiteral("0"),
@@ -132,7 +129,7 @@ void EngineMessageRouter::HandleLoginRequired(quillon::Handle result)
 void EngineMessageRouter::OnSubscriptionAdded(quillon::Handle result)
 {
     const qint32 id = m_client->GetLongValue(result, QStringLiteral("SUBSCRIPTIONID"));
-    if (!validId(id))
+    if (!quillon::isValidId(id))
         return;
     HandleGuard item(*m_client, m_client->GetItemBag(kNewsClass, id, 0));
     const QString url = m_client->GetStringValue(item.get(), QStringLiteral("URL"));
@@ -203,7 +200,7 @@ void EngineMessageRouter::OnBindingChanged(quillon::Handle result)
     const QString action =
         flag == QLatin1String("TRUE") ? QStringLiteral("Adding: ") : QStringLiteral("Removing: ");
     for (const qint32 id : ids) {
-        if (!validId(id))
+        if (!quillon::isValidId(id))
             continue;
         if (const QString title = SubscriptionTitle(id); !title.isEmpty())
             m_host.SetStatusText(action + title);

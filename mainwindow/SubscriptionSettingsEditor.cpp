@@ -2,6 +2,7 @@
 
 #include "FieldError.h"
 #include "FormControls.h"
+#include "ItemClass.h"
 #include "PropertyBag.h"
 #include "QLUtils.h"
 #include "SearchSubscriptionPanel.h"
@@ -39,7 +40,7 @@ const QString kThemePlain = QStringLiteral("Plain");
 const QString kThemeFull = QStringLiteral("Full");
 const QString kThemeDefault = QStringLiteral("Default");
 
-bool IsValidId(qint32 id)
+bool quillon::isValidId(qint32 id)
 {
     return id > 0 && id != quillon::kMissing;
 }
@@ -108,7 +109,7 @@ bool SubscriptionSettingsEditor::IsSearchSelection() const
 void SubscriptionSettingsEditor::LoadSelection(const EditorSelection &selection)
 {
     m_selection = selection;
-    m_selection.subscriptionIds.removeIf([](qint32 id) { return !IsValidId(id); });
+    m_selection.subscriptionIds.removeIf([](qint32 id) { return !quillon::isValidId(id); });
     try {
         LoadSubscriptionTab();
         LoadOutlookTab();

@@ -29,7 +29,6 @@ public:
     bool ApplyEdits();
     // 0 when not dirty; else asks and returns 6 (applied), 7 (dropped) or 2 (cancelled).
     int CommitCurrentEdits(bool allowCancel);
-    [[nodiscard]] bool IsDirty() const { return Dirty(); }
 
     // The page operations: Apply is the apply command, LoadValues reads the selection again.
     void Apply() override { ApplyEdits(); }

@@ -7,6 +7,7 @@
 #include "PropertyBag.h"
 #include "StandardDialogs.h"
 #include "TreeEditRules.h"
+#include "callbackSupport.h"
 #include "categoriesUtils.h"
 #include "commonUtils.h"
 
@@ -90,7 +91,9 @@ bool SubscriptionTreeCommands::Delete(CategoryNode &node, bool ask, CategoryNode
     CategoryNode *before = NodeBefore(m_tree, node);
     try {
         if (m_client)
-            DeleteNodeTree(m_tree, &node, *m_client, m_owner);
+            DeleteNodeTree(m_tree, &node, [this](qint32 id, const QString &title) {
+                callbackSupport::RemoveSubscription(*m_client, id, title, m_owner);
+            });
     } catch (...) {
         SaveTree();
         throw;

@@ -4,6 +4,7 @@
 #include "CategoryTreeModel.h"
 #include "EngineMessageRouter.h"
 #include "EngineNames.h"
+#include "ItemClass.h"
 #include "PropertyBag.h"
 #include "RegistrySettings.h"
 #include "StandardDialogs.h"
@@ -18,13 +19,6 @@
 Q_DECLARE_LOGGING_CATEGORY(lcMainWindow)
 
 using namespace categoriesUtils;
-
-namespace {
-bool validId(qint32 id)
-{
-    return id >= 1 && id != quillon::kMissing;
-}
-} // namespace
 
 SubscriptionTreeController::SubscriptionTreeController(CategoryTree &tree, SubscriptionTreeView *view,
                                                        EngineMessageRouter &router, QWidget *owner)
@@ -98,7 +92,7 @@ void SubscriptionTreeController::Refresh(qint32 selectId)
     const CategoryNode *current = CurrentNode();
     const QString previousCategory = IsCategory(current) ? current->fullPath() : QString();
     CategoryNode *lastPlaced = LoadList();
-    if (validId(selectId) && SelectRowByID(selectId))
+    if (quillon::isValidId(selectId) && SelectRowByID(selectId))
         return;
     if (previousId && SelectRowByID(previousId))
         return;
@@ -131,7 +125,8 @@ qint32 SubscriptionTreeController::SelectedSubscriptionId() const
 
 bool SubscriptionTreeController::SelectRowByID(qint32 subscriptionId)
 {
-    CategoryNode *node = validId(subscriptionId) ? FindSubscriptionNode(m_tree, subscriptionId) : nullptr;
+    CategoryNode *node =
+        quillon::isValidId(subscriptionId) ? FindSubscriptionNode(m_tree, subscriptionId) : nullptr;
     if (!node)
         return false;
     SelectNode(node);

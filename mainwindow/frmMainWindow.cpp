@@ -4,6 +4,7 @@
 #include "DialogAnswer.h"
 #include "EngineNames.h"
 #include "HandlerNames.h"
+#include "ItemClass.h"
 #include "MainWindowSettings.h"
 #include "QLUtils.h"
 #include "RegistrySettings.h"
@@ -31,10 +32,6 @@ using EngineNames::kConfigConsumer;
 const QString kLoadLog = QStringLiteral("Main window load");
 constexpr int kSaveSizeDelayMs = 500;
 
-bool validId(qint32 id)
-{
-    return id >= 1 && id != quillon::kMissing;
-}
 } // namespace
 
 frmMainWindow::frmMainWindow(QWidget *parent)
@@ -340,7 +337,7 @@ void frmMainWindow::ShowDetails(CategoryNode *node)
         const qint32 id = node->tag().toInt();
         SubscriptionFacts &facts = m_treeControl->Facts()[id];
         SubscriptionStatus status;
-        if (m_client && validId(id)) {
+        if (m_client && quillon::isValidId(id)) {
             try {
                 SubscriptionListLoader::ReadStatus(*m_client, id, facts, status);
             } catch (const std::exception &e) {
@@ -407,7 +404,7 @@ void frmMainWindow::ImportOPMLFile(const QString &path)
 void frmMainWindow::OnOK()
 {
     // An apply that stopped (a warning was shown) keeps the window open to fix it.
-    if (m_editor->IsDirty() && !m_editor->ApplyEdits())
+    if (m_editor->Dirty() && !m_editor->ApplyEdits())
         return;
     close();
 }

@@ -1,5 +1,6 @@
 #include "ArticleHtml.h"
 
+#include "ArticlePage.h"
 #include "ArticleText.h"
 
 #include <QDir>
@@ -52,47 +53,17 @@ QString ArticleHtml::page(const ArticleMessage &article) const
         article.date.isValid()
             ? QLocale::c().toString(article.date.toUTC(), QStringLiteral("d MMM yyyy HH:mm 'UTC'"))
             : QString();
-    const QList<std::pair<QString, QString>> fills = {
-        {QStringLiteral("~COMMENT_NOMARKASREAD_START~"), QString()},
-        {QStringLiteral("~COMMENT_NOMARKASREAD_END~"), QString()},
-        {QStringLiteral("~DATA_DBID~"), QString::number(article.articleId)},
-        {QStringLiteral("~DATA_AD~"), QString()},
-        {QStringLiteral("~DATA_LOCALPATH~"), QString()},
-        {QStringLiteral("~DATA_ARTICLETITLE~"), article.subject.toHtmlEscaped()},
-        {QStringLiteral("~DATA_ARTICLEBODY~"), article.bodyHtml},
-        {QStringLiteral("~DATA_ARTICLEURL~"), attribute(article.link)},
-        {QStringLiteral("~DATA_HOSTTITLE~"), article.feedTitle.toHtmlEscaped()},
-        {QStringLiteral("~DATA_HOSTURL~"), attribute(article.feedUrl)},
-        {QStringLiteral("~DATA_SOURCE~"), QString()},
-        {QStringLiteral("~DATA_COMMENTS~"), QString()},
-        {QStringLiteral("~DATA_ENCLOSURE~"), enclosures},
-        {QStringLiteral("~COMMENT_NOENCLOSURES_START~"),
-         enclosures.isEmpty() ? QStringLiteral("<!--") : QString()},
-        {QStringLiteral("~COMMENT_NOENCLOSURES_END~"),
-         enclosures.isEmpty() ? QStringLiteral("-->") : QString()},
-        {QStringLiteral("~DATA_ARTICLEDATE~"), date},
-        {QStringLiteral("~DATA_ARTICLETIME~"), QString()},
-        {QStringLiteral("~DATA_DEBUG~"), QString()},
-        {QStringLiteral("~DATA_HIDDEN~"), QString()},
-        {QStringLiteral("~DATA_TEST~"), QString()},
-    };
-    // One pass, so a value that happens to contain a placeholder is never filled again.
-    static const QRegularExpression placeholder(QStringLiteral("~[A-Z_]+~"),
-                                                QRegularExpression::CaseInsensitiveOption);
-    QString out;
-    out.reserve(m_template.size() + article.bodyHtml.size() + 256);
-    qsizetype last = 0;
-    for (auto it = placeholder.globalMatch(m_template); it.hasNext();) {
-        const auto match = it.next();
-        out += QStringView(m_template).mid(last, match.capturedStart() - last);
-        last = match.capturedEnd();
-        const QString name = match.captured().toUpper();
-        const auto fill =
-            std::find_if(fills.cbegin(), fills.cend(), [&name](const auto &f) { return f.first == name; });
-        out += fill != fills.cend() ? fill->second : QString();
-    }
-    out += QStringView(m_template).mid(last);
-    return out;
+    quillon::ArticlePageValues values;
+    values.idText = QString::number(article.articleId);
+    values.title = article.subject.toHtmlEscaped();
+    values.body = article.bodyHtml;
+    values.url = attribute(article.link);
+    values.hostTitle = article.feedTitle.toHtmlEscaped();
+    values.hostUrl = attribute(article.feedUrl);
+    values.enclosure = enclosures;
+    values.date = date;
+    // One pass, so an article that happens to contain a placeholder is never filled again.
+    return quillon::ArticlePage::fill(m_template, values, quillon::ArticlePage::Pass::Once);
 }
 
 QString ArticleHtml::plainText(const QString &html)

@@ -1,6 +1,7 @@
 #include "DeliverySettings.h"
 
 #include "HandleGuard.h"
+#include "ItemClass.h"
 #include "PropertyBag.h"
 
 #include <optional>
@@ -8,7 +9,6 @@
 using quillon::Handle;
 
 namespace {
-const QString kNews = QStringLiteral("NEWS");
 
 bool textIsTrue(const QString &text)
 {
@@ -59,7 +59,7 @@ std::optional<SubscriptionPlace> DeliverySettings::place(qint32 subscriptionId)
     SubscriptionPlace p;
     p.id = subscriptionId;
     try {
-        HandleGuard bag(m_client, m_client.GetItemBag(kNews, subscriptionId, 0));
+        HandleGuard bag(m_client, m_client.GetItemBag(quillon::kNewsClass, subscriptionId, 0));
         p.title = m_client.GetStringValue(bag.get(), QStringLiteral("TITLE"));
         p.url = m_client.GetStringValue(bag.get(), QStringLiteral("URL"));
         p.category = m_client.GetStringValue(bag.get(), QStringLiteral("CATEGORY"));
@@ -81,7 +81,7 @@ std::optional<SubscriptionPlace> DeliverySettings::place(qint32 subscriptionId)
 
 QList<qint32> DeliverySettings::boundSubscriptions()
 {
-    HandleGuard list(m_client, m_client.ListConsumerItems(kConsumer, kNews));
+    HandleGuard list(m_client, m_client.ListConsumerItems(kConsumer, quillon::kNewsClass));
     QList<qint32> ids;
     for (qint32 i = 0, n = m_client.ListCount(list.get()); i < n; ++i) {
         const qint32 id = m_client.ListLong(list.get(), i);

@@ -1,6 +1,7 @@
 #include "FolderFollower.h"
 
 #include "DeliveryLogging.h"
+#include "ItemClass.h"
 
 void FolderFollower::follow(MailStore &store, const PlaceOf &placeOf)
 {
@@ -55,7 +56,7 @@ void FolderFollower::followMailProgram(MailStore &store, qint32 subscriptionId,
     // "SubDeletedInOutlook" 0: delivery of the subscription stops; 1: the folder comes back.
     qCInfo(lcDeliver) << "folder" << FolderPlan::pathText(current) << "was deleted in the mail program";
     if (defaults.deletedInMailer == 0) {
-        m_client.BindItem(DeliverySettings::kConsumer, QStringLiteral("NEWS"), subscriptionId, 0);
+        m_client.BindItem(DeliverySettings::kConsumer, quillon::kNewsClass, subscriptionId, 0);
         m_index.forget(subscriptionId);
     } else {
         m_index.setFolder(subscriptionId, planned);

@@ -92,23 +92,20 @@ QString LocalSettings::Get(const QString &application, const QString &section, c
 bool LocalSettings::Save(const QString &application, const QString &section, const QString &key,
                          const QString &value)
 {
-    const auto settings = Open(application);
-    settings->beginGroup(section);
-    settings->setValue(key, value);
-    settings->endGroup();
-    settings->sync();
-    if (settings->status() != QSettings::NoError) {
-        ReportUnsaved(settings->fileName());
-        return false;
-    }
-    return true;
+    return Change(application, section, [&](QSettings &settings) { settings.setValue(key, value); });
 }
 
 bool LocalSettings::Delete(const QString &application, const QString &section, const QString &key)
 {
+    return Change(application, section, [&](QSettings &settings) { settings.remove(key); });
+}
+
+bool LocalSettings::Change(const QString &application, const QString &section,
+                           const std::function<void(QSettings &)> &change)
+{
     const auto settings = Open(application);
     settings->beginGroup(section);
-    settings->remove(key);
+    change(*settings);
     settings->endGroup();
     settings->sync();
     if (settings->status() != QSettings::NoError) {

@@ -2,6 +2,7 @@
 
 #include <QString>
 
+#include <functional>
 #include <memory>
 
 class QSettings;
@@ -34,6 +35,9 @@ public:
 
 private:
     [[nodiscard]] static std::unique_ptr<QSettings> Open(const QString &application);
+    // One change inside a section, written at once; a failed write is reported.
+    static bool Change(const QString &application, const QString &section,
+                       const std::function<void(QSettings &)> &change);
 };
 
 [[nodiscard]] QString GetSetting(const QString &application, const QString &section, const QString &key,

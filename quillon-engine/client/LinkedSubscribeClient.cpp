@@ -1,5 +1,6 @@
 #include "LinkedSubscribeClient.h"
 
+#include "ItemClass.h"
 #include <QCoreApplication>
 #include <QLoggingCategory>
 #include <QMetaObject>
@@ -41,7 +42,7 @@ constexpr qsizetype kReadAheadBatch = 500;
 
 bool isNews(const QString &itemClass)
 {
-    return itemClass.compare(QLatin1String("NEWS"), Qt::CaseInsensitive) == 0;
+    return isNewsClass(itemClass);
 }
 
 // Operations after which a bag read ahead is still what the engine holds.
@@ -297,7 +298,7 @@ BagPtr LinkedSubscribeClient::takeReadAhead(qint32 subscriptionId)
     PropertyValue answer;
     try {
         if (m_link && m_link->isConnected())
-            answer = m_link->call(QStringLiteral("GetItemBags"), args({QStringLiteral("NEWS"), ids}));
+            answer = m_link->call(QStringLiteral("GetItemBags"), args({kNewsClass, ids}));
     } catch (const EngineError &e) {
         qCDebug(lcClient) << "reading ahead failed, reading one by one:" << e.message();
     }

@@ -7,6 +7,7 @@
 #include "EngineError.h"
 #include "EngineMessages.h"
 #include "HttpFeedFetcher.h"
+#include "ItemClass.h"
 #include "OutlineBags.h"
 #include "PrivateFiles.h"
 #include "SqlTransaction.h"
@@ -216,7 +217,7 @@ PropertyValue EngineCorePrivate::call(SessionId session, const QString &operatio
     PropertyValue result;
     {
         const CallDepth depth(m_callDepth);
-        result = run(*it, Call{session, arguments});
+        result = callHandler(*it, Call{session, arguments});
     }
     m_outbox.flush(sessions);
     // An add or a changed subscription may be due now, and it may carry a password.
@@ -227,7 +228,7 @@ PropertyValue EngineCorePrivate::call(SessionId session, const QString &operatio
     return result;
 }
 
-PropertyValue EngineCorePrivate::run(const Operation &operation, const Call &call)
+PropertyValue EngineCorePrivate::callHandler(const Operation &operation, const Call &call)
 {
     try {
         if (!operation.writes)
@@ -248,7 +249,7 @@ PropertyValue EngineCorePrivate::run(const Operation &operation, const Call &cal
 
 void EngineCorePrivate::requireNewsClass(const QString &itemClass)
 {
-    if (itemClass.compare(QLatin1String("NEWS"), Qt::CaseInsensitive) != 0)
+    if (!isNewsClass(itemClass))
         throw EngineError(
             QStringLiteral("Unknown item class '%1'; the engine keeps NEWS items only").arg(itemClass));
 }

@@ -72,7 +72,7 @@ private:
         bool writes = true;
     };
 
-    PropertyValue run(const Operation &operation, const Call &call);
+    PropertyValue callHandler(const Operation &operation, const Call &call);
     static void requireNewsClass(const QString &itemClass);
 
     PropertyValue connect(const Call &call);

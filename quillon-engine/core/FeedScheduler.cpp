@@ -57,7 +57,7 @@ QList<qint32> FeedScheduler::claimDue()
     const QDateTime now = m_clock();
     QList<qint32> ready;
     SqlTransaction transaction(m_db);
-    for (const SubscriptionStore::Due &due : m_subscriptions.due(now)) {
+    for (const SubscriptionStore::Due &due : m_subscriptions.dueForUpdate(now)) {
         m_subscriptions.setNextUpdate(due.id, now.addSecs(m_defaults.updateFrequency(due.updateFreq)));
         // Made due again while its fetch runs: once is enough, the next one follows it.
         if (m_inFlight.contains(due.id))

@@ -3,6 +3,7 @@
 #include "BindingStore.h"
 #include "CoreLogging.h"
 #include "EngineMessages.h"
+#include "ItemClass.h"
 #include "Outbox.h"
 #include "SubscriptionStore.h"
 
@@ -52,10 +53,9 @@ void RequestProcessor::registerKind(const QString &kind, Handler handler)
 
 void RequestProcessor::add(const Origin &origin, const PropertyBag &request)
 {
-    const QString itemClass = request.contains(QStringLiteral("CLASS"))
-                                  ? request.text(QStringLiteral("CLASS"))
-                                  : QStringLiteral("NEWS");
-    if (itemClass.compare(QLatin1String("NEWS"), Qt::CaseInsensitive) != 0)
+    const QString itemClass =
+        request.contains(QStringLiteral("CLASS")) ? request.text(QStringLiteral("CLASS")) : kNewsClass;
+    if (!isNewsClass(itemClass))
         return refuse(origin, QStringLiteral("Cannot add items of class '%1'").arg(itemClass));
     const QString url =
         request.contains(QStringLiteral("URL")) ? request.text(QStringLiteral("URL")).trimmed() : QString();

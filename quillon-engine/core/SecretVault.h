@@ -12,7 +12,7 @@ class EngineDatabase;
 class SecretKeyring;
 
 // Keeps the passwords of subscriptions and settings (keys that name a password) in the
-// desktop keyring. A secret is first written to the database as before; a sweep after each
+// desktop keyring. A secret is first written to the database like any other value; a sweep after each
 // change copies the database's secrets into one keyring entry and, once the keyring confirms,
 // leaves only a marker in the database. A crash or a keyring that refuses therefore never loses
 // a password: it simply stays in the private database, which is the store without a keyring.

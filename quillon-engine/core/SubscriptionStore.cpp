@@ -282,7 +282,7 @@ std::optional<SubscriptionStore::FetchInfo> SubscriptionStore::fetchInfo(qint32 
                      number(8)};
 }
 
-QList<SubscriptionStore::Due> SubscriptionStore::due(const QDateTime &now)
+QList<SubscriptionStore::Due> SubscriptionStore::dueForUpdate(const QDateTime &now)
 {
     QList<Due> due;
     const auto rows = m_db.select(

@@ -72,7 +72,7 @@ public:
 
     [[nodiscard]] std::optional<FetchInfo> fetchInfo(qint32 id);
     // Never fetched, or NEXTUPDATETIME reached; the longest waiting first.
-    [[nodiscard]] QList<Due> due(const QDateTime &now);
+    [[nodiscard]] QList<Due> dueForUpdate(const QDateTime &now);
     void setNextUpdate(qint32 id, const QDateTime &when);
     // Invalid when no subscription has a next update time.
     [[nodiscard]] QDateTime earliestNextUpdate();

@@ -34,7 +34,7 @@ constexpr std::size_t kMaxIdle = 64;
 CurlMulti::CurlMulti(Done onDone, QObject *parent) : QObject(parent), m_onDone(std::move(onDone))
 {
     m_timer.setSingleShot(true);
-    connect(&m_timer, &QTimer::timeout, this, [this]() { act(CURL_SOCKET_TIMEOUT, 0); });
+    connect(&m_timer, &QTimer::timeout, this, [this]() { driveTransfers(CURL_SOCKET_TIMEOUT, 0); });
     if (!curlReady() || !(m_multi = curl_multi_init())) {
         qCWarning(lcFetch) << "libcurl could not be set up; web fetches will fail";
         return;
@@ -137,11 +137,12 @@ QSocketNotifier *CurlMulti::notifier(curl_socket_t socket, QSocketNotifier *&slo
         return slot;
     slot = new QSocketNotifier(qintptr(socket), type, this);
     const int events = type == QSocketNotifier::Read ? CURL_CSELECT_IN : CURL_CSELECT_OUT;
-    connect(slot, &QSocketNotifier::activated, this, [this, socket, events]() { act(socket, events); });
+    connect(slot, &QSocketNotifier::activated, this,
+            [this, socket, events]() { driveTransfers(socket, events); });
     return slot;
 }
 
-void CurlMulti::act(curl_socket_t socket, int events)
+void CurlMulti::driveTransfers(curl_socket_t socket, int events)
 {
     if (!m_multi)
         return;

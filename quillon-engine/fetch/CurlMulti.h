@@ -44,7 +44,7 @@ private:
     void watch(curl_socket_t socket, int what);
     [[nodiscard]] QSocketNotifier *notifier(curl_socket_t socket, QSocketNotifier *&slot,
                                             QSocketNotifier::Type type);
-    void act(curl_socket_t socket, int events);
+    void driveTransfers(curl_socket_t socket, int events);
 
     Done m_onDone;
     CURLM *m_multi = nullptr;

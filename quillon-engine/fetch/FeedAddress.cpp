@@ -33,7 +33,7 @@ FeedAddress::Resolved FeedAddress::resolve(const QString &address, const QString
     if (text.startsWith(kFeedScheme, Qt::CaseInsensitive)) {
         // "feed:http://host/x" wraps a URL; "feed://host/x" stands for http.
         const QString inner = text.mid(kFeedScheme.size());
-        return web(inner.startsWith(QLatin1String("//")) ? QStringLiteral("http:") + inner : inner);
+        return webAddress(inner.startsWith(QLatin1String("//")) ? QStringLiteral("http:") + inner : inner);
     }
     const QUrl url(text);
     if (url.scheme().compare(QLatin1String("file"), Qt::CaseInsensitive) == 0) {
@@ -41,7 +41,7 @@ FeedAddress::Resolved FeedAddress::resolve(const QString &address, const QString
         return path.isEmpty() ? failure(QStringLiteral("the file address %1 names no file").arg(text))
                               : localFile(path);
     }
-    return web(text);
+    return webAddress(text);
 }
 
 FeedAddress::Resolved FeedAddress::loopbackFile(const QString &rest)
@@ -80,7 +80,7 @@ FeedAddress::Resolved FeedAddress::dataFile(const QString &rest, const QString &
     return localFile(path);
 }
 
-FeedAddress::Resolved FeedAddress::web(const QString &address)
+FeedAddress::Resolved FeedAddress::webAddress(const QString &address)
 {
     QUrl url(address);
     if (url.scheme().isEmpty() || (url.host().isEmpty() && !address.contains(QLatin1String("://"))))

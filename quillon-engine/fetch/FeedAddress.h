@@ -24,7 +24,7 @@ public:
 private:
     [[nodiscard]] static Resolved loopbackFile(const QString &rest);
     [[nodiscard]] static Resolved dataFile(const QString &rest, const QString &dataFolder);
-    [[nodiscard]] static Resolved web(const QString &address);
+    [[nodiscard]] static Resolved webAddress(const QString &address);
 };
 
 } // namespace quillon

@@ -193,11 +193,11 @@ QString lowerName(QStringView name)
 QString HtmlNormalizer::normalize(QStringView html, const QUrl &base)
 {
     HtmlNormalizer normalizer(html, base);
-    normalizer.run();
+    normalizer.normalize();
     return normalizer.m_out.trimmed();
 }
 
-void HtmlNormalizer::run()
+void HtmlNormalizer::normalize()
 {
     m_out.reserve(m_in.size() + 16);
     const char16_t *data = m_in.utf16();

@@ -35,7 +35,7 @@ private:
 
     HtmlNormalizer(QStringView in, const QUrl &base) : m_in(in), m_base(base) {}
 
-    void run();
+    void normalize();
     qsizetype handleAmpersand(qsizetype i);
     qsizetype handleMarkup(qsizetype i);
     qsizetype handleDeclaration(qsizetype i);

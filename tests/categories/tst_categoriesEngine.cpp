@@ -1,6 +1,7 @@
 #include "ConsumerSettings.h"
 #include "EngineCalls.h"
 #include "TestEngine.h"
+#include "callbackSupport.h"
 #include "categoriesUtils.h"
 
 #include <QTest>
@@ -76,7 +77,9 @@ void tst_categoriesEngine::deleteRemovesSubscriptionsFromTheEngine()
     CategoryNode *kept = subscribe("Kept", QString());
     QVERIFY(kept);
 
-    DeleteNodeTree(m_tree, FindNodeByPath(m_tree, "News"), *m_client, &m_status);
+    DeleteNodeTree(m_tree, FindNodeByPath(m_tree, "News"), [this](qint32 id, const QString &title) {
+        callbackSupport::RemoveSubscription(*m_client, id, title, &m_status);
+    });
     QCOMPARE(ConsumerItems(*m_client, "*"), QList<qint32>{kept->tag().toInt()});
     QCOMPARE(m_tree.count(), 1);
     QCOMPARE(m_status.texts, QStringList({"Removing: A", "Removing: B", "Removing: C"}));

@@ -54,7 +54,7 @@ bool callDirty(ConfigPage &page)
 
 } // namespace
 
-class ConfigPageTest : public QObject
+class tst_ConfigPage : public QObject
 {
     Q_OBJECT
 private slots:
@@ -62,7 +62,7 @@ private slots:
     void hotHelpIsShownOncePerControlUntilReset();
 };
 
-void ConfigPageTest::onlyUserChangesMakeThePageDirty()
+void tst_ConfigPage::onlyUserChangesMakeThePageDirty()
 {
     CountingHost host;
     OneFieldPage page;
@@ -85,7 +85,7 @@ void ConfigPageTest::onlyUserChangesMakeThePageDirty()
     QVERIFY(safe);
 }
 
-void ConfigPageTest::hotHelpIsShownOncePerControlUntilReset()
+void tst_ConfigPage::hotHelpIsShownOncePerControlUntilReset()
 {
     CountingHost host;
     OneFieldPage page;
@@ -102,5 +102,5 @@ void ConfigPageTest::hotHelpIsShownOncePerControlUntilReset()
     QCOMPARE(page.SendPropMessage("Reload", "x"), "ok");
 }
 
-QTEST_MAIN(ConfigPageTest)
+QTEST_MAIN(tst_ConfigPage)
 #include "tst_ConfigPage.moc"

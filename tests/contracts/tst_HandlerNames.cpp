@@ -59,7 +59,7 @@ public:
     Q_INVOKABLE void EventSubOPMLCallback(qint32) {}
 };
 
-class HandlerNamesTest : public QObject
+class tst_HandlerNames : public QObject
 {
     Q_OBJECT
 private slots:
@@ -67,7 +67,7 @@ private slots:
     void aMissingOrMisshapenHandlerIsReported();
 };
 
-void HandlerNamesTest::everyTargetOffersTheHandlersItIsSent()
+void tst_HandlerNames::everyTargetOffersTheHandlersItIsSent()
 {
     // One line per window that callbacks answer to.
     QCOMPARE(MissingHandlers(frmMainWindow::staticMetaObject,
@@ -88,7 +88,7 @@ void HandlerNamesTest::everyTargetOffersTheHandlersItIsSent()
              QStringList());
 }
 
-void HandlerNamesTest::aMissingOrMisshapenHandlerIsReported()
+void tst_HandlerNames::aMissingOrMisshapenHandlerIsReported()
 {
     QCOMPARE(MissingHandlers(IncompleteTarget::staticMetaObject, {std::make_shared<CBConnect>()}),
              QStringList());
@@ -97,5 +97,5 @@ void HandlerNamesTest::aMissingOrMisshapenHandlerIsReported()
              QStringList({"DoDisplayRefresh()", "EventSubOPMLCallback(int,int)"}));
 }
 
-QTEST_MAIN(HandlerNamesTest)
+QTEST_MAIN(tst_HandlerNames)
 #include "tst_HandlerNames.moc"

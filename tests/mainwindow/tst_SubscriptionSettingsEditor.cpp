@@ -144,7 +144,7 @@ void tst_SubscriptionSettingsEditor::updateFrequencyBelowFiveMinutesIsWarnedAndC
     QCOMPARE(child<QLineEdit>("txtUpdateFreq")->text(), QString("5"));
     QCOMPARE(child<QComboBox>("cboUpdateFreq")->currentIndex(), int(UnitMinutes));
     QCOMPARE(itemLong(id, "UPDATEFREQ"), 300);
-    QVERIFY(!m_editor->IsDirty());
+    QVERIFY(!m_editor->Dirty());
 
     // Exactly five minutes passes without a word.
     m_prompts->asked.clear();
@@ -223,7 +223,7 @@ void tst_SubscriptionSettingsEditor::categoryWithMixedValuesLeavesThemUnchanged(
 
     child<QRadioButton>("optEnclosureAlways")->click();
     QCOMPARE(dirty.size(), 1);
-    QVERIFY(m_editor->IsDirty());
+    QVERIFY(m_editor->Dirty());
     QVERIFY(m_editor->ApplyEdits());
     QCOMPARE(itemLong(hourly, "UPDATEFREQ"), 3600);
     QCOMPARE(itemLong(twoHourly, "UPDATEFREQ"), 7200);
@@ -295,24 +295,24 @@ void tst_SubscriptionSettingsEditor::commitAsksAndFollowsTheAnswer()
     QCOMPARE(m_prompts->asked.last().kind, PromptKind::DoYouWantToSave);
     QCOMPARE(m_prompts->asked.last().mainText,
              QString("Do you want to save your changes to this subscription?"));
-    QVERIFY(m_editor->IsDirty());
+    QVERIFY(m_editor->Dirty());
     QCOMPARE(itemLong(id, "UPDATEFREQ"), -1);
 
     // Where the caller cannot stop, Cancel drops the edits.
     QCOMPARE(m_editor->CommitCurrentEdits(false), 7);
-    QVERIFY(!m_editor->IsDirty());
+    QVERIFY(!m_editor->Dirty());
     QVERIFY(child<QRadioButton>("optDefaultFreq")->isChecked());
 
     edit();
     m_prompts->answer = 7;
     QCOMPARE(m_editor->CommitCurrentEdits(true), 7);
-    QVERIFY(!m_editor->IsDirty());
+    QVERIFY(!m_editor->Dirty());
     QCOMPARE(itemLong(id, "UPDATEFREQ"), -1);
 
     edit();
     m_prompts->answer = 6;
     QCOMPARE(m_editor->CommitCurrentEdits(true), 6);
-    QVERIFY(!m_editor->IsDirty());
+    QVERIFY(!m_editor->Dirty());
     QCOMPARE(itemLong(id, "UPDATEFREQ"), 10800);
 }
 
@@ -330,7 +330,7 @@ void tst_SubscriptionSettingsEditor::failedApplyStopsAndSaysWhy()
     QCOMPARE(m_prompts->asked.size(), 1);
     QVERIFY2(m_prompts->asked[0].extendedText.contains("\"ten\" is not a whole number"),
              qPrintable(m_prompts->asked[0].extendedText));
-    QVERIFY(m_editor->IsDirty());
+    QVERIFY(m_editor->Dirty());
     for (const qint32 id : ids)
         QCOMPARE(itemLong(id, "DELETEUNREAD"), -1);
 
@@ -340,7 +340,7 @@ void tst_SubscriptionSettingsEditor::failedApplyStopsAndSaysWhy()
     QVERIFY(!m_editor->ApplyEdits());
     QCOMPARE(m_prompts->asked.size(), 2);
     QCOMPARE(m_prompts->asked[1].extendedText, QString("refused"));
-    QVERIFY(m_editor->IsDirty());
+    QVERIFY(m_editor->Dirty());
     QCOMPARE(itemLong(ids[0], "DELETEUNREAD"), 864000);
     QCOMPARE(itemLong(ids[2], "DELETEUNREAD"), -1);
 }
@@ -403,7 +403,7 @@ void tst_SubscriptionSettingsEditor::searchSubscriptionWritesANewAddress()
     QCOMPARE(sources->currentText(), QString("News search"));
     QVERIFY(child<QCheckBox>("chkSearchLimit")->isChecked());
     QCOMPARE(child<QLineEdit>("txtSearchLimit")->text(), QString("20"));
-    QVERIFY(!m_editor->IsDirty());
+    QVERIFY(!m_editor->Dirty());
 
     QVERIFY(m_editor->ApplyEdits()); // nothing changed: the address stays
     QCOMPARE(itemText(id, "URL"), url);

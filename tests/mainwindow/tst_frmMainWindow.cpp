@@ -1,4 +1,3 @@
-#include "CBUpdateSub.h"
 #include "CategoryTreeModel.h"
 #include "MainWindowFixture.h"
 #include "RegistrySettings.h"
@@ -12,7 +11,6 @@
 #include <QLineEdit>
 #include <QMimeData>
 #include <QPushButton>
-#include <QSignalSpy>
 #include <QStackedWidget>
 #include <QTimer>
 
@@ -42,13 +40,6 @@ private Q_SLOTS:
     void pendingEditsCanKeepTheSelection();
     void missingFeaturesSaySoAndHooksAreUsed();
     void sizeAndDetailsPaneAreRemembered();
-    // Engine messages and the refresh they lead to.
-    void burstWhileIgnoringEndsInOneRefreshAtSecondFlush();
-    void ownBindingChangesLeaveTheTreeAlone();
-    void addedSubscriptionsAreFiledWithoutARefresh();
-    void queuedDownloadsAskInQueueOrder();
-    void loginAndAnswersReachTheirHandlers();
-    void engineTerminationClosesTheWindow();
 
 private:
     CategoryNode *node(const QString &path) const;
@@ -493,158 +484,6 @@ void tst_frmMainWindow::sizeAndDetailsPaneAreRemembered()
     again.show();
     QCOMPARE(again.size(), QSize(760, 560));
     QVERIFY(again.findChild<QWidget *>("fraDetails")->isHidden());
-}
-
-void tst_frmMainWindow::burstWhileIgnoringEndsInOneRefreshAtSecondFlush()
-{
-    QList<qint32> ids;
-    for (int i = 0; i < 10; ++i)
-        ids << f->add(QStringLiteral("Feed %1").arg(i));
-    frmMainWindow &window = f->open();
-    const int before = window.RefreshCount();
-
-    window.SetIgnoreMessages(true);
-    for (const qint32 id : ids)
-        f->other->BindItem("OLCONSUMER", "NEWS", id, 1);
-    QTRY_COMPARE(window.StatusText(), "Adding: Feed 9");
-    window.Run();
-    window.Run();
-    QCOMPARE(window.RefreshCount(), before);
-
-    window.SetIgnoreMessages(false);
-    window.Run();
-    QCOMPARE(window.RefreshCount(), before);
-    window.Run();
-    QCOMPARE(window.RefreshCount(), before + 1);
-    QCOMPARE(window.StatusText(), QString());
-    window.Run();
-    QCOMPARE(window.RefreshCount(), before + 1);
-    QVERIFY(FindNodeByPath(window.Tree(), "Feed 5")->image() == QLatin1String("checked"));
-
-    // Replies the window waits for: the refresh comes with the last one.
-    window.QueueAnUpdate();
-    window.QueueAnUpdate();
-    window.Run();
-    QCOMPARE(window.RefreshCount(), before + 1);
-    window.Run();
-    QCOMPARE(window.RefreshCount(), before + 2);
-
-    // Without the flag a change shows at once.
-    f->other->BindItem("OLCONSUMER", "NEWS", ids.first(), 1);
-    QTRY_COMPARE(window.RefreshCount(), before + 3);
-    QCOMPARE(window.StatusText(), "Removing: Feed 0");
-}
-
-void tst_frmMainWindow::ownBindingChangesLeaveTheTreeAlone()
-{
-    const qint32 id = f->add("Mine");
-    frmMainWindow &window = f->open();
-    const int before = window.RefreshCount();
-    const QString key = FindNodeByPath(window.Tree(), "Mine")->key();
-
-    // The engine echoes the window's own binding with it as ORIGINATOR.
-    window.SetStatusText("idle");
-    f->client->BindItem("OLCONSUMER", "NEWS", id, 1);
-    f->deliver("SubscriptionBindingChanged",
-               {{"ORIGINATOR", "CONFIGCONSUMER"}, {"SubscriptionBindFlag", "TRUE"}, {"SUBSCRIPTIONID", id}});
-    QTest::qWait(50);
-    window.Run();
-    window.Run();
-    QCOMPARE(window.RefreshCount(), before);
-    QCOMPARE(window.StatusText(), "idle");
-    QCOMPARE(FindNodeByPath(window.Tree(), "Mine")->key(), key);
-
-    // Another consumer's change to the same subscription does show.
-    f->deliver("SubscriptionBindingChanged",
-               {{"ORIGINATOR", "OLCONSUMER"}, {"SubscriptionBindFlag", "FALSE"}, {"SUBSCRIPTIONID", id}});
-    QCOMPARE(window.RefreshCount(), before + 1);
-    QCOMPARE(window.StatusText(), "Removing: Mine");
-}
-
-void tst_frmMainWindow::addedSubscriptionsAreFiledWithoutARefresh()
-{
-    f->add("Existing");
-    frmMainWindow &window = f->open();
-    const int before = window.RefreshCount();
-    const int nodes = window.Tree().count();
-    window.SetStatusText("idle");
-    f->deliver("SubscriptionAdded", {{"SUBSCRIPTIONID", 0}});
-    f->deliver("SubscriptionAdded", {{"SUBSCRIPTIONID", -237237}});
-    f->deliver("NoSuchMessage", {{"SUBSCRIPTIONID", 1}});
-    QCOMPARE(window.Tree().count(), nodes);
-    QCOMPARE(window.StatusText(), "idle");
-
-    f->add("Arrived", "Inbox~~~Later");
-    QTRY_VERIFY(FindNodeByPath(window.Tree(), "Inbox~~~Later~~~Arrived"));
-    QCOMPARE(window.StatusText(), "Adding: Arrived");
-    QCOMPARE(window.RefreshCount(), before);
-    QCOMPARE(window.Tree().count(), nodes + 3);
-}
-
-void tst_frmMainWindow::queuedDownloadsAskInQueueOrder()
-{
-    const qint32 a = f->add("Alpha-1");
-    const qint32 b = f->add("Bravo-2");
-    const qint32 c = f->add("Charlie-3");
-    f->open();
-    // Two more arrive while the first question is open; each is asked once, in order.
-    bool first = true;
-    f->prompts.onAsk = [&](Prompt &prompt) {
-        if (prompt.kind != PromptKind::EnclosureWarning || !std::exchange(first, false))
-            return;
-        f->deliver("PromptForDownload", {{"SUBSCRIPTIONID", b}});
-        f->deliver("PromptForDownload", {{"SUBSCRIPTIONID", c}});
-    };
-    f->deliver("PromptForDownload", {{"SUBSCRIPTIONID", a}});
-    const QStringList asked = f->prompts.texts(PromptKind::EnclosureWarning);
-    QCOMPARE(asked.size(), 3);
-    const QStringList titles{"Alpha-1", "Bravo-2", "Charlie-3"};
-    for (int i = 0; i < 3; ++i)
-        QVERIFY2(asked.at(i).contains(titles.at(i)), qPrintable(asked.at(i)));
-
-    // Without the question the general choice is copied to the subscription.
-    SetConsumerSetting(*f->other, "MEDIACONSUMER", "Settings", "PromptForAutoDownload", "0");
-    SetConsumerSetting(*f->other, "MEDIACONSUMER", "Settings", "EnableAutoDownload", "1");
-    f->deliver("PromptForDownload", {{"SUBSCRIPTIONID", b}});
-    QCOMPARE(f->prompts.texts(PromptKind::EnclosureWarning).size(), 3);
-    QCOMPARE(f->setting("MEDIACONSUMER", SubscriptionSpecificsSection(b), "EnableAutoDownload"), "1");
-}
-
-void tst_frmMainWindow::loginAndAnswersReachTheirHandlers()
-{
-    const qint32 id = f->add("Private");
-    frmMainWindow &window = f->open();
-    f->deliver("LoginRequired", {{"SUBSCRIPTIONID", id}});
-    QCOMPARE(f->prompts.texts(PromptKind::UserNameAndPassword).size(), 1);
-    QVERIFY(f->prompts.texts(PromptKind::UserNameAndPassword).first().contains("Private"));
-
-    // An answer delivered through the update callback refreshes and selects its subscription.
-    const qint32 other = f->add("Second");
-    window.SelectRowByID(id);
-    const int before = window.RefreshCount();
-    HandleGuard answer(*f->client, f->client->NewBag());
-    HandleGuard result(*f->client, f->client->NewBag());
-    f->client->SetLongValue(result.get(), "SUBSCRIPTIONID", other);
-    f->client->SetHandleValue(answer.get(), "Result", result.get());
-    auto callback = std::make_shared<CBUpdateSub>();
-    callback->Setup(&window);
-    callback->DeliverResult(answer.get());
-    QCOMPARE(window.RefreshCount(), before + 1);
-    QCOMPARE(window.SelectedSubscriptionId(), other);
-}
-
-void tst_frmMainWindow::engineTerminationClosesTheWindow()
-{
-    frmMainWindow &window = f->open();
-    QSignalSpy unloaded(&window, &frmMainWindow::Unloaded);
-    window.showMinimized();
-    f->deliver("ImportOPML", {{"PATH", "/tmp/list.opml"}});
-    QVERIFY(!window.isMinimized());
-    QVERIFY(window.StatusText().endsWith("/tmp/list.opml"));
-
-    f->engine.core().announceTermination();
-    QTRY_COMPARE(unloaded.count(), 1);
-    QVERIFY(!window.isVisible());
 }
 
 QTEST_MAIN(tst_frmMainWindow)

@@ -50,6 +50,26 @@ inline QString ItemText(quillon::SubscribeClient &c, qint32 id, const QString &n
     return value;
 }
 
+// Several values of a bag as text, in the order named, so that one comparison shows them all.
+inline QStringList Texts(const quillon::BagPtr &bag, const QStringList &names)
+{
+    QStringList values;
+    for (const QString &name : names)
+        values.append(bag ? bag->text(name) : QString());
+    return values;
+}
+
+// Several values of a subscription as text.
+inline QStringList ItemTexts(quillon::SubscribeClient &c, qint32 id, const QStringList &names)
+{
+    const quillon::Handle bag = c.GetItemBag(kNews, id, 0);
+    QStringList values;
+    for (const QString &name : names)
+        values.append(c.GetStringValue(bag, name));
+    c.ReleaseHandle(bag);
+    return values;
+}
+
 // The subscriptions bound to a consumer ("*": all of them), in the engine's order.
 inline QList<qint32> ConsumerItems(quillon::SubscribeClient &c, const QString &consumer)
 {

@@ -37,8 +37,6 @@ private Q_SLOTS:
     void handlesAreReleasedOnce();
     void connectAndLogReachTheEngine();
     void settingsRoundTripWithDefaults();
-    void addIsAnsweredFromTheEventLoop();
-    void subscriptionLifecycle();
     void bulkReadAndReadAheadStayCurrent();
     void searchBagRendersAsSearch();
     void engineFailuresRaiseEngineError();
@@ -207,78 +205,6 @@ void tst_SubscribeClientContract::settingsRoundTripWithDefaults()
     QCOMPARE(reader->GetStringValue(otherSection, "ContractName"), QString());
     for (const Handle handle : {keys, stored, otherConsumer, otherSection})
         reader->ReleaseHandle(handle);
-}
-
-void tst_SubscribeClientContract::addIsAnsweredFromTheEventLoop()
-{
-    auto asker = newClient();
-    auto other = newClient();
-    auto askerEvents = std::make_shared<CopyingCallback>(*asker);
-    auto otherEvents = std::make_shared<CopyingCallback>(*other);
-    asker->Connect("CONFIGCONSUMER", askerEvents);
-    other->Connect("OLCONSUMER", otherEvents);
-
-    const QString url = "http://127.0.0.1:9/contract-add.xml";
-    const Handle request = asker->CreateItemRequest(kNews, "Contract add", url);
-    asker->SetStringValue(request, "CATEGORY", "Tech~~~News");
-    const Handle consumers = asker->NewList();
-    asker->ListAppend(consumers, "OLCONSUMER");
-    asker->SetHandleValue(request, "ConsumerIDs", consumers);
-    auto answer = std::make_shared<CopyingCallback>(*asker);
-    asker->SubmitRequest(request, answer);
-    QCOMPARE(answer->received.size(), 0);
-    asker->ReleaseHandle(request);
-    asker->ReleaseHandle(consumers);
-
-    QTRY_COMPARE(answer->received.size(), 1);
-    const BagPtr added = answer->received.first();
-    QCOMPARE(added->text("MESSAGE"), "SubscriptionAddResult");
-    const qint32 id = added->bag("Result")->text("SUBSCRIPTIONID").toInt();
-    QVERIFY(id > 0);
-    QCOMPARE(added->bag("Result")->text("URL"), url);
-    QCOMPARE(added->bag("Result")->text("TITLE"), "Contract add");
-    QCOMPARE(added->bag("Result")->text("CATEGORY"), "Tech~~~News");
-
-    QTRY_VERIFY(hasMessage(*otherEvents, "SubscriptionAdded"));
-    QVERIFY(!hasMessage(*askerEvents, "SubscriptionAdded"));
-    QVERIFY(ConsumerItems(*asker, "OLCONSUMER").contains(id));
-}
-
-void tst_SubscribeClientContract::subscriptionLifecycle()
-{
-    auto client = newClient();
-    auto watcher = newClient();
-    client->Connect("CONFIGCONSUMER", std::make_shared<CopyingCallback>(*client));
-    auto watched = std::make_shared<CopyingCallback>(*watcher);
-    watcher->Connect("OLCONSUMER", watched);
-    const qint32 id = AddSubscription(*client, "Lifecycle", "http://127.0.0.1:9/life");
-    QVERIFY(id > 0);
-    QVERIFY(ConsumerItems(*client, "*").contains(id));
-    QVERIFY(!ConsumerItems(*client, "OLCONSUMER").contains(id));
-
-    const Handle changes = client->NewBag();
-    client->SetLongValue(changes, "UPDATEFREQ", 7200);
-    client->SetStringValue(changes, "ContractNote", "naïve");
-    client->UpdateItem(kNews, id, changes);
-    client->ReleaseHandle(changes);
-    const Handle item = client->GetItemBag(kNews, id, 0);
-    QCOMPARE(client->GetLongValue(item, "SUBSCRIPTIONID"), id);
-    QCOMPARE(client->GetStringValue(item, "TITLE"), "Lifecycle");
-    QCOMPARE(client->GetStringValue(item, "UPDATEFREQ"), "7200");
-    QCOMPARE(client->GetStringValue(item, "ContractNote"), "naïve");
-    QCOMPARE(client->GetStringValue(item, "USER"), kMissingText);
-    client->ReleaseHandle(item);
-
-    client->BindItem("OLCONSUMER", kNews, id, 1);
-    QVERIFY(ConsumerItems(*client, "OLCONSUMER").contains(id));
-    QTRY_VERIFY(hasMessage(*watched, "SubscriptionBindingChanged"));
-    QCOMPARE(watched->received.last()->bag("Result")->text("ORIGINATOR"), "CONFIGCONSUMER");
-    client->BindItem("OLCONSUMER", kNews, id, 0);
-    QVERIFY(!ConsumerItems(*client, "OLCONSUMER").contains(id));
-
-    client->RemoveItem(kNews, id, 1);
-    QVERIFY_THROWS_EXCEPTION(EngineError, (void)client->GetItemBag(kNews, id, 0));
-    QVERIFY(!ConsumerItems(*client, "*").contains(id));
 }
 
 void tst_SubscribeClientContract::bulkReadAndReadAheadStayCurrent()

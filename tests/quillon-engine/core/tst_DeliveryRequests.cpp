@@ -2,6 +2,7 @@
 #include "LocalHttpServer.h"
 
 using namespace quillon;
+using EngineCalls::Texts;
 
 namespace {
 const QDateTime kStart = QDateTime(QDate(2024, 5, 1), QTime(12, 0), Qt::UTC);
@@ -106,9 +107,8 @@ void tst_DeliveryRequests::boundArticlesArePendingUntilAcknowledged()
     m_engine->client->BindItem("OLCONSUMER", "NEWS", id, 1);
     QTRY_COMPARE(m_consumerEvents->named("ArticlesAvailable").size(), 1);
     const BagPtr available = m_consumerEvents->named("ArticlesAvailable").first()->bag("Result");
-    QCOMPARE(available->text("CONSUMERID"), "OLCONSUMER");
-    QCOMPARE(available->text("SUBSCRIPTIONID"), QString::number(id));
-    QCOMPARE(available->text("ITEMCOUNT"), "5");
+    QCOMPARE(Texts(available, {"CONSUMERID", "SUBSCRIPTIONID", "ITEMCOUNT"}),
+             QStringList({"OLCONSUMER", QString::number(id), "5"}));
 
     // Batches in article order, with MORE while another waits.
     BagPtr batch = deliver("PENDINGARTICLES", {}, {{"LIMIT", "3"}});
@@ -117,9 +117,7 @@ void tst_DeliveryRequests::boundArticlesArePendingUntilAcknowledged()
     const QList<qint32> first = idsOf(batch);
     QCOMPARE(first.size(), 3);
     const BagPtr item = std::get<BagPtr>(batch->bag("Result")->list("ITEMS")->at(0));
-    QCOMPARE(item->text("GUID"), "g1");
-    QCOMPARE(item->text("SUBSCRIPTIONID"), QString::number(id));
-    QCOMPARE(item->text("READ"), "0");
+    QCOMPARE(Texts(item, {"GUID", "SUBSCRIPTIONID", "READ"}), QStringList({"g1", QString::number(id), "0"}));
     QCOMPARE(std::get<BagPtr>(item->list("ENCLOSURES")->at(0))->text("URL"), "http://example.com/1.mp3");
     // The next batch asked for before this one is acknowledged.
     const BagPtr ahead =

@@ -7,6 +7,7 @@
 #include <QTemporaryDir>
 
 using namespace quillon;
+using EngineCalls::Texts;
 
 namespace {
 const QByteArray kFeed =
@@ -182,16 +183,12 @@ void tst_EngineRequests::previewAnswersWithTheFeedOrAnError()
     QCOMPARE(answer->text("MESSAGE"), "PreviewResult");
     const BagPtr details = answer->bag("Result")->bag("PREFLIGHT_DETAILS");
     QVERIFY(details);
-    QCOMPARE(details->text("ITEMCOUNT"), "2");
-    QCOMPARE(details->text("TITLE"), "Preview & Co");
-    QCOMPARE(details->text("DESCRIPTION"), "What we write");
-    QCOMPARE(details->text("URL"), url("/feed"));
+    QCOMPARE(Texts(details, {"ITEMCOUNT", "TITLE", "DESCRIPTION", "URL"}),
+             QStringList({"2", "Preview & Co", "What we write", url("/feed")}));
     const BagPtr first = entry(details->list("ITEMS"), 0);
-    QCOMPARE(first->text("SUBJECT"), "First");
-    QCOMPARE(first->text("URL"), "http://example.com/1");
-    QCOMPARE(first->text("BODY"), "<b>One</b>");
-    QCOMPARE(first->text("DATE"), "2024-05-01T10:00:00Z");
-    QCOMPARE(first->text("AUTHOR"), "ann@example.com");
+    QCOMPARE(Texts(first, {"SUBJECT", "URL", "BODY", "DATE", "AUTHOR"}),
+             QStringList(
+                 {"First", "http://example.com/1", "<b>One</b>", "2024-05-01T10:00:00Z", "ann@example.com"}));
     QCOMPARE(entry(details->list("ITEMS"), 1)->text("DATE"), kMissingText);
     // A preview stores nothing.
     const Handle all = m_engine->client->ListConsumerItems("*", "NEWS");

@@ -150,6 +150,43 @@ inline QByteArray probeAs(uid_t uid, gid_t gid, const QString &mode, const QStri
 }
 #endif
 
+#ifdef Q_OS_UNIX
+// Run as another user by anotherUserCannotStopImpersonateOrRead: says one line and ends.
+inline int probeMain(const QString &mode, const QString &path)
+{
+    auto say = [](const char *text) {
+        std::printf("%s\n", text);
+        std::fflush(stdout);
+    };
+    if (mode == QLatin1String("read")) {
+        QFile file(path);
+        say(file.open(QIODevice::ReadOnly) ? "read" : "denied");
+        return 0;
+    }
+    if (mode == QLatin1String("listen")) {
+        QLocalServer server;
+        if (!server.listen(path)) {
+            say("cannot listen");
+            return 0;
+        }
+        say("listening");
+        QTimer::singleShot(60000, qApp, &QCoreApplication::quit);
+        return QCoreApplication::exec();
+    }
+    QLocalSocket socket;
+    socket.connectToServer(path);
+    if (!socket.waitForConnected(2000)) {
+        say("unreachable");
+        return 0;
+    }
+    socket.write(requestFrame(1, QStringLiteral("Log"), {QStringLiteral("stranger"), 1}));
+    socket.flush();
+    FrameReader reader;
+    say(readFrame(socket, reader).isEmpty() ? "refused" : "answered");
+    return 0;
+}
+#endif
+
 } // namespace EngineServerProbes
 
 using namespace EngineServerProbes;

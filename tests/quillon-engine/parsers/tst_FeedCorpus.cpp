@@ -110,8 +110,8 @@ private slots:
     void wellformedPlainValuesMatch() { checkWellformed(); }
     void wellformedMarkupValuesMatch_data() { addRows("wellformed", true); }
     void wellformedMarkupValuesMatch() { checkWellformed(); }
-    void illformedDocumentsFinish_data() { addRows("illformed", std::nullopt); }
-    void illformedDocumentsFinish();
+    void illformedDocumentsParseOrSayWhy_data() { addRows("illformed", std::nullopt); }
+    void illformedDocumentsParseOrSayWhy();
     void cleanupTestCase();
 
 private:
@@ -167,7 +167,7 @@ void tst_FeedCorpus::checkWellformed()
 
 // The hard requirement is only that each document is read to an end without a crash; what
 // the upstream expectations say about these files is counted, not enforced.
-void tst_FeedCorpus::illformedDocumentsFinish()
+void tst_FeedCorpus::illformedDocumentsParseOrSayWhy()
 {
     QFETCH(QString, path);
     QFETCH(QString, contentType);
@@ -175,6 +175,8 @@ void tst_FeedCorpus::illformedDocumentsFinish()
     QFETCH(QJsonValue, faultExpected);
 
     const ParsedFeed feed = FeedParser::parse(CorpusManifest::sample(kFolder, path), contentType);
+    // A refusal names its reason; what is read knows its format.
+    QVERIFY2(feed.ok() ? !feed.format.isEmpty() : !feed.errorText.isEmpty(), qPrintable(path));
     if (faultExpected.isBool()) {
         ++m_faultExpectations;
         const bool flagged = !feed.ok() || feed.encodingFallback || feed.repairs > 0;
