@@ -1,5 +1,5 @@
 #include "CBUpdateSub.h"
-#include "MainWindowFixture.h"
+#include "MainWindowTest.h"
 #include "categoriesUtils.h"
 
 #include <QSignalSpy>
@@ -7,35 +7,17 @@
 using namespace categoriesUtils;
 
 // Engine messages as the main window meets them, and the refreshes they lead to.
-class tst_EngineMessageRouter : public QObject
+class tst_EngineMessageRouter : public MainWindowTest
 {
     Q_OBJECT
 private Q_SLOTS:
-    void init();
-    void cleanup();
     void burstWhileIgnoringEndsInOneRefreshAtSecondFlush();
     void ownBindingChangesLeaveTheTreeAlone();
     void addedSubscriptionsAreFiledWithoutARefresh();
     void queuedDownloadsAskInQueueOrder();
     void loginAndAnswersReachTheirHandlers();
     void engineTerminationClosesTheWindow();
-
-private:
-    std::unique_ptr<MainWindowFixture> f;
 };
-
-void tst_EngineMessageRouter::init()
-{
-    f = std::make_unique<MainWindowFixture>();
-    QVERIFY(f->ready());
-}
-
-void tst_EngineMessageRouter::cleanup()
-{
-    if (f->window)
-        QCOMPARE(f->client->LiveHandleCount(), 0);
-    f.reset();
-}
 
 void tst_EngineMessageRouter::burstWhileIgnoringEndsInOneRefreshAtSecondFlush()
 {

@@ -1,5 +1,5 @@
 #include "CategoryTreeModel.h"
-#include "MainWindowFixture.h"
+#include "MainWindowTest.h"
 #include "RegistrySettings.h"
 #include "SubscriptionTreeView.h"
 #include "categoriesUtils.h"
@@ -18,15 +18,12 @@ using namespace categoriesUtils;
 
 namespace {
 const QString kConfig = "CONFIGCONSUMER";
-
 } // namespace
 
-class tst_frmMainWindow : public QObject
+class tst_frmMainWindow : public MainWindowTest
 {
     Q_OBJECT
 private Q_SLOTS:
-    void init();
-    void cleanup();
     void formLoadLogsItsStepsAndRunsFirstRunOnce();
     void loadPlacesSubscriptionsUnderTheirCategories();
     void savedTreeReadInPartKeepsItsNodesAndText();
@@ -48,22 +45,7 @@ private:
     QPushButton *button(const char *name) const;
     SubscriptionTreeView *view() const;
     CategoryTreeModel *model() const;
-
-    std::unique_ptr<MainWindowFixture> f;
 };
-
-void tst_frmMainWindow::init()
-{
-    f = std::make_unique<MainWindowFixture>();
-    QVERIFY(f->ready());
-}
-
-void tst_frmMainWindow::cleanup()
-{
-    if (f->window)
-        QCOMPARE(f->client->LiveHandleCount(), 0);
-    f.reset();
-}
 
 CategoryNode *tst_frmMainWindow::node(const QString &path) const
 {
