@@ -39,11 +39,6 @@ const QString kUnreadAgeField = QStringLiteral("the age of unread articles");
 const QString kThemePlain = QStringLiteral("Plain");
 const QString kThemeFull = QStringLiteral("Full");
 const QString kThemeDefault = QStringLiteral("Default");
-
-bool quillon::isValidId(qint32 id)
-{
-    return id > 0 && id != quillon::kMissing;
-}
 } // namespace
 
 SubscriptionSettingsEditor::SubscriptionSettingsEditor(QWidget *parent)

@@ -9,7 +9,6 @@
 using quillon::Handle;
 
 namespace {
-
 bool textIsTrue(const QString &text)
 {
     static const QStringList yes = {QStringLiteral("True"), QStringLiteral("1"),   QStringLiteral("true"),

@@ -326,7 +326,7 @@ void tst_frmMainWindow::uncheckingDecidesWhetherArticlesGo()
 void tst_frmMainWindow::droppedNodesMoveToTheirNewCategory()
 {
     const qint32 loose = f->add("Loose");
-    const qint32 inside = f->add("Inside", "News~~~Tech");
+    const qint32 inside = f->add("Inside", "News~~~Tech~~~Deep");
     f->add("Anchor", "Sports");
     f->open();
     view()->resize(300, 400);
@@ -352,16 +352,16 @@ void tst_frmMainWindow::droppedNodesMoveToTheirNewCategory()
     HandleGuard moved(*f->other, f->other->GetItemBag("NEWS", loose, 0));
     QCOMPARE(f->other->GetStringValue(moved.get(), "CATEGORY"), "Sports");
 
-    // A whole category carries its subscriptions' paths along.
+    // A whole category carries the paths of the subscriptions at any depth below it along.
     QVERIFY(dropAt(node("News~~~Tech"), node("Sports")));
     HandleGuard carried(*f->other, f->other->GetItemBag("NEWS", inside, 0));
-    QCOMPARE(f->other->GetStringValue(carried.get(), "CATEGORY"), "Sports~~~Tech");
+    QCOMPARE(f->other->GetStringValue(carried.get(), "CATEGORY"), "Sports~~~Tech~~~Deep");
     QVERIFY(f->setting(kConfig, QString(), kSavedCategoriesKey).contains("Text(Tech)"));
 
     // Into itself, or where it already is, is refused.
     QVERIFY(!dropAt(node("Sports"), node("Sports~~~Tech")));
     QVERIFY(!dropAt(node("Sports~~~Tech"), node("Sports~~~Anchor")));
-    QVERIFY(node("Sports~~~Tech~~~Inside"));
+    QVERIFY(node("Sports~~~Tech~~~Deep~~~Inside"));
 }
 
 void tst_frmMainWindow::keyboardDrivesTheTree()
