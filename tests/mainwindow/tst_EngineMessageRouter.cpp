@@ -1,6 +1,7 @@
 #include "CBUpdateSub.h"
 #include "MainWindowTest.h"
 #include "categoriesUtils.h"
+#include "commonUtils.h"
 
 #include <QSignalSpy>
 
