@@ -63,7 +63,6 @@ void tst_EngineMessageRouter::burstWhileIgnoringEndsInOneRefreshAtSecondFlush()
 void tst_EngineMessageRouter::ownBindingChangesLeaveTheTreeAlone()
 {
     const qint32 id = f->add("Mine");
-    const qint32 marker = f->add("Marker");
     frmMainWindow &window = f->open();
     const int before = window.RefreshCount();
     const QString key = FindNodeByPath(window.Tree(), "Mine")->key();
@@ -75,16 +74,18 @@ void tst_EngineMessageRouter::ownBindingChangesLeaveTheTreeAlone()
     window.Run();
     QCOMPARE(window.StatusText(), "idle");
     f->client->BindItem("OLCONSUMER", "NEWS", id, 1);
-    // The engine sends in order: once the other consumer's later change shows, the echo was handled.
-    f->other->BindItem("OLCONSUMER", "NEWS", marker, 1);
-    QTRY_COMPARE(window.StatusText(), "Adding: Marker");
-    QCOMPARE(window.RefreshCount(), before + 1);
+    // The engine sends in order: once a later add is filed (which needs no refresh), the echo was handled.
+    f->add("Marker");
+    QTRY_VERIFY(FindNodeByPath(window.Tree(), "Marker"));
+    window.Run();
+    window.Run();
+    QCOMPARE(window.RefreshCount(), before);
     QCOMPARE(FindNodeByPath(window.Tree(), "Mine")->key(), key);
 
     // Another consumer's change to the same subscription does show.
     f->deliver("SubscriptionBindingChanged",
                {{"ORIGINATOR", "OLCONSUMER"}, {"SubscriptionBindFlag", "FALSE"}, {"SUBSCRIPTIONID", id}});
-    QCOMPARE(window.RefreshCount(), before + 2);
+    QCOMPARE(window.RefreshCount(), before + 1);
     QCOMPARE(window.StatusText(), "Removing: Mine");
 }
 
