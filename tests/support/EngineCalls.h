@@ -35,7 +35,7 @@ inline qint32 AddSubscription(quillon::SubscribeClient &c, const QString &title,
     c.SubmitRequest(request, answer);
     c.ReleaseHandle(list);
     c.ReleaseHandle(request);
-    if (!QTest::qWaitFor([&] { return !answer->received.isEmpty(); }))
+    if (!QTest::qWaitFor([&] { return !answer->received.isEmpty(); }, 20000))
         return 0;
     const quillon::BagPtr result = answer->received.first()->bag("Result");
     return result ? result->number("SUBSCRIPTIONID") : 0;
