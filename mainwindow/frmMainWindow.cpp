@@ -1,8 +1,10 @@
 #include "frmMainWindow.h"
 
 #include "CLog.h"
+#include "ConsumerSettings.h"
 #include "DialogAnswer.h"
 #include "EngineNames.h"
+#include "GeneralSettingKeys.h"
 #include "HandlerNames.h"
 #include "ItemClass.h"
 #include "MainWindowSettings.h"
@@ -13,6 +15,7 @@
 #include "categoriesUtils.h"
 #include "commonUtils.h"
 #include "frmAbout.h"
+#include "frmLogWindow.h"
 #include "localization.h"
 #include "ui_frmMainWindow.h"
 
@@ -221,8 +224,27 @@ void frmMainWindow::FormLoad()
         m_loading = false;
         CLog::SaveMessage(kLoadLog, QStringLiteral("failed"), QString::fromUtf8(e.what()));
     }
+    FollowLogWindowSetting();
     RunFirstRunCheck();
     QTimer::singleShot(0, this, [this] { ForceForegroundWindow(this); });
+}
+
+void frmMainWindow::FollowLogWindowSetting()
+{
+    namespace G = quillon::GeneralSettingKeys;
+    try {
+        const bool wanted = TextToBool(
+            GetConsumerSetting(*m_client, G::kShowLogWindow, QStringLiteral("0"), G::kConsumer, G::kSection));
+        if (wanted && !m_logWindow) {
+            m_logWindow = new frmLogWindow(frmLogWindow::EngineLogFile(*m_client), this);
+            m_logWindow->show();
+        } else if (!wanted && m_logWindow) {
+            m_logWindow->close();
+        }
+    } catch (const std::exception &e) {
+        CLog::SaveMessage(QStringLiteral("Log window"), QStringLiteral("failed"),
+                          QString::fromUtf8(e.what()));
+    }
 }
 
 void frmMainWindow::RunFirstRunCheck()

@@ -52,6 +52,8 @@ public:
 
     // The load steps; run once, when the window is first shown.
     void FormLoad();
+    // Opens the engine's log window while "ShowLogWindow" is on, closes it when it is off.
+    void FollowLogWindowSetting();
     // Rebuilds the tree and grid from the saved categories and the engine. Throws
     // quillon::EngineError when the engine fails.
     void LoadSubscriptionsList();
@@ -125,6 +127,7 @@ private:
 
     std::unique_ptr<Ui::frmMainWindow> ui;
     QPointer<QObject> m_host;
+    QPointer<QWidget> m_logWindow;
     quillon::SubscribeClientPtr m_client;
     CategoryTree m_tree;
     EngineMessageRouter m_router;

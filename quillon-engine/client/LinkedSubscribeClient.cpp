@@ -48,16 +48,13 @@ bool isNews(const QString &itemClass)
 // Operations after which a bag read ahead is still what the engine holds.
 bool leavesBagsAlone(const QString &operation)
 {
-    static const QSet<QString> reads = {QStringLiteral("GetItemBag"),
-                                        QStringLiteral("GetItemBags"),
-                                        QStringLiteral("ListConsumerItems"),
-                                        QStringLiteral("GetSettings"),
-                                        QStringLiteral("CreateItemRequest"),
-                                        QStringLiteral("BagToText"),
-                                        QStringLiteral("GetSyncSettings"),
-                                        QStringLiteral("ListReaderSubscriptions"),
-                                        QStringLiteral("Log"),
-                                        QStringLiteral("RequestPreview")};
+    static const QSet<QString> reads = {
+        QStringLiteral("GetItemBag"),        QStringLiteral("GetItemBags"),
+        QStringLiteral("ListConsumerItems"), QStringLiteral("GetSettings"),
+        QStringLiteral("CreateItemRequest"), QStringLiteral("BagToText"),
+        QStringLiteral("GetSyncSettings"),   QStringLiteral("ListReaderSubscriptions"),
+        QStringLiteral("ProxyForUrl"),       QStringLiteral("Log"),
+        QStringLiteral("RequestPreview")};
     return reads.contains(operation);
 }
 } // namespace
@@ -476,6 +473,11 @@ Handle LinkedSubscribeClient::GetSyncSettings()
 void LinkedSubscribeClient::SyncNow()
 {
     call(QStringLiteral("SyncNow"), {});
+}
+
+Handle LinkedSubscribeClient::ProxyForUrl(const QString &url)
+{
+    return handleFor(call(QStringLiteral("ProxyForUrl"), args({url})));
 }
 
 QString LinkedSubscribeClient::BagToText(Handle bag)

@@ -63,6 +63,7 @@ public:
     Handle GetSyncSettings() override;
     void SyncNow() override;
     QString BagToText(Handle bag) override;
+    Handle ProxyForUrl(const QString &url) override;
 
     int LiveHandleCount() const override { return m_handles.liveCount(); }
     [[nodiscard]] int PendingCallbackCount() const { return int(m_callbacks.size()); }

@@ -71,6 +71,9 @@ public:
     [[nodiscard]] virtual Handle GetSyncSettings() = 0;
     virtual void SyncNow() = 0;
     [[nodiscard]] virtual QString BagToText(Handle bag) = 0;
+    // The way a request to url would go: a bag of "URL", "PROXY" (empty: directly), "REASON"
+    // and "LOGIN" (the proxy user, "(current user)", or empty).
+    [[nodiscard]] virtual Handle ProxyForUrl(const QString &url) = 0;
 
     // Diagnostics: handles obtained and not yet released.
     [[nodiscard]] virtual int LiveHandleCount() const = 0;

@@ -78,6 +78,8 @@ QString EngineCore::quillonDataFolder() const
 void EngineCore::setFeedFetcher(std::unique_ptr<FeedFetcher> fetcher)
 {
     d->fetcher = std::move(fetcher);
+    if (d->fetcher)
+        d->fetcher->setPolicy(d->policy);
 }
 
 void EngineCore::setSecretKeyring(std::unique_ptr<SecretKeyring> keyring)

@@ -6,6 +6,7 @@
 #include "DiscoveringFetcher.h"
 #include "EngineError.h"
 #include "EngineMessages.h"
+#include "GeneralSettingKeys.h"
 #include "HttpFeedFetcher.h"
 #include "ItemClass.h"
 #include "OutlineBags.h"
@@ -83,6 +84,7 @@ const QHash<QString, EngineCorePrivate::Operation> &EngineCorePrivate::operation
         {QStringLiteral("GetSyncSettings"), {0, &P::getSyncSettings, false}},
         {QStringLiteral("SyncNow"), {0, &P::syncNow}},
         {QStringLiteral("BagToText"), {1, &P::bagToText, false}},
+        {QStringLiteral("ProxyForUrl"), {1, &P::proxyForUrl, false}},
     };
     return table;
 }
@@ -109,6 +111,9 @@ void EngineCorePrivate::open()
     m_articles = std::make_unique<ArticleStore>(*db);
     m_defaults = std::make_unique<EngineDefaults>(*m_settings);
     m_defaults->seed();
+    m_follower =
+        std::make_unique<SettingsFollower>(*m_settings, *m_defaults, *m_subscriptions, *m_log, *policy);
+    m_follower->readAll();
     m_db = std::move(db);
     createFetching();
 }
@@ -132,6 +137,7 @@ void EngineCorePrivate::createFetching()
 {
     if (!fetcher)
         fetcher = std::make_unique<DiscoveringFetcher>(std::make_unique<HttpFeedFetcher>());
+    fetcher->setPolicy(policy);
     m_catalog =
         std::make_unique<CatalogRequests>(*m_subscriptions, *m_articles, resolver, importers, m_outbox);
     m_documents = std::make_unique<DocumentRequests>(fetcher, resolver, importers, messenger());
@@ -175,6 +181,12 @@ EngineMessenger EngineCorePrivate::messenger()
 
 void EngineCorePrivate::updateFinished(qint32 subscriptionId, const QString &status, bool articlesChanged)
 {
+    if (!status.isEmpty()) {
+        const bool failed = status.startsWith(QLatin1String("Error"));
+        m_log->writeToFile(failed ? GeneralSettingKeys::kLineError : GeneralSettingKeys::kLineDetail,
+                           QStringLiteral("ENGINE"),
+                           QStringLiteral("Subscription %1: %2").arg(subscriptionId).arg(status), now());
+    }
     if (m_scheduler->finished(subscriptionId)) {
         try {
             m_subscriptions->setNextUpdate(subscriptionId, now());
@@ -405,7 +417,9 @@ PropertyValue EngineCorePrivate::setSettings(const Call &call)
     m_defaults->forget();
     const QString consumerId = call.args.text(0);
     const QString section = call.args.text(1);
+    QStringList keys;
     for (const auto &[key, value] : call.args.bag(2)->entries()) {
+        keys.append(key);
         if (std::holds_alternative<BagPtr>(value) || std::holds_alternative<ListPtr>(value))
             throw EngineError(QStringLiteral("The setting %1 must be text or a number").arg(key));
         if (std::holds_alternative<std::monostate>(value))
@@ -413,6 +427,7 @@ PropertyValue EngineCorePrivate::setSettings(const Call &call)
         else
             m_settings->setValue(consumerId, section, key, valueText(value));
     }
+    m_follower->written(consumerId, section, keys);
     return {};
 }
 
@@ -468,6 +483,21 @@ PropertyValue EngineCorePrivate::syncNow(const Call &call)
 PropertyValue EngineCorePrivate::bagToText(const Call &call)
 {
     return BagText::render(*call.args.bag(0));
+}
+
+PropertyValue EngineCorePrivate::proxyForUrl(const Call &call)
+{
+    const FeedAddress::Resolved address = resolver.resolve(call.args.text(0));
+    const ProxyRoute route = policy->route(address.url);
+    auto bag = PropertyBag::create();
+    bag->setText(QStringLiteral("URL"), address.url.toString(QUrl::RemoveUserInfo));
+    bag->setText(QStringLiteral("PROXY"), route.proxy);
+    bag->setText(QStringLiteral("REASON"), address.ok() ? route.reason : address.error);
+    const QString login = route.login == ProxyRoute::Login::Password    ? route.user
+                          : route.login == ProxyRoute::Login::Negotiate ? QStringLiteral("(current user)")
+                                                                        : QString();
+    bag->setText(QStringLiteral("LOGIN"), login);
+    return bag;
 }
 
 } // namespace quillon

@@ -15,6 +15,7 @@
 #include "FeedFetcher.h"
 #include "FeedScheduler.h"
 #include "FeedUpdater.h"
+#include "FetchPolicy.h"
 #include "OperationArguments.h"
 #include "Outbox.h"
 #include "ReaderImporterRegistry.h"
@@ -22,6 +23,7 @@
 #include "SecretKeyring.h"
 #include "SecretVault.h"
 #include "SessionTable.h"
+#include "SettingsFollower.h"
 #include "SettingsStore.h"
 #include "SubscriptionStore.h"
 
@@ -53,6 +55,8 @@ public:
     ReaderImporterRegistry importers = ReaderImporterRegistry::withKnownReaders();
     // Components hold a reference to this pointer, so the fetcher can be replaced (tests).
     std::unique_ptr<FeedFetcher> fetcher;
+    // What the settings ask of every fetch; handed to whichever fetcher is in place.
+    std::shared_ptr<FetchPolicy> policy = std::make_shared<FetchPolicy>();
     // Taken by the vault when the store opens.
     std::unique_ptr<SecretKeyring> keyring;
     // Told of every finished update (the core's signal).
@@ -93,6 +97,7 @@ private:
     PropertyValue getSyncSettings(const Call &call);
     PropertyValue syncNow(const Call &call);
     PropertyValue bagToText(const Call &call);
+    PropertyValue proxyForUrl(const Call &call);
 
     static const QHash<QString, Operation> &operations();
     void openVault(EngineDatabase &db);
@@ -115,6 +120,7 @@ private:
     std::unique_ptr<FeedUpdater> m_updater;
     std::unique_ptr<FeedScheduler> m_scheduler;
     std::unique_ptr<SecretVault> m_vault;
+    std::unique_ptr<SettingsFollower> m_follower;
     Outbox m_outbox;
     qint32 m_lastRequest = 0;
     int m_callDepth = 0;

@@ -25,11 +25,20 @@ void EngineLog::write(qint32 level, const QString &consumerId, const QString &te
     m_db.insert(
         QStringLiteral("INSERT INTO engine_log (logged_at, level, consumer_id, message) VALUES (?, ?, ?, ?)"),
         {time, level, consumerId, message}, "writing the engine log");
-    appendToFile(QStringLiteral("%1\t%2\t%3\t%4\n").arg(time).arg(level).arg(consumerId, message));
+    appendToFile(level, QStringLiteral("%1\t%2\t%3\t%4\n").arg(time).arg(level).arg(consumerId, message));
 }
 
-void EngineLog::appendToFile(const QString &line)
+void EngineLog::writeToFile(qint32 level, const QString &consumerId, const QString &text,
+                            const QDateTime &now)
 {
+    const QString time = SubscriptionFields::isoDate(now);
+    appendToFile(level, QStringLiteral("%1\t%2\t%3\t%4\n").arg(time).arg(level).arg(consumerId, text));
+}
+
+void EngineLog::appendToFile(qint32 level, const QString &line)
+{
+    if (!m_fileWanted || level < m_lowestLevel)
+        return;
     QFile file(m_filePath);
     // The table already holds the line, so a file that cannot be written only costs a warning.
     if (!file.open(QIODevice::WriteOnly | QIODevice::Append | QIODevice::Text)) {

@@ -302,6 +302,15 @@ void SubscriptionStore::setNextUpdate(qint32 id, const QDateTime &when)
                  {SubscriptionFields::isoDate(when), id}, "scheduling a subscription");
 }
 
+int SubscriptionStore::rescheduleOnDefault(qint32 seconds)
+{
+    return m_db.execute(
+        QStringLiteral("UPDATE subscriptions SET next_update_time ="
+                       " strftime('%Y-%m-%dT%H:%M:%SZ', last_date_check, ? || ' seconds')"
+                       " WHERE (update_freq IS NULL OR update_freq <= 0) AND last_date_check <> ''"),
+        {QStringLiteral("%1%2").arg(seconds < 0 ? "" : "+").arg(seconds)}, "moving the default schedule");
+}
+
 QDateTime SubscriptionStore::earliestNextUpdate()
 {
     const auto rows = m_db.select(QStringLiteral("SELECT MIN(next_update_time) FROM subscriptions"), {},

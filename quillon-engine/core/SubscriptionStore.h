@@ -74,6 +74,9 @@ public:
     // Never fetched, or NEXTUPDATETIME reached; the longest waiting first.
     [[nodiscard]] QList<Due> dueForUpdate(const QDateTime &now);
     void setNextUpdate(qint32 id, const QDateTime &when);
+    // The engine's frequency changed: subscriptions on it (-1 or 0) that were fetched are next
+    // due their last check plus seconds. Returns how many moved.
+    int rescheduleOnDefault(qint32 seconds);
     // Invalid when no subscription has a next update time.
     [[nodiscard]] QDateTime earliestNextUpdate();
     void recordFetch(qint32 id, const FetchRecord &record);

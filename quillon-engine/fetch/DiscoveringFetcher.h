@@ -19,6 +19,7 @@ public:
     explicit DiscoveringFetcher(std::unique_ptr<FeedFetcher> inner);
 
     void fetch(const FetchRequest &request, Done done) override;
+    void setPolicy(std::shared_ptr<FetchPolicy> policy) override { m_inner->setPolicy(std::move(policy)); }
 
 private:
     struct Search;

@@ -4,8 +4,11 @@
 #include "FetchResult.h"
 
 #include <functional>
+#include <memory>
 
 namespace quillon {
+
+class FetchPolicy;
 
 // Fetches documents for the engine. The answer always arrives later, from the event loop, and
 // never after the fetcher is gone; tests put a fetcher of their own in its place.
@@ -16,6 +19,8 @@ public:
 
     virtual ~FeedFetcher() = default;
     virtual void fetch(const FetchRequest &request, Done done) = 0;
+    // The settings every web request follows from now on; a fetcher of tests may ignore them.
+    virtual void setPolicy(std::shared_ptr<FetchPolicy> policy) { (void)policy; }
 };
 
 } // namespace quillon

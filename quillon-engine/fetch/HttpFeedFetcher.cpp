@@ -12,7 +12,7 @@ Q_LOGGING_CATEGORY(lcFetch, "corvell.quillon.engine.fetch")
 namespace quillon {
 
 HttpFeedFetcher::HttpFeedFetcher(FetchOptions options, QObject *parent)
-    : QObject(parent), m_options(std::move(options)),
+    : QObject(parent), m_options(std::move(options)), m_policy(std::make_shared<FetchPolicy>()),
       m_curl(std::make_unique<CurlMulti>(
           [this](CURL *easy, CURLcode code) { onTransferDone(easy, int(code)); }, this))
 {
@@ -38,13 +38,25 @@ void HttpFeedFetcher::fetch(const FetchRequest &request, Done done)
         readFile(request, std::move(done));
         return;
     }
-    auto job = std::make_unique<HttpFetchJob>(m_options, request);
+    auto job = std::make_unique<HttpFetchJob>(m_options, m_policy, request);
     const QString key = job->hostKey();
     Host &host = m_hosts[key];
     host.waiting.push_back({std::move(job), std::move(done)});
     ++m_waitingCount;
     offerTurn(key, host);
     startWaiting();
+}
+
+void HttpFeedFetcher::setPolicy(std::shared_ptr<FetchPolicy> policy)
+{
+    // Jobs already made keep the one they were made with.
+    if (policy)
+        m_policy = std::move(policy);
+}
+
+int HttpFeedFetcher::maxConcurrent() const
+{
+    return m_policy->maxConcurrent() > 0 ? m_policy->maxConcurrent() : m_options.maxConcurrent;
 }
 
 void HttpFeedFetcher::readFile(const FetchRequest &request, Done done)
@@ -81,7 +93,7 @@ void HttpFeedFetcher::offerTurn(const QString &key, Host &host)
 
 void HttpFeedFetcher::startWaiting()
 {
-    while (int(m_running.size()) < m_options.maxConcurrent && !m_turns.empty()) {
+    while (int(m_running.size()) < maxConcurrent() && !m_turns.empty()) {
         const QString key = m_turns.front();
         m_turns.pop_front();
         Host &host = m_hosts[key];

@@ -2,6 +2,7 @@
 
 #include "FeedFetcher.h"
 #include "FetchOptions.h"
+#include "FetchPolicy.h"
 
 #include <QObject>
 
@@ -16,8 +17,8 @@ class HttpFetchJob;
 
 // The engine's fetcher: web documents through libcurl (which asks for gzip and deflate and
 // unpacks them, and keeps connections open between fetches), files straight from disk. At most
-// maxConcurrent web fetches run at once and maxPerHost to one host; the others wait, hosts
-// taking turns.
+// maxConcurrent web fetches run at once (or the policy's limit) and maxPerHost to one host; the
+// others wait, hosts taking turns. Each request goes the way the policy says.
 class HttpFeedFetcher : public QObject, public FeedFetcher
 {
     Q_OBJECT
@@ -26,6 +27,7 @@ public:
     ~HttpFeedFetcher() override;
 
     void fetch(const FetchRequest &request, Done done) override;
+    void setPolicy(std::shared_ptr<FetchPolicy> policy) override;
 
     [[nodiscard]] const FetchOptions &options() const { return m_options; }
     [[nodiscard]] int running() const { return int(m_running.size()); }
@@ -53,7 +55,10 @@ private:
     void finish(HttpFetchJob *job, const FetchResult &result);
     void answerLater(Done done, const FetchResult &result);
 
+    [[nodiscard]] int maxConcurrent() const;
+
     FetchOptions m_options;
+    std::shared_ptr<FetchPolicy> m_policy;
     std::unique_ptr<CurlMulti> m_curl;
     std::unordered_map<QString, Host> m_hosts;
     // Hosts with a job waiting and a connection free, in the order they will be served.

@@ -30,13 +30,6 @@ bool named(QByteArrayView name, QByteArrayView wanted)
     return name.compare(wanted, Qt::CaseInsensitive) == 0;
 }
 
-// This machine's own servers are reached directly, whatever proxy the environment names.
-bool isLoopback(const QString &host)
-{
-    return host == QLatin1String("localhost") || host.endsWith(QLatin1String(".localhost")) ||
-           host.startsWith(QLatin1String("127.")) || host == QLatin1String("::1");
-}
-
 curl_slist *appendHeader(curl_slist *list, const QByteArray &line)
 {
     curl_slist *longer = curl_slist_append(list, line.constData());
@@ -44,8 +37,10 @@ curl_slist *appendHeader(curl_slist *list, const QByteArray &line)
 }
 } // namespace
 
-HttpFetchJob::HttpFetchJob(const FetchOptions &options, FetchRequest request)
-    : m_options(options), m_request(std::move(request)), m_current(m_request.url),
+HttpFetchJob::HttpFetchJob(const FetchOptions &options, std::shared_ptr<FetchPolicy> policy,
+                           FetchRequest request)
+    : m_options(options), m_policy(std::move(policy)), m_request(std::move(request)),
+      m_current(m_request.url),
       m_hostKey(m_request.url.scheme().toLower() + QLatin1Char('/') + m_request.url.host().toLower() +
                 QLatin1Char(':') + QString::number(m_request.url.port(-1)))
 {
@@ -95,8 +90,7 @@ void HttpFetchJob::prepare(CURL *easy)
     curl_easy_setopt(easy, CURLOPT_USERAGENT, m_options.userAgent.constData());
     curl_easy_setopt(easy, CURLOPT_ACCEPT_ENCODING, ""); // every packing curl can unpack
     curl_easy_setopt(easy, CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
-    if (isLoopback(m_current.host().toLower()))
-        curl_easy_setopt(easy, CURLOPT_NOPROXY, "*");
+    routeThroughProxy(easy);
     const qint64 left = std::max<qint64>(1, m_options.timeoutMs - m_clock.elapsed());
     curl_easy_setopt(easy, CURLOPT_TIMEOUT_MS, long(left));
     curl_easy_setopt(easy, CURLOPT_HEADERFUNCTION, &HttpFetchJob::onHeader);
@@ -107,6 +101,24 @@ void HttpFetchJob::prepare(CURL *easy)
     // The handle has copied the strings but keeps the header list: the old one goes now.
     curl_slist_free_all(m_headers);
     m_headers = headers;
+}
+
+void HttpFetchJob::routeThroughProxy(CURL *easy)
+{
+    const ProxyRoute route = m_policy->route(m_current);
+    // An empty proxy also keeps curl from reading the environment on its own.
+    curl_easy_setopt(easy, CURLOPT_PROXY, route.proxy.toUtf8().constData());
+    if (route.login == ProxyRoute::Login::Password) {
+        curl_easy_setopt(easy, CURLOPT_PROXYUSERNAME, route.user.toUtf8().constData());
+        curl_easy_setopt(easy, CURLOPT_PROXYPASSWORD, route.password.toUtf8().constData());
+        curl_easy_setopt(easy, CURLOPT_PROXYAUTH, CURLAUTH_ANY);
+    } else if (route.login == ProxyRoute::Login::Negotiate) {
+        // An empty login makes curl take the user's own ticket.
+        curl_easy_setopt(easy, CURLOPT_PROXYUSERPWD, ":");
+        curl_easy_setopt(easy, CURLOPT_PROXYAUTH, CURLAUTH_NEGOTIATE);
+    }
+    if (!route.direct())
+        qCDebug(lcFetch) << m_current << "through" << route.proxy << "-" << route.reason;
 }
 
 size_t HttpFetchJob::onHeader(char *data, size_t size, size_t count, void *self)

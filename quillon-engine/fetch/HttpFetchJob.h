@@ -1,6 +1,7 @@
 #pragma once
 
 #include "FetchOptions.h"
+#include "FetchPolicy.h"
 #include "FetchRequest.h"
 #include "FetchResult.h"
 
@@ -8,6 +9,7 @@
 
 #include <QElapsedTimer>
 
+#include <memory>
 #include <optional>
 
 namespace quillon {
@@ -17,14 +19,15 @@ namespace quillon {
 class HttpFetchJob
 {
 public:
-    HttpFetchJob(const FetchOptions &options, FetchRequest request);
+    HttpFetchJob(const FetchOptions &options, std::shared_ptr<FetchPolicy> policy, FetchRequest request);
     ~HttpFetchJob();
     HttpFetchJob(const HttpFetchJob &) = delete;
     HttpFetchJob &operator=(const HttpFetchJob &) = delete;
 
     // Scheme, host and port: the connections one server may be asked for at once.
     [[nodiscard]] const QString &hostKey() const { return m_hostKey; }
-    // Sets the handle up for the current address; the first call starts the clock.
+    // Sets the handle up for the current address, through the proxy the policy names for it;
+    // the first call starts the clock.
     void prepare(CURL *easy);
     // What the transfer that just ended amounts to; nothing when it is to be sent again to
     // where it was redirected (prepare has been called for that).
@@ -37,11 +40,13 @@ private:
     [[nodiscard]] bool readHeader(QByteArrayView line);
     [[nodiscard]] bool readBody(QByteArrayView data);
     void abort(const QString &reason);
+    void routeThroughProxy(CURL *easy);
     [[nodiscard]] bool isPacked() const;
     [[nodiscard]] FetchResult answered() const;
     [[nodiscard]] QString timedOutText() const;
 
     const FetchOptions &m_options;
+    std::shared_ptr<FetchPolicy> m_policy;
     FetchRequest m_request;
     QUrl m_current;
     QString m_hostKey;

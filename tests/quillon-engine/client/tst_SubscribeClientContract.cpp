@@ -39,6 +39,7 @@ private Q_SLOTS:
     void settingsRoundTripWithDefaults();
     void bulkReadAndReadAheadStayCurrent();
     void searchBagRendersAsSearch();
+    void proxyForUrlFollowsTheNetworkSettings();
     void engineFailuresRaiseEngineError();
     void crashedEngineIsFoundAgain();
     // Last: it stops the engine.
@@ -267,6 +268,25 @@ void tst_SubscribeClientContract::searchBagRendersAsSearch()
     QCOMPARE(client->BagToText(other), "bag?keywords=x%3Dy");
     client->ReleaseHandle(search);
     client->ReleaseHandle(other);
+}
+
+void tst_SubscribeClientContract::proxyForUrlFollowsTheNetworkSettings()
+{
+    auto client = newClient();
+    const auto proxyFor = [&client](const QString &url) {
+        const Handle route = client->ProxyForUrl(url);
+        const QString proxy = client->GetStringValue(route, "PROXY");
+        client->ReleaseHandle(route);
+        return proxy;
+    };
+    QCOMPARE(proxyFor("http://127.0.0.1/feed"), QString());
+    SetSetting(*client, "ENGINE", "NetworkModule", "optUseIEProxySettings", "False");
+    SetSetting(*client, "ENGINE", "NetworkModule", "txtSpecificProxyServer", "proxy.corp:3128");
+    SetSetting(*client, "ENGINE", "NetworkModule", "chkBypassForLocals", "False");
+    QCOMPARE(proxyFor("http://127.0.0.1/feed"), "http://proxy.corp:3128");
+    // Back to the defaults for the tests that fetch from this machine.
+    SetSetting(*client, "ENGINE", "NetworkModule", "chkBypassForLocals", "True");
+    SetSetting(*client, "ENGINE", "NetworkModule", "optUseIEProxySettings", "True");
 }
 
 void tst_SubscribeClientContract::engineFailuresRaiseEngineError()

@@ -1,3 +1,4 @@
+#include "FetchPolicy.h"
 #include "HttpFeedFetcher.h"
 #include "LocalHttpServer.h"
 
@@ -182,6 +183,19 @@ void tst_HttpFeedFetcher::waitsForAFreeConnection()
     // Past the time the others would have taken.
     QCOMPARE(fetchAndWait(fetcher, m_server.url("/hang")).outcome, Outcome::TimedOut);
     QCOMPARE(late, 0);
+
+    // The engine's load setting caps the fetches at once below what the options allow.
+    HttpFeedFetcher capped(options);
+    auto policy = std::make_shared<FetchPolicy>();
+    policy->setMaxConcurrent(1);
+    capped.setPolicy(policy);
+    int answered = 0;
+    hang.url = m_server.url("/hang");
+    for (int i = 0; i < 2; ++i)
+        capped.fetch(hang, [&answered](const FetchResult &) { ++answered; });
+    QCOMPARE(capped.running(), 1);
+    QCOMPARE(capped.waiting(), 1);
+    QTRY_COMPARE_WITH_TIMEOUT(answered, 2, 10000);
 }
 
 void tst_HttpFeedFetcher::filesAreAnsweredLaterToo()
