@@ -9,9 +9,10 @@ QString DetailsPane::Heading(const QString &title)
     return QStringLiteral("Details for '") + title + QStringLiteral("'");
 }
 
-QString DetailsPane::StatusText(const QString &value)
+QString DetailsPane::StatusText(const QString &value, const QString &downloads)
 {
-    return value == quillon::kMissingText ? QStringLiteral("n/a") : value;
+    const QString status = value == quillon::kMissingText ? QStringLiteral("n/a") : value;
+    return downloads.isEmpty() ? status : status + QStringLiteral("; ") + downloads;
 }
 
 QString DetailsPane::DateText(const QString &value, const QLocale &locale)

@@ -13,7 +13,8 @@ public:
     // "Details for '<title>'".
     [[nodiscard]] static QString Heading(const QString &title);
     // The last fetch result, "n/a" when there is none.
-    [[nodiscard]] static QString StatusText(const QString &value);
+    // With the downloads' progress after it when some are under way.
+    [[nodiscard]] static QString StatusText(const QString &value, const QString &downloads = {});
     // An engine date (ISO 8601, UTC) in the system's short date and time; "Never" when there
     // is none. A text that is not a date is shown as it is.
     [[nodiscard]] static QString DateText(const QString &value, const QLocale &locale = QLocale());

@@ -6,6 +6,7 @@
 #include "HandleGuard.h"
 #include "KeyedCollection.h"
 #include "categoriesUtils.h"
+#include "commonUtils.h"
 
 #include <QLoggingCategory>
 
@@ -152,4 +153,6 @@ void SubscriptionListLoader::ReadStatus(quillon::SubscribeClient &client, qint32
     status.nextCheck = client.GetStringValue(item.get(), QStringLiteral("NEXTUPDATETIME"));
     facts.readCount = client.GetLongValue(item.get(), QStringLiteral("ITEMREADCOUNT"));
     facts.unreadCount = client.GetLongValue(item.get(), QStringLiteral("ITEMUNREADCOUNT"));
+    status.downloads = GetConsumerSetting(client, QStringLiteral("DownloadStatus"), QString(),
+                                          QStringLiteral("MEDIACONSUMER"), SubscriptionSpecificsSection(id));
 }

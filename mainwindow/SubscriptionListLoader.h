@@ -24,6 +24,7 @@ struct SubscriptionStatus
     QString lastStatus = quillon::kMissingText;
     QString lastCheck = quillon::kMissingText;
     QString nextCheck = quillon::kMissingText;
+    QString downloads; // the media downloader's progress, "" when nothing comes in
 };
 
 // Builds the tree of categories and subscriptions from the saved categories and the engine.

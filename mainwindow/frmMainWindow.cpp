@@ -351,6 +351,15 @@ void frmMainWindow::LoadEditor(CategoryNode *node)
     m_editor->LoadSelection(selection);
 }
 
+void frmMainWindow::Run()
+{
+    m_router.Run();
+    // A subscription's downloads move on without a message: its details are read each tick.
+    CategoryNode *node = m_treeControl->CurrentNode();
+    if (node && IsSubscription(node) && ui->fraDetails->isVisible())
+        ShowDetails(node);
+}
+
 void frmMainWindow::ShowDetails(CategoryNode *node)
 {
     if (!node) {

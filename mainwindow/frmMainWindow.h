@@ -74,7 +74,7 @@ public:
         m_router.HandleSubscribeClientCallback(message);
     }
     Q_INVOKABLE void DoDisplayRefresh() { m_router.DoDisplayRefresh(); }
-    Q_INVOKABLE void Run() { m_router.Run(); }
+    Q_INVOKABLE void Run();
 
     // The router's steps, for the start-up module and tests.
     void SetIgnoreMessages(bool ignore) { m_router.SetIgnoreMessages(ignore); }

@@ -1,15 +1,13 @@
 #include "DeliveryAgent.h"
 
+#include "ConsumerRequests.h"
 #include "DeliveryLogging.h"
-#include "FunctionCallback.h"
 #include "HandleGuard.h"
 #include "PropertyBag.h"
 
-#include <QPointer>
 #include <QtConcurrent/QtConcurrentMap>
 #include <QtConcurrent/QtConcurrentRun>
 
-using quillon::FunctionCallback;
 using quillon::Handle;
 
 Q_LOGGING_CATEGORY(lcDeliver, "corvell.deliver")
@@ -46,13 +44,9 @@ bool DeliveryAgent::start(QString *error)
     if (!m_store->open(error))
         return false;
     m_index.load();
-    QPointer<DeliveryAgent> self(this);
     try {
-        m_client->Connect(DeliverySettings::kConsumer,
-                          std::make_shared<FunctionCallback>([self](Handle message) {
-                              if (self)
-                                  self->onEngineMessage(message);
-                          }));
+        ConsumerRequests::connect(*m_client, DeliverySettings::kConsumer, this,
+                                  [this](Handle message) { onEngineMessage(message); });
         m_client->Log(QStringLiteral("Mail delivery connected; messages go to %1").arg(m_store->describe()),
                       1);
     } catch (const std::exception &e) {
@@ -75,7 +69,7 @@ void DeliveryAgent::engineFailed(const std::exception &e)
     if (m_lost)
         return;
     // A refused call is tried again later; a lost connection ends the delivery.
-    if (!QString::fromUtf8(e.what()).contains(QLatin1String("connection was lost"), Qt::CaseInsensitive)) {
+    if (!ConsumerRequests::connectionLost(e)) {
         qCWarning(lcDeliver) << "engine call failed:" << e.what();
         m_retryTimer.start();
         return;
@@ -89,21 +83,13 @@ void DeliveryAgent::engineFailed(const std::exception &e)
 void DeliveryAgent::onEngineMessage(Handle message)
 {
     try {
-        const QString name = m_client->GetStringValue(message, QStringLiteral("MESSAGE"));
+        const QString name = ConsumerRequests::messageFor(*m_client, message, DeliverySettings::kConsumer);
         if (name == QLatin1String("EngineTerminated")) {
             m_lost = true;
             m_readTimer.stop();
             m_replanTimer.stop();
             Q_EMIT engineLost(QStringLiteral("The engine stopped"));
-            return;
-        }
-        HandleGuard result(*m_client, m_client->GetHandleValue(message, QStringLiteral("Result")));
-        if (result.get() <= 0)
-            return;
-        const QString consumer = m_client->GetStringValue(result.get(), QStringLiteral("CONSUMERID"));
-        if (consumer.compare(DeliverySettings::kConsumer, Qt::CaseInsensitive) != 0)
-            return;
-        if (name == QLatin1String("ArticlesAvailable")) {
+        } else if (name == QLatin1String("ArticlesAvailable")) {
             requestArticles();
         } else if (name == QLatin1String("ArticlesRemoved")) {
             requestRemovals();
@@ -119,23 +105,12 @@ void DeliveryAgent::onEngineMessage(Handle message)
 void DeliveryAgent::submit(const QString &kind, const std::function<void(Handle)> &fill,
                            std::function<void(Handle)> answer)
 {
-    HandleGuard bag(*m_client, m_client->NewBag());
-    m_client->SetStringValue(bag.get(), QStringLiteral("REQUEST"), kind);
-    if (fill)
-        fill(bag.get());
-    QPointer<DeliveryAgent> self(this);
-    m_client->SubmitRequest(bag.get(), std::make_shared<FunctionCallback>([self, answer](Handle reply) {
-                                if (self)
-                                    answer(reply);
-                            }));
+    ConsumerRequests::submit(*m_client, kind, fill, this, std::move(answer));
 }
 
 void DeliveryAgent::putIds(Handle bag, const QList<qint32> &ids)
 {
-    HandleGuard list(*m_client, m_client->NewList());
-    for (const qint32 id : ids)
-        m_client->ListAppend(list.get(), QString::number(id));
-    m_client->SetHandleValue(bag, QStringLiteral("ARTICLEIDS"), list.get());
+    ConsumerRequests::putIds(*m_client, bag, ids);
 }
 
 void DeliveryAgent::askForBatch(const QString &kind, Batch &batch, void (DeliveryAgent::*answered)(Handle))

@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Builds, starts this user's engine (unless one already runs), the mail delivery and then ConfigConsumer.
+# Builds, starts this user's engine (unless one already runs), the mail delivery, the enclosure
+# downloads and then ConfigConsumer.
 # Without a display the program runs offscreen, saves a screenshot, prints its path and ends.
 set -euo pipefail
 root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
@@ -9,7 +10,9 @@ bin="$build/bin"
 
 engine_pid=""
 deliver_pid=""
+media_pid=""
 stop_engine() {
+  [ -n "$media_pid" ] && kill "$media_pid" 2>/dev/null && wait "$media_pid" 2>/dev/null || true
   [ -n "$deliver_pid" ] && kill "$deliver_pid" 2>/dev/null && wait "$deliver_pid" 2>/dev/null || true
   [ -n "$engine_pid" ] && kill "$engine_pid" 2>/dev/null && wait "$engine_pid" 2>/dev/null || true
 }
@@ -31,6 +34,9 @@ grep -h "listening" "$log" || true
 # Articles of the checked subscriptions go to the Maildir (see the README).
 "$bin/quillon-deliver" &
 deliver_pid=$!
+# Enclosures of subscriptions set to download them go to the Music, Videos and Pictures folders.
+"$bin/quillon-media" &
+media_pid=$!
 
 if [ -z "${DISPLAY:-}" ] && [ -z "${WAYLAND_DISPLAY:-}" ]; then
   shot="${SCREENSHOT:-$build/configconsumer.png}"

@@ -186,16 +186,17 @@ ListPtr ArticleStore::itemBags(qint32 subscriptionId)
 QHash<qint64, QList<ParsedEnclosure>> ArticleStore::enclosuresOf(qint32 subscriptionId)
 {
     QHash<qint64, QList<ParsedEnclosure>> byArticle;
-    const auto rows =
-        m_db.select(QStringLiteral("SELECT e.article_id, e.url, e.type, e.length FROM article_enclosures e"
-                                   " JOIN articles a ON a.id = e.article_id WHERE a.subscription_id = ?"
-                                   " ORDER BY e.article_id, e.position"),
-                    {subscriptionId}, "reading enclosures");
+    const auto rows = m_db.select(
+        QStringLiteral("SELECT e.article_id, e.url, e.type, e.length, e.file FROM article_enclosures e"
+                       " JOIN articles a ON a.id = e.article_id WHERE a.subscription_id = ?"
+                       " ORDER BY e.article_id, e.position"),
+        {subscriptionId}, "reading enclosures");
     for (const auto &row : rows) {
         ParsedEnclosure enclosure;
         enclosure.url = row.at(1).toString();
         enclosure.type = row.at(2).toString();
         enclosure.length = row.at(3).isNull() ? -1 : row.at(3).toLongLong();
+        enclosure.file = row.at(4).toString();
         byArticle[row.at(0).toLongLong()].append(enclosure);
     }
     return byArticle;

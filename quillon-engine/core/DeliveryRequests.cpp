@@ -58,6 +58,7 @@ void DeliveryRequests::registerWith(RequestProcessor &requests)
     kind("SETREADSTATE", &DeliveryRequests::setReadState);
     kind("PENDINGREMOVALS", &DeliveryRequests::pendingRemovals);
     kind("CONFIRMREMOVALS", &DeliveryRequests::confirmRemovals);
+    kind("SETENCLOSUREFILE", &DeliveryRequests::setEnclosureFile);
 }
 
 bool DeliveryRequests::requireConsumer(const Origin &origin)
@@ -126,6 +127,15 @@ void DeliveryRequests::confirmRemovals(const Origin &origin, const PropertyBag &
 {
     const int confirmed = m_store.confirmRemovals(origin.consumerId, articleIds(request));
     answer(origin, QStringLiteral("RemovalsConfirmed"), countPayload(confirmed));
+}
+
+void DeliveryRequests::setEnclosureFile(const Origin &origin, const PropertyBag &request)
+{
+    const QString file =
+        request.contains(QStringLiteral("FILE")) ? request.text(QStringLiteral("FILE")) : QString();
+    const int changed = m_store.setEnclosureFile(request.number(QStringLiteral("ARTICLEID")),
+                                                 request.text(QStringLiteral("URL")), file);
+    answer(origin, QStringLiteral("EnclosureFileSet"), countPayload(changed));
 }
 
 void DeliveryRequests::announce(qint32 subscriptionId)

@@ -10,6 +10,7 @@ class Outbox;
 
 // The requests of a consumer that delivers articles somewhere (the mail delivery consumer):
 // "PENDINGARTICLES", "ACKNOWLEDGE", "SETREADSTATE", "PENDINGREMOVALS", "CONFIRMREMOVALS",
+// "SETENCLOSUREFILE",
 // each answered at its callback for the consumer the session connected as; and the messages
 // "ArticlesAvailable" and "ArticlesRemoved" that tell such consumers to ask.
 class DeliveryRequests
@@ -36,6 +37,7 @@ private:
     void setReadState(const Origin &origin, const PropertyBag &request);
     void pendingRemovals(const Origin &origin, const PropertyBag &request);
     void confirmRemovals(const Origin &origin, const PropertyBag &request);
+    void setEnclosureFile(const Origin &origin, const PropertyBag &request);
     // False (and the request answered with RequestFailed) for a session not connected.
     bool requireConsumer(const Origin &origin);
     void answer(const Origin &origin, const QString &message, BagPtr payload);

@@ -25,14 +25,24 @@ const QString kPendingFrom =
                    " AND b.consumer_id = ?"
                    " WHERE NOT EXISTS (SELECT 1 FROM delivered_articles d"
                    " WHERE d.consumer_id = b.consumer_id AND d.article_id = a.id)");
+// The media consumer is bound to nothing: it receives every article with an enclosure.
+const QString kMediaPendingFrom = QStringLiteral(
+    " FROM articles a WHERE EXISTS (SELECT 1 FROM article_enclosures e WHERE e.article_id = a.id)"
+    " AND NOT EXISTS (SELECT 1 FROM delivered_articles d"
+    " WHERE d.consumer_id = ? AND d.article_id = a.id)");
 } // namespace
+
+bool DeliveryStore::receivesEverySubscription(const QString &consumerId)
+{
+    return consumerId.compare(QLatin1String(kMediaConsumer), Qt::CaseInsensitive) == 0;
+}
 
 ListPtr DeliveryStore::pending(const QString &consumerId, qint32 subscriptionId, int limit, qint64 afterId)
 {
     const auto rows = m_db.select(
         QStringLiteral("SELECT a.id, a.subscription_id, a.guid, a.title, a.link, a.author, a.body,"
                        " a.published, a.updated, a.is_read") +
-            kPendingFrom +
+            (receivesEverySubscription(consumerId) ? kMediaPendingFrom : kPendingFrom) +
             QStringLiteral(" AND (? = 0 OR a.subscription_id = ?) AND a.id > ? ORDER BY a.id LIMIT ?"),
         {consumerId, subscriptionId, subscriptionId, afterId, limit}, "listing articles to deliver");
     QList<qint64> ids;
@@ -40,12 +50,13 @@ ListPtr DeliveryStore::pending(const QString &consumerId, qint32 subscriptionId,
         ids.append(row.at(0).toLongLong());
     QHash<qint64, QList<ParsedEnclosure>> enclosures;
     const auto enclosureRows = m_db.select(
-        QStringLiteral("SELECT article_id, url, type, length FROM article_enclosures"
+        QStringLiteral("SELECT article_id, url, type, length, file FROM article_enclosures"
                        " WHERE article_id IN (SELECT value FROM json_each(?)) ORDER BY article_id, position"),
         {idsJson(ids)}, "reading enclosures to deliver");
     for (const auto &row : enclosureRows)
-        enclosures[row.at(0).toLongLong()].append(
-            {row.at(1).toString(), row.at(2).toString(), row.at(3).isNull() ? -1 : row.at(3).toLongLong()});
+        enclosures[row.at(0).toLongLong()].append({row.at(1).toString(), row.at(2).toString(),
+                                                   row.at(3).isNull() ? -1 : row.at(3).toLongLong(),
+                                                   row.at(4).toString()});
 
     auto list = PropertyList::create();
     for (const auto &row : rows) {
@@ -63,6 +74,13 @@ ListPtr DeliveryStore::pending(const QString &consumerId, qint32 subscriptionId,
 int DeliveryStore::acknowledge(const QString &consumerId, const QList<qint64> &articleIds,
                                const QDateTime &now)
 {
+    if (receivesEverySubscription(consumerId))
+        return m_db.execute(
+            QStringLiteral(
+                "INSERT OR IGNORE INTO delivered_articles (consumer_id, article_id, delivered_at)"
+                " SELECT ?, a.id, ? FROM articles a WHERE a.id IN (SELECT value FROM json_each(?))"),
+            {consumerId, SubscriptionFields::isoDate(now), idsJson(articleIds)},
+            "marking articles delivered");
     return m_db.execute(
         QStringLiteral("INSERT OR IGNORE INTO delivered_articles (consumer_id, article_id, delivered_at)"
                        " SELECT b.consumer_id, a.id, ? FROM articles a JOIN bindings b"
@@ -102,6 +120,13 @@ int DeliveryStore::confirmRemovals(const QString &consumerId, const QList<qint64
                         {consumerId, idsJson(articleIds)}, "confirming removals");
 }
 
+int DeliveryStore::setEnclosureFile(qint64 articleId, const QString &url, const QString &file)
+{
+    return m_db.execute(
+        QStringLiteral("UPDATE article_enclosures SET file = ? WHERE article_id = ? AND url = ?"),
+        {file.isEmpty() ? QVariant() : QVariant(file), articleId, url}, "recording an enclosure's file");
+}
+
 QList<DeliveryStore::Counts> DeliveryStore::waiting(qint32 subscriptionId)
 {
     const auto rows = m_db.select(
@@ -115,8 +140,14 @@ QList<DeliveryStore::Counts> DeliveryStore::waiting(qint32 subscriptionId)
                        " UNION SELECT r.consumer_id, 0, COUNT(*) FROM delivery_removals r"
                        " WHERE r.subscription_id = ? AND NOT EXISTS (SELECT 1 FROM bindings b"
                        " WHERE b.consumer_id = r.consumer_id AND b.subscription_id = r.subscription_id)"
-                       " GROUP BY r.consumer_id"),
-        {subscriptionId, subscriptionId}, "counting what waits for delivery");
+                       " GROUP BY r.consumer_id"
+                       " UNION SELECT ?, COUNT(*), 0 FROM articles a WHERE a.subscription_id = ?"
+                       " AND EXISTS (SELECT 1 FROM article_enclosures e WHERE e.article_id = a.id)"
+                       " AND NOT EXISTS (SELECT 1 FROM delivered_articles d"
+                       " WHERE d.consumer_id = ? AND d.article_id = a.id)"),
+        {subscriptionId, subscriptionId, QLatin1String(kMediaConsumer), subscriptionId,
+         QLatin1String(kMediaConsumer)},
+        "counting what waits for delivery");
     QList<Counts> counts;
     for (const auto &row : rows)
         counts.append({row.at(0).toString(), row.at(1).toInt(), row.at(2).toInt()});

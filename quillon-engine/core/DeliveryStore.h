@@ -11,7 +11,8 @@ namespace quillon {
 class EngineDatabase;
 
 // What each delivering consumer still has to store or take away: articles of its bound
-// subscriptions without a delivered mark, and removals the schema's triggers recorded.
+// subscriptions without a delivered mark (for the media consumer, every article with an
+// enclosure), and removals the schema's triggers recorded.
 class DeliveryStore
 {
 public:
@@ -22,7 +23,12 @@ public:
         qint32 removals = 0;
     };
 
+    // Receives the articles with enclosures of every subscription, bound or not.
+    static constexpr const char *kMediaConsumer = "MEDIACONSUMER";
+
     explicit DeliveryStore(EngineDatabase &db) : m_db(db) {}
+
+    [[nodiscard]] static bool receivesEverySubscription(const QString &consumerId);
 
     // Up to limit item bags (ItemBags) in article order, each with "ARTICLEID",
     // "SUBSCRIPTIONID" and "READ"; subscriptionId 0 means every bound subscription.
@@ -36,6 +42,9 @@ public:
     // Bags of "ARTICLEID", "SUBSCRIPTIONID", "GUID", oldest first.
     [[nodiscard]] ListPtr removals(const QString &consumerId, int limit);
     int confirmRemovals(const QString &consumerId, const QList<qint64> &articleIds);
+    // Records where the article's enclosure with this address was stored; "" forgets it.
+    // Returns how many enclosures changed.
+    int setEnclosureFile(qint64 articleId, const QString &url, const QString &file);
     // Per consumer bound to the subscription, what waits for it there.
     [[nodiscard]] QList<Counts> waiting(qint32 subscriptionId);
 

@@ -42,6 +42,7 @@ BagPtr ItemBags::enclosure(const ParsedEnclosure &enclosure)
     setIfAny(*bag, QStringLiteral("TYPE"), enclosure.type);
     if (enclosure.length >= 0 && enclosure.length <= std::numeric_limits<qint32>::max())
         bag->setLong(QStringLiteral("LENGTH"), qint32(enclosure.length));
+    setIfAny(*bag, QStringLiteral("FILE"), enclosure.file);
     return bag;
 }
 

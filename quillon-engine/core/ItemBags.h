@@ -7,8 +7,8 @@
 namespace quillon {
 
 // The bags articles travel in. An item holds "SUBJECT", "URL", "BODY", "AUTHOR", "DATE"
-// (ISO-8601, UTC), "GUID" and "ENCLOSURES" (bags of "URL", "TYPE", "LENGTH"); values a feed
-// did not give are left out.
+// (ISO-8601, UTC), "GUID" and "ENCLOSURES" (bags of "URL", "TYPE", "LENGTH" and "FILE" once downloaded);
+// values a feed did not give are left out.
 class ItemBags
 {
 public:

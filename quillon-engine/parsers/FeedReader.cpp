@@ -256,7 +256,7 @@ bool FeedReader::readRssCoreChild(ParsedItem &item, const QUrl &base)
         const QXmlStreamAttributes a = m_xml.attributes();
         addEnclosure(item.enclosures, {LinkResolver::resolve(base, a.value(QLatin1String("url"))),
                                        a.value(QLatin1String("type")).trimmed().toString(),
-                                       lengthOf(a.value(QLatin1String("length")))});
+                                       lengthOf(a.value(QLatin1String("length"))), QString()});
         m_xml.skipCurrentElement();
     } else {
         return false;
@@ -333,7 +333,7 @@ void FeedReader::readMedia(ParsedItem &item, const QUrl &base)
         const QXmlStreamAttributes a = m_xml.attributes();
         addEnclosure(item.enclosures, {LinkResolver::resolve(contentBase, a.value(QLatin1String("url"))),
                                        a.value(QLatin1String("type")).trimmed().toString(),
-                                       lengthOf(a.value(QLatin1String("fileSize")))});
+                                       lengthOf(a.value(QLatin1String("fileSize"))), QString()});
         m_xml.skipCurrentElement();
     };
     if (m_xml.name() == u"content") {
@@ -447,7 +447,7 @@ void FeedReader::readAtomLink(const QUrl &base, QString &link, QStringList &link
             preferred = htmlPage;
         }
     } else if (rel == u"enclosure" && enclosures) {
-        addEnclosure(*enclosures, {href, type, lengthOf(a.value(QLatin1String("length")))});
+        addEnclosure(*enclosures, {href, type, lengthOf(a.value(QLatin1String("length"))), QString()});
     }
 }
 

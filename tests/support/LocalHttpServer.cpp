@@ -146,6 +146,17 @@ QByteArray LocalHttpServer::routeResponse(const Route &route, const Request &req
         body = gzip(body);
         headers.append(Header("Content-Encoding", "gzip"));
     }
+    const QByteArray range = request.headers.value("range");
+    if (route.ranges && range.startsWith("bytes=") && range.endsWith('-')) {
+        const qint64 from = range.mid(6).chopped(1).toLongLong();
+        const QByteArray total = QByteArray::number(body.size());
+        if (from >= body.size())
+            return response(416, "Range Not Satisfiable", {{"Content-Range", "bytes */" + total}},
+                            QByteArray());
+        headers.append(Header("Content-Range", "bytes " + QByteArray::number(from) + '-' +
+                                                   QByteArray::number(body.size() - 1) + '/' + total));
+        return response(206, "Partial Content", headers, body.mid(from));
+    }
     return response(route.status, route.reason, headers, body, route.announce);
 }
 

@@ -37,6 +37,7 @@ public:
         int cutAfter = -1;    // the connection closes after this many bytes of the body
         bool reset = false;   // with cutAfter: reset a moment later instead of closed
         qint64 announce = -1; // a Content-Length other than the body's own
+        bool ranges = false;  // "Range: bytes=N-" is answered 206 with the rest of the body
     };
 
     explicit LocalHttpServer(QObject *parent = nullptr);

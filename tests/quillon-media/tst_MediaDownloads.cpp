@@ -1,0 +1,325 @@
+#include "DaemonProcess.h"
+#include "EngineFixture.h"
+#include "LocalHttpServer.h"
+#include "MediaAgent.h"
+#include "MediaHome.h"
+#include "Playlists.h"
+
+#include <QCryptographicHash>
+#include <QDir>
+#include <QFile>
+#include <QProcess>
+#include <QSignalSpy>
+
+#include <algorithm>
+
+using namespace quillon;
+
+namespace {
+struct Served
+{
+    const char *name;
+    const char *type;
+};
+const Served kFiles[] = {
+    {"a.mp3", "audio/mpeg"}, {"v.mp4", "video/mp4"}, {"p.jpg", "image/jpeg"}, {"d.pdf", "application/pdf"}};
+
+QByteArray body(const QString &name, int size = 48 * 1024)
+{
+    QByteArray bytes;
+    while (bytes.size() < size)
+        bytes += QCryptographicHash::hash(name.toUtf8() + QByteArray::number(bytes.size()),
+                                          QCryptographicHash::Sha256);
+    return bytes.left(size);
+}
+
+QByteArray readAll(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+} // namespace
+
+// Enclosures downloaded through the real engine from a local server into a home of the test's own.
+class tst_MediaDownloads : public QObject
+{
+    Q_OBJECT
+
+private:
+    void serveShow(int cutAfter = -1);
+    void setGeneral(const QStringList &settings);
+    void startAgent();
+    // Adds the show and waits for its first fetch.
+    qint32 addShow();
+    [[nodiscard]] QString file(const QString &relative) const { return m_home->path(relative); }
+    [[nodiscard]] QStringList recordedFiles(qint32 id);
+
+    std::unique_ptr<LocalHttpServer> m_server; // one per test, so its counts are the test's own
+    std::unique_ptr<MediaHome> m_home;
+    std::unique_ptr<EngineFixture> m_engine;
+    std::unique_ptr<MediaAgent> m_agent;
+    std::unique_ptr<QSignalSpy> m_caughtUp;
+    SubscribeClientPtr m_agentClient;
+    QStringList m_handedOff;
+
+private Q_SLOTS:
+    void init();
+    void cleanup();
+    void filesEachKindWhereTheSettingsSay_data();
+    void filesEachKindWhereTheSettingsSay();
+    void askWaitsForTheAnswerAndTakesItAtOnce();
+    void cutDownloadResumesWithRange();
+    void agedArticleTakesItsFileWithAutoDelete();
+    void killedMediaLosesNothingAndDownloadsNothingTwice();
+};
+
+void tst_MediaDownloads::init()
+{
+    m_home = std::make_unique<MediaHome>();
+    m_server = std::make_unique<LocalHttpServer>();
+    QVERIFY(m_server->listen());
+    m_engine = std::make_unique<EngineFixture>();
+    QVERIFY(m_engine->engine.isReady());
+    m_engine->startUpdating([] { return QDateTime::currentDateTimeUtc(); });
+    m_handedOff.clear();
+    serveShow();
+}
+
+void tst_MediaDownloads::cleanup()
+{
+    m_caughtUp.reset();
+    m_agent.reset();
+    if (m_agentClient)
+        QCOMPARE(m_agentClient->LiveHandleCount(), 0);
+    m_agentClient.reset();
+    m_engine.reset();
+    m_home.reset();
+    m_server.reset();
+}
+
+void tst_MediaDownloads::serveShow(int cutAfter)
+{
+    QString feed = QStringLiteral("<rss version=\"2.0\"><channel><title>Show</title>");
+    int n = 0;
+    for (const Served &f : kFiles) {
+        const QString path = QStringLiteral("/files/%1").arg(QLatin1String(f.name));
+        LocalHttpServer::Route route;
+        route.contentType = f.type;
+        route.body = body(QLatin1String(f.name));
+        route.ranges = true;
+        route.cutAfter = cutAfter;
+        m_server->setRoute(path, route);
+        feed += QStringLiteral("<item><guid>ep%1</guid><title>Episode %1</title>"
+                               "<enclosure url=\"%2\" type=\"%3\" length=\"%4\"/></item>")
+                    .arg(++n)
+                    .arg(m_server->url(path).toString(), QLatin1String(f.type))
+                    .arg(route.body.size());
+    }
+    m_server->serve("/show", (feed + QStringLiteral("</channel></rss>")).toUtf8());
+}
+
+void tst_MediaDownloads::setGeneral(const QStringList &settings)
+{
+    for (const QString &setting : settings)
+        m_engine->setSetting("MEDIACONSUMER", "Settings", setting.section('=', 0, 0),
+                             setting.section('=', 1));
+}
+
+void tst_MediaDownloads::startAgent()
+{
+    m_agentClient = m_engine->engine.newClient();
+    MediaAgent::Options options;
+    options.folders = MediaFolders::fromSystem();
+    options.indexPath = file("index.json");
+    options.retryMs = 100;
+    options.answerPollMs = 50;
+    options.handOff = [this](const QString &path, const QString &) { m_handedOff.append(path); };
+    m_agent = std::make_unique<MediaAgent>(m_agentClient, options);
+    m_caughtUp = std::make_unique<QSignalSpy>(m_agent.get(), &MediaAgent::caughtUp);
+    QString error;
+    QVERIFY2(m_agent->start(&error), qPrintable(error));
+}
+
+qint32 tst_MediaDownloads::addShow()
+{
+    const qint32 id = m_engine->add(m_server->url("/show").toString());
+    const QString status = m_engine->waitForUpdates();
+    return status.startsWith("OK") ? id : 0;
+}
+
+QStringList tst_MediaDownloads::recordedFiles(qint32 id)
+{
+    QStringList files;
+    const BagPtr answer = m_engine->request({{"REQUEST", "ITEMS"}, {"SUBSCRIPTIONID", QString::number(id)}});
+    const ListPtr items = answer ? answer->bag("Result")->list("ITEMS") : nullptr;
+    for (const PropertyValue &item : items ? items->items() : QList<PropertyValue>{}) {
+        for (const PropertyValue &enclosure : std::get<BagPtr>(item)->list("ENCLOSURES")->items()) {
+            if (std::get<BagPtr>(enclosure)->contains("FILE"))
+                files.append(std::get<BagPtr>(enclosure)->text("FILE"));
+        }
+    }
+    files.sort();
+    return files;
+}
+
+void tst_MediaDownloads::filesEachKindWhereTheSettingsSay_data()
+{
+    QTest::addColumn<QStringList>("settings");
+    QTest::addColumn<QStringList>("existing"); // files there before, holding "old"
+    QTest::addColumn<QStringList>("expected"); // files that get the served bytes
+    const QStringList always = {"EnableAutoDownload=1", "PromptForAutoDownload=0"};
+    const QString downloads = ".local/share/Corvell/Downloads/";
+    const QStringList filed = {"Tunes/Show/a.mp3", "Films/Show/v.mp4", "Photos/Show/p.jpg",
+                               downloads + "Show/d.pdf"};
+    QTest::newRow("always, one folder per subscription") << always << QStringList() << filed;
+    QTest::newRow("always, flat, music not in Music")
+        << always + QStringList{"OrganizeBySubscriptionTitle=0", "StoreMusicInMyMusic=0"} << QStringList()
+        << QStringList{downloads + "a.mp3", "Films/v.mp4", "Photos/p.jpg", downloads + "d.pdf"};
+    QTest::newRow("overwrite off keeps both")
+        << always << QStringList{"Tunes/Show/a.mp3"} << QStringList{"Tunes/Show/a (2).mp3"} + filed.mid(1);
+    QTest::newRow("overwrite on replaces")
+        << always + QStringList{"OverwriteFiles=1"} << QStringList{"Tunes/Show/a.mp3"} << filed;
+    QTest::newRow("playlist and player")
+        << always + QStringList{"PlaceIntoPlaylist=1", "EnablePodcasting=1"} << QStringList() << filed;
+    QTest::newRow("never") << QStringList{"EnableAutoDownload=0", "PromptForAutoDownload=0"} << QStringList()
+                           << QStringList();
+}
+
+void tst_MediaDownloads::filesEachKindWhereTheSettingsSay()
+{
+    QFETCH(QStringList, settings);
+    QFETCH(QStringList, existing);
+    QFETCH(QStringList, expected);
+    setGeneral(settings);
+    for (const QString &old : existing) {
+        QDir().mkpath(QFileInfo(file(old)).absolutePath());
+        QFile f(file(old));
+        QVERIFY(f.open(QIODevice::WriteOnly) && f.write("old") == 3);
+    }
+    startAgent();
+    const qsizetype before = m_caughtUp->size();
+    const qint32 id = addShow();
+    QVERIFY(id > 0);
+    QStringList paths;
+    for (const QString &relative : expected) {
+        paths.append(file(relative));
+        const QString served = QFileInfo(QString(relative).remove(" (2)")).fileName();
+        QTRY_COMPARE_WITH_TIMEOUT(readAll(paths.last()), body(served), 10000);
+        QVERIFY(!QFileInfo::exists(EnclosureDownloader::partOf(paths.last())));
+    }
+    paths.sort();
+    QTRY_COMPARE(recordedFiles(id), paths); // the article pages can point at the files
+    if (expected.isEmpty()) {
+        QTRY_VERIFY(m_caughtUp->size() > before);
+        QCOMPARE(m_server->requestCount("/files/a.mp3") + m_server->requestCount("/files/d.pdf"), 0);
+    }
+    if (existing.size() == 1 && !expected.contains(existing.first()))
+        QCOMPARE(readAll(file(existing.first())), QByteArray("old"));
+    if (settings.contains("PlaceIntoPlaylist=1")) {
+        const QList<Playlists::Track> m3u = Playlists::readM3u(file("Tunes/Playlists/Show.m3u"));
+        const QList<Playlists::Track> xspf = Playlists::readXspf(file("Tunes/Playlists/Show.xspf"));
+        QCOMPARE(m3u.size(), 4);
+        QStringList listed;
+        for (qsizetype i = 0; i < m3u.size(); ++i) {
+            QCOMPARE(xspf.value(i).file, m3u.at(i).file);
+            QCOMPARE(xspf.value(i).title, m3u.at(i).title);
+            listed.append(m3u.at(i).file);
+        }
+        QCOMPARE(listed, m_handedOff); // in the order they were downloaded
+        listed.sort();
+        QCOMPARE(listed, paths);
+    }
+}
+
+void tst_MediaDownloads::askWaitsForTheAnswerAndTakesItAtOnce()
+{
+    startAgent();
+    const qsizetype before = m_caughtUp->size();
+    const qint32 id = addShow();
+    QVERIFY(id > 0);
+    QTRY_VERIFY(m_caughtUp->size() > before);
+    // The engine asks ConfigConsumer; nothing is fetched while the question is open.
+    QTRY_VERIFY(std::any_of(m_engine->events->received.cbegin(), m_engine->events->received.cend(),
+                            [](const BagPtr &m) { return m->text("MESSAGE") == "PromptForDownload"; }));
+    QCOMPARE(m_server->requestCount("/files/a.mp3"), 0);
+    // The answer as the enclosure question writes it.
+    const QString section = QStringLiteral("SubscriptionSpecifics_%1").arg(id);
+    m_engine->setSetting("MEDIACONSUMER", section, "PromptForAutoDownload", "0");
+    m_engine->setSetting("MEDIACONSUMER", section, "EnableAutoDownload", "1");
+    QTRY_COMPARE_WITH_TIMEOUT(readAll(file("Tunes/Show/a.mp3")), body("a.mp3"), 5000);
+    QTRY_COMPARE(readAll(file(".local/share/Corvell/Downloads/Show/d.pdf")), body("d.pdf"));
+}
+
+void tst_MediaDownloads::cutDownloadResumesWithRange()
+{
+    setGeneral({"EnableAutoDownload=1", "PromptForAutoDownload=0"});
+    serveShow(20000); // each answer stops after 20000 bytes of its body
+    startAgent();
+    QVERIFY(addShow() > 0);
+    QTRY_VERIFY_WITH_TIMEOUT(QFileInfo::exists(file("Tunes/Show/a.mp3")), 15000);
+    QCOMPARE(QCryptographicHash::hash(readAll(file("Tunes/Show/a.mp3")), QCryptographicHash::Sha256),
+             QCryptographicHash::hash(body("a.mp3"), QCryptographicHash::Sha256));
+    QCOMPARE(m_server->requestCount("/files/a.mp3"), 3); // 48 KiB in three pieces
+    QCOMPARE(m_server->lastHeader("/files/a.mp3", "range"), QByteArray("bytes=40000-"));
+}
+
+void tst_MediaDownloads::agedArticleTakesItsFileWithAutoDelete()
+{
+    setGeneral({"EnableAutoDownload=1", "PromptForAutoDownload=0", "EnableAutoDelete=1"});
+    qint64 skew = 0;
+    m_engine->engine.core().setClock([&skew] { return QDateTime::currentDateTimeUtc().addSecs(skew); });
+    startAgent();
+    const qint32 id = addShow();
+    QVERIFY(id > 0);
+    QTRY_VERIFY_WITH_TIMEOUT(QFileInfo::exists(file("Photos/Show/p.jpg")), 10000);
+    QTRY_COMPARE(recordedFiles(id).size(), 4);
+    QSignalSpy deleted(m_agent.get(), &MediaAgent::deleted);
+    skew = 600;
+    m_engine->update(id, {{"DELETEUNREAD", "60"}});
+    QTRY_COMPARE_WITH_TIMEOUT(deleted.size(), 4, 10000);
+    QVERIFY(!QFileInfo::exists(file("Photos/Show/p.jpg")));
+    QVERIFY(!QFileInfo::exists(file("Tunes/Show/a.mp3")));
+}
+
+void tst_MediaDownloads::killedMediaLosesNothingAndDownloadsNothingTwice()
+{
+    DaemonProcess daemon;
+    QVERIFY2(daemon.start(), qPrintable(daemon.errorText()));
+    SubscribeClientPtr client = daemon.newClient();
+    EngineCalls::SetSetting(*client, "MEDIACONSUMER", "Settings", "EnableAutoDownload", "1");
+    EngineCalls::SetSetting(*client, "MEDIACONSUMER", "Settings", "PromptForAutoDownload", "0");
+    LocalHttpServer::Route stuck;
+    stuck.neverAnswer = true;
+    m_server->setRoute("/files/v.mp4", stuck);
+
+    const QString program =
+        QDir(qEnvironmentVariable("QUILLON_BIN_DIR", QCoreApplication::applicationDirPath()))
+            .filePath("quillon-media");
+    const QStringList args = {"--socket", daemon.socketName(), "--index", file("index.json"), "--retry", "1"};
+    QProcess media;
+    media.start(program, args);
+    QVERIFY(media.waitForStarted());
+    const Handle request = client->CreateItemRequest("NEWS", QString(), m_server->url("/show").toString());
+    client->SubmitRequest(request, std::make_shared<CopyingCallback>(*client));
+    client->ReleaseHandle(request);
+    QTRY_COMPARE_WITH_TIMEOUT(readAll(file("Photos/Show/p.jpg")), body("p.jpg"), 20000);
+    QTRY_VERIFY(m_server->requestCount("/files/v.mp4") >= 1);
+    media.kill(); // SIGKILL in the middle of the video
+    QVERIFY(media.waitForFinished());
+
+    serveShow();
+    media.start(program, args);
+    QVERIFY(media.waitForStarted());
+    QTRY_COMPARE_WITH_TIMEOUT(readAll(file("Films/Show/v.mp4")), body("v.mp4"), 20000);
+    QTRY_VERIFY(QFileInfo::exists(file(".local/share/Corvell/Downloads/Show/d.pdf")));
+    for (const char *path : {"/files/a.mp3", "/files/p.jpg", "/files/d.pdf"})
+        QCOMPARE(m_server->requestCount(path), 1);
+    QCOMPARE(QDir(file("Tunes/Show")).entryList(QDir::Files), QStringList{"a.mp3"});
+    media.terminate();
+    QVERIFY(media.waitForFinished());
+    client.reset();
+    QCOMPARE(daemon.stop(), 0);
+}
+
+QTEST_GUILESS_MAIN(tst_MediaDownloads)
+#include "tst_MediaDownloads.moc"
