@@ -138,11 +138,11 @@ void DeliveryRequests::setEnclosureFile(const Origin &origin, const PropertyBag 
     answer(origin, QStringLiteral("EnclosureFileSet"), countPayload(changed));
 }
 
-void DeliveryRequests::announce(qint32 subscriptionId)
+void DeliveryRequests::announce(qint32 subscriptionId, bool afterUpdate)
 {
     QList<DeliveryStore::Counts> waiting;
     try {
-        waiting = m_store.waiting(subscriptionId);
+        waiting = m_store.waiting(subscriptionId, afterUpdate);
     } catch (const std::exception &e) {
         qCWarning(lcCore) << "cannot count deliveries of subscription" << subscriptionId << e.what();
         return;

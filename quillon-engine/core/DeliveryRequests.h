@@ -28,8 +28,9 @@ public:
     }
 
     void registerWith(RequestProcessor &requests);
-    // Tells the consumers bound to the subscription what waits for them there, if anything.
-    void announce(qint32 subscriptionId);
+    // Tells the consumers bound to the subscription what waits for them there, if anything;
+    // after an update also the media consumer, whom a binding does not concern.
+    void announce(qint32 subscriptionId, bool afterUpdate);
 
 private:
     void pendingArticles(const Origin &origin, const PropertyBag &request);

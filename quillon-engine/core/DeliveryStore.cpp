@@ -127,9 +127,9 @@ int DeliveryStore::setEnclosureFile(qint64 articleId, const QString &url, const 
         {file.isEmpty() ? QVariant() : QVariant(file), articleId, url}, "recording an enclosure's file");
 }
 
-QList<DeliveryStore::Counts> DeliveryStore::waiting(qint32 subscriptionId)
+QList<DeliveryStore::Counts> DeliveryStore::waiting(qint32 subscriptionId, bool withMedia)
 {
-    const auto rows = m_db.select(
+    QString sql =
         QStringLiteral("SELECT b.consumer_id,"
                        " (SELECT COUNT(*) FROM articles a WHERE a.subscription_id = b.subscription_id"
                        "  AND NOT EXISTS (SELECT 1 FROM delivered_articles d"
@@ -140,14 +140,16 @@ QList<DeliveryStore::Counts> DeliveryStore::waiting(qint32 subscriptionId)
                        " UNION SELECT r.consumer_id, 0, COUNT(*) FROM delivery_removals r"
                        " WHERE r.subscription_id = ? AND NOT EXISTS (SELECT 1 FROM bindings b"
                        " WHERE b.consumer_id = r.consumer_id AND b.subscription_id = r.subscription_id)"
-                       " GROUP BY r.consumer_id"
-                       " UNION SELECT ?, COUNT(*), 0 FROM articles a WHERE a.subscription_id = ?"
-                       " AND EXISTS (SELECT 1 FROM article_enclosures e WHERE e.article_id = a.id)"
-                       " AND NOT EXISTS (SELECT 1 FROM delivered_articles d"
-                       " WHERE d.consumer_id = ? AND d.article_id = a.id)"),
-        {subscriptionId, subscriptionId, QLatin1String(kMediaConsumer), subscriptionId,
-         QLatin1String(kMediaConsumer)},
-        "counting what waits for delivery");
+                       " GROUP BY r.consumer_id");
+    QVariantList values = {subscriptionId, subscriptionId};
+    if (withMedia) {
+        sql += QStringLiteral(" UNION SELECT ?, COUNT(*), 0 FROM articles a WHERE a.subscription_id = ?"
+                              " AND EXISTS (SELECT 1 FROM article_enclosures e WHERE e.article_id = a.id)"
+                              " AND NOT EXISTS (SELECT 1 FROM delivered_articles d"
+                              " WHERE d.consumer_id = ? AND d.article_id = a.id)");
+        values << QLatin1String(kMediaConsumer) << subscriptionId << QLatin1String(kMediaConsumer);
+    }
+    const auto rows = m_db.select(sql, values, "counting what waits for delivery");
     QList<Counts> counts;
     for (const auto &row : rows)
         counts.append({row.at(0).toString(), row.at(1).toInt(), row.at(2).toInt()});

@@ -45,8 +45,9 @@ public:
     // Records where the article's enclosure with this address was stored; "" forgets it.
     // Returns how many enclosures changed.
     int setEnclosureFile(qint64 articleId, const QString &url, const QString &file);
-    // Per consumer bound to the subscription, what waits for it there.
-    [[nodiscard]] QList<Counts> waiting(qint32 subscriptionId);
+    // Per consumer bound to the subscription, what waits for it there; withMedia adds the
+    // media consumer's pending articles.
+    [[nodiscard]] QList<Counts> waiting(qint32 subscriptionId, bool withMedia);
 
 private:
     EngineDatabase &m_db;

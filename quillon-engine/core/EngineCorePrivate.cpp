@@ -197,7 +197,7 @@ void EngineCorePrivate::updateFinished(qint32 subscriptionId, const QString &sta
     }
     // Counting what consumers wait for costs more than a whole "304": only after a change.
     if (articlesChanged)
-        m_delivery->announce(subscriptionId);
+        m_delivery->announce(subscriptionId, true);
     if (!status.isEmpty() && updated)
         updated(subscriptionId, status);
 }
@@ -321,7 +321,7 @@ PropertyValue EngineCorePrivate::bindItem(const Call &call)
         const bool bound = action == BindingRule::Action::Bind;
         m_outbox.toConnected(
             EngineMessages::bindingChanged(sessions.consumerOf(call.session), consumerId, bound, id));
-        m_delivery->announce(id);
+        m_delivery->announce(id, false);
     }
     return {};
 }
