@@ -19,8 +19,8 @@ class EnclosureDownloader : public QObject
 public:
     struct Limits
     {
-        int total = 8;
-        int perHost = 4;
+        int total = 16;
+        int perHost = 6;
         qint64 maxBytes = qint64(4) << 30;
     };
     struct Job

@@ -8,9 +8,9 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QSaveFile>
 
 #include <algorithm>
+#include <filesystem>
 
 void MediaIndex::load()
 {
@@ -44,9 +44,18 @@ bool MediaIndex::save() const
                                  {QStringLiteral("file"), e.file},
                                  {QStringLiteral("done"), e.done}});
     QDir().mkpath(QFileInfo(m_path).absolutePath());
-    QSaveFile file(m_path);
-    if (!file.open(QIODevice::WriteOnly) ||
-        file.write(QJsonDocument(array).toJson(QJsonDocument::Compact)) < 0 || !file.commit()) {
+    // Written beside and renamed over, without waiting for the disk: the index changes for
+    // every file, and a killed program loses nothing the system has been given.
+    const QString temporary = m_path + QStringLiteral(".new");
+    QFile file(temporary);
+    const QByteArray bytes = QJsonDocument(array).toJson(QJsonDocument::Compact);
+    bool ok = file.open(QIODevice::WriteOnly | QIODevice::Truncate) && file.write(bytes) == bytes.size();
+    file.close();
+    std::error_code error;
+    if (ok)
+        std::filesystem::rename(QFile::encodeName(temporary).toStdString(),
+                                QFile::encodeName(m_path).toStdString(), error);
+    if (!ok || error) {
         qCWarning(lcMedia) << "cannot write the download index" << m_path << file.errorString();
         return false;
     }
