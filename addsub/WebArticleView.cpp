@@ -27,6 +27,25 @@ public:
     }
 };
 
+// The program opens its own pages; what a click in them follows is the feed's choice, so
+// only a web link is followed there.
+class ArticlePage final : public QWebEnginePage
+{
+public:
+    using QWebEnginePage::QWebEnginePage;
+
+protected:
+    bool acceptNavigationRequest(const QUrl &url, NavigationType type, bool isMainFrame) override
+    {
+        if (type == NavigationTypeTyped || type == NavigationTypeReload)
+            return true;
+        if (url.adjusted(QUrl::RemoveFragment) == this->url().adjusted(QUrl::RemoveFragment))
+            return true; // a place in the same page
+        Q_UNUSED(isMainFrame);
+        return WebArticleView::MayFollow(url);
+    }
+};
+
 // One off-the-record profile for every view of the process: nothing a feed's page sets is
 // kept, and later previews reuse what the first one started.
 QWebEngineProfile *articleProfile()
@@ -51,7 +70,7 @@ WebArticleView::WebArticleView(QWidget *parent) : ArticleView(parent)
 {
     m_view = new QWebEngineView(parent);
     m_view->setObjectName(QStringLiteral("webArticle"));
-    m_view->setPage(new QWebEnginePage(articleProfile(), m_view));
+    m_view->setPage(new ArticlePage(articleProfile(), m_view));
     connect(m_view, &QWebEngineView::loadFinished, this,
             [this](bool ok) { Q_EMIT NavigationComplete(m_view->url(), ok); });
 }
@@ -80,6 +99,12 @@ QUrl WebArticleView::Location() const
 QString WebArticleView::Title() const
 {
     return m_view->title();
+}
+
+bool WebArticleView::MayFollow(const QUrl &url)
+{
+    const QString scheme = url.scheme().toLower();
+    return scheme == QLatin1String("http") || scheme == QLatin1String("https");
 }
 
 void WebArticleView::PrepareProcess()

@@ -5,7 +5,8 @@
 class QWebEngineView;
 
 // The article view on the embedded web engine. Feed HTML is untrusted: scripts never run,
-// plugins are off, and a page from the web cannot load local files.
+// plugins are off, a page from the web cannot load local files, and a click follows only
+// http(s) links.
 class WebArticleView final : public ArticleView
 {
     Q_OBJECT
@@ -17,6 +18,9 @@ public:
     void Navigate(const QUrl &url) override;
     QUrl Location() const override;
     QString Title() const override;
+
+    // A link the reader clicks in a shown page is followed only to the web.
+    [[nodiscard]] static bool MayFollow(const QUrl &url);
 
     // Settles what the engine needs before the application object exists (call from main).
     static void PrepareProcess();

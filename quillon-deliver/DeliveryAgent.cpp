@@ -19,7 +19,6 @@ DeliveryAgent::DeliveryAgent(quillon::SubscribeClientPtr client, std::unique_ptr
 {
     m_readTimer.setInterval(m_options.readPollMs);
     m_replanTimer.setInterval(m_options.replanMs);
-    m_retryTimer.setInterval(5000);
     m_retryTimer.setSingleShot(true);
     connect(&m_readTimer, &QTimer::timeout, this, &DeliveryAgent::pollReadMarks);
     connect(&m_replanTimer, &QTimer::timeout, this, &DeliveryAgent::replanFolders);
@@ -71,7 +70,7 @@ void DeliveryAgent::engineFailed(const std::exception &e)
     // A refused call is tried again later; a lost connection ends the delivery.
     if (!ConsumerRequests::connectionLost(e)) {
         qCWarning(lcDeliver) << "engine call failed:" << e.what();
-        m_retryTimer.start();
+        retryLater();
         return;
     }
     m_lost = true;
@@ -225,8 +224,38 @@ MailStore::Folder DeliveryAgent::folderFor(qint32 subscriptionId, const Subscrip
     return folder;
 }
 
+void DeliveryAgent::retryLater()
+{
+    m_retryTimer.start(m_retryMs);
+    m_retryMs = std::min(m_retryMs * 2, kMaxRetryMs);
+}
+
+// An absent store is an outage: said once, waited out with growing pauses, and nothing is
+// stored, removed or judged deleted meanwhile.
+bool DeliveryAgent::storeReachable()
+{
+    if (m_store->reachable()) {
+        if (std::exchange(m_storeAway, false)) {
+            qCInfo(lcDeliver) << "the mail store is back:" << m_store->describe();
+            logToEngine(QStringLiteral("Mail delivery reaches %1 again").arg(m_store->describe()), 1);
+        }
+        return true;
+    }
+    if (!std::exchange(m_storeAway, true)) {
+        qCWarning(lcDeliver) << "the mail store cannot be reached, waiting for it:" << m_store->describe();
+        logToEngine(QStringLiteral("Mail delivery cannot reach %1; it waits for it").arg(m_store->describe()),
+                    2);
+    }
+    retryLater();
+    return false;
+}
+
 void DeliveryAgent::onArticles(Handle answer)
 {
+    if (!storeReachable()) {
+        stopArticles();
+        return;
+    }
     auto commit = std::make_unique<Commit>();
     commit->chain = m_articleChain;
     try {
@@ -283,7 +312,8 @@ void DeliveryAgent::storeArticles(const QList<Outgoing> &outgoing, Commit &commi
         QString error;
         const QString key = MailStore::keyOf(article.articleId);
         if (!m_store->add(folder, key, messages.at(i), &error)) {
-            qCWarning(lcDeliver) << "cannot store article" << article.articleId << error;
+            storeFailed(article.subscriptionId, article.articleId, error);
+            commit.incomplete = true;
             continue;
         }
         const QString path = FolderPlan::pathText(folder);
@@ -295,6 +325,29 @@ void DeliveryAgent::storeArticles(const QList<Outgoing> &outgoing, Commit &commi
         commit.stored.append(article.articleId);
     }
     commit.touched = touched.values();
+}
+
+// Said once per subscription in the engine's log, where ConfigConsumer's user can read it;
+// the article stays pending and is tried again.
+void DeliveryAgent::storeFailed(qint32 subscriptionId, qint32 articleId, const QString &error)
+{
+    qCWarning(lcDeliver) << "cannot store article" << articleId << error;
+    if (m_failedSubscriptions.contains(subscriptionId))
+        return;
+    m_failedSubscriptions.insert(subscriptionId);
+    logToEngine(QStringLiteral("Mail delivery cannot store the articles of subscription %1: %2")
+                    .arg(subscriptionId)
+                    .arg(error),
+                2);
+}
+
+void DeliveryAgent::logToEngine(const QString &text, qint32 level)
+{
+    try {
+        m_client->Log(text, level);
+    } catch (const std::exception &e) {
+        qCWarning(lcDeliver) << "engine call failed:" << e.what();
+    }
 }
 
 void DeliveryAgent::startCommit(std::unique_ptr<Commit> commit)
@@ -323,13 +376,18 @@ void DeliveryAgent::finishCommit()
     if (!ok || !m_index.save()) {
         qCWarning(lcDeliver) << "delivery postponed:" << error;
         stopArticles();
-        m_retryTimer.start();
+        retryLater();
         return;
     }
     // The folders this batch filled look changed to the read-mark watch; a mark the user set
     // there meanwhile must not be taken for one of ours, so they are looked at now.
     if (m_readMarksPolled)
         reportReadMarks(m_store->changedFolders(done->touched));
+    // What could not be stored is asked for again soon, not at the feed's next update.
+    if (done->incomplete)
+        retryLater();
+    else if (!done->more)
+        m_retryMs = kFirstRetryMs;
     acknowledge(done->stored, done->more, done->chain);
 }
 
@@ -363,6 +421,10 @@ void DeliveryAgent::requestRemovals()
 void DeliveryAgent::onRemovals(Handle answer)
 {
     finishCommit();
+    if (!storeReachable()) {
+        m_removals.busy = false;
+        return;
+    }
     QList<qint32> done;
     try {
         HandleGuard result(*m_client, m_client->GetHandleValue(answer, QStringLiteral("Result")));
@@ -431,7 +493,8 @@ void DeliveryAgent::replanFolders()
                 moveToStore(std::move(*next));
         }
         m_places.clear();
-        m_follower.follow(*m_store, [this](qint32 id) { return placeOf(id); });
+        if (storeReachable())
+            m_follower.follow(*m_store, [this](qint32 id) { return placeOf(id); });
     } catch (const std::exception &e) {
         engineFailed(e);
     }
@@ -439,7 +502,7 @@ void DeliveryAgent::replanFolders()
 
 void DeliveryAgent::pollReadMarks()
 {
-    if (m_lost)
+    if (m_lost || m_storeAway)
         return;
     m_readMarksPolled = true;
     reportReadMarks(m_store->changedFolders(m_index.folders()));

@@ -12,6 +12,7 @@
 #include <QFutureWatcher>
 #include <QHash>
 #include <QObject>
+#include <QSet>
 #include <QTimer>
 
 #include <functional>
@@ -78,6 +79,7 @@ private:
         QList<qint32> stored;
         QList<MailStore::Folder> touched;
         bool more = false;
+        bool incomplete = false; // an article could not be stored
         qint32 chain = 0;
         QFuture<std::pair<bool, QString>> result;
         QFutureWatcher<std::pair<bool, QString>> watcher;
@@ -120,6 +122,11 @@ private:
     MailStore::Folder folderFor(qint32 subscriptionId, const SubscriptionPlace &place,
                                 const FolderDefaults &defaults);
     void engineFailed(const std::exception &e);
+    // The retry timer, with a pause that doubles up to kMaxRetryMs.
+    void retryLater();
+    [[nodiscard]] bool storeReachable();
+    void storeFailed(qint32 subscriptionId, qint32 articleId, const QString &error);
+    void logToEngine(const QString &text, qint32 level);
     void moveToStore(Relocation next);
 
     quillon::SubscribeClientPtr m_client;
@@ -135,6 +142,11 @@ private:
     QTimer m_readTimer;
     QTimer m_replanTimer;
     QTimer m_retryTimer;
+    static constexpr int kFirstRetryMs = 2000;
+    static constexpr int kMaxRetryMs = 15000;
+    int m_retryMs = kFirstRetryMs;
+    bool m_storeAway = false;
+    QSet<qint32> m_failedSubscriptions; // told the engine's log once
     Batch m_articles;
     qint32 m_articleChain = 0;        // answers of an older chain are dropped
     std::unique_ptr<Commit> m_commit; // at most one flush under way

@@ -53,6 +53,9 @@ void FolderFollower::followMailProgram(MailStore &store, qint32 subscriptionId,
                           << FolderPlan::pathText(*moved);
         return;
     }
+    // The whole store went away just now: an outage, not a deletion.
+    if (!store.reachable())
+        return;
     // "SubDeletedInOutlook" 0: delivery of the subscription stops; 1: the folder comes back.
     qCInfo(lcDeliver) << "folder" << FolderPlan::pathText(current) << "was deleted in the mail program";
     if (defaults.deletedInMailer == 0) {

@@ -1,5 +1,6 @@
 #include "FolderPlan.h"
 
+#include <QCryptographicHash>
 #include <QRegularExpression>
 
 #include <optional>
@@ -61,9 +62,12 @@ FolderPlan::Folder FolderPlan::parsePath(const QString &path)
         return {};
     static const QRegularExpression separators(QStringLiteral("[\\\\/]"));
     Folder folder;
+    // A picked path names folders as the store keeps them, escapes included.
+    static const QRegularExpression stored(
+        QStringLiteral("^([^.%~\\x00-\\x1f\\x7f]|%[0-9A-F]{2})+(~[0-9a-f]{8})?$"));
     for (const QString &name : path.split(separators, Qt::SkipEmptyParts)) {
         if (!name.trimmed().isEmpty())
-            folder.append(safeName(name));
+            folder.append(stored.match(name).hasMatch() ? name : safeName(name));
     }
     return folder;
 }
@@ -73,15 +77,55 @@ QString FolderPlan::pathText(const Folder &folder)
     return folder.isEmpty() ? QStringLiteral("\\") : QLatin1Char('\\') + folder.join(QLatin1Char('\\'));
 }
 
+namespace {
+// The characters that cannot stand for themselves in one level of a folder name: level
+// separators ('.' in Maildir++, '/' and '\\' elsewhere), our own escape and cut marks, and
+// control characters. A leading dot is a '.' like any other.
+bool needsEscape(char32_t c)
+{
+    return c == U'.' || c == U'/' || c == U'\\' || c == U'%' || c == U'~' || c < 0x20 || c == 0x7f ||
+           (c >= 0x80 && c < 0xa0);
+}
+
+QString escaped(const QString &name)
+{
+    QString out;
+    out.reserve(name.size());
+    for (const char32_t c : name.toUcs4()) {
+        if (!needsEscape(c)) {
+            out += QString::fromUcs4(&c, 1);
+            continue;
+        }
+        for (const char byte : QString::fromUcs4(&c, 1).toUtf8())
+            out += QStringLiteral("%%1").arg(uchar(byte), 2, 16, QLatin1Char('0')).toUpper();
+    }
+    return out;
+}
+
+// Keeps whole characters up to maxBytes of UTF-8.
+QString cutAt(const QString &text, qsizetype maxBytes)
+{
+    QString out;
+    qsizetype bytes = 0;
+    for (const char32_t c : text.toUcs4()) {
+        const QString one = QString::fromUcs4(&c, 1);
+        bytes += one.toUtf8().size();
+        if (bytes > maxBytes)
+            break;
+        out += one;
+    }
+    return out;
+}
+} // namespace
+
 QString FolderPlan::safeName(const QString &name)
 {
-    // '.' separates levels in Maildir++ and '/' in file systems and IMAP.
-    QString safe = name.simplified();
-    for (QChar &c : safe) {
-        if (c == QLatin1Char('.') || c == QLatin1Char('/') || c == QLatin1Char('\\') ||
-            c.category() == QChar::Other_Control)
-            c = QLatin1Char('_');
-    }
-    safe.truncate(120);
-    return safe.isEmpty() ? QStringLiteral("_") : safe;
+    if (name.isEmpty())
+        return QStringLiteral("%");
+    const QString safe = escaped(name);
+    if (safe.toUtf8().size() <= kMaxNameBytes)
+        return safe;
+    // Cut, and told apart by a hash of the whole name; '~' appears raw only here.
+    const QByteArray hash = QCryptographicHash::hash(safe.toUtf8(), QCryptographicHash::Sha1).toHex().left(8);
+    return cutAt(safe, kMaxNameBytes - 9) + QLatin1Char('~') + QString::fromLatin1(hash);
 }

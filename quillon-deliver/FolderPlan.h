@@ -50,6 +50,10 @@ public:
     [[nodiscard]] static Folder parsePath(const QString &path);
     // The folder pickers' form: "\\Feeds\\News".
     [[nodiscard]] static QString pathText(const Folder &folder);
-    // A name a mail store accepts as one level: no separators, no leading dot, not empty.
+    // One level of a folder name as the stores keep it, different for every name: separators,
+    // '%', '~' and control characters as %XX of their UTF-8 bytes; a name over kMaxNameBytes
+    // cut there with "~" and a hash of the whole name. Other names stay as they are.
     [[nodiscard]] static QString safeName(const QString &name);
+    // Two levels of this length still fit in one Maildir++ folder name (255 bytes).
+    static constexpr qsizetype kMaxNameBytes = 120;
 };

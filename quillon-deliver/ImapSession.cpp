@@ -6,10 +6,44 @@
 
 namespace {
 constexpr int kTimeoutMs = 30000;
-// A server that sends more than this in one line or one literal is not believed.
+// A server that sends more than this in one line, one literal, one response, or untagged
+// data before a command's answer is not believed: the delivery reads flags and short headers.
 constexpr qint64 kMaxLine = 1024 * 1024;
-constexpr qint64 kMaxLiteral = 64 * 1024 * 1024;
+constexpr qint64 kMaxLiteral = 8 * 1024 * 1024;
+constexpr qint64 kMaxResponse = 16 * 1024 * 1024;
+constexpr qint64 kMaxUntagged = 16 * 1024 * 1024;
 } // namespace
+
+void ImapSession::giveUp(const QString &why)
+{
+    qCWarning(lcDeliver).noquote() << "IMAP:" << why << "- disconnecting";
+    m_failure = why;
+    m_socket.abort();
+}
+
+// Never a password in clear: not when TLS was asked for and is missing, not when the server
+// itself forbids a login on this connection.
+bool ImapSession::mayLogIn(const Account &account, const QByteArray &greeting, QString *error)
+{
+    QByteArray capabilities = greeting;
+    if (!greeting.contains("[CAPABILITY ")) {
+        for (const QByteArray &line : command("CAPABILITY").untagged)
+            capabilities += ' ' + line;
+    }
+    QString why;
+    if (!isOpen())
+        why = m_failure.isEmpty() ? QStringLiteral("the connection closed") : m_failure;
+    else if (account.tls && !m_socket.isEncrypted())
+        why = QStringLiteral("TLS was asked for and not established");
+    else if (capabilities.toUpper().contains(" LOGINDISABLED"))
+        why = QStringLiteral("the server forbids a login on this connection (LOGINDISABLED); use TLS");
+    if (why.isEmpty())
+        return true;
+    if (error)
+        *error = QStringLiteral("No login sent to the IMAP server %1: %2").arg(account.host, why);
+    m_socket.abort();
+    return false;
+}
 
 bool ImapSession::open(const Account &account, QString *error)
 {
@@ -28,6 +62,8 @@ bool ImapSession::open(const Account &account, QString *error)
                          .arg(m_socket.errorString());
         return false;
     }
+    if (!mayLogIn(account, greeting, error))
+        return false;
     const Answer login =
         command("LOGIN " + quoted(account.user.toUtf8()) + ' ' + quoted(account.password.toUtf8()));
     if (!login.ok) {
@@ -55,8 +91,7 @@ QByteArray ImapSession::readLine()
     const QDeadlineTimer deadline(kTimeoutMs);
     while (!m_socket.canReadLine()) {
         if (m_socket.bytesAvailable() > kMaxLine) {
-            qCWarning(lcDeliver) << "the IMAP server sent an endless line; disconnecting";
-            m_socket.abort();
+            giveUp(QStringLiteral("the server sent a line over %1 bytes").arg(kMaxLine));
         }
         if (!isOpen() || deadline.hasExpired() || !m_socket.waitForReadyRead(int(deadline.remainingTime())))
             return {};
@@ -75,10 +110,8 @@ QByteArray ImapSession::readResponse()
         if (line.endsWith("}\r\n") && line.contains('{')) {
             const qsizetype open = line.lastIndexOf('{');
             const qint64 size = line.mid(open + 1, line.size() - open - 4).toLongLong();
-            if (size < 0 || size > kMaxLiteral) {
-                qCWarning(lcDeliver) << "the IMAP server announced a literal of" << size
-                                     << "bytes; disconnecting";
-                m_socket.abort();
+            if (size < 0 || size > kMaxLiteral || response.size() + size > kMaxResponse) {
+                giveUp(QStringLiteral("the server announced a literal of %1 bytes").arg(size));
                 return {};
             }
             response += line.left(open);
@@ -94,6 +127,10 @@ QByteArray ImapSession::readResponse()
             continue;
         }
         response += line.chopped(2);
+        if (response.size() > kMaxResponse) {
+            giveUp(QStringLiteral("the server sent a response over %1 bytes").arg(kMaxResponse));
+            return {};
+        }
         return response;
     }
 }
@@ -101,13 +138,22 @@ QByteArray ImapSession::readResponse()
 ImapSession::Answer ImapSession::finish(const QByteArray &tag)
 {
     Answer answer;
+    qint64 untagged = 0;
     for (;;) {
         const QByteArray line = readResponse();
         if (line.isEmpty()) {
-            answer.status = "no answer";
+            answer.status = m_failure.isEmpty() ? QByteArray("no answer") : m_failure.toUtf8();
             return answer;
         }
         if (line.startsWith("* ")) {
+            untagged += line.size() + 64; // what a list entry costs beside its bytes
+            if (untagged > kMaxUntagged) {
+                giveUp(QStringLiteral("the server sent over %1 bytes of untagged data without answering")
+                           .arg(kMaxUntagged));
+                answer.untagged.clear();
+                answer.status = m_failure.toUtf8();
+                return answer;
+            }
             answer.untagged.append(line.mid(2));
         } else if (line.startsWith(tag + ' ')) {
             answer.status = line.mid(tag.size() + 1);

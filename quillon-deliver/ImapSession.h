@@ -44,8 +44,12 @@ private:
     [[nodiscard]] QByteArray readResponse();
     [[nodiscard]] QByteArray readLine();
     Answer finish(const QByteArray &tag);
+    [[nodiscard]] bool mayLogIn(const Account &account, const QByteArray &greeting, QString *error);
+    // Closes the connection after the server broke a limit; the reason goes into the answer.
+    void giveUp(const QString &why);
 
     QSslSocket m_socket;
     QByteArray m_separator = ".";
     int m_lastTag = 0;
+    QString m_failure;
 };

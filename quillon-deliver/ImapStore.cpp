@@ -32,9 +32,13 @@ bool ImapStore::ensureOpen()
     if (m_session && m_session->isOpen())
         return true;
     QString error;
-    if (open(&error))
+    if (open(&error)) {
+        m_lastError.clear();
         return true;
-    qCWarning(lcDeliver) << error;
+    }
+    // Said once per reason: the delivery tries again and again while the server is away.
+    if (error != std::exchange(m_lastError, error))
+        qCWarning(lcDeliver).noquote() << error;
     return false;
 }
 

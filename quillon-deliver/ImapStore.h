@@ -16,6 +16,7 @@ public:
 
     [[nodiscard]] QString describe() const override;
     [[nodiscard]] bool open(QString *error) override;
+    [[nodiscard]] bool reachable() override { return ensureOpen(); }
     [[nodiscard]] bool add(const Folder &folder, const QString &key, const QByteArray &message,
                            QString *error) override;
     // APPEND answered OK is stored.
@@ -54,4 +55,5 @@ private:
     std::unique_ptr<ImapSession> m_session;
     QHash<QByteArray, QHash<QString, Message>> m_known; // by mailbox
     QHash<QByteArray, QByteArray> m_stamps;             // STATUS answer, by mailbox
+    QString m_lastError;
 };

@@ -21,6 +21,9 @@ public:
     // Where the store is, for the log and the user.
     [[nodiscard]] virtual QString describe() const = 0;
     [[nodiscard]] virtual bool open(QString *error) = 0;
+    // False while the store as a whole is away (a disk not mounted, a server down): an
+    // outage to wait out, never a sign that its folders were deleted.
+    [[nodiscard]] virtual bool reachable() = 0;
 
     // Adds the message unless one with the key is in the folder already (then true as well).
     // It is safe only once commit() returned true.

@@ -66,6 +66,12 @@ bool MaildirStore::open(QString *error)
     return true;
 }
 
+bool MaildirStore::reachable()
+{
+    return QFileInfo(QDir(m_root).filePath(QStringLiteral("cur"))).isDir() &&
+           QFileInfo(QDir(m_root).filePath(QStringLiteral("new"))).isDir();
+}
+
 QHash<QString, QString> MaildirStore::messages(const QString &dir) const
 {
     QHash<QString, QString> found;

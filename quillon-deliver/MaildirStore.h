@@ -16,6 +16,7 @@ public:
 
     [[nodiscard]] QString describe() const override { return m_root; }
     [[nodiscard]] bool open(QString *error) override;
+    [[nodiscard]] bool reachable() override;
     [[nodiscard]] bool add(const Folder &folder, const QString &key, const QByteArray &message,
                            QString *error) override;
     [[nodiscard]] CommitJob commitJob() override;

@@ -34,10 +34,34 @@ GMimeObject *mimeText(const char *subtype, const QString &text)
     return GMIME_OBJECT(part);
 }
 
+// What a header says, from feed text: encoded-words decoded (a title may be written as one,
+// hiding a line break), control characters gone, blanks collapsed. GMime encodes it again.
+QString headerText(const QString &value)
+{
+    QString text = value;
+    for (int round = 0; round < 3 && text.contains(QLatin1String("=?")); ++round) {
+        char *decoded = g_mime_utils_header_decode_text(nullptr, text.toUtf8().constData());
+        const QString plain = QString::fromUtf8(decoded);
+        g_free(decoded);
+        if (plain == text)
+            break;
+        text = plain;
+    }
+    for (QChar &c : text) {
+        if (c.category() == QChar::Other_Control || c == QChar::LineSeparator ||
+            c == QChar::ParagraphSeparator)
+            c = QLatin1Char(' ');
+    }
+    // Still encoded after three rounds: made inert, so no mail program decodes it again.
+    text.replace(QLatin1String("=?"), QStringLiteral("=\u2060?"));
+    return text.simplified();
+}
+
 void setHeader(GMimeObject *object, const char *name, const QString &value)
 {
-    if (!value.isEmpty())
-        g_mime_object_set_header(object, name, value.simplified().toUtf8().constData(), "utf-8");
+    const QString text = headerText(value);
+    if (!text.isEmpty())
+        g_mime_object_set_header(object, name, text.toUtf8().constData(), "utf-8");
 }
 } // namespace
 
@@ -65,10 +89,10 @@ QByteArray MessageBuilder::build(const ArticleMessage &article, LineEnds ends) c
     GMimeObject *object = GMIME_OBJECT(message.get());
     const QString feed = article.feedTitle.isEmpty() ? article.feedUrl : article.feedTitle;
     g_mime_message_add_mailbox(
-        message.get(), GMIME_ADDRESS_TYPE_FROM, feed.simplified().toUtf8().constData(),
+        message.get(), GMIME_ADDRESS_TYPE_FROM, headerText(feed).toUtf8().constData(),
         QStringLiteral("feed-%1@quillon.invalid").arg(article.subscriptionId).toUtf8().constData());
     g_mime_message_add_mailbox(message.get(), GMIME_ADDRESS_TYPE_TO, "", "reader@quillon.invalid");
-    g_mime_message_set_subject(message.get(), article.subject.simplified().toUtf8().constData(), "utf-8");
+    g_mime_message_set_subject(message.get(), headerText(article.subject).toUtf8().constData(), "utf-8");
     g_mime_message_set_message_id(message.get(), messageId(article).constData());
     const QDateTime date = article.date.isValid() ? article.date : QDateTime::currentDateTimeUtc();
     GDateTime *when = g_date_time_new_from_unix_utc(date.toSecsSinceEpoch());
@@ -80,7 +104,7 @@ QByteArray MessageBuilder::build(const ArticleMessage &article, LineEnds ends) c
     setHeader(object, "X-Article-Author", article.author);
     setHeader(
         object, "List-Id",
-        QStringLiteral("%1 <feed-%2.quillon.invalid>").arg(feed.simplified()).arg(article.subscriptionId));
+        QStringLiteral("%1 <feed-%2.quillon.invalid>").arg(headerText(feed)).arg(article.subscriptionId));
 
     Owned<GMimeObject> body;
     if (article.theme == FolderPlan::Theme::Plain) {

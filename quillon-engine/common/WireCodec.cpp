@@ -88,14 +88,27 @@ PropertyValue decodeAt(const QCborValue &value, int depth)
     }
 }
 
-// Walks the frame without building it: counts its values and how deep they nest.
-void scanShape(QCborStreamReader &reader, int depth, qsizetype &remaining)
+[[noreturn]] void malformed(QCborStreamReader &reader)
 {
-    if (--remaining < 0)
+    throw EngineError(QStringLiteral("Malformed message: %1").arg(reader.lastError().toString()));
+}
+
+struct Shape
+{
+    qsizetype remaining = 0;
+    int maxDepth = 0;
+    int deepest = 0;
+};
+
+// Walks the frame without building it: counts its values and how deep they nest.
+void scanShape(QCborStreamReader &reader, int depth, Shape &shape)
+{
+    if (--shape.remaining < 0)
         throw EngineError(QStringLiteral("A message holds too many values"));
     // The frame's own map and its argument list sit above the deepest value allowed.
-    if (depth > kMaxDepth + 2)
-        throw EngineError(QStringLiteral("A value is nested more than %1 levels deep").arg(kMaxDepth));
+    if (depth > shape.maxDepth + 2)
+        throw EngineError(QStringLiteral("A value is nested more than %1 levels deep").arg(shape.maxDepth));
+    shape.deepest = std::max(shape.deepest, depth);
     if (!reader.isContainer()) {
         if (!reader.next())
             throw EngineError(QStringLiteral("Malformed message: %1").arg(reader.lastError().toString()));
@@ -104,16 +117,76 @@ void scanShape(QCborStreamReader &reader, int depth, qsizetype &remaining)
     if (!reader.enterContainer())
         throw EngineError(QStringLiteral("Malformed message: %1").arg(reader.lastError().toString()));
     while (reader.lastError() == QCborError::NoError && reader.hasNext())
-        scanShape(reader, depth + 1, remaining);
+        scanShape(reader, depth + 1, shape);
     if (!reader.leaveContainer())
         throw EngineError(QStringLiteral("Malformed message: %1").arg(reader.lastError().toString()));
 }
 
-void checkShape(const QByteArray &payload, qsizetype maxElements)
+int checkShape(const QByteArray &payload, qsizetype maxElements, int maxDepth)
 {
     QCborStreamReader reader(payload);
-    qsizetype remaining = maxElements;
-    scanShape(reader, 0, remaining);
+    Shape shape{maxElements, maxDepth, 0};
+    scanShape(reader, 0, shape);
+    return shape.deepest;
+}
+
+QString readText(QCborStreamReader &reader)
+{
+    QString text;
+    auto chunk = reader.readString();
+    while (chunk.status == QCborStreamReader::Ok) {
+        text += chunk.data;
+        chunk = reader.readString();
+    }
+    if (chunk.status == QCborStreamReader::Error)
+        malformed(reader);
+    return text;
+}
+
+QCborValue buildValue(QCborStreamReader &reader);
+
+// Qt's own reader stops at 1,024 levels; this one builds what the shape check let through.
+// Inserting by name is linear, so it is used only for the rare frame deeper than Qt's limit.
+QCborValue buildContainer(QCborStreamReader &reader)
+{
+    const bool isMap = reader.isMap();
+    QCborMap map;
+    QCborArray array;
+    if (!reader.enterContainer())
+        malformed(reader);
+    while (reader.lastError() == QCborError::NoError && reader.hasNext()) {
+        if (!isMap) {
+            array.append(buildValue(reader));
+            continue;
+        }
+        if (!reader.isString())
+            throw EngineError(QStringLiteral("A bag name is not a text"));
+        const QString name = readText(reader);
+        map.insert(name, buildValue(reader));
+    }
+    if (!reader.leaveContainer())
+        malformed(reader);
+    return isMap ? QCborValue(map) : QCborValue(array);
+}
+
+QCborValue buildValue(QCborStreamReader &reader)
+{
+    if (reader.isContainer())
+        return buildContainer(reader);
+    if (reader.isString())
+        return readText(reader);
+    QCborValue value;
+    if (reader.isNull())
+        value = QCborValue(nullptr);
+    else if (reader.isUnsignedInteger() && reader.toUnsignedInteger() <= quint64(INT64_MAX))
+        value = qint64(reader.toUnsignedInteger());
+    else if (reader.isNegativeInteger() && quint64(reader.toNegativeInteger()) <= quint64(INT64_MAX))
+        value = -1 - qint64(quint64(reader.toNegativeInteger()));
+    else
+        throw EngineError(QStringLiteral("Unexpected value of CBOR type %1").arg(int(reader.type())));
+    if (!reader.next())
+        malformed(reader);
+    return value;
 }
 
 } // namespace
@@ -140,11 +213,12 @@ QByteArray frame(const QCborMap &message)
     return bytes + payload;
 }
 
-QCborMap parsePayload(const QByteArray &payload, qsizetype maxElements)
+QCborMap parsePayload(const QByteArray &payload, qsizetype maxElements, int maxDepth)
 {
-    checkShape(payload, maxElements);
+    const int deepest = checkShape(payload, maxElements, maxDepth);
     QCborStreamReader reader(payload);
-    const QCborValue value = QCborValue::fromCbor(reader);
+    constexpr int kQtReaderDepth = 1000;
+    const QCborValue value = deepest < kQtReaderDepth ? QCborValue::fromCbor(reader) : buildValue(reader);
     if (reader.lastError() != QCborError::NoError)
         throw EngineError(QStringLiteral("Malformed message: %1").arg(reader.lastError().toString()));
     if (reader.currentOffset() != payload.size())

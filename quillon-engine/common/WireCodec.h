@@ -23,8 +23,10 @@ namespace WireCodec {
 
 inline constexpr qsizetype kMaxFrameBytes = 64 * 1024 * 1024;
 inline constexpr qsizetype kHeaderBytes = 4;
-// Deep enough for any real bag; shallow enough that a bag stored inside itself fails cleanly.
-inline constexpr int kMaxDepth = 64;
+// Deep enough for an outline list of 1,000 levels (two values each) coming from the engine;
+// a bag stored inside itself still fails cleanly. Requests to the engine need far less.
+inline constexpr int kMaxDepth = 2048;
+inline constexpr int kMaxRequestDepth = 64;
 // Values (names, texts, numbers, bags, lists) in one frame. Counted before anything is built,
 // so a frame of tiny empty lists cannot make the decoder allocate gigabytes.
 inline constexpr qsizetype kMaxElements = 4'000'000;
@@ -34,8 +36,10 @@ inline constexpr qsizetype kMaxElements = 4'000'000;
 
 // A 4-byte big-endian payload length followed by the CBOR payload.
 [[nodiscard]] QByteArray frame(const QCborMap &message);
-// The payload of one frame: exactly one CBOR map of at most maxElements values.
-[[nodiscard]] QCborMap parsePayload(const QByteArray &payload, qsizetype maxElements = kMaxElements);
+// The payload of one frame: exactly one CBOR map of at most maxElements values, nested at
+// most maxDepth levels.
+[[nodiscard]] QCborMap parsePayload(const QByteArray &payload, qsizetype maxElements = kMaxElements,
+                                    int maxDepth = kMaxDepth);
 
 [[nodiscard]] QCborMap request(qint64 id, const QString &operation, const QList<PropertyValue> &args);
 [[nodiscard]] WireRequest readRequest(const QCborMap &frame);

@@ -35,6 +35,26 @@ int batchSize(const PropertyBag &request)
     return std::clamp(request.number(QStringLiteral("LIMIT")), 1, DeliveryRequests::kMaxBatch);
 }
 
+// The most bytes a value's texts can take on the wire: three per UTF-16 unit.
+qsizetype widestBytes(const PropertyValue &value)
+{
+    if (const auto *text = std::get_if<QString>(&value))
+        return 3 * text->size() + 9;
+    if (const auto *bag = std::get_if<BagPtr>(&value); bag && *bag) {
+        qsizetype bytes = 9;
+        for (const auto &[name, entry] : (*bag)->entries())
+            bytes += 3 * name.size() + widestBytes(entry);
+        return bytes;
+    }
+    if (const auto *list = std::get_if<ListPtr>(&value); list && *list) {
+        qsizetype bytes = 9;
+        for (const PropertyValue &item : (*list)->items())
+            bytes += widestBytes(item);
+        return bytes;
+    }
+    return 9;
+}
+
 BagPtr countPayload(int count)
 {
     auto payload = PropertyBag::create();
@@ -89,10 +109,16 @@ void DeliveryRequests::pendingArticles(const Origin &origin, const PropertyBag &
         request.contains(QStringLiteral("AFTER")) ? std::max(request.number(QStringLiteral("AFTER")), 0) : 0;
     // One more than asked tells whether another batch waits.
     ListPtr items = m_store.pending(origin.consumerId, std::max(subscriptionId, 0), limit + 1, after);
-    const bool more = items->size() > limit;
+    int taken = 0;
+    for (qsizetype bytes = 0; taken < items->size() && taken < limit; ++taken) {
+        bytes += widestBytes(items->at(taken));
+        if (taken > 0 && bytes > kMaxBatchBytes)
+            break;
+    }
+    const bool more = items->size() > taken;
     if (more) {
         auto trimmed = PropertyList::create();
-        for (int i = 0; i < limit; ++i)
+        for (int i = 0; i < taken; ++i)
             trimmed->append(items->at(i));
         items = trimmed;
     }

@@ -21,6 +21,9 @@ public:
     // Largest batch one answer carries, and the batch when the request names none.
     static constexpr int kMaxBatch = 1000;
     static constexpr int kDefaultBatch = 200;
+    // A batch also stops at this many bytes of text (counted as UTF-8 at its widest), so one
+    // answer always fits in a frame however large the articles are; it holds one article at least.
+    static constexpr qsizetype kMaxBatchBytes = 16 * 1024 * 1024;
 
     DeliveryRequests(DeliveryStore &store, Outbox &outbox, EngineMessenger messenger)
         : m_store(store), m_outbox(outbox), m_messenger(std::move(messenger))

@@ -57,11 +57,18 @@ QString OutlineBags::resolved(const QString &address, const QUrl &base)
 {
     // Only web and file documents have a place that relative addresses hang from.
     const QString scheme = base.scheme().toLower();
-    if (address.isEmpty() || !(scheme == QLatin1String("http") || scheme == QLatin1String("https") ||
-                               scheme == QLatin1String("file")))
+    const bool remote = scheme == QLatin1String("http") || scheme == QLatin1String("https");
+    if (address.isEmpty() || !(remote || scheme == QLatin1String("file")))
         return address;
     const QUrl url(address);
-    return url.isRelative() ? base.resolved(url).toString() : address;
+    const QString full = url.isRelative() ? base.resolved(url).toString() : address;
+    // A document from the web names web addresses only: local files are opened by the user's
+    // own hand, never because a remote list says so.
+    const QString target = QUrl(full).scheme().toLower();
+    if (remote && !(target == QLatin1String("http") || target == QLatin1String("https") ||
+                    target == QLatin1String("feed") || target.isEmpty()))
+        return QString();
+    return full;
 }
 
 } // namespace quillon

@@ -1,5 +1,6 @@
 #include "EngineConnection.h"
 
+#include "EngineMessages.h"
 #include "WireCodec.h"
 
 #include <QCoreApplication>
@@ -80,7 +81,7 @@ void EngineConnection::readRequests()
         while (const auto payload = m_reader.next()) {
             if (payload->size() > kLargeFrame)
                 returnMemoryLater();
-            answer(WireCodec::parsePayload(*payload, kMaxRequestValues));
+            answer(WireCodec::parsePayload(*payload, kMaxRequestValues, WireCodec::kMaxRequestDepth));
             if (m_dropping)
                 return;
         }
@@ -110,12 +111,18 @@ void EngineConnection::answer(const QCborMap &frame)
     send(reply);
 }
 
+// A message the wire cannot carry (too large, too deep) still reaches its callback, as a
+// failure that says why: a caller waiting for an answer must never wait for good.
 void EngineConnection::sendMessage(qint32 callbackId, const BagPtr &message)
 {
     try {
         send(WireCodec::frame(WireCodec::message(callbackId, message)));
     } catch (const EngineError &e) {
         qCWarning(lcConnection) << "message for session" << m_session << "not sent:" << e.message();
+        const BagPtr failure =
+            EngineMessages::failure(QStringLiteral("The answer (%1) could not be sent: %2")
+                                        .arg(message->text(QStringLiteral("MESSAGE")), e.message()));
+        send(WireCodec::frame(WireCodec::message(callbackId, failure)));
     }
 }
 

@@ -10,12 +10,21 @@
 namespace quillon {
 
 // Fetches through another fetcher; when the document is a web page rather than a feed, fetches
-// the feeds the page advertises, then the usual feed addresses of its site, and answers with
-// the first feed found (finalUrl its address, discoveredFrom the page). A page with no feed
+// the first few feeds the page advertises, then the usual feed addresses of its site, several
+// at once, and answers with the first of them in that order that is a feed (finalUrl its
+// address, discoveredFrom the page). The work one page can cause is fixed: so many candidates,
+// each address once, a short time each, and a total of time and bytes. A page with no feed
 // fails with a reason that says so.
 class DiscoveringFetcher final : public FeedFetcher
 {
 public:
+    static constexpr int kMaxAdvertised = 4;
+    static constexpr int kMaxCandidates = 10;
+    static constexpr int kAtOnce = 4;
+    static constexpr int kCandidateTimeoutMs = 4000;
+    static constexpr qint64 kMaxTotalMs = 12000;
+    static constexpr qint64 kMaxTotalBytes = 24 * 1024 * 1024;
+
     explicit DiscoveringFetcher(std::unique_ptr<FeedFetcher> inner);
 
     void fetch(const FetchRequest &request, Done done) override;
@@ -23,7 +32,8 @@ public:
 
 private:
     struct Search;
-    void tryNext(std::shared_ptr<Search> search);
+    void startMore(const std::shared_ptr<Search> &search);
+    void settle(const std::shared_ptr<Search> &search);
 
     std::unique_ptr<FeedFetcher> m_inner;
 };

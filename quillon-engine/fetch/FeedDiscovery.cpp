@@ -61,14 +61,14 @@ bool LooksLikeHtml(const QByteArray &body, const QString &contentType)
     return start.startsWith(QLatin1String("<!doctype html")) || start.startsWith(QLatin1String("<html"));
 }
 
-QList<QUrl> AdvertisedFeeds(const QByteArray &html, const QUrl &page)
+QList<QUrl> AdvertisedFeeds(const QByteArray &html, const QUrl &page, qsizetype most)
 {
     const QString text = QString::fromUtf8(html.left(kScanLimit));
     static const QRegularExpression linkTag(QStringLiteral(R"re(<(link|base)\b[^>]*>)re"),
                                             QRegularExpression::CaseInsensitiveOption);
     QUrl base = page;
     QList<QUrl> feeds;
-    for (auto it = linkTag.globalMatch(text); it.hasNext();) {
+    for (auto it = linkTag.globalMatch(text); it.hasNext() && feeds.size() < most;) {
         const auto m = it.next();
         const QHash<QString, QString> attrs = attributes(m.captured(0));
         if (m.captured(1).compare(QLatin1String("base"), Qt::CaseInsensitive) == 0) {

@@ -13,8 +13,8 @@ namespace FeedDiscovery {
 
 // An HTML document rather than a feed: told by its type, else by how it begins.
 [[nodiscard]] bool LooksLikeHtml(const QByteArray &body, const QString &contentType);
-// The advertised feeds, resolved against the page (and its <base href>).
-[[nodiscard]] QList<QUrl> AdvertisedFeeds(const QByteArray &html, const QUrl &page);
+// The first `most` advertised feeds, resolved against the page (and its <base href>).
+[[nodiscard]] QList<QUrl> AdvertisedFeeds(const QByteArray &html, const QUrl &page, qsizetype most = 16);
 // The usual feed addresses of the page's site, tried when it advertises none.
 [[nodiscard]] QList<QUrl> CommonFeedPaths(const QUrl &page);
 

@@ -14,6 +14,7 @@ struct FetchRequest
     QString lastModified;
     QString user;
     QString password;
+    int timeoutMs = 0; // shorter than the fetcher's own limit when above 0
 };
 
 } // namespace quillon

@@ -38,7 +38,10 @@ void HttpFeedFetcher::fetch(const FetchRequest &request, Done done)
         readFile(request, std::move(done));
         return;
     }
-    auto job = std::make_unique<HttpFetchJob>(m_options, m_policy, request);
+    FetchOptions options = m_options;
+    if (request.timeoutMs > 0)
+        options.timeoutMs = std::min(options.timeoutMs, request.timeoutMs);
+    auto job = std::make_unique<HttpFetchJob>(options, m_policy, request);
     const QString key = job->hostKey();
     Host &host = m_hosts[key];
     host.waiting.push_back({std::move(job), std::move(done)});

@@ -45,7 +45,7 @@ private:
     [[nodiscard]] FetchResult answered() const;
     [[nodiscard]] QString timedOutText() const;
 
-    const FetchOptions &m_options;
+    const FetchOptions m_options;
     std::shared_ptr<FetchPolicy> m_policy;
     FetchRequest m_request;
     QUrl m_current;

@@ -9,8 +9,8 @@ namespace quillon {
 
 namespace {
 
-// Deeper outlines are skipped: no real list nests this far, and recursion must stay bounded.
-constexpr int kMaxDepth = 64;
+// Real lists nest a few levels; hand-made ones far more. Deeper than this is refused.
+constexpr int kMaxDepth = 1000;
 
 } // namespace
 
@@ -38,10 +38,10 @@ OpmlDocument OpmlParser::parse(const QByteArray &bytes, const QString &contentTy
             return document;
         }
         OpmlParser(xml, document).readRoot();
-        while (!xml.atEnd())
+        while (!xml.atEnd() && document.error == ParseError::None)
             xml.readNext();
     }
-    if (xml.hasError()) {
+    if (xml.hasError() && document.error == ParseError::None) {
         document.error = XmlSource::classifyError(xml, prepared.text);
         document.errorText = XmlSource::describeError(xml);
         qCDebug(lcParsers) << "OPML not well-formed:" << document.errorText;
@@ -51,11 +51,11 @@ OpmlDocument OpmlParser::parse(const QByteArray &bytes, const QString &contentTy
 
 void OpmlParser::readRoot()
 {
-    while (m_xml.readNextStartElement()) {
+    while (m_document.error == ParseError::None && m_xml.readNextStartElement()) {
         if (m_xml.name() == u"head")
             readHead();
         else if (m_xml.name() == u"body")
-            readOutlines(m_document.outlines, 0);
+            readOutlines(m_document.outlines);
         else
             m_xml.skipCurrentElement();
     }
@@ -72,15 +72,27 @@ void OpmlParser::readHead()
 }
 
 // Each outline is stored as soon as its start tag is read, so an error inside it keeps it.
-void OpmlParser::readOutlines(QList<OpmlOutline> &into, int depth)
+// A loop with its own stack, not recursion: the depth comes from the document.
+void OpmlParser::readOutlines(QList<OpmlOutline> &into)
 {
-    while (m_xml.readNextStartElement()) {
-        if (m_xml.name() != u"outline" || depth >= kMaxDepth) {
+    QList<QList<OpmlOutline> *> open{&into};
+    while (!open.isEmpty()) {
+        if (!m_xml.readNextStartElement()) {
+            open.removeLast();
+            continue;
+        }
+        if (m_xml.name() != u"outline") {
             m_xml.skipCurrentElement();
             continue;
         }
-        into.append(outlineFromAttributes());
-        readOutlines(into.last().children, depth + 1);
+        if (open.size() > kMaxDepth) {
+            m_document.error = ParseError::TooDeep;
+            m_document.errorText =
+                QStringLiteral("The outline list nests deeper than %1 levels.").arg(kMaxDepth);
+            return;
+        }
+        open.last()->append(outlineFromAttributes());
+        open.append(&open.last()->last().children);
     }
 }
 

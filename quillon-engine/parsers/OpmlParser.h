@@ -20,7 +20,7 @@ private:
 
     void readRoot();
     void readHead();
-    void readOutlines(QList<OpmlOutline> &into, int depth);
+    void readOutlines(QList<OpmlOutline> &into);
     [[nodiscard]] OpmlOutline outlineFromAttributes() const;
 
     QXmlStreamReader &m_xml;

@@ -9,6 +9,7 @@ enum class ParseError {
     NotWellFormed,   // XML syntax error; the message says where
     UnknownFormat,   // well-formed, but not a feed (or not an outline list)
     EntityExpansion, // internal entities would expand beyond the allowed size
+    TooDeep,         // elements nest deeper than the reader follows
 };
 
 } // namespace quillon

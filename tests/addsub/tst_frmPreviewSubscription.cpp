@@ -59,6 +59,8 @@ private Q_SLOTS:
     void showsTheArticlesInTheRealView();
     void feedThatCannotBeShownAlertsAndCloses();
     void addClosesWithItsResult();
+    void clicksFollowOnlyWebLinks_data();
+    void clicksFollowOnlyWebLinks();
 };
 
 void tst_frmPreviewSubscription::initTestCase()
@@ -157,6 +159,25 @@ void tst_frmPreviewSubscription::addClosesWithItsResult()
     child<QPushButton>("cmdAdd")->click();
     QCOMPARE(preview.GetResults(), frmPreviewSubscription::kResultAdd);
     QVERIFY(!preview.isVisible());
+}
+
+void tst_frmPreviewSubscription::clicksFollowOnlyWebLinks_data()
+{
+    QTest::addColumn<QString>("link");
+    QTest::addColumn<bool>("followed");
+    QTest::newRow("a feed's item link to a local file") << "file:///etc/passwd" << false;
+    QTest::newRow("script") << "javascript:alert(1)" << false;
+    QTest::newRow("data") << "data:text/html,<p>x</p>" << false;
+    QTest::newRow("the program's data") << "quillon-data:directory/root.opml" << false;
+    QTest::newRow("web") << "https://example.com/story" << true;
+    QTest::newRow("web, upper case") << "HTTP://example.com/story" << true;
+}
+
+void tst_frmPreviewSubscription::clicksFollowOnlyWebLinks()
+{
+    QFETCH(QString, link);
+    QFETCH(bool, followed);
+    QCOMPARE(WebArticleView::MayFollow(QUrl(link)), followed);
 }
 
 int main(int argc, char *argv[])

@@ -2,10 +2,34 @@
 #include "FolderPlan.h"
 #include "MessageBuilder.h"
 
+#include <QRegularExpression>
 #include <QTest>
 
 Q_DECLARE_METATYPE(FolderDefaults)
 Q_DECLARE_METATYPE(SubscriptionPlace)
+
+namespace {
+// The header block as a mail program reads it: lines unfolded, encoded-words decoded.
+QStringList decodedHeaders(const QByteArray &message)
+{
+    QString head = QString::fromUtf8(message.left(message.indexOf("\n\n")));
+    head.replace(QRegularExpression(QStringLiteral("\n[ \t]+")), QStringLiteral(" "));
+    static const QRegularExpression word(QStringLiteral("=\\?([^?]+)\\?([bBqQ])\\?([^?]*)\\?="));
+    QStringList lines;
+    for (const QString &line : head.split(QLatin1Char('\n'))) {
+        QString decoded = line;
+        for (auto m = word.match(decoded); m.hasMatch(); m = word.match(decoded)) {
+            QByteArray bytes = m.captured(3).toLatin1();
+            bytes = m.captured(2).compare(QLatin1String("b"), Qt::CaseInsensitive) == 0
+                        ? QByteArray::fromBase64(bytes)
+                        : QByteArray::fromPercentEncoding(bytes.replace('_', ' '), '=');
+            decoded.replace(m.capturedStart(), m.capturedLength(), QString::fromUtf8(bytes));
+        }
+        lines += decoded.split(QRegularExpression(QStringLiteral("\r\n|\r|\n")));
+    }
+    return lines;
+}
+} // namespace
 
 // The folder and content rules, without an engine.
 class tst_FolderPlan : public QObject
@@ -15,8 +39,12 @@ class tst_FolderPlan : public QObject
 private Q_SLOTS:
     void folderFollowsSettings_data();
     void folderFollowsSettings();
+    void namesStayApartAndFit_data();
+    void namesStayApartAndFit();
     void themeFallsBackToDefaults();
     void messageIsStableAndFilterable();
+    void hostileFeedDataStaysInert_data();
+    void hostileFeedDataStaysInert();
 };
 
 void tst_FolderPlan::folderFollowsSettings_data()
@@ -42,7 +70,7 @@ void tst_FolderPlan::folderFollowsSettings_data()
     SubscriptionPlace titled = news;
     titled.folderTitle = QStringLiteral("my.site/feed");
     titled.category = QString();
-    QTest::newRow("folder title, separators made harmless") << plain << titled << "\\my_site_feed";
+    QTest::newRow("folder title, separators escaped") << plain << titled << "\\my%2Esite%2Ffeed";
 
     SubscriptionPlace specific = news;
     specific.specificFolder = true;
@@ -57,7 +85,7 @@ void tst_FolderPlan::folderFollowsSettings_data()
     nameless.id = 3;
     nameless.title = QStringLiteral("  ");
     nameless.url = QStringLiteral("http://x.org/rss");
-    QTest::newRow("no title: the address") << plain << nameless << "\\http:__x_org_rss";
+    QTest::newRow("no title: the address") << plain << nameless << "\\http:%2F%2Fx%2Eorg%2Frss";
 }
 
 void tst_FolderPlan::folderFollowsSettings()
@@ -67,6 +95,45 @@ void tst_FolderPlan::folderFollowsSettings()
     QFETCH(QString, expected);
     QCOMPARE(FolderPlan::pathText(FolderPlan::folderFor(defaults, place)), expected);
     QCOMPARE(FolderPlan::parsePath(expected), FolderPlan::folderFor(defaults, place));
+}
+
+void tst_FolderPlan::namesStayApartAndFit_data()
+{
+    QTest::addColumn<QString>("one");
+    QTest::addColumn<QString>("other");
+    QTest::newRow("dot and slash") << "Col.A"
+                                   << "Col/A";
+    QTest::newRow("dot and its escape") << "Col.A"
+                                        << "Col%2EA";
+    QTest::newRow("leading dot") << ".hidden"
+                                 << "%2Ehidden";
+    QTest::newRow("line break") << "Evil\r\nBcc"
+                                << "Evil%0D%0ABcc";
+    QTest::newRow("blanks kept") << "a  b"
+                                 << "a b";
+    const QString cjk = QString(119, QChar(0x65b0));
+    QTest::newRow("long CJK, last character differs") << cjk + QChar(0x805e) << cjk + QChar(0x7d19);
+    const QString ascii = QString(130, QLatin1Char('x'));
+    QTest::newRow("long, cut form typed by hand")
+        << ascii << FolderPlan::safeName(ascii).replace(QLatin1Char('~'), QStringLiteral("%7E"));
+}
+
+// One level each: different names stay different folders, and each fits where a Maildir++ name
+// holds two levels; a name that needs no escaping is kept as it was.
+void tst_FolderPlan::namesStayApartAndFit()
+{
+    QFETCH(QString, one);
+    QFETCH(QString, other);
+    const QString a = FolderPlan::safeName(one);
+    const QString b = FolderPlan::safeName(other);
+    QVERIFY2(a != b, qPrintable(a));
+    for (const QString &name : {a, b}) {
+        QVERIFY(name.toUtf8().size() <= FolderPlan::kMaxNameBytes);
+        QVERIFY(!name.contains(QLatin1Char('.')) && !name.contains(QLatin1Char('/')));
+        QVERIFY(!name.contains(QLatin1Char('\r')) && !name.contains(QLatin1Char('\n')));
+        QCOMPARE(FolderPlan::parsePath(name), QStringList{name}); // a picked folder stays itself
+    }
+    QCOMPARE(FolderPlan::safeName(QStringLiteral("Daily News \u00e9")), QStringLiteral("Daily News \u00e9"));
 }
 
 void tst_FolderPlan::themeFallsBackToDefaults()
@@ -125,6 +192,63 @@ void tst_FolderPlan::messageIsStableAndFilterable()
     QVERIFY(!builder.build(a).contains("text/html"));
     a.theme = FolderPlan::Theme::Full;
     QVERIFY(!builder.build(a).contains("text/plain"));
+}
+
+void tst_FolderPlan::hostileFeedDataStaysInert_data()
+{
+    QTest::addColumn<QString>("field");
+    QTest::addColumn<QString>("value");
+    const QString evil =
+        QStringLiteral("=?utf-8?B?%1?=")
+            .arg(QString::fromLatin1(QByteArray("Evil\r\nBcc: victim@example.com").toBase64()));
+    QTest::newRow("encoded subject") << "subject" << evil;
+    QTest::newRow("encoded feed title") << "feedTitle" << evil;
+    QTest::newRow("encoded twice")
+        << "subject"
+        << QStringLiteral("=?utf-8?Q?%1?=").arg(QString(evil).replace("=", "=3D").replace("?", "=3F"));
+    QTest::newRow("raw line break in author") << "author"
+                                              << "Ann\r\nBcc: victim@example.com";
+    QTest::newRow("script article link") << "link"
+                                         << "javascript:alert(1)";
+    QTest::newRow("script enclosure") << "enclosure"
+                                      << "JavaScript:alert(1)";
+    QTest::newRow("script and data in the body")
+        << "body"
+        << R"x(<a href="javascript:alert(1)">x</a><a href="data:text/html,x">y</a>)x";
+    QTest::newRow("remote image") << "body"
+                                  << R"(<p><img src="http://tracker.example/p.gif" alt="pixel"></p>)";
+}
+
+// Whatever a feed writes, a mail program sees no extra header and no script, and fetches nothing.
+void tst_FolderPlan::hostileFeedDataStaysInert()
+{
+    QFETCH(QString, field);
+    QFETCH(QString, value);
+    ArticleMessage a;
+    a.subscriptionId = 4;
+    a.subject = QStringLiteral("Plain");
+    a.feedTitle = QStringLiteral("Feed");
+    a.bodyHtml = QStringLiteral("<p>Text</p>");
+    if (field == "enclosure")
+        a.enclosures = {{value, QStringLiteral("audio/mpeg"), 1}};
+    const QHash<QString, QString *> fields = {{"subject", &a.subject},
+                                              {"feedTitle", &a.feedTitle},
+                                              {"author", &a.author},
+                                              {"link", &a.link},
+                                              {"body", &a.bodyHtml}};
+    if (fields.contains(field))
+        *fields.value(field) = value;
+    const ArticleHtml html;
+    const QByteArray message = MessageBuilder(html).build(a);
+    for (const QString &line : decodedHeaders(message))
+        QVERIFY2(!line.startsWith(QLatin1String("Bcc"), Qt::CaseInsensitive), qPrintable(line));
+    const QString page = html.page(a);
+    static const QRegularExpression script(QStringLiteral("(href|src)=\"\\s*(javascript|data):"),
+                                           QRegularExpression::CaseInsensitiveOption);
+    QVERIFY2(!script.match(page).hasMatch(), qPrintable(page));
+    QVERIFY(!page.contains(QLatin1String("<img"), Qt::CaseInsensitive));
+    if (field == "body" && value.contains("pixel"))
+        QVERIFY(page.contains(QLatin1String("href=\"http://tracker.example/p.gif\">[pixel]")));
 }
 
 QTEST_GUILESS_MAIN(tst_FolderPlan)

@@ -8,6 +8,8 @@
 #include <QTcpServer>
 #include <QUrl>
 
+#include <numeric>
+
 class QTcpSocket;
 
 // A small HTTP/1.1 server on 127.0.0.1 for tests that fetch. Each path has a canned route:
@@ -51,6 +53,10 @@ public:
                const QByteArray &contentType = "application/rss+xml; charset=utf-8");
 
     [[nodiscard]] int requestCount(const QString &path) const { return m_counts.value(path); }
+    [[nodiscard]] int totalRequestCount() const
+    {
+        return std::accumulate(m_counts.cbegin(), m_counts.cend(), 0);
+    }
     [[nodiscard]] int connectionCount() const { return m_connections; }
     // A header of the last request for the path (names compared without regard to case).
     [[nodiscard]] QByteArray lastHeader(const QString &path, const QByteArray &name) const;

@@ -196,9 +196,27 @@ void tst_WireCodec::largeAndHostileFramesStayBounded()
     const QByteArray wide = QCborValue(QCborMap{{WireCodec::kArgs, empties}}).toCbor();
     QCOMPARE(WireCodec::parsePayload(wide, 1003).size(), 1);
     QVERIFY_THROWS_EXCEPTION(EngineError, (void)WireCodec::parsePayload(wide, 1002));
-    QByteArray deep(1, char(0xa1)); // a map of one pair...
-    deep += QByteArray(1, char(0x61)) + 'k' + QByteArray(200, char(0x81)) + char(0x00);
-    QVERIFY_THROWS_EXCEPTION(EngineError, (void)WireCodec::parsePayload(deep));
+    const auto nested = [](int levels) {
+        QByteArray deep(1, char(0xa1)); // a map of one pair...
+        return deep + QByteArray(1, char(0x61)) + 'k' + QByteArray(levels, char(0x81)) + char(0x00);
+    };
+    QVERIFY_THROWS_EXCEPTION(EngineError, (void)WireCodec::parsePayload(nested(WireCodec::kMaxDepth + 10)));
+    QVERIFY_THROWS_EXCEPTION(EngineError,
+                             (void)WireCodec::parsePayload(nested(100), 1000, WireCodec::kMaxRequestDepth));
+    // An outline list of 1,000 levels comes from the engine whole, deeper than Qt's own reader goes.
+    PropertyValue outline = PropertyBag::create();
+    for (int level = 0; level < 1000; ++level) {
+        auto parent = PropertyBag::create();
+        auto children = PropertyList::create();
+        children->append(outline);
+        parent->set("children", children);
+        outline = parent;
+    }
+    PropertyValue back = throughTheWire(outline);
+    int levels = 0;
+    for (BagPtr bag = std::get<BagPtr>(back); bag->contains("children"); ++levels)
+        bag = std::get<BagPtr>(bag->list("children")->at(0));
+    QCOMPARE(levels, 1000);
 }
 
 QTEST_GUILESS_MAIN(tst_WireCodec)

@@ -1,3 +1,4 @@
+#include "DeliveryRequests.h"
 #include "EngineFixture.h"
 #include "LocalHttpServer.h"
 
@@ -52,6 +53,7 @@ private Q_SLOTS:
     void readReportsReachTheCounts();
     void removalsFollowAgeAndUnbinding();
     void requestsNeedAConnectedConsumer();
+    void largeArticlesComeInSmallerBatches();
 };
 
 void tst_DeliveryRequests::init()
@@ -219,6 +221,32 @@ void tst_DeliveryRequests::requestsNeedAConnectedConsumer()
     QCOMPARE(deliver("ACKNOWLEDGE", {}, {{"ARTICLEIDS", "x,-4,,99999"}})->bag("Result")->text("ITEMCOUNT"),
              "0");
     QCOMPARE(deliver("PENDINGARTICLES", {}, {{"LIMIT", "-7"}})->text("MESSAGE"), "PendingArticles");
+}
+
+// However large the articles, one batch fits in a frame: it is cut by bytes and says MORE.
+void tst_DeliveryRequests::largeArticlesComeInSmallerBatches()
+{
+    QByteArray big = "<rss version=\"2.0\"><channel><title>Big</title>";
+    for (int i = 1; i <= 8; ++i)
+        big += "<item><guid>b" + QByteArray::number(i) + "</guid><description>" +
+               QByteArray(1024 * 1024, 'x') + "</description></item>";
+    m_server.serve("/big", big + "</channel></rss>");
+    const qint32 id = m_engine->add(m_server.url("/big").toString());
+    QCOMPARE(waitForUpdate(), "OK: 8 items, 8 new");
+    m_engine->client->BindItem("OLCONSUMER", "NEWS", id, 1);
+    QList<qint32> all;
+    for (qint32 after = 0, batches = 0; batches < 8; ++batches) {
+        const BagPtr batch =
+            deliver("PENDINGARTICLES", {}, {{"LIMIT", "1000"}, {"AFTER", QString::number(after)}});
+        const QList<qint32> ids = idsOf(batch);
+        QVERIFY(!ids.isEmpty() &&
+                3 * ids.size() * 1024 * 1024 <= DeliveryRequests::kMaxBatchBytes + 3 * 1024 * 1024);
+        all += ids;
+        after = ids.last();
+        if (batch->bag("Result")->text("MORE") == "0")
+            break;
+    }
+    QCOMPARE(all.size(), 8);
 }
 
 QTEST_MAIN(tst_DeliveryRequests)

@@ -241,6 +241,14 @@ void tst_EngineRequests::fetchOpmlReadsFilesWebListsAndReaders()
     QCOMPARE(entry(entry(result->list("SubscriptionList"), 0)->list("children"), 1)->text("xmlUrl"),
              url("/lists/b.xml"));
 
+    // A list from the web names no local file: such addresses are left out, web ones kept.
+    m_server.serve("/local.opml", "<opml><body><outline text=\"L\" xmlUrl=\"file:///etc/passwd\""
+                                  " htmlUrl=\"http://w.example/\"/><outline text=\"Q\" type=\"link\""
+                                  " url=\"quillon-data:directory/root.opml\"/></body></opml>");
+    const ListPtr local = fetchOpml(url("/local.opml"))->bag("Result")->list("SubscriptionList");
+    QVERIFY(!entry(local, 0)->contains("xmlUrl") && !entry(local, 1)->contains("url"));
+    QCOMPARE(entry(local, 0)->text("htmlUrl"), "http://w.example/");
+
     // A feed offered for import is a list of one.
     m_server.serve("/single.rss", kFeed);
     result = fetchOpml(url("/single.rss"))->bag("Result");

@@ -1,7 +1,9 @@
+#include "DiscoveringFetcher.h"
 #include "FetchPolicy.h"
 #include "HttpFeedFetcher.h"
 #include "LocalHttpServer.h"
 
+#include <QElapsedTimer>
 #include <QTemporaryFile>
 #include <QTest>
 
@@ -38,6 +40,8 @@ private Q_SLOTS:
     void sizeIsCappedAndCutAnswersAreNamed();
     void waitsForAFreeConnection();
     void filesAreAnsweredLaterToo();
+    void discoveryWorkIsBounded_data();
+    void discoveryWorkIsBounded();
 
 private:
     LocalHttpServer m_server;
@@ -212,6 +216,60 @@ void tst_HttpFeedFetcher::filesAreAnsweredLaterToo()
     QVERIFY(!result); // callers may rely on never being called back inside fetch()
     QTRY_VERIFY(result.has_value());
     QCOMPARE(result->body, kFeed);
+}
+
+void tst_HttpFeedFetcher::discoveryWorkIsBounded_data()
+{
+    QTest::addColumn<QString>("page");
+    QTest::addColumn<QStringList>("links");  // advertised, in page order
+    QTest::addColumn<QStringList>("silent"); // paths that never answer
+    QTest::addColumn<QString>("found");      // the feed's path, or empty for none
+    const auto many = [](const QString &form, int count) {
+        QStringList links;
+        for (int i = 0; i < count; ++i)
+            links.append(form.arg(i));
+        return links;
+    };
+    QTest::newRow("100,000 links") << "/many" << many("/many%1", 100000) << QStringList() << QString();
+    QTest::newRow("links back to the page")
+        << "/selfish" << many("/selfish?x=%1", 5000) + many("/selfish", 500) << QStringList() << QString();
+    QTest::newRow("ten silent candidates")
+        << "/quiet" << many("/quiet%1", 10) << many("/quiet%1", 10) << QString();
+    QTest::newRow("the first feed in page order")
+        << "/ordered" << QStringList{"/gone", "/feedA", "/feedB"} << QStringList() << "/feedA";
+}
+
+// One address typed by a user never turns into more than a dozen requests or a long wait.
+void tst_HttpFeedFetcher::discoveryWorkIsBounded()
+{
+    QFETCH(QString, page);
+    QFETCH(QStringList, links);
+    QFETCH(QStringList, silent);
+    QFETCH(QString, found);
+    QByteArray html = "<html><head>";
+    for (const QString &link : links)
+        html += "<link rel=\"alternate\" type=\"application/rss+xml\" href=\"" + link.toUtf8() + "\">";
+    m_server.serve(page, html + "</head></html>", "text/html");
+    LocalHttpServer::Route quiet;
+    quiet.neverAnswer = true;
+    for (const QString &path : silent)
+        m_server.setRoute(path, quiet);
+    m_server.serve("/feedA", kFeed);
+    m_server.serve("/feedB", kFeed);
+
+    const int before = m_server.totalRequestCount();
+    QElapsedTimer clock;
+    clock.start();
+    DiscoveringFetcher fetcher(std::make_unique<HttpFeedFetcher>());
+    const FetchResult result = fetchAndWait(fetcher, m_server.url(page));
+    QVERIFY2(clock.elapsed() < 15000, qPrintable(QString::number(clock.elapsed())));
+    QVERIFY(m_server.totalRequestCount() - before <= 12);
+    if (found.isEmpty()) {
+        QVERIFY2(result.reason.endsWith(QLatin1String("links to no feed")), qPrintable(result.reason));
+    } else {
+        QVERIFY2(result.ok(), qPrintable(result.reason));
+        QCOMPARE(result.finalUrl.path(), found);
+    }
 }
 
 QTEST_GUILESS_MAIN(tst_HttpFeedFetcher)

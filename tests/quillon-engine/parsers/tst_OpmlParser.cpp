@@ -12,6 +12,7 @@ class tst_OpmlParser : public QObject
 private slots:
     void readsNestedOutlines();
     void keepsOutlinesReadBeforeAnError();
+    void survivesHostileLists_data();
     void survivesHostileLists();
 };
 
@@ -66,18 +67,31 @@ void tst_OpmlParser::keepsOutlinesReadBeforeAnError()
     QCOMPARE(OpmlParser::parse("").error, ParseError::Empty);
 }
 
+void tst_OpmlParser::survivesHostileLists_data()
+{
+    QTest::addColumn<int>("levels");
+    QTest::addColumn<int>("kept");
+    QTest::addColumn<bool>("refused");
+    QTest::newRow("1,000 levels, read whole") << 1000 << 1000 << false;
+    QTest::newRow("1,001 levels, refused") << 1001 << 1000 << true;
+    QTest::newRow("100,000 levels, refused without recursion") << 100000 << 1000 << true;
+}
+
 void tst_OpmlParser::survivesHostileLists()
 {
-    const int levels = 100000;
+    QFETCH(int, levels);
+    QFETCH(int, kept);
+    QFETCH(bool, refused);
     const QByteArray deep = "<opml><body>" + QByteArray("<outline text=\"x\">").repeated(levels) +
                             QByteArray("</outline>").repeated(levels) + "</body></opml>";
     const OpmlDocument document = OpmlParser::parse(deep);
-    QVERIFY2(document.ok(), qPrintable(document.errorText));
-    int depth = 0;
+    QCOMPARE(document.error, refused ? ParseError::TooDeep : ParseError::None);
+    QCOMPARE(document.errorText.contains(QLatin1String("deeper than 1000 levels")), refused);
+    int depth = 1;
     for (const OpmlOutline *outline = &document.outlines.at(0); !outline->children.isEmpty();
          outline = &outline->children.at(0))
         ++depth;
-    QVERIFY(depth < 100); // the rest is skipped, not recursed into
+    QCOMPARE(depth, kept);
     QVERIFY(OpmlCatalog::fromDocument(document).feeds.isEmpty());
 }
 
