@@ -96,6 +96,9 @@ void OpenOptionsWindow(QWidget *host)
     window.FormLoad();
     window.CentreOver(host);
     window.exec();
+    // "ShowLogWindow" may have changed: the log window opens or closes now.
+    if (auto *mainWindow = qobject_cast<frmMainWindow *>(host))
+        mainWindow->FollowLogWindowSetting();
 }
 
 bool RetryConnect()
