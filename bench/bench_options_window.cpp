@@ -22,6 +22,7 @@
 #include <QCheckBox>
 #include <QElapsedTimer>
 #include <QPushButton>
+#include <QTableWidget>
 #include <QTemporaryDir>
 #include <QTimer>
 
@@ -118,6 +119,9 @@ double timeExport(const SubscribeClientPtr &client, const QString &path)
     ExportUI page(client);
     page.SetFileChooser([&](QWidget *, const QString &) { return path; });
     page.show();
+    auto *list = page.findChild<QTableWidget *>(QStringLiteral("grdSubscriptions"));
+    while (list->rowCount() == 0)
+        QCoreApplication::processEvents();
     page.findChild<QCheckBox *>(QStringLiteral("chkAll"))->click();
     page.findChild<QPushButton *>(QStringLiteral("cmdExport"))->click();
     return clock.nsecsElapsed() / 1e6;

@@ -10,6 +10,7 @@
 #include <QFileInfo>
 #include <QLoggingCategory>
 #include <QRegularExpression>
+#include <QTimer>
 
 Q_LOGGING_CATEGORY(lcExport, "corvell.options.export")
 
@@ -80,11 +81,12 @@ void ExportUI::Apply()
     SetDirty(false);
 }
 
-void ExportUI::showEvent(QShowEvent *event)
+void ExportUI::paintEvent(QPaintEvent *event)
 {
-    ConfigPage::showEvent(event);
+    ConfigPage::paintEvent(event);
+    // Drawn first, filled right after: a long list does not hold up the window's opening.
     if (!std::exchange(m_listRead, true))
-        FillList();
+        QTimer::singleShot(0, this, &ExportUI::FillList);
 }
 
 void ExportUI::FillList()

@@ -12,7 +12,7 @@ class ExportUI;
 }
 
 // The "OPML Export" module: the user checks subscriptions and writes them to an OPML file. The
-// list is read when the page is first shown, so opening the window does not wait for it.
+// list is read once the page was first shown, so opening the window does not wait for it.
 class ExportUI : public ConfigPage
 {
     Q_OBJECT
@@ -31,7 +31,7 @@ public:
     static const QString kFilter;
 
 protected:
-    void showEvent(QShowEvent *event) override;
+    void paintEvent(QPaintEvent *event) override;
 
 private:
     void FillList();

@@ -59,6 +59,9 @@ bool shoot(const SubscribeClientPtr &client, const OptionPageFactory &pages, con
     frmOptionsWindow window(pages);
     window.SetClient(client);
     window.show();
+    // Drawn, then the export page fills its list.
+    QCoreApplication::processEvents();
+    QCoreApplication::processEvents();
     // The export page is shown with some rows checked, as a user about to export would have it.
     if (auto *grid = window.findChild<QTableWidget *>("grdSubscriptions"); grid && grid->isVisible()) {
         for (int row = 0; row < grid->rowCount(); row += 2)

@@ -97,6 +97,7 @@ void tst_ExportUI::openPage()
         return m_folder.filePath("my feeds.opml");
     });
     m_page->show();
+    QTRY_COMPARE(grid()->rowCount(), 5);
 }
 
 QStringList tst_ExportUI::readBack(const QString &path)
@@ -116,7 +117,6 @@ QStringList tst_ExportUI::readBack(const QString &path)
 void tst_ExportUI::exportedFileReadsBackWithItsFolders()
 {
     openPage();
-    QCOMPARE(grid()->rowCount(), 5);
     m_page->findChild<QCheckBox *>("chkAll")->click();
     grid()->item(2, 0)->setCheckState(Qt::Unchecked);
     m_page->findChild<QLineEdit *>("txtExportTitle")->setText("Evening reading");
