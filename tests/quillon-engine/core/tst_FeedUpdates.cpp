@@ -389,7 +389,8 @@ void tst_FeedUpdates::webPageLeadsToTheFeedItAdvertises()
     BagPtr bag = m_engine->itemBag(id);
     QCOMPARE(bag->text("URL"), url("/feeds/site.atom?a=1&b=2"));
     QCOMPARE(bag->text("TITLE"), "Site Feed");
-    QCOMPARE(m_server.requestCount("/feeds/other.rss"), 0);
+    // Candidates are fetched several at once; the first in page order wins, each asked once.
+    QVERIFY(m_server.requestCount("/feeds/other.rss") <= 1);
 
     // The preview of a page shows its feed.
     const BagPtr preview = m_engine->preview(url("/blog"));
