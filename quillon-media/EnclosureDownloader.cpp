@@ -1,12 +1,14 @@
 #include "EnclosureDownloader.h"
 
+#include "CurlProxy.h"
 #include "MediaLogging.h"
 
 #include <QDir>
 #include <QFileInfo>
 
-EnclosureDownloader::EnclosureDownloader(Limits limits, QObject *parent)
-    : QObject(parent), m_limits(limits),
+EnclosureDownloader::EnclosureDownloader(Limits limits, std::shared_ptr<quillon::FetchPolicy> policy,
+                                         QObject *parent)
+    : QObject(parent), m_limits(limits), m_policy(std::move(policy)),
       m_multi([this](CURL *easy, CURLcode code) { onDone(easy, code); }, this)
 {
 }
@@ -65,7 +67,7 @@ bool EnclosureDownloader::setUp(CURL *easy, Transfer &transfer)
     curl_easy_setopt(easy, CURLOPT_FOLLOWLOCATION, 1L);
     curl_easy_setopt(easy, CURLOPT_MAXREDIRS, 5L);
     curl_easy_setopt(easy, CURLOPT_FAILONERROR, 1L);
-    curl_easy_setopt(easy, CURLOPT_NOPROXY, "localhost,127.0.0.1,::1");
+    quillon::CurlProxy::apply(easy, m_policy->route(transfer.job.url));
     curl_easy_setopt(easy, CURLOPT_CONNECTTIMEOUT, 30L);
     // A stalled server is given up after a minute below one byte a second.
     curl_easy_setopt(easy, CURLOPT_LOW_SPEED_LIMIT, 1L);

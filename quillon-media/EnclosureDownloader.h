@@ -1,6 +1,7 @@
 #pragma once
 
 #include "CurlMulti.h"
+#include "FetchPolicy.h"
 
 #include <QFile>
 #include <QHash>
@@ -42,7 +43,9 @@ public:
         bool resumed = false; // continued a part with a range request
     };
 
-    explicit EnclosureDownloader(Limits limits, QObject *parent = nullptr);
+    // Each download goes the way the policy routes its address.
+    EnclosureDownloader(Limits limits, std::shared_ptr<quillon::FetchPolicy> policy,
+                        QObject *parent = nullptr);
     ~EnclosureDownloader() override;
 
     void add(const Job &job);
@@ -75,6 +78,7 @@ private:
     [[nodiscard]] Result conclude(CURL *easy, CURLcode code, Transfer &transfer);
 
     Limits m_limits;
+    std::shared_ptr<quillon::FetchPolicy> m_policy;
     quillon::CurlMulti m_multi;
     QList<Job> m_queue;
     QHash<CURL *, std::shared_ptr<Transfer>> m_running;

@@ -20,7 +20,8 @@ Q_LOGGING_CATEGORY(lcMedia, "corvell.media")
 
 MediaAgent::MediaAgent(quillon::SubscribeClientPtr client, Options options, QObject *parent)
     : QObject(parent), m_client(std::move(client)), m_options(std::move(options)), m_settings(*m_client),
-      m_index(m_options.indexPath), m_playlists(m_options.folders.playlists), m_downloader(m_options.limits)
+      m_index(m_options.indexPath), m_playlists(m_options.folders.playlists),
+      m_downloader(m_options.limits, m_policy)
 {
     if (!m_options.handOff)
         m_options.handOff = &PlayerHandoff::open;
@@ -104,6 +105,12 @@ void MediaAgent::requestArticles()
     m_again = false;
     // Settings are read once a chain, so an answer given meanwhile counts from the next.
     m_subscriptions.clear();
+    try {
+        m_policy->setNetwork(m_settings.network());
+    } catch (const std::exception &e) {
+        m_busy = false;
+        return engineFailed(e);
+    }
     askForArticles(++m_chain, 0);
 }
 

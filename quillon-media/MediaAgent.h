@@ -105,6 +105,7 @@ private:
     MediaSettings m_settings;
     MediaIndex m_index;
     Playlists m_playlists;
+    std::shared_ptr<quillon::FetchPolicy> m_policy = std::make_shared<quillon::FetchPolicy>();
     EnclosureDownloader m_downloader;
     QHash<qint32, std::optional<Subscription>> m_subscriptions; // for one chain of batches
     QHash<qint32, Article> m_articles;                          // downloads under way

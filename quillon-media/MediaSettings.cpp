@@ -1,6 +1,7 @@
 #include "MediaSettings.h"
 
 #include "HandleGuard.h"
+#include "NetworkSettingKeys.h"
 #include "PropertyBag.h"
 
 #include <algorithm>
@@ -100,4 +101,20 @@ void MediaSettings::reportProgress(qint32 subscriptionId, const QString &text)
     HandleGuard bag(m_client, m_client.NewBag());
     m_client.SetStringValue(bag.get(), QStringLiteral("DownloadStatus"), text);
     m_client.SetSettings(QLatin1String(kConsumer), section(subscriptionId), bag.get());
+}
+
+quillon::NetworkSettings MediaSettings::network()
+{
+    namespace K = quillon::NetworkSettingKeys;
+    QList<QPair<QString, QString>> keys;
+    for (const K::Default &d : K::kDefaults)
+        keys.append({d.key, quillon::kMissingText});
+    HandleGuard bag(m_client, m_client.NewBag());
+    for (const auto &[key, fallback] : keys)
+        m_client.SetStringValue(bag.get(), key, fallback);
+    HandleGuard values(m_client, m_client.GetSettings(K::kConsumer, K::kSection, bag.get()));
+    return quillon::NetworkSettings::read([&](const QString &key) -> std::optional<QString> {
+        const QString value = m_client.GetStringValue(values.get(), key);
+        return value == quillon::kMissingText ? std::nullopt : std::optional<QString>(value);
+    });
 }

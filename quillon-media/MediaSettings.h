@@ -1,6 +1,7 @@
 #pragma once
 
 #include "MediaChoices.h"
+#include "NetworkSettings.h"
 #include "SubscribeClient.h"
 
 #include <QList>
@@ -21,6 +22,9 @@ public:
     [[nodiscard]] bool hasOwnAnswer(qint32 subscriptionId);
     // "downloading 3 of 7", or "" once nothing waits; ConfigConsumer's details pane shows it.
     void reportProgress(qint32 subscriptionId, const QString &text);
+
+    // The engine's network settings, which every download follows as feed fetches do.
+    [[nodiscard]] quillon::NetworkSettings network();
 
     [[nodiscard]] static QString section(qint32 subscriptionId);
 

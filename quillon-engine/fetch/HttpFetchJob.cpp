@@ -1,5 +1,7 @@
 #include "HttpFetchJob.h"
 
+#include "CurlProxy.h"
+
 #include "FetchLogging.h"
 
 #include <algorithm>
@@ -106,17 +108,7 @@ void HttpFetchJob::prepare(CURL *easy)
 void HttpFetchJob::routeThroughProxy(CURL *easy)
 {
     const ProxyRoute route = m_policy->route(m_current);
-    // An empty proxy also keeps curl from reading the environment on its own.
-    curl_easy_setopt(easy, CURLOPT_PROXY, route.proxy.toUtf8().constData());
-    if (route.login == ProxyRoute::Login::Password) {
-        curl_easy_setopt(easy, CURLOPT_PROXYUSERNAME, route.user.toUtf8().constData());
-        curl_easy_setopt(easy, CURLOPT_PROXYPASSWORD, route.password.toUtf8().constData());
-        curl_easy_setopt(easy, CURLOPT_PROXYAUTH, CURLAUTH_ANY);
-    } else if (route.login == ProxyRoute::Login::Negotiate) {
-        // An empty login makes curl take the user's own ticket.
-        curl_easy_setopt(easy, CURLOPT_PROXYUSERPWD, ":");
-        curl_easy_setopt(easy, CURLOPT_PROXYAUTH, CURLAUTH_NEGOTIATE);
-    }
+    CurlProxy::apply(easy, route);
     if (!route.direct())
         qCDebug(lcFetch) << m_current << "through" << route.proxy << "-" << route.reason;
 }
