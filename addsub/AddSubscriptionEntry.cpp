@@ -16,14 +16,14 @@ bool OpenPreview(QWidget *owner, QObject *host, const QString &title, const QStr
     return preview.GetResults() == frmPreviewSubscription::kResultAdd;
 }
 
-void OpenAddSubscription(QWidget *owner, const QString &importPath)
+void OpenAddSubscription(QWidget *owner, QObject *target, const QString &importPath)
 {
-    const auto *host = dynamic_cast<const ConfigHost *>(owner);
+    const auto *host = dynamic_cast<const ConfigHost *>(target);
     frmAddSubscription wizard(owner);
-    wizard.SetHost(owner);
+    wizard.SetHost(target);
     wizard.Initialize(host ? host->Categories() : QStringList());
-    wizard.SetPreviewOpener([owner](QWidget *parent, const QString &title, const QString &url) {
-        return OpenPreview(parent, owner, title, url, false);
+    wizard.SetPreviewOpener([target](QWidget *parent, const QString &title, const QString &url) {
+        return OpenPreview(parent, target, title, url, false);
     });
     if (!importPath.isEmpty())
         wizard.USMImportOPMLFile(importPath);
@@ -33,7 +33,7 @@ void OpenAddSubscription(QWidget *owner, const QString &importPath)
 MainWindowEntryPoints EntryPoints()
 {
     MainWindowEntryPoints points;
-    points.addSubscription = [](QWidget *owner) { OpenAddSubscription(owner); };
+    points.addSubscription = [](QWidget *owner) { OpenAddSubscription(owner, owner); };
     points.previewFeed = [](QWidget *owner, const QString &url) {
         OpenPreview(owner, owner, url, url, true);
     };
@@ -42,7 +42,7 @@ MainWindowEntryPoints EntryPoints()
             OpmlImport::ShowNoFeedsFound(owner);
             return;
         }
-        OpenAddSubscription(owner, path);
+        OpenAddSubscription(owner, owner, path);
     };
     return points;
 }

@@ -90,7 +90,9 @@ void OpenOptionsWindow(QWidget *host)
         return factory;
     }();
     frmOptionsWindow window(pages, host);
-    window.SetAddSubscription([](QWidget *owner) { AddSubscriptionEntry::OpenAddSubscription(owner); });
+    // The wizard opens over the options window; what it adds is announced to the main window.
+    window.SetAddSubscription(
+        [host](QWidget *owner) { AddSubscriptionEntry::OpenAddSubscription(owner, host); });
     window.SetHost(host);
     window.SetClient(ClientAccess::GetEngineClient());
     window.FormLoad();

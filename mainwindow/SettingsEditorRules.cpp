@@ -39,8 +39,3 @@ SettingsEditorRules::DeletionField SettingsEditorRules::DeletionShown(qint32 com
         return {true, common};
     return {common != 0, engineDefault};
 }
-
-bool SettingsEditorRules::BelowMinimumFrequency(qint32 seconds)
-{
-    return seconds < kMinimumUpdateSeconds;
-}

@@ -11,8 +11,6 @@ class SettingsEditorRules
 public:
     // Stored in a time property: use the engine's default.
     static constexpr qint32 kUseDefault = -1;
-    // Shortest update interval accepted without a warning; exactly this passes.
-    static constexpr qint32 kMinimumUpdateSeconds = 300;
 
     // Values of the Outlook consumer's "StoreLocationOption".
     static inline const QString kStoreInParentFolder = QStringLiteral("0");
@@ -32,8 +30,6 @@ public:
     };
     // 0 (never) unchecks the age and shows the default; a real age is checked and shown.
     [[nodiscard]] static DeletionField DeletionShown(qint32 common, qint32 engineDefault);
-
-    [[nodiscard]] static bool BelowMinimumFrequency(qint32 seconds);
 
 private:
     [[nodiscard]] static bool IsDefault(qint32 value);

@@ -3,6 +3,7 @@
 #include "FieldError.h"
 #include "FormControls.h"
 #include "ItemClass.h"
+#include "MinimumFrequency.h"
 #include "PropertyBag.h"
 #include "QLUtils.h"
 #include "SearchSubscriptionPanel.h"
@@ -23,11 +24,6 @@ using Rules = SettingsEditorRules;
 
 namespace {
 const QString kSaveQuestion = QStringLiteral("Do you want to save your changes to this subscription?");
-const QString kFrequencyNote =
-    QStringLiteral("Note: most RSS services prefer an update frequency of 1 hour or more.");
-const QString kFrequencyWarning = QStringLiteral(
-    "This update frequency is less than the minimum update frequency. Please set the update time "
-    "to a value greater than 5 minutes.");
 const QString kNoFolderTitle = QStringLiteral("Please selected a folder.");
 const QString kNotSaved = QStringLiteral("The settings were not saved.");
 const QString kNotAllSaved = QStringLiteral("Not all settings could be saved.");
@@ -59,18 +55,18 @@ void SubscriptionSettingsEditor::SetClient(quillon::SubscribeClientPtr client)
 
 void SubscriptionSettingsEditor::ConnectChangeEvents()
 {
-    for (QLineEdit *field : {ui->txtSubTitle, ui->txtUpdateFreq, ui->txtDelRead, ui->txtDelUnread,
-                             ui->txtUserNameField, ui->txtPasswordField})
-        connect(field, &QLineEdit::textChanged, this, &SubscriptionSettingsEditor::OnFieldChanged);
-    for (QComboBox *units : {ui->cboUpdateFreq, ui->cboDelRead, ui->cboDelUnread})
-        connect(units, &QComboBox::currentIndexChanged, this, &SubscriptionSettingsEditor::OnFieldChanged);
+    for (QWidget *field : std::initializer_list<QWidget *>{
+             ui->txtSubTitle, ui->txtUpdateFreq, ui->txtDelRead, ui->txtDelUnread, ui->txtUserNameField,
+             ui->txtPasswordField, ui->cboUpdateFreq, ui->cboDelRead, ui->cboDelUnread})
+        FormControls::WhenChanged(field, this, [this] { OnFieldChanged(); });
     connect(ui->picSearchSubscription, &SearchSubscriptionPanel::Edited, this,
             &SubscriptionSettingsEditor::OnFieldChanged);
     for (QButtonGroup *group :
          {ui->btnsUpdateFreq, ui->btnsDelete, ui->btnsEnclosure, ui->btnsContent, ui->btnsStoreLocation})
         connect(group, &QButtonGroup::buttonToggled, this, &SubscriptionSettingsEditor::OnOptionChanged);
-    for (QCheckBox *check : {ui->chkDelRead, ui->chkDelUnread, ui->chkSubNamedFolder})
-        connect(check, &QCheckBox::toggled, this, &SubscriptionSettingsEditor::OnOptionChanged);
+    for (QWidget *check :
+         std::initializer_list<QWidget *>{ui->chkDelRead, ui->chkDelUnread, ui->chkSubNamedFolder})
+        FormControls::WhenChanged(check, this, [this] { OnOptionChanged(); });
     connect(ui->cmdStoreInSpecificFolder, &QPushButton::clicked, this,
             &SubscriptionSettingsEditor::PickSpecificFolder);
 }
@@ -318,14 +314,6 @@ QString SubscriptionSettingsEditor::RadioContent() const
 
 // ---- checking and applying ----
 
-bool SubscriptionSettingsEditor::CheckUpdateFreq(const QString &number, int unitIndex)
-{
-    if (!Rules::BelowMinimumFrequency(TimeField::ToSeconds(number, unitIndex, kFrequencyField)))
-        return false;
-    ShowAlert(this, kFrequencyNote, kFrequencyWarning);
-    return true;
-}
-
 bool SubscriptionSettingsEditor::CheckOutlookTabSettings()
 {
     if (!ui->optStoreInSpecificFolder->isChecked() ||
@@ -435,11 +423,8 @@ bool SubscriptionSettingsEditor::WriteSelection()
 
 void SubscriptionSettingsEditor::CorrectUpdateFreq()
 {
-    if (!ui->optSpecificFreq->isChecked() ||
-        !CheckUpdateFreq(ui->txtUpdateFreq->text(), ui->cboUpdateFreq->currentIndex()))
-        return;
-    ui->txtUpdateFreq->setText(QStringLiteral("5"));
-    ui->cboUpdateFreq->setCurrentIndex(UnitMinutes);
+    if (ui->optSpecificFreq->isChecked())
+        MinimumFrequency::Correct(this, ui->txtUpdateFreq, ui->cboUpdateFreq, kFrequencyField);
 }
 
 bool SubscriptionSettingsEditor::ApplyEdits()

@@ -39,8 +39,6 @@ public:
     void LoadOutlookTab();
     void EnableSubscriptionTab();
     void EnableOutlookTab();
-    // True, after the warning, when the time is below the minimum. Throws FieldError.
-    bool CheckUpdateFreq(const QString &number, int unitIndex);
     // False, after a warning, when a specific folder is chosen but none is named.
     [[nodiscard]] bool CheckOutlookTabSettings();
     // Both throw FieldError or quillon::EngineError; subscriptions before the failing one

@@ -1,5 +1,6 @@
 #include "CommonValues.h"
 #include "FieldError.h"
+#include "MinimumFrequency.h"
 #include "PropertyBag.h"
 #include "SearchUrl.h"
 #include "SettingsEditorRules.h"
@@ -84,8 +85,8 @@ void tst_SettingsEditorRules::storedTimesChooseOptionsAndShownValues()
     QVERIFY(custom.checked);
     QCOMPARE(custom.seconds, 86400);
 
-    QVERIFY(R::BelowMinimumFrequency(299));
-    QVERIFY(!R::BelowMinimumFrequency(300));
+    QVERIFY(MinimumFrequency::Below(299));
+    QVERIFY(!MinimumFrequency::Below(300));
 }
 
 void tst_SettingsEditorRules::searchAddressesAndLimits()

@@ -2,10 +2,14 @@
 
 #include <QtGlobal>
 
+#include <functional>
+
 class QAbstractButton;
 class QButtonGroup;
 class QComboBox;
 class QLineEdit;
+class QObject;
+class QWidget;
 
 // Showing values in the controls that settings pages share.
 namespace FormControls {
@@ -14,5 +18,7 @@ namespace FormControls {
 void ShowChoice(QButtonGroup *group, QAbstractButton *chosen);
 // A time in seconds as a number and its unit (minutes, hours, days).
 void ShowTime(QLineEdit *number, QComboBox *unit, qint32 seconds);
+// Calls changed, in context, whenever the control's value changes (text, choice, state, value).
+void WhenChanged(QWidget *control, QObject *context, const std::function<void()> &changed);
 
 } // namespace FormControls

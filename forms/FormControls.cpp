@@ -1,0 +1,48 @@
+#include "FormControls.h"
+
+#include "TimeField.h"
+
+#include <QAbstractButton>
+#include <QAbstractSlider>
+#include <QButtonGroup>
+#include <QComboBox>
+#include <QLineEdit>
+#include <QSpinBox>
+
+namespace FormControls {
+
+void ShowChoice(QButtonGroup *group, QAbstractButton *chosen)
+{
+    if (chosen) {
+        chosen->setChecked(true);
+        return;
+    }
+    // An exclusive group cannot show "nothing chosen" by itself.
+    group->setExclusive(false);
+    for (QAbstractButton *button : group->buttons())
+        button->setChecked(false);
+    group->setExclusive(true);
+}
+
+void ShowTime(QLineEdit *number, QComboBox *unit, qint32 seconds)
+{
+    const TimeDisplay display = TimeField::Display(seconds);
+    number->setText(QString::number(display.amount));
+    unit->setCurrentIndex(display.unitIndex);
+}
+
+void WhenChanged(QWidget *control, QObject *context, const std::function<void()> &changed)
+{
+    if (auto *edit = qobject_cast<QLineEdit *>(control))
+        QObject::connect(edit, &QLineEdit::textChanged, context, changed);
+    else if (auto *box = qobject_cast<QComboBox *>(control))
+        QObject::connect(box, &QComboBox::currentIndexChanged, context, changed);
+    else if (auto *button = qobject_cast<QAbstractButton *>(control))
+        QObject::connect(button, &QAbstractButton::toggled, context, changed);
+    else if (auto *slider = qobject_cast<QAbstractSlider *>(control))
+        QObject::connect(slider, &QAbstractSlider::valueChanged, context, changed);
+    else if (auto *spin = qobject_cast<QSpinBox *>(control))
+        QObject::connect(spin, &QSpinBox::valueChanged, context, changed);
+}
+
+} // namespace FormControls
