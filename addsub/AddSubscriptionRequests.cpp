@@ -8,7 +8,6 @@
 #include "HandleGuard.h"
 #include "HandlerNames.h"
 #include "PropertyBag.h"
-#include "SubscriptionSettingsStore.h"
 
 using EngineNames::kNewsClass;
 using quillon::Handle;
@@ -84,7 +83,7 @@ QList<std::pair<QString, QString>> AddSubscriptionRequests::ReadRootRows(Handle 
 
 QList<SearchSource> AddSubscriptionRequests::ReadSearchSources(Handle answer) const
 {
-    return SubscriptionSettingsStore(*m_client).ReadSearchSources(answer);
+    return ::ReadSearchSources(*m_client, answer);
 }
 
 QList<ImportTab::Source> AddSubscriptionRequests::ReadImportSources(Handle answer) const

@@ -1,5 +1,8 @@
 #pragma once
 
+#include "SubscribeClient.h"
+
+#include <QList>
 #include <QString>
 
 // One search source the engine offers, with its limits as the engine gives them (texts that
@@ -12,3 +15,6 @@ struct SearchSource
     QString minLimit;
     QString maxLimit;
 };
+
+// The sources of a search-sources answer; none when the answer carries no list.
+[[nodiscard]] QList<SearchSource> ReadSearchSources(quillon::SubscribeClient &client, quillon::Handle answer);

@@ -86,7 +86,7 @@ void SearchSubscriptionPanel::EventSearchSourcesCallback(qint32 message)
     m_sourcesCallback.reset();
     QList<SearchSource> sources;
     try {
-        sources = SubscriptionSettingsStore(*m_client).ReadSearchSources(message);
+        sources = ReadSearchSources(*m_client, message);
     } catch (const quillon::EngineError &error) {
         qCWarning(lcEditor) << "search sources unreadable:" << error.message();
     }

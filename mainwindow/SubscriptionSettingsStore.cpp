@@ -189,29 +189,3 @@ void SubscriptionSettingsStore::RequestSearchSources(const quillon::CallbackPtr 
     m_client.SetStringValue(request.get(), QStringLiteral("LIST"), QStringLiteral("SEARCHSOURCES"));
     m_client.SubmitRequest(request.get(), callback);
 }
-
-QList<SearchSource> SubscriptionSettingsStore::ReadSearchSources(Handle answer)
-{
-    QList<SearchSource> sources;
-    HandleGuard result(m_client, m_client.GetHandleValue(answer, QStringLiteral("Result")));
-    HandleGuard list(m_client, result.isValid()
-                                   ? m_client.GetHandleValue(result.get(), QStringLiteral("SEARCHSOURCES"))
-                                   : Handle(0));
-    if (!list.isValid()) {
-        qCInfo(lcEditor) << "no search sources:" << m_client.GetStringValue(answer, QStringLiteral("MESSAGE"))
-                         << m_client.GetStringValue(answer, QStringLiteral("ERROR"));
-        return sources;
-    }
-    for (qint32 i = 0, n = m_client.ListCount(list.get()); i < n; ++i)
-        sources << ReadSource(list.get(), i);
-    return sources;
-}
-
-SearchSource SubscriptionSettingsStore::ReadSource(Handle list, qint32 index)
-{
-    HandleGuard bag(m_client, m_client.ListHandle(list, index));
-    const auto text = [&](const char *name) {
-        return m_client.GetStringValue(bag.get(), QLatin1String(name));
-    };
-    return {text("guid"), text("title"), text("defaultLimit"), text("minLimit"), text("maxLimit")};
-}

@@ -31,15 +31,12 @@ public:
     [[nodiscard]] QString SearchUrlText(const SearchUrl &search);
     // The answer comes later, through the callback.
     void RequestSearchSources(const quillon::CallbackPtr &callback);
-    // The sources in an answer; none when the engine could not list them.
-    [[nodiscard]] QList<SearchSource> ReadSearchSources(quillon::Handle answer);
 
 private:
     using KeyDefaults = QList<std::pair<QString, QString>>;
     [[nodiscard]] QHash<QString, QString> ReadSettings(const QString &consumerId, const QString &section,
                                                        const KeyDefaults &keys);
     [[nodiscard]] qint32 EngineTime(const QString &key, qint32 fallback);
-    [[nodiscard]] SearchSource ReadSource(quillon::Handle list, qint32 index);
 
     quillon::SubscribeClient &m_client;
 };
