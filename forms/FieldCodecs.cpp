@@ -99,6 +99,21 @@ void ShowChoice(QWidget &page, const FieldBinding &field, const QString &stored)
     }
 }
 
+void ShowSeconds(QWidget &page, const FieldBinding &field, const QString &stored)
+{
+    qint32 seconds = NumberOr(stored, field.defaultValue, 0);
+    if (auto *toggle = Find<QAbstractButton>(page, field.toggle)) {
+        toggle->setChecked(seconds != 0);
+        // Checking the box again then offers a sensible age rather than none.
+        if (seconds == 0)
+            seconds = field.defaultValue.toInt();
+    }
+    auto *number = Find<QLineEdit>(page, field.control);
+    auto *unit = Find<QComboBox>(page, field.unit);
+    if (number && unit)
+        FormControls::ShowTime(number, unit, seconds);
+}
+
 QString TakeChoice(const QWidget &page, const FieldBinding &field)
 {
     qsizetype index = -1;
@@ -150,13 +165,8 @@ void Show(QWidget &page, const FieldBinding &field, const QString &stored)
         return ShowText(page, field, stored);
     case FieldCodec::Number:
         return ShowNumber(page, field, stored);
-    case FieldCodec::Seconds: {
-        auto *number = Find<QLineEdit>(page, field.control);
-        auto *unit = Find<QComboBox>(page, field.unit);
-        if (number && unit)
-            FormControls::ShowTime(number, unit, NumberOr(stored, field.defaultValue, 0));
-        return;
-    }
+    case FieldCodec::Seconds:
+        return ShowSeconds(page, field, stored);
     case FieldCodec::ChoiceIndex:
     case FieldCodec::ChoiceText:
         return ShowChoice(page, field, stored);
@@ -183,6 +193,8 @@ QString Take(const QWidget &page, const FieldBinding &field)
         auto *unit = Find<QComboBox>(page, field.unit);
         if (!number || !unit)
             return field.defaultValue;
+        if (auto *toggle = Find<QAbstractButton>(page, field.toggle); toggle && !toggle->isChecked())
+            return QStringLiteral("0");
         return QString::number(TimeField::ToSeconds(number->text(), unit->currentIndex(), FieldName(field)));
     }
     case FieldCodec::ChoiceIndex:
@@ -195,7 +207,8 @@ QString Take(const QWidget &page, const FieldBinding &field)
 QList<QWidget *> Widgets(QWidget &page, const FieldBinding &field)
 {
     QList<QWidget *> widgets;
-    for (const QString &name : QStringList{field.control, field.unit, field.offOption} + field.options) {
+    for (const QString &name :
+         QStringList{field.control, field.unit, field.toggle, field.offOption} + field.options) {
         if (QWidget *widget = name.isEmpty() ? nullptr : page.findChild<QWidget *>(name))
             widgets.append(widget);
     }

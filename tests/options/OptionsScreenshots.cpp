@@ -5,6 +5,7 @@
 //
 // Writes options-window.png and options-<module>.png ("GeneralProp" gives options-general.png).
 
+#include "ClientAccess.h"
 #include "ConsumerSettings.h"
 #include "EngineCalls.h"
 #include "LocalSettings.h"
@@ -96,6 +97,8 @@ int main(int argc, char *argv[])
     const SubscribeClientPtr client = engine.newClient();
     client->Connect("CONFIGCONSUMER", std::make_shared<EngineCalls::IgnoreMessages>());
     addSampleState(*client);
+    // Pages bound by a field table reach the engine through the process's client.
+    ClientAccess::SetEngineClient(client);
     OptionPageFactory pages;
     RegisterStandardOptionPages(pages);
 

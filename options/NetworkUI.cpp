@@ -1,0 +1,87 @@
+#include "NetworkUI.h"
+
+#include "NetworkSettingKeys.h"
+#include "RegistrySettings.h"
+#include "ui_NetworkUI.h"
+
+namespace Keys = quillon::NetworkSettingKeys;
+
+namespace {
+FieldBinding Switch(const QString &key, const QString &offOption, SettingStore *store, const QString &hotHelp)
+{
+    return {.control = key,
+            .store = store,
+            .key = key,
+            .defaultValue = Keys::kFalse,
+            .codec = FieldCodec::Word,
+            .hotHelp = hotHelp,
+            .offOption = offOption};
+}
+
+FieldBinding Text(const QString &key, SettingStore *store, const QString &hotHelp,
+                  FieldCodec codec = FieldCodec::Text)
+{
+    return {.control = key, .store = store, .key = key, .codec = codec, .hotHelp = hotHelp};
+}
+} // namespace
+
+NetworkUI::NetworkUI(QWidget *parent)
+    : ConfigPage(parent), ui(std::make_unique<Ui::NetworkUI>()), m_local(Keys::kSection),
+      m_engine(Keys::kConsumer, Keys::kSection), m_network(m_local, m_engine)
+{
+    ui->setupUi(this);
+    QList<FieldBinding> fields = {
+        Switch(Keys::kUseProxy, {}, &m_network, "Send every request through a proxy server."),
+        Switch(Keys::kUseSystemProxy, "optUseSpecificProxyServer", &m_network,
+               "Follow the proxy settings of your desktop or the environment."),
+        Text(Keys::kSpecificProxy, &m_network, "The proxy as host:port, e.g. proxy.example.org:3128."),
+        Switch(Keys::kBypassForLocals, {}, &m_network, "Reach this computer and local addresses directly."),
+        Switch(Keys::kUseCredentials, {}, &m_network, "Sign in to the proxy."),
+        Switch(Keys::kCurrentUserCredentials, "optUseSpecificCredentials", &m_network,
+               "Sign in as the user logged in to this computer."),
+        Text(Keys::kUser, &m_network, "The user name at the proxy."),
+        Text(Keys::kPassword, &m_engine, "The password at the proxy.", FieldCodec::Secret),
+        Text(Keys::kDomain, &m_network, "The Windows domain of the user name, if the proxy wants one."),
+    };
+    for (FieldBinding &field : fields) {
+        for (const auto &[key, value] : Keys::kDefaults) {
+            if (key == field.key)
+                field.defaultValue = value;
+        }
+    }
+    Bind(fields);
+    for (QAbstractButton *button : std::initializer_list<QAbstractButton *>{
+             ui->chkUseProxyServer, ui->optUseSpecificProxyServer, ui->chkUseNetworkCredentials,
+             ui->optUseSpecificCredentials})
+        connect(button, &QAbstractButton::toggled, this, &NetworkUI::EnableNetwork);
+    LoadValues();
+}
+
+NetworkUI::~NetworkUI() = default;
+
+void NetworkUI::FieldsLoaded()
+{
+    EnableNetwork();
+    const QString product = QStringLiteral("Quill On");
+    const QString section = QStringLiteral("CONFIGCONSUMER");
+    if (GetRegistrySetting(product, section, QStringLiteral("PrefsVersion"), QStringLiteral("None")) ==
+        QLatin1String("None"))
+        PutRegistrySetting(product, section, QStringLiteral("PrefsVersion"), QStringLiteral("0.8.0"));
+}
+
+void NetworkUI::EnableNetwork()
+{
+    const bool proxy = ui->chkUseProxyServer->isChecked();
+    ui->optUseIEProxySettings->setEnabled(proxy);
+    ui->optUseSpecificProxyServer->setEnabled(proxy);
+    ui->txtSpecificProxyServer->setEnabled(proxy && ui->optUseSpecificProxyServer->isChecked());
+    ui->chkBypassForLocals->setEnabled(proxy);
+    const bool credentials = ui->chkUseNetworkCredentials->isChecked();
+    ui->optCurrentlyUsersCredentials->setEnabled(credentials);
+    ui->optUseSpecificCredentials->setEnabled(credentials);
+    const bool specific = credentials && ui->optUseSpecificCredentials->isChecked();
+    for (QWidget *field : std::initializer_list<QWidget *>{
+             ui->lblUsernameCredentials, ui->txtUsernameCredentials, ui->lblPasswordCredentials,
+             ui->txtPasswordCredentials, ui->lblDomainCredentials, ui->txtDomainCredentials})
+        field->setEnabled(specific);
+}

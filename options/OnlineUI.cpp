@@ -1,0 +1,105 @@
+#include "OnlineUI.h"
+
+#include "EngineClientBag.h"
+#include "FieldError.h"
+#include "StandardDialogs.h"
+#include "TimeField.h"
+#include "ui_OnlineUI.h"
+
+#include <QLoggingCategory>
+
+Q_LOGGING_CATEGORY(lcOnline, "corvell.options.online")
+
+namespace {
+constexpr qint32 kMinimumSyncSeconds = 900;
+const QString kFrequencyField = QStringLiteral("the synchronisation frequency");
+} // namespace
+
+OnlineUI::OnlineUI(QWidget *parent) : ConfigPage(parent), ui(std::make_unique<Ui::OnlineUI>())
+{
+    ui->setupUi(this);
+    using C = FieldCodec;
+    Bind({
+        {.control = "chkOnlineEnabled",
+         .store = &m_sync,
+         .key = "SyncRemote",
+         .defaultValue = "0",
+         .codec = C::Flag,
+         .hotHelp = "Keep your subscriptions the same on every computer you use."},
+        {.control = "txtOnlineURL",
+         .store = &m_sync,
+         .key = "SyncServer",
+         .hotHelp = "The online service's address."},
+        {.control = "txtOnlineUsername",
+         .store = &m_sync,
+         .key = "SyncUser",
+         .hotHelp = "Your account's name."},
+        {.control = "txtOnlinePassword",
+         .store = &m_sync,
+         .key = "SyncPassword",
+         .codec = C::Secret,
+         .hotHelp = "Your account's password, at least four characters."},
+        {.control = "txtUpdateFreq",
+         .store = &m_sync,
+         .key = "SyncFrequency",
+         .defaultValue = "3600",
+         .codec = C::Seconds,
+         .hotHelp = "How often to synchronise; at least 15 minutes.",
+         .unit = "cboUpdateFreq",
+         .label = kFrequencyField},
+    });
+    SetHotHelpText(QStringLiteral("cmdSyncNow"),
+                   QStringLiteral("Synchronise now, with the settings stored."));
+    connect(ui->chkOnlineEnabled, &QCheckBox::toggled, this, &OnlineUI::EnableOnline);
+    connect(ui->cmdSyncNow, &QPushButton::clicked, this, &OnlineUI::SyncNow);
+    LoadValues();
+}
+
+OnlineUI::~OnlineUI() = default;
+
+void OnlineUI::FieldsLoaded()
+{
+    EnableOnline();
+}
+
+void OnlineUI::EnableOnline()
+{
+    const bool on = ui->chkOnlineEnabled->isChecked();
+    for (QWidget *field : std::initializer_list<QWidget *>{
+             ui->lblOnlineURL, ui->txtOnlineURL, ui->lblOnlineUsername, ui->txtOnlineUsername,
+             ui->lblOnlinePassword, ui->txtOnlinePassword, ui->lblUpdateFreq, ui->txtUpdateFreq,
+             ui->cboUpdateFreq, ui->cmdSyncNow})
+        field->setEnabled(on);
+}
+
+QString OnlineUI::Problem() const
+{
+    if (ui->txtOnlineUsername->text().isEmpty())
+        return QStringLiteral("Online user name needs to be at least one character.");
+    if (ui->txtOnlinePassword->text().size() < 4)
+        return QStringLiteral("Online password needs to be at least four characters.");
+    try {
+        if (TimeField::ToSeconds(ui->txtUpdateFreq->text(), ui->cboUpdateFreq->currentIndex(),
+                                 kFrequencyField) < kMinimumSyncSeconds)
+            return QStringLiteral("Corvell online update frequency can not be less than 15 minutes.");
+    } catch (const FieldError &) {
+        // Apply explains a number it cannot read.
+    }
+    return QString();
+}
+
+bool OnlineUI::SafeToApply()
+{
+    if (const QString problem = Problem(); !problem.isEmpty())
+        ShowAlert(window(), problem, QString());
+    return true;
+}
+
+void OnlineUI::SyncNow()
+{
+    try {
+        EngineClientBag::Client()->SyncNow();
+    } catch (const quillon::EngineError &error) {
+        qCWarning(lcOnline) << "synchronisation could not be started:" << error.message();
+    }
+}
