@@ -1,5 +1,6 @@
 #include "GeneralUI.h"
 
+#include "GeneralSettingKeys.h"
 #include "ui_GeneralUI.h"
 
 GeneralUI::GeneralUI(QWidget *parent)
@@ -8,6 +9,11 @@ GeneralUI::GeneralUI(QWidget *parent)
       m_vendor(QStringLiteral("Quill On"), QStringLiteral("CONFIGCONSUMER"))
 {
     ui->setupUi(this);
+    // The engine reads these scales; one header keeps the sliders and the engine in step.
+    ui->sliderLoggingLevel->setRange(quillon::GeneralSettingKeys::kLogLevelMin,
+                                     quillon::GeneralSettingKeys::kLogLevelMax);
+    ui->sliderCPU->setRange(quillon::GeneralSettingKeys::kEngineLoadMin,
+                            quillon::GeneralSettingKeys::kEngineLoadMax);
     using C = FieldCodec;
     Bind({
         {.control = "chkLogToWindow",
@@ -24,14 +30,14 @@ GeneralUI::GeneralUI(QWidget *parent)
          .hotHelp = "Keep the engine's log in a file, for finding out what went wrong."},
         {.control = "sliderLoggingLevel",
          .store = &m_engine,
-         .key = "LogLevel",
-         .defaultValue = "2",
+         .key = quillon::GeneralSettingKeys::kLogLevel,
+         .defaultValue = QString::number(quillon::GeneralSettingKeys::kLogLevelDefault),
          .codec = C::Number,
          .hotHelp = "From errors only (left) to every step (right)."},
         {.control = "sliderCPU",
          .store = &m_engine,
-         .key = "EngineLoad",
-         .defaultValue = "4",
+         .key = quillon::GeneralSettingKeys::kEngineLoad,
+         .defaultValue = QString::number(quillon::GeneralSettingKeys::kEngineLoadDefault),
          .codec = C::Number,
          .hotHelp = "How many feeds the engine fetches at the same time."},
         {.control = "chkAsyncIO",

@@ -189,7 +189,7 @@ void tst_OptionPages::pagesShowAndStoreTheirSettings()
 
     std::unique_ptr<ConfigPage> options = MakePage(page);
     for (const auto &[name, value] : shown)
-        QCOMPARE(Shown(*options, name), value);
+        QVERIFY2(Shown(*options, name) == value, qPrintable(name + " shows " + Shown(*options, name)));
     QVERIFY(!options->Dirty());
     for (const auto &[name, value] : edits)
         Edit(*options, name, value);
