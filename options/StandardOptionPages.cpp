@@ -2,12 +2,15 @@
 
 #include "ExportUI.h"
 #include "GeneralUI.h"
+#include "IEPluginUI.h"
 #include "NetworkUI.h"
 #include "OnlineUI.h"
 #include "OptionPageFactory.h"
 #include "PendingPage.h"
+#include "PodcastingUI.h"
 #include "PublishingUI.h"
 #include "SubDefaultsUI.h"
+#include "TagsUI.h"
 
 namespace {
 template <typename Page> OptionPageFactory::Maker Make()
@@ -37,6 +40,9 @@ void RegisterStandardOptionPages(OptionPageFactory &factory)
     factory.Register(QStringLiteral("OnlineUI1"), MakeBound<OnlineUI>());
     factory.Register(QStringLiteral("NetworkUI1"), MakeBound<NetworkUI>());
     factory.Register(QStringLiteral("SubDefaultsUI1"), MakeBound<SubDefaultsUI>());
+    factory.Register(QStringLiteral("IEPluginUI1"), MakeBound<IEPluginUI>());
+    factory.Register(QStringLiteral("PodcastingUI1"), MakeBound<PodcastingUI>());
+    factory.Register(QStringLiteral("TagsUI1"), MakeBound<TagsUI>());
     factory.Register(QStringLiteral("PublishingUI1"), Make<PublishingUI>());
     factory.Register(QStringLiteral("ExportUI1"), Make<ExportUI>());
 }
