@@ -145,25 +145,20 @@ void DeliveryAgent::requestArticles()
     m_articles.again = false;
     // Places are read once a chain: a setting changed meanwhile reaches delivered messages at
     // the next replan, which moves them.
-    m_places.clear();
+    m_reader.forget();
     askForArticles(++m_articleChain, 0);
 }
 
 void DeliveryAgent::askForArticles(qint32 chain, qint32 after)
 {
     try {
-        submit(
-            QStringLiteral("PENDINGARTICLES"),
-            [this, after](Handle bag) {
-                m_client->SetLongValue(bag, QStringLiteral("LIMIT"), m_options.batchSize);
-                if (after > 0)
-                    m_client->SetLongValue(bag, QStringLiteral("AFTER"), after);
-            },
-            [this, chain](Handle answer) {
-                // A chain given up after a failed batch is not continued: the next starts over.
-                if (chain == m_articleChain)
-                    onArticles(answer);
-            });
+        ConsumerRequests::askForArticles(*m_client, m_options.batchSize, after, this,
+                                         [this, chain](Handle answer) {
+                                             // A chain given up after a failed batch is not continued: the
+                                             // next starts over.
+                                             if (chain == m_articleChain)
+                                                 onArticles(answer);
+                                         });
     } catch (const std::exception &e) {
         stopArticles();
         engineFailed(e);
@@ -174,54 +169,6 @@ void DeliveryAgent::stopArticles()
 {
     m_articles.busy = false;
     ++m_articleChain;
-}
-
-ArticleMessage DeliveryAgent::readArticle(Handle item, const SubscriptionPlace &place,
-                                          const FolderDefaults &defaults)
-{
-    const auto text = [this](Handle bag, const QString &name) {
-        return quillon::presentText(m_client->GetStringValue(bag, name));
-    };
-    ArticleMessage a;
-    a.articleId = m_client->GetLongValue(item, QStringLiteral("ARTICLEID"));
-    a.subscriptionId = place.id;
-    a.guid = text(item, QStringLiteral("GUID"));
-    a.subject = text(item, QStringLiteral("SUBJECT"));
-    a.link = text(item, QStringLiteral("URL"));
-    a.author = text(item, QStringLiteral("AUTHOR"));
-    a.bodyHtml = text(item, QStringLiteral("BODY"));
-    a.date = QDateTime::fromString(text(item, QStringLiteral("DATE")), Qt::ISODate);
-    a.feedTitle = place.title;
-    a.feedUrl = place.url;
-    a.theme = FolderPlan::themeFor(defaults, place);
-    HandleGuard enclosures(*m_client, m_client->GetHandleValue(item, QStringLiteral("ENCLOSURES")));
-    if (enclosures.get() > 0) {
-        for (qint32 i = 0, n = m_client->ListCount(enclosures.get()); i < n; ++i) {
-            HandleGuard e(*m_client, m_client->ListHandle(enclosures.get(), i));
-            const qint32 length = m_client->GetLongValue(e.get(), QStringLiteral("LENGTH"));
-            a.enclosures.append({text(e.get(), QStringLiteral("URL")), text(e.get(), QStringLiteral("TYPE")),
-                                 length == quillon::kMissing ? -1 : length});
-        }
-    }
-    return a;
-}
-
-const SubscriptionPlace *DeliveryAgent::placeOf(qint32 subscriptionId)
-{
-    auto it = m_places.find(subscriptionId);
-    if (it == m_places.end())
-        it = m_places.insert(subscriptionId, m_settings.place(subscriptionId));
-    return it->has_value() ? &**it : nullptr;
-}
-
-MailStore::Folder DeliveryAgent::folderFor(qint32 subscriptionId, const SubscriptionPlace &place,
-                                           const FolderDefaults &defaults)
-{
-    if (const auto known = m_index.folderOf(subscriptionId))
-        return *known;
-    const MailStore::Folder folder = FolderPlan::folderFor(defaults, place);
-    m_index.setFolder(subscriptionId, folder);
-    return folder;
 }
 
 void DeliveryAgent::retryLater()
@@ -276,7 +223,7 @@ void DeliveryAgent::onArticles(Handle answer)
             HandleGuard last(*m_client, m_client->ListHandle(items.get(), count - 1));
             askForArticles(m_articleChain, m_client->GetLongValue(last.get(), QStringLiteral("ARTICLEID")));
         }
-        storeArticles(readArticles(items.get()), *commit);
+        storeArticles(m_reader.read(items.get()), *commit);
     } catch (const std::exception &e) {
         stopArticles();
         engineFailed(e);
@@ -285,27 +232,12 @@ void DeliveryAgent::onArticles(Handle answer)
     startCommit(std::move(commit));
 }
 
-QList<DeliveryAgent::Outgoing> DeliveryAgent::readArticles(Handle items)
-{
-    const FolderDefaults defaults = m_settings.defaults();
-    QList<Outgoing> outgoing;
-    for (qint32 i = 0, n = m_client->ListCount(items); i < n; ++i) {
-        HandleGuard item(*m_client, m_client->ListHandle(items, i));
-        const SubscriptionPlace *place =
-            placeOf(m_client->GetLongValue(item.get(), QStringLiteral("SUBSCRIPTIONID")));
-        if (!place)
-            continue; // removed meanwhile; its articles went with it
-        outgoing.append({readArticle(item.get(), *place, defaults), folderFor(place->id, *place, defaults)});
-    }
-    return outgoing;
-}
-
-void DeliveryAgent::storeArticles(const QList<Outgoing> &outgoing, Commit &commit)
+void DeliveryAgent::storeArticles(const QList<ArticleBatchReader::Outgoing> &outgoing, Commit &commit)
 {
     // Building the messages is most of a batch's work and needs neither the engine nor the
     // store, so every core takes part.
     const QList<QByteArray> messages = QtConcurrent::blockingMapped(
-        outgoing, [this](const Outgoing &o) { return m_builder.build(o.article); });
+        outgoing, [this](const ArticleBatchReader::Outgoing &o) { return m_builder.build(o.article); });
     QHash<QString, MailStore::Folder> touched; // by path text
     for (qsizetype i = 0; i < outgoing.size(); ++i) {
         const auto &[article, folder] = outgoing.at(i);
@@ -433,7 +365,7 @@ void DeliveryAgent::onRemovals(Handle answer)
                                          : 0);
         const qint32 count = items.get() > 0 ? m_client->ListCount(items.get()) : 0;
         const FolderDefaults defaults = m_settings.defaults();
-        m_places.clear();
+        m_reader.forget();
         for (qint32 i = 0; i < count; ++i) {
             HandleGuard item(*m_client, m_client->ListHandle(items.get(), i));
             const qint32 articleId = m_client->GetLongValue(item.get(), QStringLiteral("ARTICLEID"));
@@ -441,7 +373,7 @@ void DeliveryAgent::onRemovals(Handle answer)
                 m_client->GetLongValue(item.get(), QStringLiteral("SUBSCRIPTIONID"));
             const auto folder = m_index.folderOf(subscriptionId);
             // A subscription deleted in ConfigConsumer keeps its messages unless told otherwise.
-            const bool keep = !placeOf(subscriptionId) && defaults.deletedInConfig != 0;
+            const bool keep = !m_reader.placeOf(subscriptionId) && defaults.deletedInConfig != 0;
             if (folder && !keep)
                 m_store->remove(*folder, MailStore::keyOf(articleId));
             done.append(articleId);
@@ -492,9 +424,9 @@ void DeliveryAgent::replanFolders()
             if (auto next = m_options.relocate())
                 moveToStore(std::move(*next));
         }
-        m_places.clear();
+        m_reader.forget();
         if (storeReachable())
-            m_follower.follow(*m_store, [this](qint32 id) { return placeOf(id); });
+            m_follower.follow(*m_store, [this](qint32 id) { return m_reader.placeOf(id); });
     } catch (const std::exception &e) {
         engineFailed(e);
     }

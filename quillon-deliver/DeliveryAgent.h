@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ArticleBatchReader.h"
 #include "ArticleHtml.h"
 #include "DeliveryIndex.h"
 #include "DeliverySettings.h"
@@ -84,13 +85,6 @@ private:
         QFuture<std::pair<bool, QString>> result;
         QFutureWatcher<std::pair<bool, QString>> watcher;
     };
-    // An article on its way, with the folder it goes to.
-    struct Outgoing
-    {
-        ArticleMessage article;
-        MailStore::Folder folder;
-    };
-
     void onEngineMessage(quillon::Handle message);
     void askForBatch(const QString &kind, Batch &batch, void (DeliveryAgent::*answered)(quillon::Handle));
     void requestArticles();
@@ -98,8 +92,7 @@ private:
     void askForArticles(qint32 chain, qint32 after);
     void stopArticles();
     void onArticles(quillon::Handle answer);
-    [[nodiscard]] QList<Outgoing> readArticles(quillon::Handle items);
-    void storeArticles(const QList<Outgoing> &outgoing, Commit &commit);
+    void storeArticles(const QList<ArticleBatchReader::Outgoing> &outgoing, Commit &commit);
     void startCommit(std::unique_ptr<Commit> commit);
     // Settles the batch whose flush runs beside the next one, waiting for it if need be.
     void finishCommit();
@@ -114,13 +107,6 @@ private:
     // Sends a request bag filled by fill; answer gets the reply bag.
     void submit(const QString &kind, const std::function<void(quillon::Handle)> &fill,
                 std::function<void(quillon::Handle)> answer);
-    [[nodiscard]] ArticleMessage readArticle(quillon::Handle item, const SubscriptionPlace &place,
-                                             const FolderDefaults &defaults);
-    // The place of a subscription, read once per chain of batches.
-    const SubscriptionPlace *placeOf(qint32 subscriptionId);
-    // The folder the subscription's messages go to now.
-    MailStore::Folder folderFor(qint32 subscriptionId, const SubscriptionPlace &place,
-                                const FolderDefaults &defaults);
     void engineFailed(const std::exception &e);
     // The retry timer, with a pause that doubles up to kMaxRetryMs.
     void retryLater();
@@ -137,8 +123,8 @@ private:
     FolderFollower m_follower{*m_client, m_settings, m_index};
     ArticleHtml m_html;
     MessageBuilder m_builder;
-    QHash<qint32, std::optional<SubscriptionPlace>> m_places; // for one chain of batches
-    QHash<QString, QHash<QString, bool>> m_readMarks;         // by folder path text, by key
+    ArticleBatchReader m_reader{*m_client, m_settings, m_index}; // places kept for one chain of batches
+    QHash<QString, QHash<QString, bool>> m_readMarks;            // by folder path text, by key
     QTimer m_readTimer;
     QTimer m_replanTimer;
     QTimer m_retryTimer;

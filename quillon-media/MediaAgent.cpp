@@ -117,14 +117,8 @@ void MediaAgent::requestArticles()
 void MediaAgent::askForArticles(qint32 chain, qint32 after)
 {
     try {
-        submit(
-            QStringLiteral("PENDINGARTICLES"),
-            [this, after](Handle bag) {
-                m_client->SetLongValue(bag, QStringLiteral("LIMIT"), m_options.batchSize);
-                if (after > 0)
-                    m_client->SetLongValue(bag, QStringLiteral("AFTER"), after);
-            },
-            [this, chain](Handle answer) { onArticles(answer, chain); });
+        ConsumerRequests::askForArticles(*m_client, m_options.batchSize, after, this,
+                                         [this, chain](Handle answer) { onArticles(answer, chain); });
     } catch (const std::exception &e) {
         m_busy = false;
         engineFailed(e);

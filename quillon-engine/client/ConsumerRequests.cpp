@@ -31,6 +31,17 @@ void ConsumerRequests::submit(quillon::SubscribeClient &client, const QString &k
     client.SubmitRequest(bag.get(), guarded(owner, std::move(answer)));
 }
 
+void ConsumerRequests::askForArticles(quillon::SubscribeClient &client, qint32 limit, qint32 after,
+                                      QObject *owner, OnBag answer)
+{
+    const auto fill = [&client, limit, after](Handle bag) {
+        client.SetLongValue(bag, QStringLiteral("LIMIT"), limit);
+        if (after > 0)
+            client.SetLongValue(bag, QStringLiteral("AFTER"), after);
+    };
+    submit(client, QStringLiteral("PENDINGARTICLES"), fill, owner, std::move(answer));
+}
+
 void ConsumerRequests::putIds(quillon::SubscribeClient &client, Handle bag, const QList<qint32> &ids)
 {
     HandleGuard list(client, client.NewList());

@@ -21,6 +21,10 @@ public:
     // A bag with "REQUEST" = kind, filled by fill, answered at answer (which may be empty).
     static void submit(quillon::SubscribeClient &client, const QString &kind, const OnBag &fill,
                        QObject *owner, OnBag answer);
+    // "PENDINGARTICLES": at most limit of the articles waiting for this consumer, those after the
+    // article ID after (0: from the first), answered at answer.
+    static void askForArticles(quillon::SubscribeClient &client, qint32 limit, qint32 after, QObject *owner,
+                               OnBag answer);
     // "ARTICLEIDS" of a request bag.
     static void putIds(quillon::SubscribeClient &client, quillon::Handle bag, const QList<qint32> &ids);
     // The message's name when it is "EngineTerminated" or its "CONSUMERID" is this consumer;

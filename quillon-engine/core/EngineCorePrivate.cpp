@@ -12,6 +12,7 @@
 #include "OutlineBags.h"
 #include "PrivateFiles.h"
 #include "SqlTransaction.h"
+#include "SyncSettings.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -19,9 +20,6 @@
 namespace quillon {
 
 namespace {
-const QString kSyncConsumer = QStringLiteral("ENGINE");
-const QString kSyncSection = QStringLiteral("OnlineSync");
-
 QString specificsSection(qint32 subscriptionId)
 {
     return QStringLiteral("SubscriptionSpecifics_%1").arg(subscriptionId);
@@ -448,29 +446,13 @@ PropertyValue EngineCorePrivate::submitRequest(const Call &call)
 
 PropertyValue EngineCorePrivate::setSyncSettings(const Call &call)
 {
-    const auto store = [this](const char *key, const QString &value) {
-        m_settings->setValue(kSyncConsumer, kSyncSection, QLatin1String(key), value);
-    };
-    store("SyncRemote", call.args.number(0) != 0 ? QStringLiteral("1") : QStringLiteral("0"));
-    store("SyncServer", call.args.text(1));
-    store("SyncUser", call.args.text(2));
-    store("SyncPassword", call.args.text(3));
-    store("SyncFrequency", QString::number(call.args.number(4)));
+    SyncSettings(*m_settings).write(call.args);
     return {};
 }
 
 PropertyValue EngineCorePrivate::getSyncSettings(const Call &)
 {
-    const auto stored = [this](const char *key, const QString &fallback) {
-        return m_settings->value(kSyncConsumer, kSyncSection, QLatin1String(key)).value_or(fallback);
-    };
-    auto bag = PropertyBag::create();
-    bag->setLong(QStringLiteral("SyncRemote"), stored("SyncRemote", QStringLiteral("0")).toInt());
-    bag->setText(QStringLiteral("SyncServer"), stored("SyncServer", QString()));
-    bag->setText(QStringLiteral("SyncUser"), stored("SyncUser", QString()));
-    bag->setText(QStringLiteral("SyncPassword"), stored("SyncPassword", QString()));
-    bag->setLong(QStringLiteral("SyncFrequency"), stored("SyncFrequency", QStringLiteral("-1")).toInt());
-    return bag;
+    return SyncSettings(*m_settings).read();
 }
 
 PropertyValue EngineCorePrivate::syncNow(const Call &call)
