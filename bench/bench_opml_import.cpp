@@ -7,13 +7,9 @@
 //   bench_opml_import [feeds=5000] [folders=50]
 
 #include "AddRequestQueue.h"
-#include "CBConnect.h"
-#include "ClientAccess.h"
-#include "DaemonProcess.h"
 #include "FeedListModel.h"
-#include "LocalSettings.h"
 #include "ProcessCpu.h"
-#include "PromptSeam.h"
+#include "WindowBench.h"
 #include "frmAddSubscription.h"
 #include "frmMainWindow.h"
 
@@ -22,7 +18,6 @@
 #include <QElapsedTimer>
 #include <QFile>
 #include <QPushButton>
-#include <QTemporaryDir>
 #include <QTimer>
 #include <QTreeView>
 
@@ -94,31 +89,17 @@ QString writeOpml(const QString &path, int feeds, int folders)
 
 int main(int argc, char *argv[])
 {
-    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-    qputenv("QUILLON_ENGINE_NO_FETCH", "1");
+    WindowBench::prepareProcess();
     QApplication app(argc, argv);
     const int feeds = argc > 1 ? std::atoi(argv[1]) : 5000;
     const int folders = argc > 2 ? std::atoi(argv[2]) : 50;
-    QTemporaryDir settings;
-    LocalSettings::SetBaseFolder(settings.path());
-    PromptSeam::SetHandler([](Prompt &prompt) { return PromptSeam::NeutralAnswer(prompt.kind); });
-    const QString opml = writeOpml(settings.filePath(QStringLiteral("big list.opml")), feeds, folders);
-
-    DaemonProcess daemon;
-    if (opml.isEmpty() || !daemon.start()) {
-        std::fprintf(stderr, "cannot start: %s\n", qPrintable(daemon.errorText()));
+    WindowBench bench;
+    if (!bench.startEngine())
         return 1;
-    }
-    const quillon::SubscribeClientPtr client = daemon.newClient();
-    ClientAccess::SetEngineClient(client);
-    frmMainWindow window;
-    auto connection = std::make_shared<CBConnect>();
-    connection->Setup(&window);
-    client->Connect(QStringLiteral("CONFIGCONSUMER"), connection);
-    window.SetClient(client);
-    window.show();
-    QCoreApplication::processEvents();
+    const QString opml = writeOpml(bench.settings.filePath(QStringLiteral("big list.opml")), feeds, folders);
+    if (opml.isEmpty())
+        return 1;
+    frmMainWindow &window = bench.showWindow();
 
     StallWatch watch;
     frmAddSubscription wizard;
@@ -151,7 +132,5 @@ int main(int argc, char *argv[])
         static_cast<long long>(cpu2 - cpu1), shown ? "" : " (not all shown)", watch.longestMillis(),
         window.Tree().count());
     wizard.close();
-    window.close();
-    ClientAccess::SetEngineClient(nullptr);
     return shown ? 0 : 3;
 }

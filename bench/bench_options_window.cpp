@@ -8,14 +8,10 @@
 //
 // Runs on the offscreen platform unless QT_QPA_PLATFORM says otherwise.
 
-#include "CBConnect.h"
-#include "ClientAccess.h"
 #include "ConsumerSettings.h"
-#include "DaemonProcess.h"
 #include "ExportUI.h"
-#include "LocalSettings.h"
 #include "MainModule.h"
-#include "PromptSeam.h"
+#include "WindowBench.h"
 #include "frmMainWindow.h"
 
 #include <QApplication>
@@ -23,7 +19,6 @@
 #include <QElapsedTimer>
 #include <QPushButton>
 #include <QTableWidget>
-#include <QTemporaryDir>
 #include <QTimer>
 
 #include <algorithm>
@@ -131,42 +126,26 @@ double timeExport(const SubscribeClientPtr &client, const QString &path)
 
 int main(int argc, char *argv[])
 {
-    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-    qputenv("QUILLON_ENGINE_NO_FETCH", "1");
+    WindowBench::prepareProcess();
     QApplication app(argc, argv);
     const int count = argc > 1 ? std::atoi(argv[1]) : 10000;
     const int runs = argc > 2 ? std::atoi(argv[2]) : 5;
-    QTemporaryDir settings;
-    LocalSettings::SetBaseFolder(settings.path());
-    PromptSeam::SetHandler([](Prompt &prompt) { return PromptSeam::NeutralAnswer(prompt.kind); });
-
-    DaemonProcess daemon;
-    if (!daemon.start()) {
-        std::fprintf(stderr, "cannot start: %s\n", qPrintable(daemon.errorText()));
+    WindowBench bench;
+    if (!bench.startEngine())
         return 1;
-    }
-    const SubscribeClientPtr client = daemon.newClient();
-    ClientAccess::SetEngineClient(client);
+    const SubscribeClientPtr client = bench.client;
     if (!addSubscriptions(*client, count))
         return 2;
-    frmMainWindow window;
     MainWindowEntryPoints points;
     points.options = &MainModule::OpenOptionsWindow;
-    window.SetEntryPoints(points);
-    auto connection = std::make_shared<CBConnect>();
-    connection->Setup(&window);
-    client->Connect(QStringLiteral("CONFIGCONSUMER"), connection);
-    window.SetClient(client);
-    window.show();
-    QCoreApplication::processEvents();
+    frmMainWindow &window = bench.showWindow(points);
 
     std::vector<double> general, exported, written;
     for (int run = 0; run < runs; ++run) {
         general.push_back(timeOpening(window, *client, QString(), QStringLiteral("GeneralUI1")));
         exported.push_back(
             timeOpening(window, *client, QStringLiteral("ExportProp"), QStringLiteral("ExportUI1")));
-        written.push_back(timeExport(client, settings.filePath(QStringLiteral("all.opml"))));
+        written.push_back(timeExport(client, bench.settings.filePath(QStringLiteral("all.opml"))));
     }
     std::printf("%d subscriptions, %d runs (median, best)\n", count, runs);
     std::printf("cmdPrefs to first page drawn, general page: %.1f ms, %.1f ms\n", median(general),
