@@ -1,5 +1,8 @@
 #include "NetworkUI.h"
 
+#include "EngineClientBag.h"
+#include "EngineError.h"
+#include "HandleGuard.h"
 #include "NetworkSettingKeys.h"
 #include "RegistrySettings.h"
 #include "ui_NetworkUI.h"
@@ -22,6 +25,19 @@ FieldBinding Text(const QString &key, SettingStore *store, const QString &hotHel
                   FieldCodec codec = FieldCodec::Text)
 {
     return {.control = key, .store = store, .key = key, .codec = codec, .hotHelp = hotHelp};
+}
+
+// The engine's answer to ProxyForUrl in plain words.
+QString DescribeRoute(const QString &proxy, const QString &reason, const QString &login)
+{
+    if (proxy.isEmpty())
+        return QStringLiteral("Direct connection (%1).").arg(reason);
+    QString text = QStringLiteral("Through proxy %1 (%2)").arg(proxy, reason);
+    if (login == QLatin1String("(current user)"))
+        text += QStringLiteral(", signing in as the current user");
+    else if (!login.isEmpty())
+        text += QStringLiteral(", signing in as %1").arg(login);
+    return text + QLatin1Char('.');
 }
 } // namespace
 
@@ -54,6 +70,11 @@ NetworkUI::NetworkUI(QWidget *parent)
              ui->chkUseProxyServer, ui->optUseSpecificProxyServer, ui->chkUseNetworkCredentials,
              ui->optUseSpecificCredentials})
         connect(button, &QAbstractButton::toggled, this, &NetworkUI::EnableNetwork);
+    connect(ui->cmdTestProxy, &QPushButton::clicked, this, &NetworkUI::TestProxy);
+    connect(ui->txtTestProxyUrl, &QLineEdit::returnPressed, this, &NetworkUI::TestProxy);
+    SetHotHelpText(
+        QStringLiteral("cmdTestProxy"),
+        QStringLiteral("Shows whether a request to this address goes directly or through a proxy."));
     LoadValues();
 }
 
@@ -84,4 +105,27 @@ void NetworkUI::EnableNetwork()
              ui->lblUsernameCredentials, ui->txtUsernameCredentials, ui->lblPasswordCredentials,
              ui->txtPasswordCredentials, ui->lblDomainCredentials, ui->txtDomainCredentials})
         field->setEnabled(specific);
+}
+
+void NetworkUI::TestProxy()
+{
+    const QString url = ui->txtTestProxyUrl->text().trimmed();
+    if (url.isEmpty()) {
+        ui->lblTestProxyAnswer->setText(QStringLiteral("Enter a web address to test."));
+        return;
+    }
+    QString answer;
+    try {
+        const quillon::SubscribeClientPtr client = EngineClientBag::Client();
+        HandleGuard route(*client, client->ProxyForUrl(url));
+        answer = DescribeRoute(client->GetStringValue(route.get(), QStringLiteral("PROXY")),
+                               client->GetStringValue(route.get(), QStringLiteral("REASON")),
+                               client->GetStringValue(route.get(), QStringLiteral("LOGIN")));
+    } catch (const quillon::EngineError &error) {
+        answer = QStringLiteral("The engine could not be asked: %1").arg(error.message());
+    }
+    // The engine answers for the settings its requests follow, which are the applied ones.
+    if (Dirty())
+        answer += QStringLiteral(" This is with the settings last applied; apply to test your changes.");
+    ui->lblTestProxyAnswer->setText(answer);
 }

@@ -27,6 +27,8 @@ protected:
 
 private:
     void EnableNetwork();
+    // Asks the engine which way a request to the address in txtTestProxyUrl would go.
+    void TestProxy();
 
     std::unique_ptr<Ui::NetworkUI> ui;
     LocalBagStore m_local;

@@ -4,9 +4,9 @@
 #include "GeneralUI.h"
 #include "IEPluginUI.h"
 #include "NetworkUI.h"
+#include "OLDefaultsUI.h"
 #include "OnlineUI.h"
 #include "OptionPageFactory.h"
-#include "PendingPage.h"
 #include "PodcastingUI.h"
 #include "PublishingUI.h"
 #include "SubDefaultsUI.h"
@@ -24,18 +24,10 @@ template <typename Page> OptionPageFactory::Maker MakeBound()
 {
     return [](QWidget *parent, const quillon::SubscribeClientPtr &) { return new Page(parent); };
 }
-
-OptionPageFactory::Maker Pending()
-{
-    return [](QWidget *parent, const quillon::SubscribeClientPtr &) { return new PendingPage(parent); };
-}
 } // namespace
 
 void RegisterStandardOptionPages(OptionPageFactory &factory)
 {
-    // The modules whose page is not written yet say so.
-    for (const char *pane : {"IEPluginUI1", "PodcastingUI1", "TagsUI1", "OLDefaultsUI1"})
-        factory.Register(QLatin1String(pane), Pending());
     factory.Register(QStringLiteral("GeneralUI1"), MakeBound<GeneralUI>());
     factory.Register(QStringLiteral("OnlineUI1"), MakeBound<OnlineUI>());
     factory.Register(QStringLiteral("NetworkUI1"), MakeBound<NetworkUI>());
@@ -43,6 +35,7 @@ void RegisterStandardOptionPages(OptionPageFactory &factory)
     factory.Register(QStringLiteral("IEPluginUI1"), MakeBound<IEPluginUI>());
     factory.Register(QStringLiteral("PodcastingUI1"), MakeBound<PodcastingUI>());
     factory.Register(QStringLiteral("TagsUI1"), MakeBound<TagsUI>());
+    factory.Register(QStringLiteral("OLDefaultsUI1"), MakeBound<OLDefaultsUI>());
     factory.Register(QStringLiteral("PublishingUI1"), Make<PublishingUI>());
     factory.Register(QStringLiteral("ExportUI1"), Make<ExportUI>());
 }
