@@ -40,10 +40,11 @@ void TagsUI::FieldsLoaded()
 
 void TagsUI::FollowTagging()
 {
+    // The account means nothing while tagging is off.
     const bool on = ui->chkTaggingEnabled->isChecked();
-    for (QWidget *field :
-         {static_cast<QWidget *>(ui->txtTagServiceUsername),
-          static_cast<QWidget *>(ui->txtTagServicePassword), static_cast<QWidget *>(ui->lblTagDisplayName),
-          static_cast<QWidget *>(ui->lblTagService2)})
+    for (QWidget *field : std::initializer_list<QWidget *>{
+             ui->lblTagServiceName, ui->lblTagDisplayName, ui->lblTagServiceId, ui->lblTagService2,
+             ui->lblTagServiceUsername, ui->txtTagServiceUsername, ui->lblTagServicePassword,
+             ui->txtTagServicePassword})
         field->setEnabled(on);
 }

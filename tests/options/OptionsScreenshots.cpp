@@ -3,7 +3,8 @@
 //
 //   options_screenshots <folder> [ModuleRegistryName...]   (all modules when none is named)
 //
-// Writes options-window.png and options-<module>.png ("GeneralProp" gives options-general.png).
+// Writes options-window.png, options-network.png (the page no row shows) and
+// options-<module>.png ("GeneralProp" gives options-general.png).
 
 #include "ClientAccess.h"
 #include "ConsumerSettings.h"
@@ -19,6 +20,8 @@
 
 #include <QApplication>
 #include <QDir>
+#include <QLineEdit>
+#include <QPushButton>
 #include <QTableWidget>
 #include <QTemporaryDir>
 
@@ -51,10 +54,26 @@ void addSampleState(SubscribeClient &client)
         PublishingUtils::SetRecordValue(client, i + 1, "enabled", i == 1 ? "0" : "1");
     }
     SetConsumerSetting(client, "CONFIGCONSUMER", QString(), "LastExportTitle", "My subscriptions");
+    SetConsumerSetting(client, "OLCONSUMER", "OutlookDefaults", "TopFolderTitle", "\\Feeds");
+    SetConsumerSetting(client, "OLCONSUMER", "OutlookDefaults", "RadioSubPlacement", "1");
+}
+
+// The network page is in no row of the list: it is shown in the place of the module's page.
+void showNetworkPage(frmOptionsWindow &window, const QString &module)
+{
+    ConfigPage *network = window.Page("NetworkUI1");
+    if (!network)
+        return;
+    window.Page(QString(module).replace("Prop", "UI1"))->hide();
+    network->show();
+    auto *address = network->findChild<QLineEdit *>("txtTestProxyUrl");
+    address->setText("https://feeds.example.org/news.xml");
+    address->home(false);
+    network->findChild<QPushButton *>("cmdTestProxy")->click();
 }
 
 bool shoot(const SubscribeClientPtr &client, const OptionPageFactory &pages, const QString &module,
-           const QString &path)
+           const QString &path, bool network = false)
 {
     SetConsumerSetting(*client, "CONFIGCONSUMER", QString(), "CurrentOptionsModule", module);
     frmOptionsWindow window(pages);
@@ -68,6 +87,8 @@ bool shoot(const SubscribeClientPtr &client, const OptionPageFactory &pages, con
         for (int row = 0; row < grid->rowCount(); row += 2)
             grid->item(row, 0)->setCheckState(Qt::Checked);
     }
+    if (network)
+        showNetworkPage(window, module);
     QCoreApplication::processEvents();
     const bool saved = window.grab().save(path);
     std::printf("%s %s\n", saved ? "wrote" : "could not write", qPrintable(path));
@@ -111,6 +132,7 @@ int main(int argc, char *argv[])
             modules << table.Module(i)->ModuleRegistryName();
     }
     bool saved = shoot(client, pages, QString(), folder.filePath("options-window.png"));
+    saved = shoot(client, pages, "OnlineProp", folder.filePath("options-network.png"), true) && saved;
     for (const QString &module : modules) {
         const QString name = QString(module).remove("Prop").toLower();
         saved = shoot(client, pages, module, folder.filePath("options-" + name + ".png")) && saved;
