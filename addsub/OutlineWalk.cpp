@@ -23,8 +23,9 @@ void OutlineWalk::Walk(quillon::Handle nodeList, int depth, QStandardItem *paren
         HandleGuard node(m_client, m_client.ListHandle(nodeList, i));
         const QString text = Text(node.get(), QStringLiteral("text"), QString());
         const QString title = Text(node.get(), QStringLiteral("title"), text);
-        const QString url = Text(node.get(), QStringLiteral("xmlUrl"), QString());
-        if (!url.isEmpty()) {
+        // A node that has "xmlUrl" is a feed, even with an empty address.
+        const QString url = m_client.GetStringValue(node.get(), QStringLiteral("xmlUrl"));
+        if (url != quillon::kMissingText) {
             const QString description = Text(node.get(), QStringLiteral("description"), text);
             m_grid.AddFeed(parent, title, url, description, depth + 1, m_subscribed.value(url, 0));
             continue;

@@ -353,12 +353,14 @@ void frmAddSubscription::EventSubOPMLCallback(qint32 tag, qint32 answer)
     auto &client = *GetClient();
     const bool directory = tag == DirectoryTab;
     HandleGuard result(client, client.GetHandleValue(answer, QStringLiteral("Result")));
+    // A failure names the list asked for beside its reason, an answer inside its result.
     const QString url =
-        result.isValid() ? client.GetStringValue(result.get(), QStringLiteral("URL")) : QString();
-    if (directory && result.isValid()) {
+        client.GetStringValue(result.isValid() ? result.get() : answer, QStringLiteral("URL"));
+    if (directory) {
         const QString selected = m_browseTab->SelectedRootUrl();
-        // An answer for a list the user has left is dropped.
-        if (url.isEmpty() || url == quillon::kMissingText || (!selected.isEmpty() && url != selected))
+        const bool named = !url.isEmpty() && url != quillon::kMissingText;
+        // An answer for a list the user has left is dropped, whether it failed or not.
+        if ((result.isValid() && !named) || (named && !selected.isEmpty() && url != selected))
             return;
     }
     if (directory)

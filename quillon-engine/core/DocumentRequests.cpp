@@ -130,7 +130,9 @@ void DocumentRequests::answerImporter(const Asker &asker)
 void DocumentRequests::fail(const Asker &asker, const QString &error)
 {
     qCInfo(lcCore).noquote() << "cannot serve" << asker.address << "-" << error;
-    m_messenger.toCallback(asker.session, asker.callbackId, EngineMessages::failure(error));
+    BagPtr failure = EngineMessages::failure(error);
+    failure->setText(QStringLiteral("URL"), asker.address);
+    m_messenger.toCallback(asker.session, asker.callbackId, failure);
 }
 
 } // namespace quillon

@@ -45,7 +45,10 @@ BagPtr OutlineBags::bag(const OpmlOutline &outline, const QUrl &base)
     setIfAny(*node, "title", outline.title);
     setIfAny(*node, "text", outline.text);
     setIfAny(*node, "description", outline.description);
-    setIfAny(*node, "xmlUrl", resolved(outline.xmlUrl, base));
+    // Present but empty still marks a feed; an address withheld for safety marks nothing.
+    const QString feedUrl = resolved(outline.xmlUrl, base);
+    if (!feedUrl.isEmpty() || (outline.hasXmlUrl && outline.xmlUrl.isEmpty()))
+        node->setText(QStringLiteral("xmlUrl"), feedUrl);
     setIfAny(*node, "htmlUrl", resolved(outline.htmlUrl, base));
     setIfAny(*node, "type", outline.type);
     setIfAny(*node, "url", resolved(outline.url, base));

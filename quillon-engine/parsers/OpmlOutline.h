@@ -17,6 +17,7 @@ struct OpmlOutline
     QString type;
     QString category;
     QList<OpmlOutline> children;
+    bool hasXmlUrl = false; // the attribute is there, even when empty: the outline is then a feed
 
     // What a list shows for the outline: its title, else its text.
     [[nodiscard]] QString displayTitle() const { return title.isEmpty() ? text : title; }

@@ -117,6 +117,8 @@ OpmlOutline OpmlParser::outlineFromAttributes() const
             if (attribute.name().compare(name, Qt::CaseInsensitive) == 0 && (outline.*member).isEmpty())
                 outline.*member = attribute.value().trimmed().toString();
         }
+        outline.hasXmlUrl =
+            outline.hasXmlUrl || attribute.name().compare(u"xmlurl", Qt::CaseInsensitive) == 0;
     }
     return outline;
 }

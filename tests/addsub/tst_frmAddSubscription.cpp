@@ -322,6 +322,12 @@ void tst_frmAddSubscription::directoryWalksOutlinesAndDropsStaleAnswers()
     m_client->SetHandleValue(stale.get(), "Result", result.get());
     m_wizard->EventSubOPMLCallback(frmAddSubscription::DirectoryTab, stale.get());
     QCOMPARE(model->FeedCount(), 3);
+    // Nor does a late failure for it alert.
+    const qsizetype asked = m_fixture->prompts.asked.size();
+    HandleGuard failed(*m_client, m_client->NewBag());
+    m_client->SetStringValue(failed.get(), "URL", m_server.url("/gone.opml").toString());
+    m_wizard->EventSubOPMLCallback(frmAddSubscription::DirectoryTab, failed.get());
+    QCOMPARE(m_fixture->prompts.asked.size(), asked);
 }
 
 void tst_frmAddSubscription::importTabLoadsNestedFilesIntoNestedCategories()

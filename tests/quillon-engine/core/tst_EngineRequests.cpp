@@ -244,9 +244,11 @@ void tst_EngineRequests::fetchOpmlReadsFilesWebListsAndReaders()
     // A list from the web names no local file: such addresses are left out, web ones kept.
     m_server.serve("/local.opml", "<opml><body><outline text=\"L\" xmlUrl=\"file:///etc/passwd\""
                                   " htmlUrl=\"http://w.example/\"/><outline text=\"Q\" type=\"link\""
-                                  " url=\"quillon-data:directory/root.opml\"/></body></opml>");
+                                  " url=\"quillon-data:directory/root.opml\"/><outline text=\"E\""
+                                  " xmlUrl=\"\"/></body></opml>");
     const ListPtr local = fetchOpml(url("/local.opml"))->bag("Result")->list("SubscriptionList");
     QVERIFY(!entry(local, 0)->contains("xmlUrl") && !entry(local, 1)->contains("url"));
+    QVERIFY(entry(local, 2)->contains("xmlUrl")); // present though empty: still a feed
     QCOMPARE(entry(local, 0)->text("htmlUrl"), "http://w.example/");
 
     // A feed offered for import is a list of one.
