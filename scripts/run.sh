@@ -11,12 +11,24 @@ bin="$build/bin"
 engine_pid=""
 deliver_pid=""
 media_pid=""
+bus_pid=""
 stop_engine() {
   [ -n "$media_pid" ] && kill "$media_pid" 2>/dev/null && wait "$media_pid" 2>/dev/null || true
   [ -n "$deliver_pid" ] && kill "$deliver_pid" 2>/dev/null && wait "$deliver_pid" 2>/dev/null || true
   [ -n "$engine_pid" ] && kill "$engine_pid" 2>/dev/null && wait "$engine_pid" 2>/dev/null || true
+  [ -n "$bus_pid" ] && kill "$bus_pid" 2>/dev/null || true
 }
 trap stop_engine EXIT
+trap "exit 130" INT
+trap "exit 143" TERM
+
+# Without a session bus the keyring and the player hand-off would autolaunch one that outlives
+# every program here; a bus of our own ends with them.
+if [ -z "${DBUS_SESSION_BUS_ADDRESS:-}" ] && command -v dbus-daemon >/dev/null; then
+  bus="$(dbus-daemon --session --fork --print-address=1 --print-pid=1)"
+  export DBUS_SESSION_BUS_ADDRESS="${bus%%$'\n'*}"
+  bus_pid="${bus##*$'\n'}"
+fi
 
 log="$(mktemp -t quillon-engine.XXXXXX.log)"
 "$bin/quillon-engine" >"$log" 2>&1 &
