@@ -3,10 +3,12 @@
 #include "AddRequestQueue.h"
 #include "AddSubscriptionRequests.h"
 #include "CLog.h"
+#include "ConsumerSettings.h"
 #include "FeedListModel.h"
 #include "HandleGuard.h"
 #include "OutlineWalk.h"
 #include "PendingActions.h"
+#include "PropertyBag.h"
 #include "StandardDialogs.h"
 
 #include <QCoreApplication>
@@ -54,14 +56,22 @@ QString DefaultFeedsPath()
 
 void AddDefaultFeeds(QObject *host, const quillon::SubscribeClientPtr &client)
 {
-    const QString path = DefaultFeedsPath();
-    if (!QFile::exists(path)) {
-        CLog::SaveMessage(QStringLiteral("ERROR: Failed to find default subscriptions file at:\n") + path);
-        return;
+    QString address = GetConsumerSetting(*client, QStringLiteral("OEM_Starter_URL"), quillon::kMissingText,
+                                         QStringLiteral("ENGINE"), QString());
+    if (address == quillon::kMissingText || address.trimmed().isEmpty()) {
+        const QString path = DefaultFeedsPath();
+        if (!QFile::exists(path)) {
+            CLog::SaveMessage(QStringLiteral("ERROR: Failed to find default subscriptions file at:\n") +
+                              path);
+            return;
+        }
+        address = path;
     }
+    // A web address is fetched as it is; anything else names a file.
+    if (!address.contains(QLatin1String("://")))
+        address = AddSubscriptionRequests::LoopbackUrl(address);
     auto *request = new DefaultFeedsRequest(host, client);
-    AddSubscriptionRequests(client).RequestOutlineList(request, 0,
-                                                       AddSubscriptionRequests::LoopbackUrl(path));
+    AddSubscriptionRequests(client).RequestOutlineList(request, 0, address);
 }
 
 } // namespace OpmlImport

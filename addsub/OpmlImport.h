@@ -16,6 +16,7 @@ void ShowNoFeedsFound(QWidget *owner);
 // The starter feeds shipped in the data folder.
 [[nodiscard]] QString DefaultFeedsPath();
 // Subscribes every feed of the starter list, each under its folders' path, answered at host.
+// The engine's "OEM_Starter_URL" names another list (an address or a file) when it is set.
 // A missing list is written to the log and nothing is asked of the engine.
 void AddDefaultFeeds(QObject *host, const quillon::SubscribeClientPtr &client);
 

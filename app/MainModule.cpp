@@ -4,6 +4,7 @@
 #include "CBConnect.h"
 #include "ClientAccess.h"
 #include "EngineNames.h"
+#include "FirstRunSetup.h"
 #include "HandleGuard.h"
 #include "MailStoreOutlook.h"
 #include "OptionPageFactory.h"
@@ -75,6 +76,7 @@ frmMainWindow *MainWindow()
         window->setAttribute(Qt::WA_DeleteOnClose);
         MainWindowEntryPoints points = AddSubscriptionEntry::EntryPoints();
         points.options = &OpenOptionsWindow;
+        points.firstRunSetup = &RunFirstRunSetup;
         window->SetEntryPoints(std::move(points));
         QObject::connect(window, &frmMainWindow::Unloaded, window, &OnMainWindowUnloaded);
         state().mainWindow = window;
@@ -101,6 +103,17 @@ void OpenOptionsWindow(QWidget *host)
     // "ShowLogWindow" may have changed: the log window opens or closes now.
     if (auto *mainWindow = qobject_cast<frmMainWindow *>(host))
         mainWindow->FollowLogWindowSetting();
+}
+
+void RunFirstRunSetup(QWidget *owner)
+{
+    auto *window = qobject_cast<frmMainWindow *>(owner);
+    const quillon::SubscribeClientPtr client = ClientAccess::GetEngineClient();
+    if (!window || !client)
+        return;
+    FirstRunSetup setup(*window, client,
+                        [client](const QString &readerId) { ImportFromReader(client, readerId); });
+    setup.Run();
 }
 
 bool RetryConnect()
@@ -213,6 +226,8 @@ void Reset()
 void ImportFromReader(const quillon::SubscribeClientPtr &client, const QString &readerName)
 {
     const bool newsGator = readerName == QLatin1String("newsgator");
+    // Only IntraVnews' list is taken as it is; every other reader's outline needs an address.
+    const bool testUrl = readerName != QLatin1String("intravnews");
     HandleGuard outlines(*client, client->ListReaderSubscriptions(readerName));
     const qint32 count = client->ListCount(outlines.get());
     for (qint32 i = 0; i < count; ++i) {
@@ -227,7 +242,7 @@ void ImportFromReader(const quillon::SubscribeClientPtr &client, const QString &
         }
         const QString title = client->GetStringValue(outline.get(), QStringLiteral("title"));
         const QString url = client->GetStringValue(outline.get(), QStringLiteral("xmlUrl"));
-        if (newsGator && (url.isEmpty() || url == QLatin1String(" ") || url == quillon::kMissingText))
+        if (testUrl && (url.isEmpty() || url == QLatin1String(" ") || url == quillon::kMissingText))
             continue;
         callbackSupport::RequestAddSubscription(MainWindow(), client, title, url, true, QString(), QString(),
                                                 QString());

@@ -23,6 +23,8 @@ void TickProc();
 [[nodiscard]] int TickTimerId();
 // The main window, made on first use.
 frmMainWindow *MainWindow();
+// The first start's set-up over the main window (owner), with the real welcome dialog.
+void RunFirstRunSetup(QWidget *owner);
 // Opens the options window modal over host and returns when it is closed.
 void OpenOptionsWindow(QWidget *host);
 // Called each time Main shows the main window (the screenshot of the run script uses it).
@@ -30,7 +32,7 @@ void SetMainWindowShownHook(std::function<void(QWidget *)> hook);
 // Forgets the process-wide state; for tests.
 void Reset();
 
-// Adds the subscriptions another feed reader ("newsgator", "intravnews") holds.
+// Adds the subscriptions another feed reader ("newsgator", "intravnews", "newsboat", ...) holds.
 void ImportFromReader(const quillon::SubscribeClientPtr &client, const QString &readerName);
 qint32 &SkippedOutlineCount();
 

@@ -2,6 +2,7 @@
 
 #include "MainModule.h"
 
+#include <QApplication>
 #include <QFileInfo>
 #include <QPixmap>
 #include <QPointer>
@@ -30,13 +31,19 @@ void InstallFromEnvironment()
         QTimer::singleShot(1500, [target, path, exitAfter]() {
             if (!target)
                 return;
-            if (target->grab().save(path))
+            // A question open over the window (the first start's welcome) is what the user sees.
+            QPointer<QWidget> modal = QApplication::activeModalWidget();
+            if ((modal ? modal.data() : target.data())->grab().save(path))
                 std::printf("Screenshot saved: %s\n", qPrintable(QFileInfo(path).absoluteFilePath()));
             else
                 std::fprintf(stderr, "Could not save the screenshot to %s\n", qPrintable(path));
             std::fflush(stdout);
-            if (exitAfter)
-                target->close();
+            if (!exitAfter)
+                return;
+            if (modal)
+                modal->close();
+            // Once the question has returned, the window goes too.
+            QTimer::singleShot(0, target, [target] { target->close(); });
         });
     });
 }

@@ -7,6 +7,7 @@
 #include <QButtonGroup>
 #include <QComboBox>
 #include <QLineEdit>
+#include <QRegularExpression>
 #include <QSpinBox>
 
 namespace FormControls {
@@ -43,6 +44,22 @@ void WhenChanged(QWidget *control, QObject *context, const std::function<void()>
         QObject::connect(slider, &QAbstractSlider::valueChanged, context, changed);
     else if (auto *spin = qobject_cast<QSpinBox *>(control))
         QObject::connect(spin, &QSpinBox::valueChanged, context, changed);
+}
+
+// Qt's dialog reads the patterns from the parentheses: they take the pattern half, blank-separated.
+QString QtFileFilter(const QString &pipeFilter)
+{
+    const QStringList parts = pipeFilter.split(QLatin1Char('|'));
+    QStringList filters;
+    for (qsizetype i = 0; i + 1 < parts.size(); i += 2) {
+        QString description = parts.at(i);
+        const QString patterns = QStringLiteral("(") +
+                                 parts.at(i + 1).split(QLatin1Char(';')).join(QLatin1Char(' ')) +
+                                 QLatin1Char(')');
+        description.replace(QRegularExpression(QStringLiteral("\\(.*\\)")), patterns);
+        filters.append(description);
+    }
+    return filters.join(QStringLiteral(";;"));
 }
 
 } // namespace FormControls

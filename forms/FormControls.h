@@ -9,6 +9,7 @@ class QButtonGroup;
 class QComboBox;
 class QLineEdit;
 class QObject;
+class QString;
 class QWidget;
 
 // Showing values in the controls that settings pages share.
@@ -20,5 +21,7 @@ void ShowChoice(QButtonGroup *group, QAbstractButton *chosen);
 void ShowTime(QLineEdit *number, QComboBox *unit, qint32 seconds);
 // Calls changed, in context, whenever the control's value changes (text, choice, state, value).
 void WhenChanged(QWidget *control, QObject *context, const std::function<void()> &changed);
+// A chooser filter in the "description|patterns|..." form, as Qt's file dialog reads it.
+[[nodiscard]] QString QtFileFilter(const QString &pipeFilter);
 
 } // namespace FormControls

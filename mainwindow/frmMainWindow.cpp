@@ -225,8 +225,13 @@ void frmMainWindow::FormLoad()
         CLog::SaveMessage(kLoadLog, QStringLiteral("failed"), QString::fromUtf8(e.what()));
     }
     FollowLogWindowSetting();
-    RunFirstRunCheck();
-    QTimer::singleShot(0, this, [this] { ForceForegroundWindow(this); });
+    // After the window is on screen: the set-up's dialog then opens over it, not before it.
+    QTimer::singleShot(0, this, [this] {
+        RunFirstRunCheck();
+        // The engine may have ended while the set-up asked: a closed window stays closed.
+        if (!m_unloaded)
+            ForceForegroundWindow(this);
+    });
 }
 
 void frmMainWindow::FollowLogWindowSetting()

@@ -3,13 +3,13 @@
 #include "ConsumerSettings.h"
 #include "DialogAnswer.h"
 #include "EngineNames.h"
+#include "FormControls.h"
 #include "StandardDialogs.h"
 #include "ui_ExportUI.h"
 
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QLoggingCategory>
-#include <QRegularExpression>
 #include <QTimer>
 
 Q_LOGGING_CATEGORY(lcExport, "corvell.options.export")
@@ -21,25 +21,10 @@ const QString ExportUI::kFilter = QStringLiteral("OPML files (*.opml)|*.opml|XML
 namespace {
 const QString kTitleKey = QStringLiteral("LastExportTitle");
 
-// Qt's dialog reads the patterns from the parentheses: they take the pattern half, blank-separated.
-QString QtFilter(const QString &pipeFilter)
-{
-    const QStringList parts = pipeFilter.split(QLatin1Char('|'));
-    QStringList filters;
-    for (qsizetype i = 0; i + 1 < parts.size(); i += 2) {
-        QString description = parts.at(i);
-        const QString patterns = QStringLiteral("(") +
-                                 parts.at(i + 1).split(QLatin1Char(';')).join(QLatin1Char(' ')) +
-                                 QLatin1Char(')');
-        description.replace(QRegularExpression(QStringLiteral("\\(.*\\)")), patterns);
-        filters.append(description);
-    }
-    return filters.join(QStringLiteral(";;"));
-}
-
 QString ChooseWithDialog(QWidget *owner, const QString &filter)
 {
-    QFileDialog dialog(owner, QStringLiteral("Export subscriptions"), QString(), QtFilter(filter));
+    QFileDialog dialog(owner, QStringLiteral("Export subscriptions"), QString(),
+                       FormControls::QtFileFilter(filter));
     dialog.setAcceptMode(QFileDialog::AcceptSave);
     dialog.setDefaultSuffix(QStringLiteral("opml"));
     // Replacing a file is asked by the page, like every other question.

@@ -100,6 +100,8 @@ void tst_Startup::waitsForEngineThenShowsWindowAndEndsWithIt()
     // The engine comes: the window follows at a next tick.
     StartEngine(m_engine);
     QTRY_VERIFY_WITH_TIMEOUT(Printed(m_program, "main window shown"), 6000);
+    // A fresh home: the welcome dialog opens over it, and stays open through what follows.
+    QTRY_VERIFY_WITH_TIMEOUT(Printed(m_program, "welcome dialog shown"), 10000);
 
     // A second copy ends at once, silently.
     QProcess second;
@@ -121,7 +123,8 @@ void tst_Startup::waitsForEngineThenShowsWindowAndEndsWithIt()
     QTRY_VERIFY_WITH_TIMEOUT(Printed(m_program, "engine connection restored"), 10000);
     QCOMPARE(m_program.state(), QProcess::Running);
 
-    // Something stored, then the engine stops (SIGTERM): the program ends with it and nothing is lost.
+    // Something stored, then the engine stops (SIGTERM): the program ends with it, the open
+    // welcome dialog too, and nothing is lost.
     SetConsumerSetting(*LinkedSubscribeClient::create(SocketLink::open(m_socketName)), "CONFIGCONSUMER",
                        QString(), "Saved_Categories", "kept");
     m_engine.terminate();

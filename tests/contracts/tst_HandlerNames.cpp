@@ -5,6 +5,7 @@
 #include "CBRootOPML.h"
 #include "CBSubOPML.h"
 #include "CBUpdateSub.h"
+#include "FirstRunSetup.h"
 #include "HandlerNames.h"
 #include "OpmlImport.h"
 #include "SearchSubscriptionPanel.h"
@@ -85,6 +86,9 @@ void tst_HandlerNames::everyTargetOffersTheHandlersItIsSent()
     QCOMPARE(MissingHandlers(frmPreviewSubscription::staticMetaObject, {std::make_shared<CBPreviewSub>()}),
              QStringList());
     QCOMPARE(MissingHandlers(DefaultFeedsRequest::staticMetaObject, {std::make_shared<CBSubOPML>()}),
+             QStringList());
+    QCOMPARE(MissingHandlers(FirstRunSetup::staticMetaObject,
+                             {std::make_shared<CBNamedAnswer>(HandlerNames::EventImportSourcesCallback)}),
              QStringList());
 }
 
