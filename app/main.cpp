@@ -20,6 +20,7 @@ void keepFilesPrivate()
     restrictNewFiles();
     tightenTree(LocalSettings::BaseFolder() + QStringLiteral("/ConfigConsumer"));
     tightenTree(LocalSettings::BaseFolder() + QStringLiteral("/Marrowby Software"));
+    CLog::MoveEarlierLog();
     tightenTree(CLog::UserFolder());
     tightenFile(CLog::LogFilePath());
 }

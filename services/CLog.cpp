@@ -39,13 +39,41 @@ QString CLog::HomeFolder()
     return QDir::toNativeSeparators(QDir::homePath());
 }
 
-QString CLog::UserFolder()
+QString CLog::EarlierUserFolder()
 {
     QString folder = HomeFolder();
     if (!folder.endsWith(QDir::separator()))
         folder += QDir::separator();
     return folder + QStringLiteral("Marrowby Software") + QDir::separator() + QStringLiteral("Quill On") +
            QDir::separator();
+}
+
+QString CLog::UserFolder()
+{
+#ifdef Q_OS_WIN
+    return EarlierUserFolder();
+#else
+    // Logs are state, not configuration or data: XDG puts them in ~/.local/state.
+    QString state = qEnvironmentVariable("XDG_STATE_HOME");
+    if (!QDir::isAbsolutePath(state))
+        state = QDir::homePath() + QStringLiteral("/.local/state");
+    return state + QStringLiteral("/ConfigConsumer/");
+#endif
+}
+
+void CLog::MoveEarlierLog()
+{
+    const QString name = QStringLiteral("QuillonLog.txt");
+    const QString earlier = EarlierUserFolder() + name;
+    const QString current = UserFolder() + name;
+    if (earlier == current || LogFilePath() != current || !QFile::exists(earlier) || QFile::exists(current))
+        return;
+    if (!QDir().mkpath(UserFolder()) || !QFile::rename(earlier, current))
+        return;
+    // Only emptied folders go; anything else the user keeps there stays.
+    QDir home(HomeFolder());
+    home.rmdir(QStringLiteral("Marrowby Software/Quill On"));
+    home.rmdir(QStringLiteral("Marrowby Software"));
 }
 
 QString CLog::LogFilePath()

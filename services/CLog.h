@@ -17,7 +17,13 @@ public:
 
     // The joined home drive and path (or the home folder where those are not set).
     [[nodiscard]] static QString HomeFolder();
-    // HomeFolder + "Marrowby Software" + "Quill On", ending with a separator.
+    // Where the log lives by default, ending with a separator: on Windows HomeFolder +
+    // "Marrowby Software" + "Quill On", elsewhere the user's XDG state folder + "ConfigConsumer".
     [[nodiscard]] static QString UserFolder();
+    // HomeFolder + "Marrowby Software" + "Quill On": the default of earlier versions everywhere.
+    [[nodiscard]] static QString EarlierUserFolder();
     [[nodiscard]] static QString LogFilePath();
+    // Moves a log left in the earlier folder to the default one, once, and removes the emptied
+    // folders; does nothing when the user named a log file or both folders are the same.
+    static void MoveEarlierLog();
 };

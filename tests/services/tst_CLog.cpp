@@ -84,20 +84,28 @@ void tst_CLog::defaultPathIsInTheUserFolderWhichIsCreated()
     LocalSettings::Delete(kApp, kApp, u"LogFilePathName"_s);
     // Runs last: the environment is this process's own.
     const QString folder = QDir::toNativeSeparators(m_dir->path());
-    const QString tail = QDir::toNativeSeparators(u"/Marrowby Software/Quill On/QuillonLog.txt"_s);
+    const QString earlierTail = QDir::toNativeSeparators(u"/Marrowby Software/Quill On/QuillonLog.txt"_s);
     qputenv("HOMEDRIVE", folder.left(2).toLocal8Bit());
     qputenv("HOMEPATH", folder.mid(2).toLocal8Bit());
-    QCOMPARE(CLog::LogFilePath(), folder + tail);
-    CLog::SaveMessage(u"drive and path"_s);
-    QVERIFY(QFile::exists(folder + tail));
-
-#ifndef Q_OS_WIN
-    const QString home = m_dir->filePath(u"home"_s);
-    qunsetenv("HOMEDRIVE");
-    qunsetenv("HOMEPATH");
-    qputenv("HOME", QFile::encodeName(home));
-    CLog::SaveMessage(u"home folder"_s);
-    QVERIFY(QFile::exists(home + tail));
+    QCOMPARE(CLog::EarlierUserFolder() + u"QuillonLog.txt"_s, folder + earlierTail);
+#ifdef Q_OS_WIN
+    QCOMPARE(CLog::LogFilePath(), folder + earlierTail);
+#else
+    // The state folder, not the top of the home; a log of the earlier layout moves there once.
+    qputenv("XDG_STATE_HOME", QFile::encodeName(m_dir->filePath(u"state"_s)));
+    const QString current = m_dir->filePath(u"state/ConfigConsumer/QuillonLog.txt"_s);
+    QCOMPARE(CLog::LogFilePath(), current);
+    QVERIFY(QDir().mkpath(folder + u"/Marrowby Software/Quill On"_s));
+    QFile earlier(folder + earlierTail);
+    QVERIFY(earlier.open(QIODevice::WriteOnly) && earlier.write("kept\r\n") == 6);
+    earlier.close();
+    CLog::MoveEarlierLog();
+    QVERIFY(!QFile::exists(folder + u"/Marrowby Software"_s));
+    CLog::SaveMessage(u"after the move"_s);
+    QCOMPARE(logLines(current).size(), 2);
+    QCOMPARE(logLines(current).first(), u"kept"_s);
+    CLog::MoveEarlierLog();
+    QCOMPARE(logLines(current).size(), 2);
 #endif
 }
 
