@@ -4,6 +4,7 @@
 
 #include "MaildirProbe.h"
 #include "SubscribeClient.h"
+#include "TestFiles.h"
 
 #include <QFile>
 #include <QRegularExpression>
@@ -49,11 +50,8 @@ inline QSet<QByteArray> messageIds(const MaildirProbe &probe, const QStringList 
                                        QRegularExpression::CaseInsensitiveOption |
                                            QRegularExpression::MultilineOption);
     QSet<QByteArray> ids;
-    for (const QString &path : probe.files(folder)) {
-        QFile file(path);
-        if (file.open(QIODevice::ReadOnly))
-            ids.insert(id.match(QString::fromUtf8(file.readAll())).captured(1).toUtf8());
-    }
+    for (const QString &path : probe.files(folder))
+        ids.insert(id.match(QString::fromUtf8(TestFiles::read(path))).captured(1).toUtf8());
     return ids;
 }
 } // namespace DeliveryTestFeeds

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "MaildirStore.h"
+#include "TestFiles.h"
 
 #include <QDir>
 #include <QFile>
@@ -25,9 +26,7 @@ public:
     [[nodiscard]] int count(const QStringList &folder) const { return int(files(folder).size()); }
     [[nodiscard]] QByteArray first(const QStringList &folder) const
     {
-        const QStringList all = files(folder);
-        QFile file(all.value(0));
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+        return TestFiles::read(files(folder).value(0));
     }
     [[nodiscard]] bool exists(const QStringList &folder) const
     {

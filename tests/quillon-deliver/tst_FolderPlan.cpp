@@ -1,6 +1,7 @@
 #include "ArticleHtml.h"
 #include "FolderPlan.h"
 #include "MessageBuilder.h"
+#include "TestRows.h"
 
 #include <QRegularExpression>
 #include <QTest>
@@ -101,21 +102,16 @@ void tst_FolderPlan::namesStayApartAndFit_data()
 {
     QTest::addColumn<QString>("one");
     QTest::addColumn<QString>("other");
-    QTest::newRow("dot and slash") << "Col.A"
-                                   << "Col/A";
-    QTest::newRow("dot and its escape") << "Col.A"
-                                        << "Col%2EA";
-    QTest::newRow("leading dot") << ".hidden"
-                                 << "%2Ehidden";
-    QTest::newRow("line break") << "Evil\r\nBcc"
-                                << "Evil%0D%0ABcc";
-    QTest::newRow("blanks kept") << "a  b"
-                                 << "a b";
+    row("dot and slash", "Col.A", "Col/A");
+    row("dot and its escape", "Col.A", "Col%2EA");
+    row("leading dot", ".hidden", "%2Ehidden");
+    row("line break", "Evil\r\nBcc", "Evil%0D%0ABcc");
+    row("blanks kept", "a  b", "a b");
     const QString cjk = QString(119, QChar(0x65b0));
-    QTest::newRow("long CJK, last character differs") << cjk + QChar(0x805e) << cjk + QChar(0x7d19);
+    row("long CJK, last character differs", cjk + QChar(0x805e), cjk + QChar(0x7d19));
     const QString ascii = QString(130, QLatin1Char('x'));
-    QTest::newRow("long, cut form typed by hand")
-        << ascii << FolderPlan::safeName(ascii).replace(QLatin1Char('~'), QStringLiteral("%7E"));
+    row("long, cut form typed by hand", ascii,
+        FolderPlan::safeName(ascii).replace(QLatin1Char('~'), QStringLiteral("%7E")));
 }
 
 // One level each: different names stay different folders, and each fits where a Maildir++ name

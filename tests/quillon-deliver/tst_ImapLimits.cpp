@@ -1,4 +1,5 @@
 #include "ImapSession.h"
+#include "TestFiles.h"
 
 #include <QFile>
 #include <QProcess>
@@ -31,14 +32,7 @@ print(got,flush=True)
 
 qint64 peakKiB()
 {
-    QFile status(QStringLiteral("/proc/self/status"));
-    if (!status.open(QIODevice::ReadOnly))
-        return 0;
-    for (const QByteArray &line : status.readAll().split('\n')) {
-        if (line.startsWith("VmHWM:"))
-            return line.mid(6).trimmed().split(' ').first().toLongLong();
-    }
-    return 0;
+    return TestFiles::procStatusKiB(QStringLiteral("self"), "VmHWM");
 }
 } // namespace
 

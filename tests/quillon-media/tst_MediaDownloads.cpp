@@ -4,6 +4,7 @@
 #include "MediaAgent.h"
 #include "MediaHome.h"
 #include "Playlists.h"
+#include "TestFiles.h"
 
 #include <QCryptographicHash>
 #include <QDir>
@@ -33,11 +34,6 @@ QByteArray body(const QString &name, int size = 48 * 1024)
     return bytes.left(size);
 }
 
-QByteArray readAll(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
 } // namespace
 
 // Enclosures downloaded through the real engine from a local server into a home of the test's own.
@@ -191,11 +187,8 @@ void tst_MediaDownloads::filesEachKindWhereTheSettingsSay()
     QFETCH(QStringList, existing);
     QFETCH(QStringList, expected);
     setGeneral(settings);
-    for (const QString &old : existing) {
-        QDir().mkpath(QFileInfo(file(old)).absolutePath());
-        QFile f(file(old));
-        QVERIFY(f.open(QIODevice::WriteOnly) && f.write("old") == 3);
-    }
+    for (const QString &old : existing)
+        QVERIFY(TestFiles::write(file(old), "old"));
     startAgent();
     const qsizetype before = m_caughtUp->size();
     const qint32 id = addShow();
@@ -204,7 +197,7 @@ void tst_MediaDownloads::filesEachKindWhereTheSettingsSay()
     for (const QString &relative : expected) {
         paths.append(file(relative));
         const QString served = QFileInfo(QString(relative).remove(" (2)")).fileName();
-        QTRY_COMPARE_WITH_TIMEOUT(readAll(paths.last()), body(served), 10000);
+        QTRY_COMPARE_WITH_TIMEOUT(TestFiles::read(paths.last()), body(served), 10000);
         QVERIFY(!QFileInfo::exists(EnclosureDownloader::partOf(paths.last())));
     }
     paths.sort();
@@ -214,7 +207,7 @@ void tst_MediaDownloads::filesEachKindWhereTheSettingsSay()
         QCOMPARE(m_server->requestCount("/files/a.mp3") + m_server->requestCount("/files/d.pdf"), 0);
     }
     if (existing.size() == 1 && !expected.contains(existing.first()))
-        QCOMPARE(readAll(file(existing.first())), QByteArray("old"));
+        QCOMPARE(TestFiles::read(file(existing.first())), QByteArray("old"));
     if (settings.contains("PlaceIntoPlaylist=1")) {
         const QList<Playlists::Track> m3u = Playlists::readM3u(file("Tunes/Playlists/Show.m3u"));
         const QList<Playlists::Track> xspf = Playlists::readXspf(file("Tunes/Playlists/Show.xspf"));
@@ -246,8 +239,8 @@ void tst_MediaDownloads::askWaitsForTheAnswerAndTakesItAtOnce()
     const QString section = QStringLiteral("SubscriptionSpecifics_%1").arg(id);
     m_engine->setSetting("MEDIACONSUMER", section, "PromptForAutoDownload", "0");
     m_engine->setSetting("MEDIACONSUMER", section, "EnableAutoDownload", "1");
-    QTRY_COMPARE_WITH_TIMEOUT(readAll(file("Tunes/Show/a.mp3")), body("a.mp3"), 5000);
-    QTRY_COMPARE(readAll(file(".local/share/Corvell/Downloads/Show/d.pdf")), body("d.pdf"));
+    QTRY_COMPARE_WITH_TIMEOUT(TestFiles::read(file("Tunes/Show/a.mp3")), body("a.mp3"), 5000);
+    QTRY_COMPARE(TestFiles::read(file(".local/share/Corvell/Downloads/Show/d.pdf")), body("d.pdf"));
 }
 
 void tst_MediaDownloads::cutDownloadResumesWithRange()
@@ -257,7 +250,7 @@ void tst_MediaDownloads::cutDownloadResumesWithRange()
     startAgent();
     QVERIFY(addShow() > 0);
     QTRY_VERIFY_WITH_TIMEOUT(QFileInfo::exists(file("Tunes/Show/a.mp3")), 15000);
-    QCOMPARE(QCryptographicHash::hash(readAll(file("Tunes/Show/a.mp3")), QCryptographicHash::Sha256),
+    QCOMPARE(QCryptographicHash::hash(TestFiles::read(file("Tunes/Show/a.mp3")), QCryptographicHash::Sha256),
              QCryptographicHash::hash(body("a.mp3"), QCryptographicHash::Sha256));
     QCOMPARE(m_server->requestCount("/files/a.mp3"), 3); // 48 KiB in three pieces
     QCOMPARE(m_server->lastHeader("/files/a.mp3", "range"), QByteArray("bytes=40000-"));
@@ -292,9 +285,7 @@ void tst_MediaDownloads::killedMediaLosesNothingAndDownloadsNothingTwice()
     stuck.neverAnswer = true;
     m_server->setRoute("/files/v.mp4", stuck);
 
-    const QString program =
-        QDir(qEnvironmentVariable("QUILLON_BIN_DIR", QCoreApplication::applicationDirPath()))
-            .filePath("quillon-media");
+    const QString program = DaemonProcess::executable("quillon-media");
     const QStringList args = {"--socket", daemon.socketName(), "--index", file("index.json"), "--retry", "1"};
     QProcess media;
     media.start(program, args);
@@ -303,9 +294,9 @@ void tst_MediaDownloads::killedMediaLosesNothingAndDownloadsNothingTwice()
     client->SubmitRequest(request, std::make_shared<CopyingCallback>(*client));
     client->ReleaseHandle(request);
     // Everything but the video is whole before the kill; the video is under way.
-    QTRY_COMPARE_WITH_TIMEOUT(readAll(file("Photos/Show/p.jpg")), body("p.jpg"), 20000);
-    QTRY_COMPARE(readAll(file("Tunes/Show/a.mp3")), body("a.mp3"));
-    QTRY_COMPARE(readAll(file(".local/share/Corvell/Downloads/Show/d.pdf")), body("d.pdf"));
+    QTRY_COMPARE_WITH_TIMEOUT(TestFiles::read(file("Photos/Show/p.jpg")), body("p.jpg"), 20000);
+    QTRY_COMPARE(TestFiles::read(file("Tunes/Show/a.mp3")), body("a.mp3"));
+    QTRY_COMPARE(TestFiles::read(file(".local/share/Corvell/Downloads/Show/d.pdf")), body("d.pdf"));
     QTRY_VERIFY(m_server->requestCount("/files/v.mp4") >= 1);
     media.kill(); // SIGKILL in the middle of the video
     QVERIFY(media.waitForFinished());
@@ -313,7 +304,7 @@ void tst_MediaDownloads::killedMediaLosesNothingAndDownloadsNothingTwice()
     serveShow();
     media.start(program, args);
     QVERIFY(media.waitForStarted());
-    QTRY_COMPARE_WITH_TIMEOUT(readAll(file("Films/Show/v.mp4")), body("v.mp4"), 20000);
+    QTRY_COMPARE_WITH_TIMEOUT(TestFiles::read(file("Films/Show/v.mp4")), body("v.mp4"), 20000);
     for (const char *path : {"/files/a.mp3", "/files/p.jpg", "/files/d.pdf"})
         QCOMPARE(m_server->requestCount(path), 1);
     QCOMPARE(QDir(file("Tunes/Show")).entryList(QDir::Files), QStringList{"a.mp3"});

@@ -1,5 +1,6 @@
 #include "MediaChoices.h"
 #include "MediaPlacement.h"
+#include "TestRows.h"
 
 #include <QSet>
 #include <QTest>
@@ -25,34 +26,13 @@ void tst_MediaPlacement::namesAreSafe_data()
     QTest::addColumn<QString>("title");
     QTest::addColumn<QString>("type");
     QTest::addColumn<QString>("name");
-    QTest::newRow("plain") << "http://h/a/ep1.mp3?x=1"
-                           << "T"
-                           << "audio/mpeg"
-                           << "ep1.mp3";
-    QTest::newRow("escaped") << "http://h/My%20Show%2Fep.mp3"
-                             << ""
-                             << ""
-                             << "My Show_ep.mp3";
-    QTest::newRow("no extension, title") << "http://h/get?id=3"
-                                         << "Episode: 3/4"
-                                         << "audio/mpeg"
-                                         << "Episode_ 3_4.mp3";
-    QTest::newRow("hidden") << "http://h/..profile.jpg"
-                            << ""
-                            << ""
-                            << "profile.jpg";
-    QTest::newRow("device name") << "http://h/con.txt"
-                                 << ""
-                                 << ""
-                                 << "_con.txt";
-    QTest::newRow("nothing left") << "http://h/"
-                                  << ""
-                                  << ""
-                                  << "Untitled";
-    QTest::newRow("control characters") << "http://h/a%0Ab.ogg"
-                                        << ""
-                                        << ""
-                                        << "a_b.ogg";
+    row("plain", "http://h/a/ep1.mp3?x=1", "T", "audio/mpeg", "ep1.mp3");
+    row("escaped", "http://h/My%20Show%2Fep.mp3", "", "", "My Show_ep.mp3");
+    row("no extension, title", "http://h/get?id=3", "Episode: 3/4", "audio/mpeg", "Episode_ 3_4.mp3");
+    row("hidden", "http://h/..profile.jpg", "", "", "profile.jpg");
+    row("device name", "http://h/con.txt", "", "", "_con.txt");
+    row("nothing left", "http://h/", "", "", "Untitled");
+    row("control characters", "http://h/a%0Ab.ogg", "", "", "a_b.ogg");
 }
 
 void tst_MediaPlacement::namesAreSafe()
@@ -70,16 +50,11 @@ void tst_MediaPlacement::kindsPickFolders_data()
     QTest::addColumn<QString>("url");
     QTest::addColumn<bool>("storeAll");
     QTest::addColumn<QString>("folder");
-    QTest::newRow("audio type") << "audio/mpeg"
-                                << "http://h/x" << true << "/m/Show";
-    QTest::newRow("video by extension") << ""
-                                        << "http://h/x.mp4" << true << "/v/Show";
-    QTest::newRow("generic type, image extension") << "application/octet-stream"
-                                                   << "http://h/x.png" << true << "/p/Show";
-    QTest::newRow("document") << "application/pdf"
-                              << "http://h/x.pdf" << true << "/d/Show";
-    QTest::newRow("music folder off") << "audio/ogg"
-                                      << "http://h/x.ogg" << false << "/d/Show";
+    row("audio type", "audio/mpeg", "http://h/x", true, "/m/Show");
+    row("video by extension", "", "http://h/x.mp4", true, "/v/Show");
+    row("generic type, image extension", "application/octet-stream", "http://h/x.png", true, "/p/Show");
+    row("document", "application/pdf", "http://h/x.pdf", true, "/d/Show");
+    row("music folder off", "audio/ogg", "http://h/x.ogg", false, "/d/Show");
 }
 
 void tst_MediaPlacement::kindsPickFolders()
@@ -114,21 +89,11 @@ void tst_MediaPlacement::answersComeFromTheRightSection_data()
     QTest::addColumn<QString>("prompt");
     QTest::addColumn<int>("answer");
     using D = MediaChoices::Download;
-    QTest::newRow("own yes beats general no") << "1"
-                                              << "0"
-                                              << "1" << int(D::Always);
-    QTest::newRow("own no beats general yes") << "0"
-                                              << "1"
-                                              << "0" << int(D::Never);
-    QTest::newRow("no own, asking") << "-237237"
-                                    << "1"
-                                    << "1" << int(D::Ask);
-    QTest::newRow("no own, general yes") << "-237237"
-                                         << "True"
-                                         << "0" << int(D::Always);
-    QTest::newRow("no own, general no") << ""
-                                        << "0"
-                                        << "0" << int(D::Never);
+    row("own yes beats general no", "1", "0", "1", int(D::Always));
+    row("own no beats general yes", "0", "1", "0", int(D::Never));
+    row("no own, asking", "-237237", "1", "1", int(D::Ask));
+    row("no own, general yes", "-237237", "True", "0", int(D::Always));
+    row("no own, general no", "", "0", "0", int(D::Never));
 }
 
 void tst_MediaPlacement::answersComeFromTheRightSection()

@@ -24,15 +24,15 @@ DaemonProcess::~DaemonProcess()
     }
 }
 
-QString DaemonProcess::executable()
+QString DaemonProcess::executable(const QString &program)
 {
     QString folder = qEnvironmentVariable("QUILLON_BIN_DIR");
     if (folder.isEmpty())
         folder = QCoreApplication::applicationDirPath();
 #ifdef Q_OS_WIN
-    return QDir(folder).filePath(QStringLiteral("quillon-engine.exe"));
+    return QDir(folder).filePath(program + QStringLiteral(".exe"));
 #else
-    return QDir(folder).filePath(QStringLiteral("quillon-engine"));
+    return QDir(folder).filePath(program);
 #endif
 }
 

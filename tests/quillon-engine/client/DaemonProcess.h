@@ -25,7 +25,8 @@ public:
     [[nodiscard]] QString errorText() const { return m_error; }
     QProcess &process() { return m_process; }
 
-    [[nodiscard]] static QString executable();
+    // One of the programs built beside the tests, the engine unless named.
+    [[nodiscard]] static QString executable(const QString &program = QStringLiteral("quillon-engine"));
     [[nodiscard]] static QString freshSocketName();
 
 private:

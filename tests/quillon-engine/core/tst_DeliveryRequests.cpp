@@ -50,7 +50,6 @@ private Q_SLOTS:
     void init();
     void cleanup();
     void boundArticlesArePendingUntilAcknowledged();
-    void readReportsReachTheCounts();
     void removalsFollowAgeAndUnbinding();
     void requestsNeedAConnectedConsumer();
     void largeArticlesComeInSmallerBatches();
@@ -141,29 +140,6 @@ void tst_DeliveryRequests::boundArticlesArePendingUntilAcknowledged()
     QCOMPARE(m_engine->request({{"REQUEST", "PENDINGARTICLES"}})->bag("Result")->text("ITEMCOUNT"),
              "0"); // CONFIGCONSUMER is not bound
     QCOMPARE(deliver("PENDINGARTICLES")->bag("Result")->text("ITEMCOUNT"), "0");
-}
-
-void tst_DeliveryRequests::readReportsReachTheCounts()
-{
-    m_server.serve("/three", feedOf(3));
-    const qint32 id = m_engine->add(m_server.url("/three").toString());
-    waitForUpdate();
-    m_engine->client->BindItem("OLCONSUMER", "NEWS", id, 1);
-    const QList<qint32> ids = idsOf(deliver("PENDINGARTICLES"));
-    QCOMPARE(deliver("SETREADSTATE", ids.mid(0, 2), {{"READ", "1"}})->bag("Result")->text("ITEMCOUNT"), "2");
-    QCOMPARE(m_engine->itemBag(id)->text("ITEMREADCOUNT"), "2");
-    QCOMPARE(m_engine->itemBag(id)->text("ITEMUNREADCOUNT"), "1");
-    QCOMPARE(deliver("SETREADSTATE", ids.mid(1, 1), {{"READ", "0"}})->bag("Result")->text("ITEMCOUNT"), "1");
-    QCOMPARE(m_engine->itemBag(id)->text("ITEMREADCOUNT"), "1");
-
-    // The read age now applies to the article marked read.
-    m_engine->update(id, {{"DELETEREAD", "600"}, {"DELETEUNREAD", "0"}});
-    waitForUpdate();
-    m_now = kStart.addSecs(700);
-    m_engine->update(id);
-    waitForUpdate();
-    QCOMPARE(m_engine->itemBag(id)->text("ITEMREADCOUNT"), "0");
-    QCOMPARE(m_engine->itemBag(id)->text("ITEMUNREADCOUNT"), "2");
 }
 
 void tst_DeliveryRequests::removalsFollowAgeAndUnbinding()

@@ -1,9 +1,11 @@
 #include "CopyingCallback.h"
+#include "EngineCalls.h"
 #include "EngineCore.h"
-#include "EngineCoreCalls.h"
 #include "InProcessLink.h"
 #include "LinkedSubscribeClient.h"
+#include "SideConnection.h"
 #include "TestEngine.h"
+#include "TestFiles.h"
 
 #include <QDateTime>
 #include <QDir>
@@ -15,9 +17,15 @@
 #include <QTest>
 
 using namespace quillon;
-using namespace EngineCoreCalls;
+using namespace EngineCalls;
 
 namespace {
+// Adds a subscription titled after its address, bound to the consumers named.
+qint32 add(SubscribeClient &c, const QString &url, const QStringList &consumerIds = {})
+{
+    return AddSubscription(c, "Title of " + url, url, {}, consumerIds);
+}
+
 // The SUBSCRIPTIONIDS of a message's Result.
 QList<qint32> idsOf(const BagPtr &message)
 {
@@ -47,7 +55,6 @@ private Q_SLOTS:
     void itemBagLeavesUnknownValuesOut();
     void updateItemKeepsEveryNameAndMakesItDue();
     void bindItemFollowsTheDeliveryRule();
-    void bindItemKeepsOrDropsDeliveredArticles();
     void removeItemTakesEverythingWithIt();
     void requestsThatCannotBeServedAreAnswered();
     void badCallsRaiseReadableErrors();
@@ -236,31 +243,6 @@ void tst_EngineCore::bindItemFollowsTheDeliveryRule()
     QVERIFY_THROWS_EXCEPTION(EngineError, config->BindItem(ol, kNews, id + 100, 1));
 }
 
-void tst_EngineCore::bindItemKeepsOrDropsDeliveredArticles()
-{
-    auto c = client("CONFIGCONSUMER");
-    const QString ol = "OLCONSUMER";
-    const qint32 id = add(*c, "http://e/feed");
-    SideConnection side(m_engine->core().databasePath());
-    QVERIFY(side.exec(
-        QStringLiteral("INSERT INTO articles (subscription_id, guid) VALUES (%1, 'x'), (%1, 'y')").arg(id)));
-    const auto markDelivered = [&] {
-        return side.exec(
-            QStringLiteral("INSERT OR IGNORE INTO delivered_articles (consumer_id, article_id, delivered_at)"
-                           " SELECT 'OLCONSUMER', id, 'now' FROM articles WHERE subscription_id = %1")
-                .arg(id));
-    };
-    const auto delivered = [&] { return side.number("SELECT COUNT(*) FROM delivered_articles"); };
-
-    c->BindItem(ol, kNews, id, 1);
-    QVERIFY(markDelivered());
-    c->BindItem(ol, kNews, id, 1); // unbound, articles kept in Outlook
-    QCOMPARE(delivered(), 2);
-    c->BindItem(ol, kNews, id, 1);
-    c->BindItem(ol, kNews, id, 0); // unbound, articles removed
-    QCOMPARE(delivered(), 0);
-}
-
 void tst_EngineCore::removeItemTakesEverythingWithIt()
 {
     auto c = client("CONFIGCONSUMER");
@@ -389,9 +371,7 @@ void tst_EngineCore::reopenedStoreKeepsEverything()
     c->ReleaseHandle(sync);
     QCOMPARE(c->LiveHandleCount(), 0);
 
-    QFile log(QDir(folder).filePath("engine.log"));
-    QVERIFY(log.open(QIODevice::ReadOnly));
-    const QList<QByteArray> lines = log.readAll().split('\n');
+    const QList<QByteArray> lines = TestFiles::read(QDir(folder).filePath("engine.log")).split('\n');
     QCOMPARE(lines.size(), 2); // one line and the final line end
     QVERIFY(lines.first().endsWith("\t999\tCONFIGCONSUMER\tUI Client <> Engine comms established"));
 }

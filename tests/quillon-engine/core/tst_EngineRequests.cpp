@@ -1,6 +1,7 @@
 #include "EngineFixture.h"
 #include "LocalHttpServer.h"
 #include "SearchSources.h"
+#include "TestFiles.h"
 
 #include <QDir>
 #include <QFile>
@@ -43,13 +44,6 @@ const char *const kLocalSource = R"({"sources": [{"guid": "local", "title": "Loc
 BagPtr entry(const ListPtr &list, int index)
 {
     return list && index < list->size() ? std::get<BagPtr>(list->at(index)) : PropertyBag::create();
-}
-
-bool writeFile(const QString &path, const QByteArray &bytes)
-{
-    QDir().mkpath(QFileInfo(path).path());
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
 }
 
 // Every feed of an outline list as its folder path and address ("Work~~~Projects~~~http://..."),
@@ -212,26 +206,22 @@ void tst_EngineRequests::previewAnswersWithTheFeedOrAnError()
 void tst_EngineRequests::fetchOpmlReadsFilesWebListsAndReaders()
 {
     const QString path = m_dir.filePath("My Lists/subs.opml");
-    QVERIFY(writeFile(path, kOpml));
+    QVERIFY(TestFiles::write(path, kOpml));
     // As the import hands it over: blanks as %20, nothing else escaped.
     const QString loopback = "file://loopback/" + QString(path).replace(" ", "%20");
     BagPtr answer = fetchOpml(loopback);
     QCOMPARE(answer->text("MESSAGE"), "OPMLResult");
     BagPtr result = answer->bag("Result");
-    QCOMPARE(result->text("URL"), loopback);
-    QCOMPARE(result->text("TITLE"), "My Lists");
+    QCOMPARE(Texts(result, {"URL", "TITLE"}), QStringList({loopback, "My Lists"}));
     const ListPtr top = result->list("SubscriptionList");
     QCOMPARE(top->size(), 2);
-    const BagPtr folder = entry(top, 0);
-    QCOMPARE(folder->text("title"), "Tech");
-    QVERIFY(!folder->contains("xmlUrl"));
-    const ListPtr children = folder->list("children");
+    QCOMPARE(Texts(entry(top, 0), {"title", "xmlUrl"}), QStringList({"Tech", kMissingText}));
+    const ListPtr children = entry(top, 0)->list("children");
     QCOMPARE(children->size(), 2);
-    QCOMPARE(entry(children, 0)->text("title"), "Feed A");
-    QCOMPARE(entry(children, 0)->text("xmlUrl"), "http://a.example/rss");
-    QCOMPARE(entry(children, 1)->text("title"), kMissingText); // the consumer falls back to text
-    QCOMPARE(entry(children, 1)->text("text"), "B");
-    QCOMPARE(entry(children, 1)->text("description"), "Bee");
+    QCOMPARE(Texts(entry(children, 0), {"title", "xmlUrl"}), QStringList({"Feed A", "http://a.example/rss"}));
+    // Without a title the consumer falls back to text.
+    QCOMPARE(Texts(entry(children, 1), {"title", "text", "description"}),
+             QStringList({kMissingText, "B", "Bee"}));
     QVERIFY(!entry(children, 0)->contains("children"));
     QCOMPARE(entry(top, 1)->text("htmlUrl"), "http://top.example/");
 
@@ -283,17 +273,14 @@ void tst_EngineRequests::listsImportersAndSearchSources()
 
     // The shipped sources, and the user's own file beside the store, which replaces by guid.
     const QString data = m_dir.filePath("data");
-    QVERIFY(writeFile(data + "/searchsources.json", kShippedSources));
-    QVERIFY(writeFile(m_engine->engine.dataFolder() + "/searchsources.json", kUserSources));
+    QVERIFY(TestFiles::write(data + "/searchsources.json", kShippedSources));
+    QVERIFY(TestFiles::write(m_engine->engine.dataFolder() + "/searchsources.json", kUserSources));
     m_engine->engine.core().setQuillonDataFolder(data);
     answer = m_engine->request({{"REQUEST", "LIST"}, {"LIST", "SEARCHSOURCES"}});
     const ListPtr sources = answer->bag("Result")->list("SEARCHSOURCES");
     QCOMPARE(sources->size(), 2);
-    QCOMPARE(entry(sources, 0)->text("guid"), "g1");
-    QCOMPARE(entry(sources, 0)->text("defaultLimit"), "10");
-    QCOMPARE(entry(sources, 0)->text("maxLimit"), "50");
-    QCOMPARE(entry(sources, 1)->text("title"), "Two, mine");
-    QCOMPARE(entry(sources, 1)->text("minLimit"), kMissingText);
+    QCOMPARE(Texts(entry(sources, 0), {"guid", "defaultLimit", "maxLimit"}), QStringList({"g1", "10", "50"}));
+    QCOMPARE(Texts(entry(sources, 1), {"title", "minLimit"}), QStringList({"Two, mine", kMissingText}));
 
     answer = m_engine->request({{"REQUEST", "LIST"}, {"LIST", "FROB"}});
     QCOMPARE(answer->text("MESSAGE"), "RequestFailed");
@@ -308,36 +295,36 @@ void tst_EngineRequests::readersOfThisDesktopImportWithTheirFolders()
 
     // Each feed under the folder of its first tag, the other tags kept as its categories.
     const QString config = m_home.filePath(".config");
-    QVERIFY(writeFile(config + "/newsboat/urls", kNewsboatUrls));
+    QVERIFY(TestFiles::write(config + "/newsboat/urls", kNewsboatUrls));
     QCOMPARE(availableReaders(), QStringList("newsboat"));
     QCOMPARE(readerFeeds("newsboat"),
              QStringList({"tech news~~~http://a.example/rss = A's \"best\" feed [linux]",
                           "tech news~~~http://e.example/rss [tech,news]", "hidden~~~http://b.example/feed",
                           "tech~~~http://c.example/atom = Cee", "http://d.example/x#part"}));
     // newsboat's own order: the folder in the home beats the configuration folder.
-    QVERIFY(writeFile(m_home.filePath(".newsboat/urls"), "http://old.example/rss\n"));
+    QVERIFY(TestFiles::write(m_home.filePath(".newsboat/urls"), "http://old.example/rss\n"));
     QCOMPARE(readerFeeds("NEWSBOAT"), QStringList("http://old.example/rss"));
     const BagPtr untitled = entry(fetchOpml("newsboat")->bag("Result")->list("SubscriptionList"), 0);
     QCOMPARE(untitled->text("text"), "http://old.example/rss");
 
     // Liferea: folders kept, search folders and command sources left out; else its older home.
-    QVERIFY(writeFile(config + "/liferea/feedlist.opml", kLifereaList));
+    QVERIFY(TestFiles::write(config + "/liferea/feedlist.opml", kLifereaList));
     QCOMPARE(readerFeeds("liferea"), QStringList({"Work~~~Projects~~~http://build.example/rss = Build",
                                                   "http://top.example/rss = Top"}));
     QVERIFY(QFile::remove(config + "/liferea/feedlist.opml"));
-    QVERIFY(writeFile(m_home.filePath(".liferea_1.4/feedlist.opml"), kOpml));
-    QVERIFY(writeFile(m_home.filePath(".liferea_1.10/feedlist.opml"), kLifereaList));
+    QVERIFY(TestFiles::write(m_home.filePath(".liferea_1.4/feedlist.opml"), kOpml));
+    QVERIFY(TestFiles::write(m_home.filePath(".liferea_1.10/feedlist.opml"), kLifereaList));
     QCOMPARE(readerFeeds("liferea").size(), 2);
 
     // Akregator in the data folder, wherever XDG_DATA_HOME points.
-    QVERIFY(writeFile(m_home.filePath(".local/share/akregator/data/feeds.opml"), kAkregatorList));
+    QVERIFY(TestFiles::write(m_home.filePath(".local/share/akregator/data/feeds.opml"), kAkregatorList));
     QCOMPARE(availableReaders(), QStringList({"newsboat", "liferea", "akregator"}));
     const QStringList akregator{"KDE~~~Planets~~~https://planet.kde.org/global/atom.xml = Planet KDE",
                                 "KDE~~~https://dot.kde.org/rss.xml = Dot"};
     QCOMPARE(readerFeeds("akregator"), akregator);
     qputenv("XDG_DATA_HOME", QFile::encodeName(m_home.filePath("data")));
     QCOMPARE(readerFeeds("akregator"), QStringList("RequestFailed"));
-    QVERIFY(writeFile(m_home.filePath("data/akregator/data/feeds.opml"), kAkregatorList.left(300)));
+    QVERIFY(TestFiles::write(m_home.filePath("data/akregator/data/feeds.opml"), kAkregatorList.left(300)));
     QCOMPARE(fetchOpml("akregator")->text("MESSAGE"), "OPMLResult"); // what was read
     qunsetenv("XDG_DATA_HOME");
 
@@ -350,7 +337,8 @@ void tst_EngineRequests::readersOfThisDesktopImportWithTheirFolders()
 void tst_EngineRequests::searchSubscriptionsFetchTheirSource()
 {
     const QString data = m_dir.filePath("search");
-    QVERIFY(writeFile(data + "/searchsources.json", QString(kLocalSource).arg(url("/search")).toUtf8()));
+    QVERIFY(
+        TestFiles::write(data + "/searchsources.json", QString(kLocalSource).arg(url("/search")).toUtf8()));
     m_engine->engine.core().setQuillonDataFolder(data);
     const SearchSources sources = SearchSources::load({data + "/searchsources.json"});
     const SearchSources::Source &source = sources.sources().first();

@@ -3,6 +3,8 @@
 #include "LocalHttpServer.h"
 #include "NetworkSettingKeys.h"
 #include "SquidProxy.h"
+#include "TestFiles.h"
+#include "TestRows.h"
 
 #include <QFile>
 #include <QRegularExpression>
@@ -33,7 +35,6 @@ class tst_EngineSettings : public QObject
 
 private:
     void writeNetwork(const Pairs &pairs, const QString &squid = {});
-    [[nodiscard]] QByteArray logFile() const;
 
     std::unique_ptr<EngineFixture> m_engine;
     LocalHttpServer m_server;
@@ -75,12 +76,6 @@ void tst_EngineSettings::writeNetwork(const Pairs &pairs, const QString &squid)
     }
 }
 
-QByteArray tst_EngineSettings::logFile() const
-{
-    QFile log(m_engine->engine.dataFolder() + QStringLiteral("/engine.log"));
-    return log.open(QIODevice::ReadOnly) ? log.readAll() : QByteArray();
-}
-
 void tst_EngineSettings::requestsGoTheWayThePageSays_data()
 {
     QTest::addColumn<bool>("ntlm");
@@ -90,32 +85,19 @@ void tst_EngineSettings::requestsGoTheWayThePageSays_data()
     QTest::addColumn<QString>("proxyUser"); // a pattern of the access log's user; empty: not proxied
     QTest::addColumn<QString>("status");
 
-    QTest::newRow("named proxy, Basic login")
-        << false << kSpecificNoBypass + kBasicLogin << false << "127.0.0.1"
-        << "alice"
-        << "OK: 1 item, 1 new";
-    QTest::newRow("wrong password") << false
-                                    << kSpecificNoBypass + kBasicLogin + Pairs{"txtPasswordCredentials=x"}
-                                    << false << "127.0.0.1"
-                                    << "-"
-                                    << "Error: HTTP 407 Proxy Authentication Required";
-    QTest::newRow("NTLM as DOMAIN\\user")
-        << true
-        << kSpecificNoBypass + kBasicLogin + Pairs{"txtUsernameCredentials=bob", "txtDomainCredentials=CORP"}
-        << false << "127.0.0.1"
-        << "CORP\\S*bob\\S*"
-        << "OK: 1 item, 1 new";
-    QTest::newRow("local address bypassed")
-        << false << kSpecificNoBypass + Pairs{"chkBypassForLocals=True"} << false << "127.0.0.1"
-        << ""
-        << "OK: 1 item, 1 new";
-    QTest::newRow("proxy switched off")
-        << false << kSpecificNoBypass + Pairs{"chkUseProxyServer=False"} << false << "127.0.0.1"
-        << ""
-        << "OK: 1 item, 1 new";
-    QTest::newRow("system proxy from the environment")
-        << false << kBasicLogin << true << kProxyOnlyHost << "alice"
-        << "OK: 1 item, 1 new";
+    row("named proxy, Basic login", false, kSpecificNoBypass + kBasicLogin, false, "127.0.0.1", "alice",
+        "OK: 1 item, 1 new");
+    row("wrong password", false, kSpecificNoBypass + kBasicLogin + Pairs{"txtPasswordCredentials=x"}, false,
+        "127.0.0.1", "-", "Error: HTTP 407 Proxy Authentication Required");
+    row("NTLM as DOMAIN\\user", true,
+        kSpecificNoBypass + kBasicLogin + Pairs{"txtUsernameCredentials=bob", "txtDomainCredentials=CORP"},
+        false, "127.0.0.1", "CORP\\S*bob\\S*", "OK: 1 item, 1 new");
+    row("local address bypassed", false, kSpecificNoBypass + Pairs{"chkBypassForLocals=True"}, false,
+        "127.0.0.1", "", "OK: 1 item, 1 new");
+    row("proxy switched off", false, kSpecificNoBypass + Pairs{"chkUseProxyServer=False"}, false, "127.0.0.1",
+        "", "OK: 1 item, 1 new");
+    row("system proxy from the environment", false, kBasicLogin, true, kProxyOnlyHost, "alice",
+        "OK: 1 item, 1 new");
 }
 
 void tst_EngineSettings::requestsGoTheWayThePageSays()
@@ -168,66 +150,27 @@ void tst_EngineSettings::proxyForUrlExplainsTheRoute_data()
     QTest::addColumn<QString>("login");
 
     const Pairs named = {"optUseIEProxySettings=False", "txtSpecificProxyServer=proxy.corp:3128"};
-    QTest::newRow("nothing stored, this machine") << Pairs{} << ""
-                                                  << ""
-                                                  << "http://127.0.0.1:8080/feed"
-                                                  << ""
-                                                  << "a local address, which bypasses the proxy"
-                                                  << "";
-    QTest::newRow("nothing stored, intranet name") << Pairs{} << ""
-                                                   << ""
-                                                   << "http://intranet/feed"
-                                                   << ""
-                                                   << "a local address, which bypasses the proxy"
-                                                   << "";
-    QTest::newRow("named proxy") << named << ""
-                                 << ""
-                                 << "example.com/rss"
-                                 << "http://proxy.corp:3128"
-                                 << "the proxy server named in the settings"
-                                 << "";
-    QTest::newRow("named proxy, local not bypassed") << named + Pairs{"chkBypassForLocals=False"} << ""
-                                                     << ""
-                                                     << "http://localhost/feed"
-                                                     << "http://proxy.corp:3128"
-                                                     << "the proxy server named in the settings"
-                                                     << "";
-    QTest::newRow("no server named") << Pairs{"optUseIEProxySettings=False"} << ""
-                                     << ""
-                                     << "http://example.com/"
-                                     << ""
-                                     << "no proxy server is named"
-                                     << "";
-    QTest::newRow("switched off") << named + Pairs{"chkUseProxyServer=False"} << ""
-                                  << ""
-                                  << "http://example.com/"
-                                  << ""
-                                  << "the proxy is switched off"
-                                  << "";
-    QTest::newRow("domain login") << named + kBasicLogin + Pairs{"txtDomainCredentials=CORP"} << ""
-                                  << ""
-                                  << "https://example.com/"
-                                  << "http://proxy.corp:3128"
-                                  << "the proxy server named in the settings"
-                                  << "CORP\\alice";
-    QTest::newRow("current user") << named + Pairs{"chkUseNetworkCredentials=True"} << ""
-                                  << ""
-                                  << "http://example.com/"
-                                  << "http://proxy.corp:3128"
-                                  << "the proxy server named in the settings"
-                                  << "(current user)";
-    QTest::newRow("system: environment") << Pairs{} << "http://envproxy:3128"
-                                         << ""
-                                         << "http://example.com/"
-                                         << "http://envproxy:3128"
-                                         << ""
-                                         << "";
-    QTest::newRow("system: environment's exception") << Pairs{} << "http://envproxy:3128"
-                                                     << "example.com"
-                                                     << "http://example.com/"
-                                                     << ""
-                                                     << ""
-                                                     << "";
+    row("nothing stored, this machine", Pairs{}, "", "", "http://127.0.0.1:8080/feed", "",
+        "a local address, which bypasses the proxy", "");
+    row("nothing stored, intranet name", Pairs{}, "", "", "http://intranet/feed", "",
+        "a local address, which bypasses the proxy", "");
+    row("named proxy", named, "", "", "example.com/rss", "http://proxy.corp:3128",
+        "the proxy server named in the settings", "");
+    row("named proxy, local not bypassed", named + Pairs{"chkBypassForLocals=False"}, "", "",
+        "http://localhost/feed", "http://proxy.corp:3128", "the proxy server named in the settings", "");
+    row("no server named", Pairs{"optUseIEProxySettings=False"}, "", "", "http://example.com/", "",
+        "no proxy server is named", "");
+    row("switched off", named + Pairs{"chkUseProxyServer=False"}, "", "", "http://example.com/", "",
+        "the proxy is switched off", "");
+    row("domain login", named + kBasicLogin + Pairs{"txtDomainCredentials=CORP"}, "", "",
+        "https://example.com/", "http://proxy.corp:3128", "the proxy server named in the settings",
+        "CORP\\alice");
+    row("current user", named + Pairs{"chkUseNetworkCredentials=True"}, "", "", "http://example.com/",
+        "http://proxy.corp:3128", "the proxy server named in the settings", "(current user)");
+    row("system: environment", Pairs{}, "http://envproxy:3128", "", "http://example.com/",
+        "http://envproxy:3128", "", "");
+    row("system: environment's exception", Pairs{}, "http://envproxy:3128", "example.com",
+        "http://example.com/", "", "", "");
 }
 
 void tst_EngineSettings::proxyForUrlExplainsTheRoute()
@@ -282,24 +225,15 @@ void tst_EngineSettings::logFileFollowsTheGeneralPage_data()
     QTest::addColumn<int>("lineLevel");
     QTest::addColumn<bool>("written");
 
-    QTest::newRow("nothing stored, ordinary line") << ""
-                                                   << "" << 1 << true;
-    QTest::newRow("nothing stored, detail") << ""
-                                            << "" << GeneralSettingKeys::kLineDetail << false;
-    QTest::newRow("file off") << "0"
-                              << "3" << GeneralSettingKeys::kLineMilestone << false;
-    QTest::newRow("milestones only, ordinary line") << "1"
-                                                    << "0" << 1 << false;
-    QTest::newRow("milestones only, milestone") << "1"
-                                                << "0" << GeneralSettingKeys::kLineMilestone << true;
-    QTest::newRow("errors, error") << "1"
-                                   << "1" << GeneralSettingKeys::kLineError << true;
-    QTest::newRow("errors, ordinary line") << "1"
-                                           << "1" << 1 << false;
-    QTest::newRow("everything, detail") << "1"
-                                        << "3" << GeneralSettingKeys::kLineDetail << true;
-    QTest::newRow("level out of range is held") << "1"
-                                                << "99" << GeneralSettingKeys::kLineDetail << true;
+    row("nothing stored, ordinary line", "", "", 1, true);
+    row("nothing stored, detail", "", "", GeneralSettingKeys::kLineDetail, false);
+    row("file off", "0", "3", GeneralSettingKeys::kLineMilestone, false);
+    row("milestones only, ordinary line", "1", "0", 1, false);
+    row("milestones only, milestone", "1", "0", GeneralSettingKeys::kLineMilestone, true);
+    row("errors, error", "1", "1", GeneralSettingKeys::kLineError, true);
+    row("errors, ordinary line", "1", "1", 1, false);
+    row("everything, detail", "1", "3", GeneralSettingKeys::kLineDetail, true);
+    row("level out of range is held", "1", "99", GeneralSettingKeys::kLineDetail, true);
 }
 
 void tst_EngineSettings::logFileFollowsTheGeneralPage()
@@ -314,7 +248,9 @@ void tst_EngineSettings::logFileFollowsTheGeneralPage()
         m_engine->setSetting("ENGINE", QString(), GeneralSettingKeys::kLogLevel, logLevel);
     m_engine->client->Log(QStringLiteral("line of %1").arg(QTest::currentDataTag()), lineLevel);
     // The table keeps every line; only the file follows the page.
-    QCOMPARE(logFile().contains(QByteArray("line of ") + QTest::currentDataTag()), written);
+    QCOMPARE(TestFiles::read(m_engine->engine.dataFolder() + "/engine.log")
+                 .contains(QByteArray("line of ") + QTest::currentDataTag()),
+             written);
 }
 
 QTEST_GUILESS_MAIN(tst_EngineSettings)

@@ -10,6 +10,7 @@
 #include "LinkedSubscribeClient.h"
 #include "PrivateFiles.h"
 #include "SocketLink.h"
+#include "TestFiles.h"
 
 #include <QCborArray>
 #include <QDeadlineTimer>
@@ -97,14 +98,7 @@ inline int modeOf(const QString &path)
 // The daemon's resident memory in KiB, from /proc.
 inline qint64 residentKiB(qint64 pid)
 {
-    QFile status(QStringLiteral("/proc/%1/status").arg(pid));
-    if (!status.open(QIODevice::ReadOnly))
-        return -1;
-    for (const QByteArray &line : status.readAll().split('\n')) {
-        if (line.startsWith("VmRSS:"))
-            return line.mid(6).trimmed().split(' ').value(0).toLongLong();
-    }
-    return -1;
+    return TestFiles::procStatusKiB(QString::number(pid), "VmRSS");
 }
 
 // A raw connection, cheaper than a QLocalSocket when a thousand are held.

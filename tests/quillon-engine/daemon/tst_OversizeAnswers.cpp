@@ -1,5 +1,7 @@
 #include "CopyingCallback.h"
 #include "DaemonProcess.h"
+#include "TestFiles.h"
+#include "TestRows.h"
 
 #include <QDir>
 #include <QElapsedTimer>
@@ -28,11 +30,9 @@ void tst_OversizeAnswers::everyAnswerArrives_data()
     QTest::addColumn<int>("outlines"); // beside each other, with addresses under a long folder
     QTest::addColumn<QString>("message");
     QTest::addColumn<QString>("error");
-    QTest::newRow("1,000 levels") << 1000 << 1 << "OPMLResult" << QString();
-    QTest::newRow("1,001 levels") << 1001 << 1 << "OPMLResult"
-                                  << "deeper than 1000 levels";
-    QTest::newRow("wider than a frame") << 1 << 7000 << "RequestFailed"
-                                        << "larger than the limit";
+    row("1,000 levels", 1000, 1, "OPMLResult", QString());
+    row("1,001 levels", 1001, 1, "OPMLResult", "deeper than 1000 levels");
+    row("wider than a frame", 1, 7000, "RequestFailed", "larger than the limit");
 }
 
 void tst_OversizeAnswers::everyAnswerArrives()
@@ -46,20 +46,18 @@ void tst_OversizeAnswers::everyAnswerArrives()
     QString folder = m_dir.path();
     for (int i = 0; i < 14; ++i)
         folder += QLatin1Char('/') + QString(250, QLatin1Char('d'));
-    QVERIFY(QDir().mkpath(folder));
     QByteArray opml = "<opml><body>" + QByteArray("<outline text=\"x\">").repeated(levels - 1);
     opml += QByteArray("<outline xmlUrl=\"a\" htmlUrl=\"b\" url=\"c\"/>").repeated(outlines);
     opml += QByteArray("</outline>").repeated(levels - 1) + "</body></opml>";
-    QFile file(folder + "/list.opml");
-    QVERIFY(file.open(QIODevice::WriteOnly) && file.write(opml) == opml.size());
-    file.close();
+    const QString file = folder + "/list.opml";
+    QVERIFY(TestFiles::write(file, opml));
 
     DaemonProcess daemon;
     QVERIFY2(daemon.start(), qPrintable(daemon.errorText()));
     const SubscribeClientPtr client = daemon.newClient();
     const Handle request = client->NewBag();
     client->SetStringValue(request, "REQUEST", "FETCHOPML");
-    client->SetStringValue(request, "URL", QUrl::fromLocalFile(file.fileName()).toString());
+    client->SetStringValue(request, "URL", QUrl::fromLocalFile(file).toString());
     auto answer = std::make_shared<CopyingCallback>(*client);
     QElapsedTimer clock;
     clock.start();

@@ -1,4 +1,5 @@
 #include "FeedAddress.h"
+#include "TestRows.h"
 
 #include <QDir>
 #include <QFile>
@@ -12,82 +13,60 @@ class tst_FeedAddress : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void webAddressesAsUsersWriteThem_data();
-    void webAddressesAsUsersWriteThem();
-    void loopbackFilesKeepTheirNames();
-    void dataFolderDocumentsStayInside();
+    void addressesAsUsersAndImportsWriteThem_data();
+    void addressesAsUsersAndImportsWriteThem();
+
+private:
+    QTemporaryDir m_dir;
 };
 
-void tst_FeedAddress::webAddressesAsUsersWriteThem_data()
+void tst_FeedAddress::addressesAsUsersAndImportsWriteThem_data()
 {
     QTest::addColumn<QString>("address");
-    QTest::addColumn<QString>("expected"); // empty: refused
+    QTest::addColumn<QString>("data");     // the data folder quillon-data: addresses live in
+    QTest::addColumn<QString>("expected"); // the address, or the local file; empty: refused
+    row("http", "http://example.com/rss", "", "http://example.com/rss");
+    row("blanks around", "  https://example.com/a.xml \t", "", "https://example.com/a.xml");
+    row("bare host", "example.com/rss", "", "http://example.com/rss");
+    row("host and port", "localhost:8080/feed", "", "http://localhost:8080/feed");
+    row("feed://", "feed://example.com/rss", "", "http://example.com/rss");
+    row("feed:https", "feed:https://example.com/rss", "", "https://example.com/rss");
+    row("other scheme", "gopher://example.com/", "", "");
+    row("marker", "-237237", "", "");
+    row("empty", "", "", "");
 
-    QTest::newRow("http") << "http://example.com/rss"
-                          << "http://example.com/rss";
-    QTest::newRow("blanks around") << "  https://example.com/a.xml \t"
-                                   << "https://example.com/a.xml";
-    QTest::newRow("bare host") << "example.com/rss"
-                               << "http://example.com/rss";
-    QTest::newRow("host and port") << "localhost:8080/feed"
-                                   << "http://localhost:8080/feed";
-    QTest::newRow("feed://") << "feed://example.com/rss"
-                             << "http://example.com/rss";
-    QTest::newRow("feed:https") << "feed:https://example.com/rss"
-                                << "https://example.com/rss";
-    QTest::newRow("other scheme") << "gopher://example.com/"
-                                  << "";
-    QTest::newRow("marker") << "-237237"
-                            << "";
-    QTest::newRow("empty") << ""
-                           << "";
+    // A file name with a blank and a literal "%41" in it.
+    const QString plain = m_dir.filePath("My Feeds/a%41.opml");
+    QFile file(plain);
+    QVERIFY(QDir().mkpath(QFileInfo(plain).path()) && file.open(QIODevice::WriteOnly));
+    // As the import makes it: blanks become %20, nothing else is escaped.
+    row("loopback as the import writes it", "file://loopback/" + QString(plain).replace(' ', "%20"), "",
+        plain);
+    // Another writer may escape everything; that is read too when the plain reading finds nothing.
+    row("loopback escaped throughout",
+        QString::fromLatin1("file://loopback/" + QUrl::toPercentEncoding(plain, "/")), "", plain);
+    row("file URL", QUrl::fromLocalFile(plain).toString(), "", plain);
+    row("loopback without a file", "file://loopback/", "", "");
+
+    const QString data = "/opt/quillon/QuillonData";
+    row("data folder", "quillon-data:directory/root.opml", data, data + "/directory/root.opml");
+    row("data folder, escaped", "quillon-data:/directory/a%20b.opml", data, data + "/directory/a b.opml");
+    row("data folder, climbing out", "quillon-data:../secrets.txt", data, "");
+    row("data folder, climbing out later", "quillon-data:directory/../../x", data, "");
+    row("data folder unknown", "quillon-data:root.opml", "", "");
 }
 
-void tst_FeedAddress::webAddressesAsUsersWriteThem()
+void tst_FeedAddress::addressesAsUsersAndImportsWriteThem()
 {
     QFETCH(QString, address);
+    QFETCH(QString, data);
     QFETCH(QString, expected);
-    const FeedAddress::Resolved resolved = FeedAddress::resolve(address, QString());
+    const FeedAddress::Resolved resolved = FeedAddress::resolve(address, data);
     QCOMPARE(resolved.ok(), !expected.isEmpty());
-    if (resolved.ok())
-        QCOMPARE(resolved.url.toString(), expected);
-    else
+    if (!resolved.ok())
         QVERIFY(!resolved.error.isEmpty());
-}
-
-void tst_FeedAddress::loopbackFilesKeepTheirNames()
-{
-    QTemporaryDir dir;
-    const QString plain = dir.filePath(QStringLiteral("My Feeds/a%41.opml")); // a literal "%41"
-    QVERIFY(QDir().mkpath(QFileInfo(plain).path()));
-    QFile file(plain);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.close();
-
-    // As the import makes it: blanks become %20, nothing else is escaped.
-    QString loopback = QStringLiteral("file://loopback/") + QString(plain).replace(QLatin1Char(' '), "%20");
-    QCOMPARE(FeedAddress::resolve(loopback, QString()).url.toLocalFile(), plain);
-
-    // Another writer may escape everything; that is read too when the plain reading finds nothing.
-    const QString encoded =
-        QString::fromLatin1(QUrl::toPercentEncoding(dir.filePath("My Feeds/a%41.opml"), "/"));
-    QCOMPARE(FeedAddress::resolve(QStringLiteral("file://loopback/") + encoded, QString()).url.toLocalFile(),
-             plain);
-    QCOMPARE(FeedAddress::resolve(QUrl::fromLocalFile(plain).toString(), QString()).url.toLocalFile(), plain);
-    QVERIFY(!FeedAddress::resolve(QStringLiteral("file://loopback/"), QString()).ok());
-}
-
-void tst_FeedAddress::dataFolderDocumentsStayInside()
-{
-    const QString data = QStringLiteral("/opt/quillon/QuillonData");
-    QCOMPARE(FeedAddress::resolve(QStringLiteral("quillon-data:directory/root.opml"), data).url.toLocalFile(),
-             data + QStringLiteral("/directory/root.opml"));
-    QCOMPARE(
-        FeedAddress::resolve(QStringLiteral("quillon-data:/directory/a%20b.opml"), data).url.toLocalFile(),
-        data + QStringLiteral("/directory/a b.opml"));
-    QVERIFY(!FeedAddress::resolve(QStringLiteral("quillon-data:../secrets.txt"), data).ok());
-    QVERIFY(!FeedAddress::resolve(QStringLiteral("quillon-data:directory/../../x"), data).ok());
-    QVERIFY(!FeedAddress::resolve(QStringLiteral("quillon-data:root.opml"), QString()).ok());
+    else
+        QCOMPARE(resolved.url.isLocalFile() ? resolved.url.toLocalFile() : resolved.url.toString(), expected);
 }
 
 QTEST_GUILESS_MAIN(tst_FeedAddress)

@@ -51,6 +51,7 @@ void tst_HttpFeedFetcher::redirectsAreBoundedAndKeepTheLoginAtHome()
 {
     LocalHttpServer::Route loop;
     loop.redirectTo = "/loop";
+    loop.redirectStatus = 301;
     m_server.setRoute("/loop", loop);
     HttpFeedFetcher fetcher;
     const int connections = m_server.connectionCount();
@@ -119,7 +120,11 @@ void tst_HttpFeedFetcher::sizeIsCappedAndCutAnswersAreNamed()
     cut.cutAfter = 100;
     m_server.setRoute("/cut", cut);
     HttpFeedFetcher standard;
-    FetchResult r = fetchAndWait(standard, m_server.url("/bomb"));
+    // Packed answers are asked for and unpacked.
+    FetchResult r = fetchAndWait(standard, m_server.url("/packed"));
+    QCOMPARE(r.body, big.body);
+    QVERIFY(m_server.lastHeader("/packed", "accept-encoding").contains("gzip"));
+    r = fetchAndWait(standard, m_server.url("/bomb"));
     QCOMPARE(r.describe(), QStringLiteral("Error: the document unpacks to more than 10 MiB"));
     QVERIFY(r.body.isEmpty());
     cut.reset = true;

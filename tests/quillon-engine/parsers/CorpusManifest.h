@@ -1,5 +1,7 @@
 #pragma once
 
+#include "TestFiles.h"
+
 #include <QDir>
 #include <QFile>
 #include <QJsonArray>
@@ -19,10 +21,8 @@ public:
     // Cases of one folder ("feedparser", "listparser"); empty when the corpus is absent.
     static QJsonArray cases(const QString &folder)
     {
-        QFile file(corpusDir() + u'/' + folder + "/manifest.json");
-        if (!file.open(QIODevice::ReadOnly))
-            return {};
-        return QJsonDocument::fromJson(file.readAll()).object().value("cases").toArray();
+        const QByteArray manifest = TestFiles::read(corpusDir() + u'/' + folder + "/manifest.json");
+        return QJsonDocument::fromJson(manifest).object().value("cases").toArray();
     }
 
     // The cases of one category ("wellformed", "opml", ...) in that folder.
@@ -38,7 +38,6 @@ public:
 
     static QByteArray sample(const QString &folder, const QString &path)
     {
-        QFile file(corpusDir() + u'/' + folder + u'/' + path);
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+        return TestFiles::read(corpusDir() + u'/' + folder + u'/' + path);
     }
 };

@@ -1,4 +1,5 @@
 #include "FeedDateParser.h"
+#include "TestRows.h"
 
 #include <QTest>
 
@@ -18,51 +19,29 @@ void tst_FeedDateParser::readsDateForms_data()
     QTest::addColumn<QString>("text");
     QTest::addColumn<QString>("utc"); // empty: no date
 
-    QTest::newRow("RFC 822 GMT") << "Sat, 07 Sep 2002 00:00:01 GMT"
-                                 << "2002-09-07T00:00:01Z";
-    QTest::newRow("EST") << "Sat, 07 Sep 2002 00:00:01 EST"
-                         << "2002-09-07T05:00:01Z";
-    QTest::newRow("PDT") << "Sat, 07 Sep 2002 00:00:01 PDT"
-                         << "2002-09-07T07:00:01Z";
-    QTest::newRow("+0530") << "Sat, 07 Sep 2002 00:00:01 +0530"
-                           << "2002-09-06T18:30:01Z";
-    QTest::newRow("-05:00") << "Sat, 07 Sep 2002 00:00:01 -05:00"
-                            << "2002-09-07T05:00:01Z";
-    QTest::newRow("Z, no weekday, no seconds") << "7 Sep 2002 13:45 Z"
-                                               << "2002-09-07T13:45:00Z";
-    QTest::newRow("military zone") << "Sat, 07 Sep 2002 00:00:01 Q"
-                                   << "2002-09-07T00:00:01Z";
-    QTest::newRow("two-digit year") << "Sat, 07 Sep 02 00:00:01 UT"
-                                    << "2002-09-07T00:00:01Z";
-    QTest::newRow("full names, comment") << "Saturday, 7 September 2002 10:00:00 +0000 (UTC)"
-                                         << "2002-09-07T10:00:00Z";
-    QTest::newRow("no zone means UTC") << "Sat, 07 Sep 2002 00:00:01"
-                                       << "2002-09-07T00:00:01Z";
-    QTest::newRow("asctime order") << "Sat Sep 07 00:00:01 +0200 2002"
-                                   << "2002-09-06T22:00:01Z";
-    QTest::newRow("RFC 3339 Z") << "2003-12-13T18:30:02Z"
-                                << "2003-12-13T18:30:02Z";
-    QTest::newRow("fraction and offset") << "2003-12-13T18:30:02.25+01:00"
-                                         << "2003-12-13T17:30:02Z";
-    QTest::newRow("offset crossing midnight") << "2003-12-13T18:30:02-0530"
-                                              << "2003-12-14T00:00:02Z";
-    QTest::newRow("date only") << "2003-12-13"
-                               << "2003-12-13T00:00:00Z";
-    QTest::newRow("basic format") << "20031213T183002Z"
-                                  << "2003-12-13T18:30:02Z";
-    QTest::newRow("space separator") << "2003-12-13 18:30:02 EST"
-                                     << "2003-12-13T23:30:02Z";
-    QTest::newRow("empty") << ""
-                           << "";
-    QTest::newRow("words") << "yesterday afternoon"
-                           << "";
-    QTest::newRow("day out of range") << "Sun, 32 Jan 2004 12:00 GMT"
-                                      << "";
-    QTest::newRow("month out of range") << "2004-13-01T00:00:00Z"
-                                        << "";
-    QTest::newRow("bad time") << "Sat, 07 Sep 2002 25:61:00 GMT"
-                              << "";
-    QTest::newRow("unreadable high-bit text") << QString::fromUtf8("Πεμ, 29 Ιολ 2004 12:53:00 GMT") << "";
+    row("RFC 822 GMT", "Sat, 07 Sep 2002 00:00:01 GMT", "2002-09-07T00:00:01Z");
+    row("EST", "Sat, 07 Sep 2002 00:00:01 EST", "2002-09-07T05:00:01Z");
+    row("PDT", "Sat, 07 Sep 2002 00:00:01 PDT", "2002-09-07T07:00:01Z");
+    row("+0530", "Sat, 07 Sep 2002 00:00:01 +0530", "2002-09-06T18:30:01Z");
+    row("-05:00", "Sat, 07 Sep 2002 00:00:01 -05:00", "2002-09-07T05:00:01Z");
+    row("Z, no weekday, no seconds", "7 Sep 2002 13:45 Z", "2002-09-07T13:45:00Z");
+    row("military zone", "Sat, 07 Sep 2002 00:00:01 Q", "2002-09-07T00:00:01Z");
+    row("two-digit year", "Sat, 07 Sep 02 00:00:01 UT", "2002-09-07T00:00:01Z");
+    row("full names, comment", "Saturday, 7 September 2002 10:00:00 +0000 (UTC)", "2002-09-07T10:00:00Z");
+    row("no zone means UTC", "Sat, 07 Sep 2002 00:00:01", "2002-09-07T00:00:01Z");
+    row("asctime order", "Sat Sep 07 00:00:01 +0200 2002", "2002-09-06T22:00:01Z");
+    row("RFC 3339 Z", "2003-12-13T18:30:02Z", "2003-12-13T18:30:02Z");
+    row("fraction and offset", "2003-12-13T18:30:02.25+01:00", "2003-12-13T17:30:02Z");
+    row("offset crossing midnight", "2003-12-13T18:30:02-0530", "2003-12-14T00:00:02Z");
+    row("date only", "2003-12-13", "2003-12-13T00:00:00Z");
+    row("basic format", "20031213T183002Z", "2003-12-13T18:30:02Z");
+    row("space separator", "2003-12-13 18:30:02 EST", "2003-12-13T23:30:02Z");
+    row("empty", "", "");
+    row("words", "yesterday afternoon", "");
+    row("day out of range", "Sun, 32 Jan 2004 12:00 GMT", "");
+    row("month out of range", "2004-13-01T00:00:00Z", "");
+    row("bad time", "Sat, 07 Sep 2002 25:61:00 GMT", "");
+    row("unreadable high-bit text", QString::fromUtf8("Πεμ, 29 Ιολ 2004 12:53:00 GMT"), "");
 }
 
 void tst_FeedDateParser::readsDateForms()

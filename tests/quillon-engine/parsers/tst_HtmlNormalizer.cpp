@@ -1,4 +1,5 @@
 #include "HtmlNormalizer.h"
+#include "TestRows.h"
 
 #include <QTest>
 
@@ -19,48 +20,40 @@ void tst_HtmlNormalizer::normalizesMarkup_data()
     QTest::addColumn<QString>("html");
     QTest::addColumn<QString>("expected");
 
-    QTest::newRow("scripts go with their text") << "a<script type=x>if (1 < 2) alert(1)</SCRIPT>b"
-                                                << "ab";
-    QTest::newRow("unclosed script drops the rest") << "a<script>alert(1)"
-                                                    << "a";
-    QTest::newRow("event handlers and script URLs")
-        << R"x(<a href=" javascript:x()" onclick="y()" title=t>t</a>)x"
-        << R"(<a title="t">t</a>)";
-    QTest::newRow("script in styles, base and meta")
-        << R"x(<base href="http://evil/"><meta http-equiv="refresh"><p style="width:expression(alert(1))">x</p>)x"
-        << "<p>x</p>";
-    QTest::newRow("frames, objects, embeds and forms")
-        << R"(a<iframe src="http://x/">fallback</iframe><object data="x.swf"><param name=m></object>)"
-           R"(<embed src="x.swf"><form action="http://x/"><input name=q><button>Go</button></form>b)"
-        << "aGob";
-    QTest::newRow("data and other schemes, any case")
-        << R"(<a href="DATA:text/html,<script>x</script>">d</a><img src=" data:image/png;base64,AA">)"
-           R"(<a href="vbscript:x">v</a><a href="file:///etc/passwd">f</a><a href="mailto:a@b">m</a>)"
-        << R"(<a>d</a><img /><a>v</a><a>f</a><a href="mailto:a@b">m</a>)";
-    QTest::newRow("styles that could run or fetch")
-        << R"x(<p style="background:url(javascript:x)">1</p><p style="x:ex\70ression(y)">2</p>)x"
-           R"x(<p style="b:url(data:x)">3</p><p style="color:red">4</p><style>p{}</style>)x"
-        << R"(<p>1</p><p>2</p><p>3</p><p style="color:red">4</p>)";
-    QTest::newRow("svg, xlink and unknown attributes")
-        << R"(<svg><a xlink:href="javascript:x">s</a></svg><a xlink:href="javascript:y" data-x=1 formaction=z>t</a>)"
-        << "<a>t</a>";
-    QTest::newRow("names lowered, attributes sorted and quoted")
-        << "<A TITLE='it''s' HREF=page.html>x</A>"
-        << R"(<a href="http://example.org/dir/page.html" title="it">x</a>)";
-    QTest::newRow("void elements closed") << "<BR><img src=/a.png><hr/></br>"
-                                          << R"(<br /><img src="http://example.org/a.png" /><hr />)";
-    QTest::newRow("stray characters escaped") << "fish & chips < 3 > 2"
-                                              << "fish &amp; chips &lt; 3 > 2";
-    QTest::newRow("references kept") << "&nbsp;&#160;&#xA0;&eacute;&amp;"
-                                     << "&nbsp;&#160;&#xA0;&eacute;&amp;";
-    QTest::newRow("attribute values re-escaped") << R"(<img alt="a<b & &quot;c&quot;">)"
-                                                 << R"(<img alt="a&lt;b &amp; &quot;c&quot;" />)";
-    QTest::newRow("comments and declarations dropped") << "a<!-- hidden -->b<!DOCTYPE html><?php x ?>c"
-                                                       << "abc";
-    QTest::newRow("unclosed tag becomes text") << "1 <b class=\"x 2"
-                                               << "1 &lt;b class=\"x 2";
-    QTest::newRow("absolute links untouched") << R"(<a href="HTTP://Example.COM/%7Ebob">x</a>)"
-                                              << R"(<a href="HTTP://Example.COM/%7Ebob">x</a>)";
+    row("scripts go with their text", "a<script type=x>if (1 < 2) alert(1)</SCRIPT>b", "ab");
+    row("unclosed script drops the rest", "a<script>alert(1)", "a");
+    row("event handlers and script URLs", R"x(<a href=" javascript:x()" onclick="y()" title=t>t</a>)x",
+        R"(<a title="t">t</a>)");
+    row("script in styles, base and meta",
+        R"x(<base href="http://evil/"><meta http-equiv="refresh"><p style="width:expression(alert(1))">x</p>)x",
+        "<p>x</p>");
+    row("frames, objects, embeds and forms",
+        R"(a<iframe src="http://x/">fallback</iframe><object data="x.swf"><param name=m></object>)"
+        R"(<embed src="x.swf"><form action="http://x/"><input name=q><button>Go</button></form>b)",
+        "aGob");
+    row("data and other schemes, any case",
+        R"(<a href="DATA:text/html,<script>x</script>">d</a><img src=" data:image/png;base64,AA">)"
+        R"(<a href="vbscript:x">v</a><a href="file:///etc/passwd">f</a><a href="mailto:a@b">m</a>)",
+        R"(<a>d</a><img /><a>v</a><a>f</a><a href="mailto:a@b">m</a>)");
+    row("styles that could run or fetch",
+        R"x(<p style="background:url(javascript:x)">1</p><p style="x:ex\70ression(y)">2</p>)x"
+        R"x(<p style="b:url(data:x)">3</p><p style="color:red">4</p><style>p{}</style>)x",
+        R"(<p>1</p><p>2</p><p>3</p><p style="color:red">4</p>)");
+    row("svg, xlink and unknown attributes",
+        R"(<svg><a xlink:href="javascript:x">s</a></svg><a xlink:href="javascript:y" data-x=1 formaction=z>t</a>)",
+        "<a>t</a>");
+    row("names lowered, attributes sorted and quoted", "<A TITLE='it''s' HREF=page.html>x</A>",
+        R"(<a href="http://example.org/dir/page.html" title="it">x</a>)");
+    row("void elements closed", "<BR><img src=/a.png><hr/></br>",
+        R"(<br /><img src="http://example.org/a.png" /><hr />)");
+    row("stray characters escaped", "fish & chips < 3 > 2", "fish &amp; chips &lt; 3 > 2");
+    row("references kept", "&nbsp;&#160;&#xA0;&eacute;&amp;", "&nbsp;&#160;&#xA0;&eacute;&amp;");
+    row("attribute values re-escaped", R"(<img alt="a<b & &quot;c&quot;">)",
+        R"(<img alt="a&lt;b &amp; &quot;c&quot;" />)");
+    row("comments and declarations dropped", "a<!-- hidden -->b<!DOCTYPE html><?php x ?>c", "abc");
+    row("unclosed tag becomes text", "1 <b class=\"x 2", "1 &lt;b class=\"x 2");
+    row("absolute links untouched", R"(<a href="HTTP://Example.COM/%7Ebob">x</a>)",
+        R"(<a href="HTTP://Example.COM/%7Ebob">x</a>)");
 }
 
 void tst_HtmlNormalizer::normalizesMarkup()

@@ -1,11 +1,9 @@
-#include "../core/EngineFixture.h"
 #include "CorpusManifest.h"
 #include "OpmlCatalog.h"
 #include "OpmlParser.h"
 
 #include <QRegularExpression>
 #include <QTest>
-#include <QUrl>
 
 #include <optional>
 
@@ -98,29 +96,6 @@ bool holds(const QJsonObject &check, const QVariant &actual)
     return false;
 }
 
-// The outline tree as the engine hands it to an import, back in the parser's shape.
-QList<OpmlOutline> outlinesOf(const ListPtr &bags)
-{
-    QList<OpmlOutline> outlines;
-    for (qsizetype i = 0; bags && i < bags->size(); ++i) {
-        const BagPtr bag = std::get<BagPtr>(bags->at(i));
-        const auto field = [&bag](const char *name) {
-            return bag->contains(QLatin1String(name)) ? bag->text(QLatin1String(name)) : QString();
-        };
-        outlines.append({field("text"), field("title"), field("description"), field("xmlUrl"),
-                         field("htmlUrl"), field("url"), field("type"), field("category"),
-                         outlinesOf(bag->list("children"))});
-    }
-    return outlines;
-}
-
-bool namesCategories(const QJsonArray &checks)
-{
-    return std::any_of(checks.begin(), checks.end(), [](const QJsonValue &check) {
-        return check.toObject().value("key").toString().contains(u"categories");
-    });
-}
-
 } // namespace
 
 class tst_OpmlCorpus : public QObject
@@ -131,15 +106,12 @@ private slots:
     void initTestCase();
     void outlineListsMatch_data() { addRows("opml"); }
     void outlineListsMatch();
-    // The lists whose expectations name folders keep them on their way through the engine.
-    void foldersSurviveTheEngine_data() { addRows("opml", namesCategories); }
-    void foldersSurviveTheEngine();
     void malformedListsParseOrSayWhy_data() { addRows("malformed"); }
     void malformedListsParseOrSayWhy();
     void cleanupTestCase();
 
 private:
-    void addRows(const QString &category, bool (*wanted)(const QJsonArray &) = nullptr);
+    void addRows(const QString &category);
     void verifyChecks(const OpmlDocument &document, const QJsonArray &checks);
 
     int m_checks = 0;
@@ -153,15 +125,13 @@ void tst_OpmlCorpus::initTestCase()
         QSKIP(qPrintable("No OPML corpus at " + CorpusManifest::corpusDir()));
 }
 
-void tst_OpmlCorpus::addRows(const QString &category, bool (*wanted)(const QJsonArray &))
+void tst_OpmlCorpus::addRows(const QString &category)
 {
     QTest::addColumn<QString>("path");
     QTest::addColumn<QJsonArray>("checks");
     for (const QJsonObject &testCase : CorpusManifest::cases(kFolder, category)) {
         const QString path = testCase.value("path").toString();
-        const QJsonArray checks = testCase.value("checks").toArray();
-        if (!wanted || wanted(checks))
-            QTest::newRow(qPrintable(path)) << path << checks;
+        QTest::newRow(qPrintable(path)) << path << testCase.value("checks").toArray();
     }
 }
 
@@ -173,23 +143,6 @@ void tst_OpmlCorpus::outlineListsMatch()
     const OpmlDocument document = OpmlParser::parse(CorpusManifest::sample(kFolder, path));
     QVERIFY2(document.ok(), qPrintable(document.errorText));
     verifyChecks(document, checks);
-}
-
-void tst_OpmlCorpus::foldersSurviveTheEngine()
-{
-    QFETCH(QString, path);
-    QFETCH(QJsonArray, checks);
-
-    EngineFixture engine;
-    const QString file = CorpusManifest::corpusDir() + u'/' + kFolder + u'/' + path;
-    const BagPtr answer =
-        engine.request({{"REQUEST", "FETCHOPML"}, {"URL", QUrl::fromLocalFile(file).toString()}});
-    QVERIFY(answer);
-    QCOMPARE(answer->text("MESSAGE"), "OPMLResult");
-    OpmlDocument document;
-    document.outlines = outlinesOf(answer->bag("Result")->list("SubscriptionList"));
-    verifyChecks(document, checks);
-    QCOMPARE(engine.client->LiveHandleCount(), 0);
 }
 
 void tst_OpmlCorpus::verifyChecks(const OpmlDocument &document, const QJsonArray &checks)
