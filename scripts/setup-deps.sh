@@ -4,7 +4,7 @@ set -euo pipefail
 pkgs=(cmake g++ make pkg-config qt6-base-dev qt6-base-dev-tools libqt6sql6-sqlite libgl-dev python3 xvfb xauth qt6-webengine-dev
       libgmime-3.0-dev libcurl4-openssl-dev dovecot-imapd dbus-daemon util-linux passwd
       qtkeychain-qt6-dev libsecret-1-0 gnome-keyring clang-format
-      libproxy-dev squid apache2-utils)
+      libproxy-dev squid apache2-utils fonts-wqy-microhei)
 missing=()
 for p in "${pkgs[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q 'install ok installed' || missing+=("$p")
