@@ -51,7 +51,6 @@ class tst_CategoryTreeSerializer : public QObject
 private Q_SLOTS:
     void writesCategoriesInTheSavedForm();
     void treesRoundTrip();
-    void unmatchedParenthesisSpoilsTheRest();
     void reportsEachFormErrorKeepingWhatWasRead();
 };
 
@@ -111,27 +110,6 @@ void tst_CategoryTreeSerializer::treesRoundTrip()
         QCOMPARE(loaded.count(), CollectCategoryPaths(tree, nullptr).size());
     }
     QVERIFY(prompts.texts().isEmpty());
-}
-
-void tst_CategoryTreeSerializer::unmatchedParenthesisSpoilsTheRest()
-{
-    CategoryTree tree;
-    for (const char *name : {"Alpha", "Beta (draft", "Gamma"})
-        tree.addNode(nullptr, MakeNodeKey(0), QString::fromLatin1(name));
-    const QString text = SerializeCategoryTree(tree);
-    QVERIFY(text.contains("Text(Beta (draft)"));
-
-    PromptRecorder prompts;
-    CategoryTree loaded;
-    QVERIFY(!LoadCategoryTree(loaded, text));
-    QCOMPARE(prompts.texts(), QStringList{QStringLiteral(
-                                  "Error reading Node serialization. Expected 'Child' but found 'Root.'")});
-    QCOMPARE(loaded.topLevelCount(), 2);
-    QCOMPARE(loaded.topLevelNode(0)->text(), "Alpha");
-    // The name swallowed the lines after it; Gamma is lost.
-    QVERIFY(loaded.topLevelNode(1)->text().startsWith("Beta (draft)\r\n"));
-    QVERIFY(!loaded.topLevelNode(1)->bold());
-    QVERIFY(!loaded.findFirstByPath("Gamma"));
 }
 
 void tst_CategoryTreeSerializer::reportsEachFormErrorKeepingWhatWasRead()

@@ -1,5 +1,5 @@
 #include "ConsumerSettings.h"
-#include "DialogTestEngine.h"
+#include "EngineClientTest.h"
 #include "PromptSeam.h"
 #include "commonUtils.h"
 #include "frmEnclosureWarning.h"
@@ -9,7 +9,7 @@
 
 using namespace EngineCalls;
 
-class tst_frmEnclosureWarning : public EngineDialogTest
+class tst_frmEnclosureWarning : public EngineClientTest
 {
     Q_OBJECT
 
@@ -27,6 +27,8 @@ private:
     }
 
 private Q_SLOTS:
+    void initTestCase() { LoadStrings(qEnvironmentVariable("QUILLON_SOURCE_DIR") + "/data/QuillonData"); }
+
     void answerIsStoredPerSubscriptionAndGloballyOnlyWhenAsked()
     {
         const qint32 first = AddSubscription(*m_client, "Radio Hour", "http://127.0.0.1:1/radio.xml");

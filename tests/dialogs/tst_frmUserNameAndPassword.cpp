@@ -1,4 +1,4 @@
-#include "DialogTestEngine.h"
+#include "EngineClientTest.h"
 #include "PromptSeam.h"
 #include "frmUserNameAndPassword.h"
 #include "localization.h"
@@ -12,7 +12,7 @@ const QString kInvalidPrompt =
     QStringLiteral("The username/password for subscription '%1' is invalid.  Please enter a new one.");
 }
 
-class tst_frmUserNameAndPassword : public EngineDialogTest
+class tst_frmUserNameAndPassword : public EngineClientTest
 {
     Q_OBJECT
 
@@ -29,6 +29,8 @@ private:
     [[nodiscard]] QString Item(qint32 id, const QString &name) { return ItemText(*m_client, id, name); }
 
 private Q_SLOTS:
+    void initTestCase() { LoadStrings(qEnvironmentVariable("QUILLON_SOURCE_DIR") + "/data/QuillonData"); }
+
     void credentialsAreSentOnlyOnOK()
     {
         const QString url = "http://127.0.0.1:1/private.xml";

@@ -1,3 +1,4 @@
+#include "ConfigHost.h"
 #include "ConfigPage.h"
 #include "PromptSeam.h"
 #include "SettingStore.h"
@@ -32,6 +33,25 @@ public:
     int writes = 0;
 };
 
+// Counts what a page reports to its host.
+class CountingHost : public ConfigHost
+{
+public:
+    void SetHost(QObject *) override {}
+    void SetClient(quillon::SubscribeClientPtr) override {}
+    QString GetConsumerID() const override { return "CONFIGCONSUMER"; }
+    QString GetNewsSubscriptionType() const override { return "NEWS"; }
+    void OnStatusChange() override { ++statusChanges; }
+    void EditConfiguration(qint32, bool &handled) override { handled = false; }
+    void SetHotHelp(const QString &text, const QString &) override { hotHelp.append(text); }
+    void SetStatusText(const QString &) override {}
+    void SetBusy(bool) override {}
+    QStringList Categories() const override { return {}; }
+
+    int statusChanges = 0;
+    QStringList hotHelp;
+};
+
 // One control of every kind a codec serves, each bound under its own name as key.
 class EveryCodecPage : public ConfigPage
 {
@@ -64,59 +84,26 @@ public:
             add(box, name);
         }
         using C = FieldCodec;
-        Bind({
-            {.control = "chkFlag", .store = &store, .key = "chkFlag", .defaultValue = "1", .codec = C::Flag},
-            {.control = "chkWord",
-             .store = &store,
-             .key = "chkWord",
-             .defaultValue = "False",
-             .codec = C::Word},
-            {.control = "optOn",
-             .store = &store,
-             .key = "optOn",
-             .defaultValue = "True",
-             .codec = C::Word,
-             .offOption = "optOff"},
-            {.control = "txtText",
-             .store = &store,
-             .key = "txtText",
-             .defaultValue = "none",
-             .codec = C::Text},
-            {.control = "txtSecret", .store = &store, .key = "txtSecret", .codec = C::Secret},
-            {.control = "sliderNumber",
-             .store = &store,
-             .key = "sliderNumber",
-             .defaultValue = "3",
-             .codec = C::Number},
-            {.control = "txtNumber",
-             .store = &store,
-             .key = "txtNumber",
-             .defaultValue = "7",
-             .codec = C::Number},
-            {.control = "txtSeconds",
-             .store = &store,
-             .key = "txtSeconds",
-             .defaultValue = "3600",
-             .codec = C::Seconds,
-             .unit = "cboSeconds"},
-            {.control = "cboIndex",
-             .store = &store,
-             .key = "cboIndex",
-             .defaultValue = "0",
-             .codec = C::ChoiceIndex},
-            {.control = "cboText",
-             .store = &store,
-             .key = "cboText",
-             .defaultValue = "itunes",
-             .codec = C::ChoiceText,
-             .choices = {"itunes", "windowsmedia"}},
-            {.store = &store,
-             .key = "Article_Theme",
-             .defaultValue = "Default",
-             .codec = C::ChoiceText,
-             .choices = {"Plain", "Full", "Default"},
-             .options = {"optPlain", "optFull", "optDefault"}},
-        });
+        const auto field = [&store](const char *name, const char *fallback, FieldCodec codec) {
+            return FieldBinding{
+                .control = name, .store = &store, .key = name, .defaultValue = fallback, .codec = codec};
+        };
+        FieldBinding text = field("txtText", "none", C::Text);
+        text.hotHelp = "Type here";
+        FieldBinding onOption = field("optOn", "True", C::Word);
+        onOption.offOption = "optOff";
+        FieldBinding seconds = field("txtSeconds", "3600", C::Seconds);
+        seconds.unit = "cboSeconds";
+        FieldBinding choice = field("cboText", "itunes", C::ChoiceText);
+        choice.choices = {"itunes", "windowsmedia"};
+        FieldBinding theme = {.store = &store, .key = "Article_Theme", .defaultValue = "Default"};
+        theme.codec = C::ChoiceText;
+        theme.choices = {"Plain", "Full", "Default"};
+        theme.options = {"optPlain", "optFull", "optDefault"};
+        Bind({field("chkFlag", "1", C::Flag), field("chkWord", "False", C::Word), onOption, text,
+              field("txtSecret", "", C::Secret), field("sliderNumber", "3", C::Number),
+              field("txtNumber", "7", C::Number), seconds, field("cboIndex", "0", C::ChoiceIndex), choice,
+              theme});
     }
 };
 
@@ -152,6 +139,7 @@ class tst_FieldTable : public QObject
 private slots:
     void everyCodecShowsAndStoresItsText_data();
     void everyCodecShowsAndStoresItsText();
+    void editsMarkThePageAndResetHotHelp();
     void anInvalidFieldWritesNothing();
 };
 
@@ -161,111 +149,36 @@ void tst_FieldTable::everyCodecShowsAndStoresItsText_data()
     QTest::addColumn<QString>("stored"); // "-" for nothing stored
     QTest::addColumn<QString>("shown");
     QTest::addColumn<QString>("storedBack");
-
-    QTest::newRow("flag set") << "chkFlag"
-                              << "1"
-                              << "on"
-                              << "1";
-    QTest::newRow("flag clear") << "chkFlag"
-                                << "0"
-                                << "off"
-                                << "0";
-    QTest::newRow("flag default") << "chkFlag"
-                                  << "-"
-                                  << "on"
-                                  << "1";
-    QTest::newRow("flag unreadable") << "chkFlag"
-                                     << "yes"
-                                     << "on"
-                                     << "1";
-    QTest::newRow("word true") << "chkWord"
-                               << "True"
-                               << "on"
-                               << "True";
-    QTest::newRow("word any case") << "chkWord"
-                                   << "true"
-                                   << "on"
-                                   << "True";
-    QTest::newRow("word default") << "chkWord"
-                                  << "-"
-                                  << "off"
-                                  << "False";
-    QTest::newRow("word false chooses the other option") << "optOn"
-                                                         << "False"
-                                                         << "off"
-                                                         << "False";
-    QTest::newRow("word option default") << "optOn"
-                                         << "-"
-                                         << "on"
-                                         << "True";
-    QTest::newRow("text") << "txtText"
-                          << "a b"
-                          << "a b"
-                          << "a b";
-    QTest::newRow("text default") << "txtText"
-                                  << "-"
-                                  << "none"
-                                  << "none";
-    QTest::newRow("secret") << "txtSecret"
-                            << "pw"
-                            << "pw"
-                            << "pw";
-    QTest::newRow("slider") << "sliderNumber"
-                            << "5"
-                            << "5"
-                            << "5";
-    QTest::newRow("slider not a number") << "sliderNumber"
-                                         << "x"
-                                         << "3"
-                                         << "3";
-    QTest::newRow("number in a text box") << "txtNumber"
-                                          << "42"
-                                          << "42"
-                                          << "42";
-    QTest::newRow("seconds in hours") << "txtSeconds"
-                                      << "7200"
-                                      << "2 1"
-                                      << "7200";
-    QTest::newRow("seconds in days") << "txtSeconds"
-                                     << "86400"
-                                     << "1 2"
-                                     << "86400";
-    QTest::newRow("seconds in minutes") << "txtSeconds"
-                                        << "5400"
-                                        << "90 0"
-                                        << "5400";
-    QTest::newRow("seconds negative show the default") << "txtSeconds"
-                                                       << "-1"
-                                                       << "1 1"
-                                                       << "3600";
-    QTest::newRow("index") << "cboIndex"
-                           << "2"
-                           << "2"
-                           << "2";
-    QTest::newRow("index out of range") << "cboIndex"
-                                        << "9"
-                                        << "0"
-                                        << "0";
-    QTest::newRow("choice text") << "cboText"
-                                 << "windowsmedia"
-                                 << "1"
-                                 << "windowsmedia";
-    QTest::newRow("choice text default") << "cboText"
-                                         << "-"
-                                         << "0"
-                                         << "itunes";
-    QTest::newRow("choice text unknown") << "cboText"
-                                         << "winamp"
-                                         << "0"
-                                         << "itunes";
-    QTest::newRow("options") << "Article_Theme"
-                             << "Full"
-                             << "optFull"
-                             << "Full";
-    QTest::newRow("options default") << "Article_Theme"
-                                     << "-"
-                                     << "optDefault"
-                                     << "Default";
+    const auto row = [](const char *name, const char *key, const char *stored, const char *shown,
+                        const char *storedBack) {
+        QTest::newRow(name) << QString(key) << QString(stored) << QString(shown) << QString(storedBack);
+    };
+    row("flag set", "chkFlag", "1", "on", "1");
+    row("flag clear", "chkFlag", "0", "off", "0");
+    row("flag default", "chkFlag", "-", "on", "1");
+    row("flag unreadable", "chkFlag", "yes", "on", "1");
+    row("word true", "chkWord", "True", "on", "True");
+    row("word any case", "chkWord", "true", "on", "True");
+    row("word default", "chkWord", "-", "off", "False");
+    row("word false chooses the other option", "optOn", "False", "off", "False");
+    row("word option default", "optOn", "-", "on", "True");
+    row("text", "txtText", "a b", "a b", "a b");
+    row("text default", "txtText", "-", "none", "none");
+    row("secret", "txtSecret", "pw", "pw", "pw");
+    row("slider", "sliderNumber", "5", "5", "5");
+    row("slider not a number", "sliderNumber", "x", "3", "3");
+    row("number in a text box", "txtNumber", "42", "42", "42");
+    row("seconds in hours", "txtSeconds", "7200", "2 1", "7200");
+    row("seconds in days", "txtSeconds", "86400", "1 2", "86400");
+    row("seconds in minutes", "txtSeconds", "5400", "90 0", "5400");
+    row("seconds negative show the default", "txtSeconds", "-1", "1 1", "3600");
+    row("index", "cboIndex", "2", "2", "2");
+    row("index out of range", "cboIndex", "9", "0", "0");
+    row("choice text", "cboText", "windowsmedia", "1", "windowsmedia");
+    row("choice text default", "cboText", "-", "0", "itunes");
+    row("choice text unknown", "cboText", "winamp", "0", "itunes");
+    row("options", "Article_Theme", "Full", "optFull", "Full");
+    row("options default", "Article_Theme", "-", "optDefault", "Default");
 }
 
 void tst_FieldTable::everyCodecShowsAndStoresItsText()
@@ -285,6 +198,35 @@ void tst_FieldTable::everyCodecShowsAndStoresItsText()
     page.Apply();
     QCOMPARE(store.writes, 1);
     QCOMPARE(store.stored.value(key), storedBack);
+}
+
+void tst_FieldTable::editsMarkThePageAndResetHotHelp()
+{
+    MemoryStore store;
+    CountingHost host;
+    EveryCodecPage page(store);
+    page.SetHost(&host);
+    page.LoadValues();
+    QCOMPARE(host.statusChanges, 0);
+    auto *text = page.findChild<QLineEdit *>("txtText");
+    const auto hover = [&] {
+        QEvent enter(QEvent::Enter);
+        QCoreApplication::sendEvent(text, &enter);
+    };
+    // Hot help shows once in a row; an edit clears it, and so does the host's reset message.
+    hover();
+    hover();
+    text->setText("typed");
+    QVERIFY(page.Dirty());
+    QCOMPARE(host.statusChanges, 1);
+    hover();
+    QCOMPARE(page.SendPropMessage("ResetHelpText", QString()), "ok");
+    hover();
+    QCOMPARE(host.hotHelp, QStringList({"Type here", "", "Type here", "Type here"}));
+    page.Apply();
+    QVERIFY(!page.Dirty());
+    page.enabled(false);
+    QVERIFY(!text->isEnabled());
 }
 
 void tst_FieldTable::anInvalidFieldWritesNothing()

@@ -1,16 +1,20 @@
 #pragma once
 
 #include "CBConnect.h"
+#include "CategoryTreeModel.h"
 #include "ConsumerSettings.h"
 #include "EngineCalls.h"
 #include "HandleGuard.h"
 #include "LocalSettings.h"
 #include "PromptRecorder.h"
+#include "SubscriptionTreeView.h"
 #include "TestEngine.h"
+#include "categoriesUtils.h"
 #include "frmMainWindow.h"
 
 #include <QAbstractItemModelTester>
-#include <QTreeView>
+#include <QLabel>
+#include <QPushButton>
 
 #include <QHash>
 #include <QList>
@@ -94,6 +98,30 @@ public:
     [[nodiscard]] QString setting(const QString &consumer, const QString &section, const QString &key)
     {
         return GetConsumerSetting(*other, key, "-237237", consumer, section);
+    }
+
+    // The window's tree, its nodes by path and its controls by name.
+    [[nodiscard]] SubscriptionTreeView *view() const
+    {
+        return window->findChild<SubscriptionTreeView *>("subsTree");
+    }
+    [[nodiscard]] CategoryTreeModel *model() const
+    {
+        return qobject_cast<CategoryTreeModel *>(view()->model());
+    }
+    [[nodiscard]] CategoryNode *node(const QString &path) const
+    {
+        return categoriesUtils::FindNodeByPath(window->Tree(), path);
+    }
+    void select(const QString &path) const
+    {
+        view()->setCurrentIndex(model()->IndexOf(node(path)));
+        QCOMPARE(view()->CurrentNode(), node(path));
+    }
+    [[nodiscard]] QString label(const char *name) const { return window->findChild<QLabel *>(name)->text(); }
+    [[nodiscard]] QPushButton *button(const char *name) const
+    {
+        return window->findChild<QPushButton *>(name);
     }
 
     // Delivers a message bag made by hand, as the engine would: MESSAGE and a Result bag.

@@ -1,16 +1,11 @@
-#include "CategoryTreeModel.h"
 #include "MainWindowTest.h"
 #include "RegistrySettings.h"
-#include "SubscriptionTreeView.h"
-#include "categoriesUtils.h"
 #include "commonUtils.h"
 
 #include <QCheckBox>
 #include <QFile>
-#include <QLabel>
 #include <QLineEdit>
 #include <QMimeData>
-#include <QPushButton>
 #include <QStackedWidget>
 #include <QTimer>
 
@@ -37,46 +32,7 @@ private Q_SLOTS:
     void pendingEditsCanKeepTheSelection();
     void missingFeaturesSaySoAndHooksAreUsed();
     void sizeAndDetailsPaneAreRemembered();
-
-private:
-    CategoryNode *node(const QString &path) const;
-    void select(const QString &path);
-    QString label(const char *name) const;
-    QPushButton *button(const char *name) const;
-    SubscriptionTreeView *view() const;
-    CategoryTreeModel *model() const;
 };
-
-CategoryNode *tst_frmMainWindow::node(const QString &path) const
-{
-    return FindNodeByPath(f->window->Tree(), path);
-}
-
-SubscriptionTreeView *tst_frmMainWindow::view() const
-{
-    return f->window->findChild<SubscriptionTreeView *>("subsTree");
-}
-
-CategoryTreeModel *tst_frmMainWindow::model() const
-{
-    return qobject_cast<CategoryTreeModel *>(view()->model());
-}
-
-void tst_frmMainWindow::select(const QString &path)
-{
-    view()->setCurrentIndex(model()->IndexOf(node(path)));
-    QCOMPARE(view()->CurrentNode(), node(path));
-}
-
-QString tst_frmMainWindow::label(const char *name) const
-{
-    return f->window->findChild<QLabel *>(QLatin1String(name))->text();
-}
-
-QPushButton *tst_frmMainWindow::button(const char *name) const
-{
-    return f->window->findChild<QPushButton *>(QLatin1String(name));
-}
 
 void tst_frmMainWindow::formLoadLogsItsStepsAndRunsFirstRunOnce()
 {
@@ -133,13 +89,13 @@ void tst_frmMainWindow::loadPlacesSubscriptionsUnderTheirCategories()
     QCOMPARE(TreeOutline(f->window->Tree()),
              QStringList({"[ ] Front page", "[ ] News", "  [ ] Daily", "  [x] Tech", "    [x] Mobile",
                           "      [x] Phones", "[x] Sports", "  [ ] Alpha"}));
-    QCOMPARE(node("News")->key(), "cat_7");
+    QCOMPARE(f->node("News")->key(), "cat_7");
     // Keys made after the load never meet the saved ones.
-    QVERIFY(KeyNumber(node("News~~~Tech")->key()) > 7);
-    QVERIFY(view()->isExpanded(model()->IndexOf(node("News"))));
+    QVERIFY(KeyNumber(f->node("News~~~Tech")->key()) > 7);
+    QVERIFY(f->view()->isExpanded(f->model()->IndexOf(f->node("News"))));
     QCOMPARE(f->window->SelectedSubscriptionId(), last);
     QVERIFY(f->window->SelectRowByID(phone));
-    QCOMPARE(view()->CurrentNode(), node("News~~~Tech~~~Mobile~~~Phones"));
+    QCOMPARE(f->view()->CurrentNode(), f->node("News~~~Tech~~~Mobile~~~Phones"));
     QVERIFY(!f->window->SelectRowByID(-237237));
 }
 
@@ -154,8 +110,8 @@ void tst_frmMainWindow::savedTreeReadInPartKeepsItsNodesAndText()
     f->open();
 
     // Alpha was read before the bad name; Gamma comes back from the engine's paths.
-    QVERIFY(node("Alpha"));
-    QVERIFY(node("Gamma"));
+    QVERIFY(f->node("Alpha"));
+    QVERIFY(f->node("Gamma"));
     QCOMPARE(f->prompts.asked.size(), 1);
     QCOMPARE(GetConsumerSetting(*f->other, kUnreadableCategoriesKey, QString(), kConfig, QString()), text);
     const QString resaved = GetConsumerSetting(*f->other, kSavedCategoriesKey, QString(), kConfig, QString());
@@ -166,7 +122,7 @@ void tst_frmMainWindow::savedTreeReadInPartKeepsItsNodesAndText()
 void tst_frmMainWindow::detailsPaneShowsWhatTheEngineKnows()
 {
     f->open();
-    QCOMPARE(label("lblDetailsHeading"), "Select a Subscription or Category");
+    QCOMPARE(f->label("lblDetailsHeading"), "Select a Subscription or Category");
 
     const qint32 fresh = f->add("Fresh", "News");
     const qint32 checked = f->add("Checked", "News~~~Deep");
@@ -177,23 +133,23 @@ void tst_frmMainWindow::detailsPaneShowsWhatTheEngineKnows()
     f->window->DoDisplayRefresh();
 
     QVERIFY(f->window->SelectRowByID(fresh));
-    QCOMPARE(label("lblDetailsHeading"), "Details for 'Fresh'");
-    QCOMPARE(label("lblDetailsStatus"), "n/a");
-    QCOMPARE(label("lblDetailsLastCheck"), "Never");
-    QCOMPARE(label("lblDetailsNextCheck"), "Never");
-    QCOMPARE(label("lblDetailsUrl"), "http://127.0.0.1:9/Fresh");
+    QCOMPARE(f->label("lblDetailsHeading"), "Details for 'Fresh'");
+    QCOMPARE(f->label("lblDetailsStatus"), "n/a");
+    QCOMPARE(f->label("lblDetailsLastCheck"), "Never");
+    QCOMPARE(f->label("lblDetailsNextCheck"), "Never");
+    QCOMPARE(f->label("lblDetailsUrl"), "http://127.0.0.1:9/Fresh");
 
     QVERIFY(f->window->SelectRowByID(checked));
-    QCOMPARE(label("lblDetailsStatus"), "OK");
+    QCOMPARE(f->label("lblDetailsStatus"), "OK");
     const QDateTime when = QDateTime::fromString("2024-05-01T12:00:00Z", Qt::ISODate).toLocalTime();
-    QCOMPARE(label("lblDetailsLastCheck"), QLocale().toString(when, QLocale::ShortFormat));
+    QCOMPARE(f->label("lblDetailsLastCheck"), QLocale().toString(when, QLocale::ShortFormat));
 
-    select("News");
+    f->select("News");
     auto *stack = f->window->findChild<QStackedWidget *>("stkDetails");
     QCOMPARE(stack->currentWidget()->objectName(), "picCategoryDetails");
-    QCOMPARE(label("lblDetailsHeading"), "Details for 'News'");
-    QCOMPARE(label("lblSubs"), "2");
-    QCOMPARE(label("lblCatReadArticles"), "0");
+    QCOMPARE(f->label("lblDetailsHeading"), "Details for 'News'");
+    QCOMPARE(f->label("lblSubs"), "2");
+    QCOMPARE(f->label("lblCatReadArticles"), "0");
 
     // Titles and statuses from feeds and servers are shown as written, never drawn.
     const QString markup = "<b>Loud</b><img src=\"x\">";
@@ -202,8 +158,8 @@ void tst_frmMainWindow::detailsPaneShowsWhatTheEngineKnows()
     f->other->UpdateItem("NEWS", hostile, values.get());
     f->window->DoDisplayRefresh();
     QVERIFY(f->window->SelectRowByID(hostile));
-    QCOMPARE(label("lblDetailsHeading"), QStringLiteral("Details for '%1'").arg(markup));
-    QCOMPARE(label("lblDetailsStatus"), "Error: HTTP 500 <a href=\"x\">Oops</a>");
+    QCOMPARE(f->label("lblDetailsHeading"), QStringLiteral("Details for '%1'").arg(markup));
+    QCOMPARE(f->label("lblDetailsStatus"), "Error: HTTP 500 <a href=\"x\">Oops</a>");
     for (const QLabel *shown : f->window->findChildren<QLabel *>())
         QCOMPARE(shown->textFormat(), Qt::PlainText);
 }
@@ -213,17 +169,17 @@ void tst_frmMainWindow::newCategoriesAreNamedInSequence()
     f->add("Feed", "News");
     f->open();
     for (int i = 0; i < 3; ++i) {
-        select("News");
-        button("cmdNewCategory")->click();
-        QVERIFY(view()->IsEditingLabel());
+        f->select("News");
+        f->button("cmdNewCategory")->click();
+        QVERIFY(f->view()->IsEditingLabel());
     }
     QCOMPARE(TreeOutline(f->window->Tree()),
              QStringList({"[x] News", "  [ ] Feed", "  [x] New Category", "  [x] New Category (1)",
                           "  [x] New Category (2)"}));
     // Beside a selected subscription means under its category; the saved tree has them all.
     QVERIFY(f->window->SelectRowByID(1));
-    button("cmdNewCategory")->click();
-    QVERIFY(node("News~~~New Category (3)"));
+    f->button("cmdNewCategory")->click();
+    QVERIFY(f->node("News~~~New Category (3)"));
     QVERIFY(f->setting(kConfig, QString(), kSavedCategoriesKey).contains("Text(New Category (3))"));
 }
 
@@ -232,25 +188,25 @@ void tst_frmMainWindow::renameRefusesEmptyAndSiblingNames()
     const qint32 feed = f->add("Feed", "Sports");
     f->add("Other", "News");
     f->open();
-    const QModelIndex sports = model()->IndexOf(node("Sports"));
+    const QModelIndex sports = f->model()->IndexOf(f->node("Sports"));
 
-    QVERIFY(!model()->setData(sports, "News"));
-    QVERIFY(!model()->setData(sports, ""));
+    QVERIFY(!f->model()->setData(sports, "News"));
+    QVERIFY(!f->model()->setData(sports, ""));
     QCOMPARE(
         f->prompts.texts(PromptKind::Alert),
         QStringList({"Category with that name already exists on this level.  Please use a different name.",
                      "Please enter some text for the new category."}));
-    QVERIFY(node("Sports"));
+    QVERIFY(f->node("Sports"));
     // Case makes a different name.
-    model()->setData(sports, "news");
-    QVERIFY(node("news~~~Feed"));
+    f->model()->setData(sports, "news");
+    QVERIFY(f->node("news~~~Feed"));
     QVERIFY(f->setting(kConfig, QString(), kSavedCategoriesKey).contains("Text(news)"));
 
     // A subscription's new name becomes its Outlook folder title.
-    model()->setData(model()->IndexOf(node("news~~~Feed")), "Alpha feed");
+    f->model()->setData(f->model()->IndexOf(f->node("news~~~Feed")), "Alpha feed");
     QCOMPARE(f->setting("OLCONSUMER", SubscriptionSpecificsSection(feed), "FOLDERTITLE"), "Alpha feed");
     f->window->DoDisplayRefresh();
-    QVERIFY(node("news~~~Alpha feed"));
+    QVERIFY(f->node("news~~~Alpha feed"));
 }
 
 void tst_frmMainWindow::deleteAsksUnlessSuppressedOrCtrlHeld()
@@ -264,63 +220,65 @@ void tst_frmMainWindow::deleteAsksUnlessSuppressedOrCtrlHeld()
 
     QVERIFY(f->window->SelectRowByID(first));
     f->prompts.answers[int(PromptKind::YesNo)] = {7};
-    button("cmdDelete")->click();
+    f->button("cmdDelete")->click();
     QCOMPARE(f->prompts.texts(PromptKind::YesNo),
              QStringList({"Are you sure you want to delete the selected subscription(s)?"}));
     QCOMPARE(engineIds(), QList<qint32>({first, second, third, fourth}));
 
     PutRegistrySetting("Quill On", kConfig, "SupressDeleteWarnings", "1");
-    button("cmdDelete")->click();
+    f->button("cmdDelete")->click();
     QCOMPARE(engineIds(), QList<qint32>({second, third, fourth}));
     PutRegistrySetting("Quill On", kConfig, "SupressDeleteWarnings", "0");
 
     f->modifiers = Qt::ControlModifier;
     QVERIFY(f->window->SelectRowByID(second));
-    button("cmdDelete")->click();
+    f->button("cmdDelete")->click();
     QCOMPARE(f->prompts.texts(PromptKind::YesNo).size(), 1);
+    QCOMPARE(f->window->StatusText(), "Removing: Second");
     f->modifiers = Qt::NoModifier;
 
     // A category goes with everything under it; the node before it is selected then.
-    select("Box");
+    f->select("Box");
     f->prompts.answers[int(PromptKind::YesNo)] = {6};
-    button("cmdDelete")->click();
+    f->button("cmdDelete")->click();
     QCOMPARE(f->prompts.texts(PromptKind::YesNo).last(),
              "Are you sure you want to delete this category and all it's subscriptions?");
     QCOMPARE(engineIds(), QList<qint32>());
     QCOMPARE(f->window->Tree().count(), 0);
     QVERIFY(!f->setting(kConfig, QString(), kSavedCategoriesKey).contains("Box"));
-    QCOMPARE(label("lblDetailsHeading"), "Select a Subscription or Category");
+    QCOMPARE(f->label("lblDetailsHeading"), "Select a Subscription or Category");
 }
 
 void tst_frmMainWindow::uncheckingDecidesWhetherArticlesGo()
 {
-    const qint32 kept = f->add("Kept", "Full", true);
+    const qint32 kept = f->add("Kept", "Full~~~Deep", true);
     const qint32 dropped = f->add("Dropped", "", true);
     f->open();
-    button("cmdNewCategory")->click();
-    const CategoryNode *empty = view()->CurrentNode();
+    f->button("cmdNewCategory")->click();
+    const CategoryNode *empty = f->view()->CurrentNode();
 
     // A category without children needs no question: its answer is "remove".
-    emit view()->CheckToggleRequested(const_cast<CategoryNode *>(empty));
+    emit f->view()->CheckToggleRequested(const_cast<CategoryNode *>(empty));
     QCOMPARE(empty->image(), "unchecked_folder");
     QVERIFY(f->prompts.asked.isEmpty());
     QVERIFY(f->binds.isEmpty());
 
     f->prompts.answers[int(PromptKind::YesNo)] = {6, 7};
-    emit view()->CheckToggleRequested(node("Dropped"));
-    emit view()->CheckToggleRequested(node("Full"));
+    emit f->view()->CheckToggleRequested(f->node("Dropped"));
+    emit f->view()->CheckToggleRequested(f->node("Full"));
     QCOMPARE(f->prompts.texts(PromptKind::YesNo),
              QStringList({"Do you want to remove the subscription's articles from Outlook?",
                           "Do you want to remove this category's articles from Outlook?"}));
     QCOMPARE(f->binds, (QList<std::pair<qint32, qint32>>{{dropped, 0}, {kept, 1}}));
-    QCOMPARE(node("Full~~~Kept")->image(), "unchecked");
+    QCOMPARE(f->node("Full~~~Deep~~~Kept")->image(), "unchecked");
     QCOMPARE(f->delivered(), QList<qint32>());
 
     // Checking asks nothing; a standing answer other than 2 is used as it is.
     f->binds.clear();
-    emit view()->CheckToggleRequested(node("Full"));
+    emit f->view()->CheckToggleRequested(f->node("Full"));
     SetConsumerSetting(*f->other, "OLCONSUMER", "OutlookDefaults", "SubDeletedInConfig", "1");
-    emit view()->CheckToggleRequested(node("Full~~~Kept"));
+    emit f->view()->CheckToggleRequested(f->node("Full~~~Deep~~~Kept"));
+    QCOMPARE(f->node("Full~~~Deep")->image(), "checked_folder"); // a parent keeps what was clicked
     QCOMPARE(f->binds, (QList<std::pair<qint32, qint32>>{{kept, 1}, {kept, 1}}));
     QCOMPARE(f->prompts.texts(PromptKind::YesNo).size(), 2);
     QVERIFY(f->setting(kConfig, QString(), kSavedCategoriesKey).contains("Image(checked_folder)"));
@@ -332,39 +290,43 @@ void tst_frmMainWindow::droppedNodesMoveToTheirNewCategory()
     const qint32 inside = f->add("Inside", "News~~~Tech~~~Deep");
     f->add("Anchor", "Sports");
     f->open();
-    view()->resize(300, 400);
-    view()->expandAll();
+    f->view()->resize(300, 400);
+    f->view()->expandAll();
     const auto dropAt = [this](CategoryNode *dragged, CategoryNode *onto) {
         QMimeData mime;
         mime.setData(CategoryTreeModel::kNodeMimeType, dragged->key().toUtf8());
-        const QPoint at = onto ? view()->visualRect(model()->IndexOf(onto)).center() : QPoint(5, 390);
+        const QPoint at = onto ? f->view()->visualRect(f->model()->IndexOf(onto)).center() : QPoint(5, 390);
         QDragEnterEvent enter(at, Qt::MoveAction, &mime, Qt::LeftButton, Qt::NoModifier);
-        QCoreApplication::sendEvent(view()->viewport(), &enter);
+        QCoreApplication::sendEvent(f->view()->viewport(), &enter);
         QDragMoveEvent move(at, Qt::MoveAction, &mime, Qt::LeftButton, Qt::NoModifier);
-        QCoreApplication::sendEvent(view()->viewport(), &move);
+        QCoreApplication::sendEvent(f->view()->viewport(), &move);
         const bool accepted = move.isAccepted();
         QDropEvent drop(at, Qt::MoveAction, &mime, Qt::LeftButton, Qt::NoModifier);
-        QCoreApplication::sendEvent(view()->viewport(), &drop);
+        QCoreApplication::sendEvent(f->view()->viewport(), &drop);
         return accepted;
     };
 
     // Onto a subscription means into its category.
-    QVERIFY(dropAt(node("Loose"), node("Sports~~~Anchor")));
-    QVERIFY(node("Sports~~~Loose"));
-    QCOMPARE(view()->CurrentNode(), node("Sports~~~Loose"));
+    QVERIFY(dropAt(f->node("Loose"), f->node("Sports~~~Anchor")));
+    QVERIFY(f->node("Sports~~~Loose"));
+    QCOMPARE(f->view()->CurrentNode(), f->node("Sports~~~Loose"));
     HandleGuard moved(*f->other, f->other->GetItemBag("NEWS", loose, 0));
     QCOMPARE(f->other->GetStringValue(moved.get(), "CATEGORY"), "Sports");
 
     // A whole category carries the paths of the subscriptions at any depth below it along.
-    QVERIFY(dropAt(node("News~~~Tech"), node("Sports")));
+    QVERIFY(dropAt(f->node("News~~~Tech"), f->node("Sports")));
     HandleGuard carried(*f->other, f->other->GetItemBag("NEWS", inside, 0));
     QCOMPARE(f->other->GetStringValue(carried.get(), "CATEGORY"), "Sports~~~Tech~~~Deep");
     QVERIFY(f->setting(kConfig, QString(), kSavedCategoriesKey).contains("Text(Tech)"));
 
     // Into itself, or where it already is, is refused.
-    QVERIFY(!dropAt(node("Sports"), node("Sports~~~Tech")));
-    QVERIFY(!dropAt(node("Sports~~~Tech"), node("Sports~~~Anchor")));
-    QVERIFY(node("Sports~~~Tech~~~Deep~~~Inside"));
+    QVERIFY(!dropAt(f->node("Sports"), f->node("Sports~~~Tech")));
+    QVERIFY(!dropAt(f->node("Sports~~~Tech"), f->node("Sports~~~Anchor")));
+    // Moved nodes keep their check, and a category its look.
+    QCOMPARE(TreeOutline(f->window->Tree()),
+             QStringList({"[x] News", "[x] Sports", "  [ ] Anchor", "  [ ] Loose", "  [x] Tech",
+                          "    [x] Deep", "      [ ] Inside"}));
+    QVERIFY(f->node("Sports~~~Tech")->bold());
 }
 
 void tst_frmMainWindow::keyboardDrivesTheTree()
@@ -373,36 +335,36 @@ void tst_frmMainWindow::keyboardDrivesTheTree()
     f->add("Other");
     f->open();
     QVERIFY(f->window->SelectRowByID(id));
-    view()->setFocus();
-    QTest::keyClick(view(), Qt::Key_Space);
-    QCOMPARE(node("Feed")->image(), "unchecked");
-    QTest::keyClick(view(), Qt::Key_F2);
-    QVERIFY(view()->IsEditingLabel());
-    QTest::keyClick(view()->focusWidget(), Qt::Key_Escape);
+    f->view()->setFocus();
+    QTest::keyClick(f->view(), Qt::Key_Space);
+    QCOMPARE(f->node("Feed")->image(), "unchecked");
+    QTest::keyClick(f->view(), Qt::Key_F2);
+    QVERIFY(f->view()->IsEditingLabel());
+    QTest::keyClick(f->view()->focusWidget(), Qt::Key_Escape);
     f->modifiers = Qt::ControlModifier;
-    QTest::keyClick(view(), Qt::Key_Delete);
-    QVERIFY(!node("Feed"));
-    QCOMPARE(view()->CurrentNode(), node("Other"));
+    QTest::keyClick(f->view(), Qt::Key_Delete);
+    QVERIFY(!f->node("Feed"));
+    QCOMPARE(f->view()->CurrentNode(), f->node("Other"));
 
     // Timer1 scrolls only while a drag hovers near the top or bottom edge.
-    view()->resize(200, 200);
+    f->view()->resize(200, 200);
     QMimeData mime;
-    mime.setData(CategoryTreeModel::kNodeMimeType, node("Other")->key().toUtf8());
+    mime.setData(CategoryTreeModel::kNodeMimeType, f->node("Other")->key().toUtf8());
     const auto hover = [&](int y) {
         QDragMoveEvent move(QPoint(20, y), Qt::MoveAction, &mime, Qt::LeftButton, Qt::NoModifier);
-        QCoreApplication::sendEvent(view()->viewport(), &move);
-        return view()->ScrollDirection();
+        QCoreApplication::sendEvent(f->view()->viewport(), &move);
+        return f->view()->ScrollDirection();
     };
     QDragEnterEvent enter(QPoint(20, 20), Qt::MoveAction, &mime, Qt::LeftButton, Qt::NoModifier);
-    QCoreApplication::sendEvent(view()->viewport(), &enter);
-    auto *timer1 = view()->findChild<QTimer *>("Timer1");
-    QCOMPARE(hover(view()->viewport()->height() - 3), 1);
+    QCoreApplication::sendEvent(f->view()->viewport(), &enter);
+    auto *timer1 = f->view()->findChild<QTimer *>("Timer1");
+    QCOMPARE(hover(f->view()->viewport()->height() - 3), 1);
     QVERIFY(timer1->isActive());
     QCOMPARE(hover(2), -1);
-    QCOMPARE(hover(view()->viewport()->height() / 2), 0);
+    QCOMPARE(hover(f->view()->viewport()->height() / 2), 0);
     QVERIFY(!timer1->isActive());
     QDragLeaveEvent leave;
-    QCoreApplication::sendEvent(view()->viewport(), &leave);
+    QCoreApplication::sendEvent(f->view()->viewport(), &leave);
 }
 
 void tst_frmMainWindow::pendingEditsCanKeepTheSelection()
@@ -414,18 +376,18 @@ void tst_frmMainWindow::pendingEditsCanKeepTheSelection()
     auto *title = f->window->findChild<QLineEdit *>("txtSubTitle");
     QVERIFY(title);
     title->setText("Renamed");
-    QVERIFY(button("cmdApply")->isEnabled());
+    QVERIFY(f->button("cmdApply")->isEnabled());
 
     f->prompts.answers[int(PromptKind::DoYouWantToSave)] = {2};
-    view()->setCurrentIndex(model()->IndexOf(node("Second")));
+    f->view()->setCurrentIndex(f->model()->IndexOf(f->node("Second")));
     QCOMPARE(f->window->SelectedSubscriptionId(), first);
     QCOMPARE(f->prompts.texts(PromptKind::DoYouWantToSave).size(), 1);
 
     // Apply renames the node as a label edit would.
-    button("cmdApply")->click();
-    QVERIFY(node("Renamed"));
-    QVERIFY(!button("cmdApply")->isEnabled());
-    view()->setCurrentIndex(model()->IndexOf(node("Second")));
+    f->button("cmdApply")->click();
+    QVERIFY(f->node("Renamed"));
+    QVERIFY(!f->button("cmdApply")->isEnabled());
+    f->view()->setCurrentIndex(f->model()->IndexOf(f->node("Second")));
     QCOMPARE(f->window->SelectedSubscriptionId(), second);
     QCOMPARE(f->prompts.texts(PromptKind::DoYouWantToSave).size(), 1);
 }
@@ -434,10 +396,10 @@ void tst_frmMainWindow::missingFeaturesSaySoAndHooksAreUsed()
 {
     f->add("Feed");
     f->open();
-    button("cmdAdd")->click();
-    button("cmdPrefs")->click();
-    button("cmdPreviewThisFeed")->click();
-    button("cmdFetchSubsNow")->click();
+    f->button("cmdAdd")->click();
+    f->button("cmdPrefs")->click();
+    f->button("cmdPreviewThisFeed")->click();
+    f->button("cmdFetchSubsNow")->click();
     QCOMPARE(f->prompts.texts(PromptKind::Alert), QStringList({"Adding subscriptions is not available yet.",
                                                                "The options window is not available yet.",
                                                                "The feed preview is not available yet."}));
@@ -448,8 +410,8 @@ void tst_frmMainWindow::missingFeaturesSaySoAndHooksAreUsed()
     hooks.previewFeed = [&](QWidget *, const QString &url) { called << url; };
     hooks.importOpml = [&](QWidget *, const QString &path) { called << path; };
     f->window->SetEntryPoints(hooks);
-    button("cmdAdd")->click();
-    button("cmdPreviewThisFeed")->click();
+    f->button("cmdAdd")->click();
+    f->button("cmdPreviewThisFeed")->click();
     f->deliver("ImportOPML", {{"PATH", "/tmp/feeds.opml"}});
     QCOMPARE(called, QStringList({"add", "http://127.0.0.1:9/Feed", "/tmp/feeds.opml"}));
 }

@@ -1,7 +1,6 @@
 #include "ConsumerSettings.h"
 #include "HandleGuard.h"
 #include "LinkedSubscribeClient.h"
-#include "TestEngine.h"
 
 #include <QTest>
 
@@ -26,28 +25,8 @@ class tst_ConsumerSettings : public QObject
     Q_OBJECT
 
 private slots:
-    void valuesRoundTripAndMissingKeysReadAsTheDefault();
     void failingEngineLeaksNoHandle();
 };
-
-void tst_ConsumerSettings::valuesRoundTripAndMissingKeysReadAsTheDefault()
-{
-    TestEngine engine;
-    QVERIFY(engine.isReady());
-    const auto writer = engine.newClient();
-    const auto reader = engine.newClient();
-    QCOMPARE(GetConsumerSetting(*reader, u"MakeNewPST_path"_s, u"-237237"_s, u"OLCONSUMER"_s,
-                                u"OutlookDefaults"_s),
-             u"-237237"_s);
-    const QString section = u"SubscriptionSpecifics_7"_s;
-    SetConsumerSetting(*writer, u"OLCONSUMER"_s, section, u"FOLDERTITLE"_s, u"News"_s);
-    SetConsumerSettingBool(*writer, u"MEDIACONSUMER"_s, section, u"EnableAutoDownload"_s, true);
-    QCOMPARE(GetConsumerSetting(*reader, u"FOLDERTITLE"_s, u"x"_s, u"OLCONSUMER"_s, section), u"News"_s);
-    QCOMPARE(GetConsumerSetting(*reader, u"EnableAutoDownload"_s, u"0"_s, u"MEDIACONSUMER"_s, section),
-             u"1"_s);
-    QCOMPARE(writer->LiveHandleCount(), 0);
-    QCOMPARE(reader->LiveHandleCount(), 0);
-}
 
 void tst_ConsumerSettings::failingEngineLeaksNoHandle()
 {

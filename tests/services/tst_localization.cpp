@@ -84,32 +84,15 @@ void tst_localization::lookupsBeforeLoadingWarnOnce()
 void tst_localization::readsEntriesLineByLine()
 {
     QTemporaryDir dir;
-    writeFile(dir.filePath(u"configstrings.xml"_s), "<?xml version=\"1.0\"?>\r\n"
-                                                    "<id>1</id><loc>outside</loc>\r\n"
-                                                    "\r\n"
-                                                    "<s>\r\n"
-                                                    "<id>1</id>\r\n"
-                                                    "\r\n"
-                                                    "<d>translator note</d>\r\n"
-                                                    "<eng>English</eng>\r\n"
-                                                    "<loc>Ein &amp; zwei</loc>\r\n"
-                                                    "</s>\n"
-                                                    "stray text\n"
-                                                    "<s>\n"
-                                                    "<id> 2 </id>\n"
-                                                    "<loc>  spaced  </loc>\n"
-                                                    "</s>\n"
-                                                    "<s>\n"
-                                                    "<id>1</id>\n"
-                                                    "<loc>duplicate</loc>\n"
-                                                    "</s>\n"
-                                                    "  <s>\n"
-                                                    "<id>3</id>\n"
-                                                    "<loc>not opened</loc>\n"
-                                                    "</s>\n"
-                                                    "<s>\n"
-                                                    "<id>4</id>\n"
-                                                    "<loc>never closed</loc>\n");
+    // Lines as written: "|" ends one. Windows line ends at first; stray text, an entry that does
+    // not start its line and one never closed are skipped.
+    const QString lines =
+        "<?xml version=\"1.0\"?>\r|<id>1</id><loc>outside</loc>\r|\r|<s>\r|<id>1</id>\r|\r|"
+        "<d>translator note</d>\r|<eng>English</eng>\r|<loc>Ein &amp; zwei</loc>\r|</s>|"
+        "stray text|<s>|<id> 2 </id>|<loc>  spaced  </loc>|</s>|<s>|<id>1</id>|"
+        "<loc>duplicate</loc>|</s>|  <s>|<id>3</id>|<loc>not opened</loc>|</s>|<s>|<id>4</id>|"
+        "<loc>never closed</loc>|";
+    writeFile(dir.filePath(u"configstrings.xml"_s), QString(lines).replace(u'|', u'\n').toUtf8());
     LoadStrings(dir.path());
     QCOMPARE(GetLocalizedString(1), u"Ein &amp; zwei"_s);
     QCOMPARE(GetLocalizedString(2), u"  spaced  "_s);
