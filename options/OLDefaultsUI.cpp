@@ -1,10 +1,12 @@
 #include "OLDefaultsUI.h"
 
+#include "EngineClientBag.h"
 #include "EngineError.h"
 #include "EngineNames.h"
 #include "LocalSettings.h"
 #include "RegistrySettings.h"
 #include "StandardDialogs.h"
+#include "frmCreatePST.h"
 #include "ui_OLDefaultsUI.h"
 
 #include <QLoggingCategory>
@@ -141,8 +143,15 @@ void OLDefaultsUI::PickTopFolder()
 
 void OLDefaultsUI::NewMailStore()
 {
-    ShowAlert(this, QStringLiteral("Creating a new mail store comes with a later version."),
-              QStringLiteral("Until then new subscriptions go into the current mail store."));
+    frmCreatePST dialog(this);
+    if (dialog.exec() != QDialog::Accepted)
+        return;
+    // Delivery makes the store at its next folder check.
+    try {
+        dialog.GetResults(*EngineClientBag::Client());
+    } catch (const quillon::EngineError &error) {
+        ShowAlert(this, QStringLiteral("The new mail store was not asked for."), error.message());
+    }
 }
 
 void OLDefaultsUI::FollowSubFolder()

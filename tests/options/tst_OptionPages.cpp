@@ -22,6 +22,7 @@
 #include <QInputDialog>
 #include <QLabel>
 #include <QLineEdit>
+#include <QPushButton>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
@@ -307,15 +308,23 @@ void tst_OptionPages::pagesShowAndStoreTheirSettings_data()
         {{ol + "RadioSubPlacement", "1"}, {ol + "SubFolderTitle", "Reading"}},
         {{"chkSubFolderName", "on"}, {"txtSubFolderName", "Reading"}},
         {{"chkSubFolderName", "off"}, {"txtSubFolderName", ""}}, {}, {{ol + "RadioSubPlacement", "0"}});
-    Row("outlook: first run's sub-folder, top folder and theme picked", "OLDefaultsUI",
+    Row("outlook: first run's sub-folder; top folder, theme and new store picked", "OLDefaultsUI",
         {{ol + "RadioSubPlacement", "2"}, {ol + "SubFolderTitle", "Corvell for Outlook"}},
         {{"chkSubFolderName", "on"}, {"txtSubFolderName.enabled", "on"}},
-        {{"cmdTopFolder", "click"}, {"txtSubFolderName", "Reading"}, {"optPlainContent", "on"}}, {},
+        {{"cmdTopFolder", "click"},
+         {"txtSubFolderName", "Reading"},
+         {"optPlainContent", "on"},
+         {"cmdNewPSTFile", "click"}},
+        {},
         {{ol + "TopFolderTitle", "\\Feeds\\News"},
          {ol + "TopFolderTitle_folderID", "\\Feeds\\News"},
          {ol + "RadioSubPlacement", "1"},
          {ol + "SubFolderTitle", "Reading"},
-         {ol + "Article_Theme", "Plain"}});
+         {ol + "Article_Theme", "Plain"},
+         {ol + "MakeNewPST_DisplayName", "Reading"},
+         {ol + "MakeNewPST_path", "/srv/mail"},
+         {ol + "MakeNewPST_fileName", "Reading.pst"},
+         {ol + "MakeNewPST_mode", "0"}});
     for (const auto &[key, combo] : Pairs{{"SubMovedInOutlook", "cboOutlookMove"},
                                           {"SubDeletedInOutlook", "cboOutlookDelete"},
                                           {"SubMovedInConfig", "cboConfigMove"},
@@ -349,13 +358,17 @@ void tst_OptionPages::pagesShowAndStoreTheirSettings()
     for (const auto &[name, value] : shown)
         QVERIFY2(Shown(*options, name) == value, qPrintable(name + " shows " + Shown(*options, name)));
     QVERIFY(!options->Dirty());
-    // A folder picker is answered as soon as it is open.
+    // The folder picker and the new-store dialog are answered as soon as they are open.
     auto *picker = new QTimer(options.get());
-    connect(picker, &QTimer::timeout, picker, [picker] {
-        if (auto *dialog = qobject_cast<QInputDialog *>(QApplication::activeModalWidget())) {
+    connect(picker, &QTimer::timeout, picker, [] {
+        QWidget *modal = QApplication::activeModalWidget();
+        if (auto *dialog = qobject_cast<QInputDialog *>(modal)) {
             dialog->setTextValue("\\Feeds\\News");
             dialog->accept();
-            picker->stop();
+        } else if (modal && modal->objectName() == "frmCreatePST") {
+            modal->findChild<QLineEdit *>("txtCustomPSTName")->setText("Reading");
+            modal->findChild<QLineEdit *>("txtPSTLocation")->setText("/srv/mail/Reading.pst");
+            modal->findChild<QPushButton *>("cmdOK")->click();
         }
     });
     picker->start(10);
