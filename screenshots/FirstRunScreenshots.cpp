@@ -5,7 +5,7 @@
 //
 // Writes firstrun-welcome.png, firstrun-newstore.png and about.png.
 
-#include "LocalSettings.h"
+#include "Shots.h"
 #include "frmAbout.h"
 #include "frmCreatePST.h"
 #include "frmWelcome.h"
@@ -25,8 +25,7 @@ bool shoot(QDialog &dialog, const QString &path)
 {
     dialog.show();
     QCoreApplication::processEvents();
-    const bool saved = dialog.grab().save(path);
-    std::printf("%s %s\n", saved ? "wrote" : "could not write", qPrintable(path));
+    const bool saved = Shots::save(dialog.grab(), path);
     dialog.reject();
     return saved;
 }
@@ -35,6 +34,7 @@ bool shoot(QDialog &dialog, const QString &path)
 
 int main(int argc, char *argv[])
 {
+    Shots::preparePlatform();
     QApplication app(argc, argv);
     if (argc < 2) {
         std::fprintf(stderr, "usage: firstrun_screenshots <folder>\n");
@@ -42,7 +42,7 @@ int main(int argc, char *argv[])
     }
     const QDir folder(QString::fromLocal8Bit(argv[1]));
     QTemporaryDir settings;
-    LocalSettings::SetBaseFolder(settings.path());
+    Shots::quietSettings(settings);
     bool ok = true;
 
     frmWelcome welcome;

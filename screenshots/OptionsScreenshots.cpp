@@ -9,10 +9,9 @@
 #include "ClientAccess.h"
 #include "ConsumerSettings.h"
 #include "EngineCalls.h"
-#include "LocalSettings.h"
 #include "OptionPageFactory.h"
-#include "PromptSeam.h"
 #include "PublishingUtils.h"
+#include "Shots.h"
 #include "StandardOptionPages.h"
 #include "TestEngine.h"
 #include "frmOptionsWindow.h"
@@ -90,8 +89,7 @@ bool shoot(const SubscribeClientPtr &client, const OptionPageFactory &pages, con
     if (network)
         showNetworkPage(window, module);
     QCoreApplication::processEvents();
-    const bool saved = window.grab().save(path);
-    std::printf("%s %s\n", saved ? "wrote" : "could not write", qPrintable(path));
+    const bool saved = Shots::save(window.grab(), path);
     window.reject();
     return saved;
 }
@@ -100,8 +98,7 @@ bool shoot(const SubscribeClientPtr &client, const OptionPageFactory &pages, con
 
 int main(int argc, char *argv[])
 {
-    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
-        qputenv("QT_QPA_PLATFORM", "offscreen");
+    Shots::preparePlatform();
     QApplication app(argc, argv);
     if (argc < 2) {
         std::fprintf(stderr, "usage: options_screenshots <folder> [ModuleRegistryName...]\n");
@@ -109,8 +106,7 @@ int main(int argc, char *argv[])
     }
     const QDir folder(QString::fromLocal8Bit(argv[1]));
     QTemporaryDir settings;
-    LocalSettings::SetBaseFolder(settings.path());
-    PromptSeam::SetHandler([](Prompt &prompt) { return PromptSeam::NeutralAnswer(prompt.kind); });
+    Shots::quietSettings(settings);
     LoadStrings(QuillonDataFolder());
     TestEngine engine;
     if (!engine.isReady())

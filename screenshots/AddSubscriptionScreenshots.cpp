@@ -7,7 +7,7 @@
 #include "ClientAccess.h"
 #include "FeedListModel.h"
 #include "LocalHttpServer.h"
-#include "PromptSeam.h"
+#include "Shots.h"
 #include "TestEngine.h"
 #include "WebArticleView.h"
 #include "frmAddSubscription.h"
@@ -88,10 +88,7 @@ bool save(QWidget &window, const QDir &folder, const char *name)
     QTest::qWait(300);
     QScreen *screen = window.screen();
     const QPixmap shot = screen ? screen->grabWindow(window.winId()) : window.grab();
-    const QString path = folder.filePath(QLatin1String(name));
-    const bool ok = shot.save(path);
-    std::printf("%s %s\n", ok ? "wrote" : "could not write", qPrintable(path));
-    return ok;
+    return Shots::save(shot, folder.filePath(QLatin1String(name)));
 }
 
 template <typename T> T *child(QWidget &w, const char *name)
@@ -106,7 +103,8 @@ int main(int argc, char *argv[])
     WebArticleView::PrepareProcess();
     QApplication app(argc, argv);
     const QDir out(argc > 1 ? QString::fromLocal8Bit(argv[1]) : QDir::currentPath());
-    PromptSeam::SetHandler([](Prompt &prompt) { return PromptSeam::NeutralAnswer(prompt.kind); });
+    QTemporaryDir settings;
+    Shots::quietSettings(settings);
     TestEngine engine;
     LocalHttpServer server;
     if (!engine.isReady() || !server.listen())

@@ -7,8 +7,7 @@
 #include "ConsumerSettings.h"
 #include "EngineCalls.h"
 #include "HandleGuard.h"
-#include "LocalSettings.h"
-#include "PromptSeam.h"
+#include "Shots.h"
 #include "SubscriptionTreeView.h"
 #include "TestEngine.h"
 #include "categoriesUtils.h"
@@ -81,21 +80,14 @@ qint32 addFeed(SubscribeClient &client, const Feed &feed)
 bool save(QWidget &window, const QDir &folder, const QString &name)
 {
     QCoreApplication::processEvents();
-    const QString path = folder.filePath(name);
-    if (!window.grab().save(path)) {
-        std::fprintf(stderr, "could not write %s\n", qPrintable(path));
-        return false;
-    }
-    std::printf("%s\n", qPrintable(path));
-    return true;
+    return Shots::save(window.grab(), folder.filePath(name));
 }
 
 } // namespace
 
 int main(int argc, char *argv[])
 {
-    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
-        qputenv("QT_QPA_PLATFORM", "offscreen");
+    Shots::preparePlatform();
     QApplication app(argc, argv);
     if (argc < 2) {
         std::fprintf(stderr, "usage: mainwindow_screenshots <folder>\n");
@@ -104,10 +96,7 @@ int main(int argc, char *argv[])
     const QDir folder(QString::fromLocal8Bit(argv[1]));
     QStandardPaths::setTestModeEnabled(true);
     QTemporaryDir settings;
-    LocalSettings::SetBaseFolder(settings.path());
-    SaveSetting("Quillon", "Quillon", "LogFileWanted", "0");
-    SaveSetting("Quillon", "CONFIGCONSUMER", "ConfigAppFirstRun", "1");
-    PromptSeam::SetHandler([](Prompt &prompt) { return PromptSeam::NeutralAnswer(prompt.kind); });
+    Shots::quietSettings(settings);
 
     TestEngine engine;
     if (!engine.isReady())
