@@ -1,6 +1,7 @@
 #include "frmAddSubscription.h"
 
 #include "AddByUrlTab.h"
+#include "AddProgress.h"
 #include "AddRequestQueue.h"
 #include "BrowseTab.h"
 #include "CategoryChoices.h"
@@ -157,7 +158,8 @@ void frmAddSubscription::OnOK()
     } catch (const std::exception &e) {
         qCWarning(lcAddSub) << "adding failed:" << e.what();
     }
-    SetStatus(QStringLiteral("Uploading Requests To Server"));
+    // Removals are done by now; the line speaks of uploading only while adds are under way.
+    SetStatus(AddProgress::Instance().Running() ? QStringLiteral("Uploading Requests To Server") : QString());
     QGuiApplication::restoreOverrideCursor();
     accept();
 }

@@ -1,5 +1,6 @@
 #include "AddRequestQueue.h"
 
+#include "AddProgress.h"
 #include "callbackSupport.h"
 
 #include <QCoreApplication>
@@ -35,6 +36,7 @@ void AddRequestQueue::Enqueue(QObject *target, const quillon::SubscribeClientPtr
     // Counted as in flight from now on, so the window refreshes once, after the last answer,
     // and not each time the answers catch up with a slice.
     callbackSupport::PendingAddCount() += qint32(requests.size());
+    AddProgress::Instance().Expect(int(requests.size()));
     if (!m_timer.isActive())
         m_timer.start();
 }
@@ -48,14 +50,16 @@ void AddRequestQueue::RunSlice()
         last = m_waiting.at(m_next++);
         --callbackSupport::PendingAddCount(); // the request counts itself when it goes out
         const quillon::SubscribeClientPtr client = last.client.lock();
-        if (!client)
-            continue;
         try {
-            callbackSupport::RequestAddSubscription(last.target, client, last.request.title, last.request.url,
-                                                    true, QString(), QString(), last.request.category);
+            if (client)
+                callbackSupport::RequestAddSubscription(last.target, client, last.request.title,
+                                                        last.request.url, true, QString(), QString(),
+                                                        last.request.category);
         } catch (const std::exception &e) {
             qCWarning(lcAddQueue) << "cannot request" << last.request.url << e.what();
         }
+        // Withdrawn only after the request counted itself, so the run cannot seem to end here.
+        AddProgress::Instance().Withdraw();
     }
     const qsizetype left = m_waiting.size() - m_next;
     if (left > 0) {

@@ -1,5 +1,6 @@
 #include "CBAddSub.h"
 
+#include "AddProgress.h"
 #include "EngineNames.h"
 #include "HandleGuard.h"
 #include "PropertyBag.h"
@@ -29,28 +30,37 @@ void CBAddSub::Shutdown()
 void CBAddSub::Handle(quillon::Handle &bag)
 {
     Forward(HandlerName(), bag);
-    if (!m_client)
-        return;
+    bool added = false;
+    QString title;
     try {
-        HandleGuard result(*m_client, m_client->GetHandleValue(bag, QStringLiteral("Result")));
-        if (!result.isValid())
-            return;
-        const qint32 id = m_client->GetLongValue(result.get(), QStringLiteral("SUBSCRIPTIONID"));
-        if (id > 0)
-            Complete(*m_client, id);
+        if (m_client) {
+            HandleGuard result(*m_client, m_client->GetHandleValue(bag, QStringLiteral("Result")));
+            const qint32 id =
+                result.isValid() ? m_client->GetLongValue(result.get(), QStringLiteral("SUBSCRIPTIONID")) : 0;
+            if (id > 0) {
+                added = true;
+                title = Complete(*m_client, id);
+            }
+        }
     } catch (const std::exception &e) {
         qCWarning(lcCallbacks) << "add answer not completed:" << e.what();
     }
+    // Every answer, failed or not, moves the run on, so its line always ends.
+    AddProgress::Instance().Answered(added, title);
 }
 
-void CBAddSub::Complete(quillon::SubscribeClient &client, qint32 subscriptionId)
+QString CBAddSub::Complete(quillon::SubscribeClient &client, qint32 subscriptionId)
 {
     if (m_autoBind)
         client.BindItem(EngineNames::kOutlookConsumer, kNewsClass, subscriptionId, 1);
-    if (TakeCompletion())
+    if (TakeCompletion()) {
         QMetaObject::invokeMethod(Target(), HandlerNames::DoDisplayRefresh, Qt::DirectConnection);
-    else
-        ReportAdded(client, subscriptionId);
+        return AddedTitle(client, subscriptionId);
+    }
+    const QString title = AddedTitle(client, subscriptionId);
+    if (!title.isEmpty())
+        callbackSupport::SetTargetStatusText(Target(), QStringLiteral("Added: ") + title);
+    return title;
 }
 
 bool CBAddSub::TakeCompletion()
@@ -63,12 +73,11 @@ bool CBAddSub::TakeCompletion()
     return pending == 0;
 }
 
-void CBAddSub::ReportAdded(quillon::SubscribeClient &client, qint32 subscriptionId)
+QString CBAddSub::AddedTitle(quillon::SubscribeClient &client, qint32 subscriptionId)
 {
     HandleGuard item(client, client.GetItemBag(kNewsClass, subscriptionId, 0));
     QString title = client.GetStringValue(item.get(), QStringLiteral("FOLDERTITLE"));
     if (title.isEmpty() || title == quillon::kMissingText)
         title = client.GetStringValue(item.get(), QStringLiteral("TITLE"));
-    if (!title.isEmpty() && title != quillon::kMissingText)
-        callbackSupport::SetTargetStatusText(Target(), QStringLiteral("Added: ") + title);
+    return title == quillon::kMissingText ? QString() : title;
 }

@@ -24,9 +24,10 @@ protected:
     void Handle(quillon::Handle &bag) override;
 
 private:
-    void Complete(quillon::SubscribeClient &client, qint32 subscriptionId);
+    // Binds, then reports or refreshes; returns the new subscription's name.
+    QString Complete(quillon::SubscribeClient &client, qint32 subscriptionId);
     [[nodiscard]] bool TakeCompletion();
-    void ReportAdded(quillon::SubscribeClient &client, qint32 subscriptionId);
+    [[nodiscard]] static QString AddedTitle(quillon::SubscribeClient &client, qint32 subscriptionId);
 
     quillon::SubscribeClientPtr m_client;
     bool m_autoBind = false;

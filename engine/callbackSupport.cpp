@@ -1,5 +1,6 @@
 #include "callbackSupport.h"
 
+#include "AddProgress.h"
 #include "CBAddSub.h"
 #include "EngineNames.h"
 #include "HandleGuard.h"
@@ -66,7 +67,13 @@ qint32 RequestAddSubscription(QObject *target, const quillon::SubscribeClientPtr
         auto callback = std::make_shared<CBAddSub>();
         callback->Setup(target, client, autoBind);
         ++PendingAddCount();
-        client->SubmitRequest(request.get(), callback);
+        AddProgress::Instance().Expect(1);
+        try {
+            client->SubmitRequest(request.get(), callback);
+        } catch (...) {
+            AddProgress::Instance().Withdraw();
+            throw;
+        }
     }
     return 0;
 }

@@ -99,6 +99,8 @@ bool SubscriptionTreeCommands::Delete(CategoryNode &node, bool ask, CategoryNode
         throw;
     }
     SaveTree();
+    // The removals are done by now; their "Removing: " line would only mislead.
+    callbackSupport::SetTargetStatusText(m_owner, QString());
     if (selectAfter)
         *selectAfter = before;
     return true;

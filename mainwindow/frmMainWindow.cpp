@@ -1,5 +1,6 @@
 #include "frmMainWindow.h"
 
+#include "AddProgress.h"
 #include "CLog.h"
 #include "ConsumerSettings.h"
 #include "DialogAnswer.h"
@@ -50,6 +51,9 @@ frmMainWindow::frmMainWindow(QWidget *parent)
     m_sizeSaveTimer.setSingleShot(true);
     m_sizeSaveTimer.setInterval(kSaveSizeDelayMs);
     connect(&m_sizeSaveTimer, &QTimer::timeout, this, &frmMainWindow::SaveWindowSize);
+    // A run of adds reports its count while under way and its outcome when the last answer is in.
+    connect(&AddProgress::Instance(), &AddProgress::CountChanged, this, &frmMainWindow::SetStatusText);
+    connect(&AddProgress::Instance(), &AddProgress::Finished, this, &frmMainWindow::SetStatusText);
 }
 
 frmMainWindow::~frmMainWindow()
