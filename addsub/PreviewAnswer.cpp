@@ -23,7 +23,8 @@ std::optional<PreviewAnswer::Header> PreviewAnswer::ReadHeader() const
     const qint32 count = m_client.GetLongValue(details.get(), QStringLiteral("ITEMCOUNT"));
     if (count == quillon::kMissing || count < 1)
         return std::nullopt;
-    return Header{m_client.GetStringValue(details.get(), QStringLiteral("DESCRIPTION")), count};
+    return Header{m_client.GetStringValue(details.get(), QStringLiteral("DESCRIPTION")), count,
+                  m_client.GetStringValue(details.get(), QStringLiteral("TITLE"))};
 }
 
 std::optional<QStringList> PreviewAnswer::Subjects() const

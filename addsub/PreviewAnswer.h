@@ -8,7 +8,7 @@
 #include <optional>
 
 // Reads the engine's answer to a preview: Result → PREFLIGHT_DETAILS with the feed's
-// description, ITEMCOUNT and ITEMS (one bag per article).
+// title, description, ITEMCOUNT and ITEMS (one bag per article).
 class PreviewAnswer
 {
 public:
@@ -16,6 +16,7 @@ public:
     {
         QString description;
         qint32 itemCount = 0;
+        QString title; // the feed's own
     };
     struct Article
     {

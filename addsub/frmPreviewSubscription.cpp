@@ -116,11 +116,15 @@ void frmPreviewSubscription::ShowAnswer()
         ShowError();
         return;
     }
-    setWindowTitle(m_title != kMissing ? QStringLiteral("Corvell") + QStringLiteral(" - Preview for '") +
-                                             m_title + QStringLiteral("'")
-                                       : QStringLiteral("Corvell"));
-    if (m_title != kMissing)
-        ui->txtTitle->setText(m_title);
+    // An empty title from the caller means "not given": the feed names itself then. The
+    // missing-value marker keeps the bare caption.
+    const QString title = m_title.isEmpty() ? header->title : m_title;
+    const bool named = !title.isEmpty() && title != kMissing;
+    setWindowTitle(named ? QStringLiteral("Corvell") + QStringLiteral(" - Preview for '") + title +
+                               QStringLiteral("'")
+                         : QStringLiteral("Corvell"));
+    if (named)
+        ui->txtTitle->setText(title);
     if (m_url != kMissing)
         ui->txtURL->setText(m_url);
     if (header->description != kMissing)

@@ -47,7 +47,9 @@ void tst_StatusLine::endsTellingTheTruth_data()
                                    << "Added 120 subscriptions";
     QTest::newRow("removal") << "remove" << 1 << -1 << ""
                              << "";
+    QTest::newRow("preview, no title given") << "preview" << 0 << -1 << ""
                                              << "Corvell - Preview for 'Garden'";
+    QTest::newRow("preview, title given") << "preview" << 0 << -1 << "Mine"
                                           << "Corvell - Preview for 'Mine'";
 }
 
