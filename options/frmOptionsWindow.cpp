@@ -10,6 +10,7 @@
 #include "localization.h"
 #include "ui_frmOptionsWindow.h"
 
+#include <QAbstractButton>
 #include <QFile>
 #include <QLoggingCategory>
 #include <QScreen>
@@ -44,6 +45,11 @@ frmOptionsWindow::frmOptionsWindow(const OptionPageFactory &pages, QWidget *pare
 {
     ui->setupUi(this);
     connect(ui->grdModules, &QTableWidget::currentCellChanged, this, [this](int row) { OnRowChosen(row); });
+    // With the network page in view, a click on the selected row brings the module's page back.
+    connect(ui->grdModules, &QTableWidget::cellClicked, this, [this](int row) {
+        if (m_networkShown)
+            OnRowChosen(row);
+    });
     connect(ui->cmdApply, &QPushButton::clicked, this, &frmOptionsWindow::OnApply);
     connect(ui->cmdOK, &QPushButton::clicked, this, &frmOptionsWindow::OnOK);
     connect(ui->cmdCancel, &QPushButton::clicked, this, &QDialog::reject);
@@ -199,6 +205,8 @@ void frmOptionsWindow::MakePage(const QString &paneName, bool missingIsAnError)
     page->hide();
     QMetaObject::invokeMethod(page, "SetHost", Q_ARG(ConfigHost *, this));
     m_pages.insert(paneName, page);
+    if (auto *network = page->findChild<QAbstractButton *>(QStringLiteral("cmdNetworkSettings")))
+        connect(network, &QAbstractButton::clicked, this, &frmOptionsWindow::ShowNetworkPane);
 }
 
 void frmOptionsWindow::CentreOver(const QWidget *host)
@@ -217,6 +225,11 @@ void frmOptionsWindow::OnRowChosen(int row)
     if (m_loading)
         return;
     const int chosen = row + 1;
+    if (m_networkShown && chosen == m_current) {
+        if (!ui->cmdApply->isEnabled() || SettleUnappliedChanges())
+            SwitchTo(chosen);
+        return;
+    }
     switch (ModuleTable::OnClick(chosen, m_current, ui->cmdApply->isEnabled())) {
     case ModuleTable::Click::Nothing:
         return;
@@ -243,7 +256,7 @@ bool frmOptionsWindow::SettleUnappliedChanges()
         ApplyCurrentModule();
         return true;
     case ModuleTable::Answer::ReloadThenSwitch:
-        if (ConfigPage *page = CurrentPage())
+        if (ConfigPage *page = ShownPage())
             QMetaObject::invokeMethod(page, "LoadValues");
         return true;
     case ModuleTable::Answer::Stay:
@@ -254,8 +267,9 @@ bool frmOptionsWindow::SettleUnappliedChanges()
 
 void frmOptionsWindow::SwitchTo(int module)
 {
-    if (ConfigPage *page = CurrentPage())
+    if (ConfigPage *page = ShownPage())
         page->hide();
+    m_networkShown = false;
     m_current = module;
     if (ConfigPage *page = CurrentPage())
         page->show();
@@ -276,12 +290,36 @@ ConfigPage *frmOptionsWindow::CurrentPage() const
     return module ? Page(module->ModulePaneName()) : nullptr;
 }
 
+ConfigPage *frmOptionsWindow::ShownPage() const
+{
+    return m_networkShown ? Page(kNetworkPane) : CurrentPage();
+}
+
+void frmOptionsWindow::ShowNetworkPane()
+{
+    ConfigPage *network = Page(kNetworkPane);
+    if (!network || m_networkShown)
+        return;
+    // Unapplied changes of the module's page are settled first, as on a change of module.
+    if (ui->cmdApply->isEnabled() && !SettleUnappliedChanges())
+        return;
+    if (ConfigPage *page = CurrentPage())
+        page->hide();
+    m_networkShown = true;
+    network->show();
+    ui->cmdApply->setEnabled(false);
+}
+
 // ---- Applying and closing --------------------------------------------------------------
 
 bool frmOptionsWindow::ApplyCurrentModule()
 {
     const CModuleRecord *module = m_modules.Module(m_current);
     ConfigPage *page = CurrentPage();
+    if (m_networkShown && Page(kNetworkPane)) {
+        QMetaObject::invokeMethod(Page(kNetworkPane), "Apply");
+        return true;
+    }
     if (!module || !page)
         return true;
     if (!ModuleTable::ValidatesBeforeApply(*module) || CallSafeToApply(page))

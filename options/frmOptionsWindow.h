@@ -46,6 +46,9 @@ public:
 
     // Builds the list and the pages; runs once, at the latest when the window is first shown.
     void FormLoad();
+    // Shows the network page, which no row lists, in the place of the current module's page; a
+    // click on that module's row brings its page back.
+    void ShowNetworkPane();
     // Puts the window's centre on the host's centre.
     void CentreOver(const QWidget *host);
     // 1-based; 0 while none is shown.
@@ -69,6 +72,8 @@ private:
     void SwitchTo(int module);
     void MoveSelectionTo(int row);
     [[nodiscard]] ConfigPage *CurrentPage() const;
+    // The page in view: the current module's, or the network page in its place.
+    [[nodiscard]] ConfigPage *ShownPage() const;
     bool ApplyCurrentModule();
     void OnApply();
     void OnOK();
@@ -87,6 +92,7 @@ private:
     std::function<void(QWidget *)> m_addSubscription;
     int m_current = 0;
     bool m_loading = false;
+    bool m_networkShown = false;
     bool m_loaded = false;
     bool m_unloaded = false;
 };

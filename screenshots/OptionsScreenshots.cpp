@@ -57,14 +57,13 @@ void addSampleState(SubscribeClient &client)
     SetConsumerSetting(client, "OLCONSUMER", "OutlookDefaults", "RadioSubPlacement", "1");
 }
 
-// The network page is in no row of the list: it is shown in the place of the module's page.
-void showNetworkPage(frmOptionsWindow &window, const QString &module)
+// The network page is in no row of the list: the online page's button shows it in its place.
+void showNetworkPage(frmOptionsWindow &window)
 {
     ConfigPage *network = window.Page("NetworkUI1");
     if (!network)
         return;
-    window.Page(QString(module).replace("Prop", "UI1"))->hide();
-    network->show();
+    window.Page("OnlineUI1")->findChild<QPushButton *>("cmdNetworkSettings")->click();
     auto *address = network->findChild<QLineEdit *>("txtTestProxyUrl");
     address->setText("https://feeds.example.org/news.xml");
     address->home(false);
@@ -87,7 +86,7 @@ bool shoot(const SubscribeClientPtr &client, const OptionPageFactory &pages, con
             grid->item(row, 0)->setCheckState(Qt::Checked);
     }
     if (network)
-        showNetworkPage(window, module);
+        showNetworkPage(window);
     QCoreApplication::processEvents();
     const bool saved = Shots::save(window.grab(), path);
     window.reject();

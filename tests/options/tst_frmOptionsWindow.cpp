@@ -60,6 +60,7 @@ private Q_SLOTS:
     void refusedPageStillTurnsApplyOff();
     void missingIconOrPageLeavesTheListWorking();
     void addWizardReloadsTheCurrentPage();
+    void networkPageOpensFromTheOnlinePage();
 
 private:
     frmOptionsWindow &open(const QStringList &panes = kPanes, const QString &images = QString());
@@ -107,8 +108,12 @@ frmOptionsWindow &tst_frmOptionsWindow::open(const QStringList &panes, const QSt
 {
     m_factory = OptionPageFactory();
     for (const QString &pane : panes)
-        m_factory.Register(pane,
-                           [](QWidget *parent, const SubscribeClientPtr &) { return new ProbePage(parent); });
+        m_factory.Register(pane, [pane](QWidget *parent, const SubscribeClientPtr &) {
+            auto *page = new ProbePage(parent);
+            if (pane == QLatin1String("OnlineUI1"))
+                (new QPushButton(page))->setObjectName("cmdNetworkSettings");
+            return page;
+        });
     m_window = std::make_unique<frmOptionsWindow>(m_factory);
     if (!images.isEmpty())
         m_window->SetImagesFolder(images);
@@ -291,6 +296,23 @@ void tst_frmOptionsWindow::addWizardReloadsTheCurrentPage()
     QVERIFY(!handled);
     QCOMPARE(wizards, 1);
     QVERIFY(page("GeneralUI1")->messages.contains("Reload=x"));
+}
+
+void tst_frmOptionsWindow::networkPageOpensFromTheOnlinePage()
+{
+    open();
+    click(1);
+    ProbePage *online = page("OnlineUI1");
+    ProbePage *network = page("NetworkUI1");
+    online->findChild<QPushButton *>("cmdNetworkSettings")->click();
+    QVERIFY(network->isVisible() && !online->isVisible());
+    network->Change();
+    button("cmdApply")->click();
+    QCOMPARE(network->applies, 1);
+    QCOMPARE(online->applies, 0);
+    Q_EMIT grid()->cellClicked(1, 0); // the selected row again: the module's own page
+    QVERIFY(online->isVisible() && !network->isVisible());
+    QCOMPARE(selectedRow(), 1);
 }
 
 QTEST_MAIN(tst_frmOptionsWindow)
