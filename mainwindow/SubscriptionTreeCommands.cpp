@@ -11,6 +11,7 @@
 #include "categoriesUtils.h"
 #include "commonUtils.h"
 
+#include <QMetaObject>
 #include <QWidget>
 
 using EngineNames::kNewsClass;
@@ -99,8 +100,10 @@ bool SubscriptionTreeCommands::Delete(CategoryNode &node, bool ask, CategoryNode
         throw;
     }
     SaveTree();
-    // The removals are done by now; their "Removing: " line would only mislead.
-    callbackSupport::SetTargetStatusText(m_owner, QString());
+    // The removals are done by now; their "Removing: " line goes once the event loop runs again.
+    QMetaObject::invokeMethod(
+        m_owner, [owner = m_owner] { callbackSupport::SetTargetStatusText(owner, QString()); },
+        Qt::QueuedConnection);
     if (selectAfter)
         *selectAfter = before;
     return true;

@@ -113,7 +113,7 @@ void tst_StatusLine::remove()
     f->prompts.answers[int(PromptKind::YesNo)] = {6};
     window.findChild<QPushButton *>(QStringLiteral("cmdDelete"))->click();
     QCOMPARE(EngineCalls::ConsumerItems(*f->other, "*"), QList<qint32>());
-    QCOMPARE(window.StatusText(), QString());
+    QTRY_COMPARE(window.StatusText(), QString());
 }
 
 void tst_StatusLine::preview(const QString &title)
