@@ -147,9 +147,12 @@ QStringList tst_MediaDownloads::recordedFiles(qint32 id)
 {
     QStringList files;
     const BagPtr answer = m_engine->request({{"REQUEST", "ITEMS"}, {"SUBSCRIPTIONID", QString::number(id)}});
-    const ListPtr items = answer ? answer->bag("Result")->list("ITEMS") : nullptr;
+    const BagPtr result = answer ? answer->bag("Result") : nullptr;
+    const ListPtr items = result ? result->list("ITEMS") : nullptr;
     for (const PropertyValue &item : items ? items->items() : QList<PropertyValue>{}) {
-        for (const PropertyValue &enclosure : std::get<BagPtr>(item)->list("ENCLOSURES")->items()) {
+        // A list without enclosures shows as files missing: the test fails instead of crashing.
+        const ListPtr enclosures = std::get<BagPtr>(item)->list("ENCLOSURES");
+        for (const PropertyValue &enclosure : enclosures ? enclosures->items() : QList<PropertyValue>{}) {
             if (std::get<BagPtr>(enclosure)->contains("FILE"))
                 files.append(std::get<BagPtr>(enclosure)->text("FILE"));
         }
