@@ -1,5 +1,6 @@
 #include "FormControls.h"
 
+#include "StandardDialogs.h"
 #include "TimeField.h"
 
 #include <QAbstractButton>
@@ -23,6 +24,23 @@ void ShowChoice(QButtonGroup *group, QAbstractButton *chosen)
     for (QAbstractButton *button : group->buttons())
         button->setChecked(false);
     group->setExclusive(true);
+}
+
+void SetEnabled(std::initializer_list<QWidget *> controls, bool enabled)
+{
+    for (QWidget *control : controls)
+        control->setEnabled(enabled);
+}
+
+std::optional<OutlookFolder> PickMailFolder(QWidget *owner, const QString &unreachable,
+                                            const QString &unreachableDetail)
+{
+    const OutlookPtr store = GetOutlookNamespace();
+    if (!store) {
+        ShowAlert(owner, unreachable, unreachableDetail);
+        return std::nullopt;
+    }
+    return store->PickFolder(owner);
 }
 
 void ShowTime(QLineEdit *number, QComboBox *unit, qint32 seconds)

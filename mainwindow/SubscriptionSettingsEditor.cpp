@@ -265,15 +265,11 @@ void SubscriptionSettingsEditor::EnableOutlookTab()
 
 void SubscriptionSettingsEditor::PickSpecificFolder()
 {
-    const OutlookPtr outlook = GetOutlookNamespace();
-    if (!outlook) {
-        ShowAlert(
-            this, QStringLiteral("Outlook is not available."),
-            QStringLiteral("Outlook's folders can only be chosen while Outlook can be started. The folder "
-                           "stays as it was."));
-        return;
-    }
-    const std::optional<OutlookFolder> folder = outlook->PickFolder(this);
+    const std::optional<OutlookFolder> folder = FormControls::PickMailFolder(
+        this, QStringLiteral("Outlook is not available."),
+        QStringLiteral(
+            "Outlook's folders can only be chosen while Outlook can be started. The folder stays as "
+            "it was."));
     if (!folder)
         return;
     setSpecificFolderName(folder->path);

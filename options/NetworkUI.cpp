@@ -2,6 +2,7 @@
 
 #include "EngineClientBag.h"
 #include "EngineError.h"
+#include "FormControls.h"
 #include "HandleGuard.h"
 #include "NetworkSettingKeys.h"
 #include "RegistrySettings.h"
@@ -101,10 +102,10 @@ void NetworkUI::EnableNetwork()
     ui->optCurrentlyUsersCredentials->setEnabled(credentials);
     ui->optUseSpecificCredentials->setEnabled(credentials);
     const bool specific = credentials && ui->optUseSpecificCredentials->isChecked();
-    for (QWidget *field : std::initializer_list<QWidget *>{
-             ui->lblUsernameCredentials, ui->txtUsernameCredentials, ui->lblPasswordCredentials,
-             ui->txtPasswordCredentials, ui->lblDomainCredentials, ui->txtDomainCredentials})
-        field->setEnabled(specific);
+    FormControls::SetEnabled({ui->lblUsernameCredentials, ui->txtUsernameCredentials,
+                              ui->lblPasswordCredentials, ui->txtPasswordCredentials,
+                              ui->lblDomainCredentials, ui->txtDomainCredentials},
+                             specific);
 }
 
 void NetworkUI::TestProxy()

@@ -3,6 +3,7 @@
 #include "EngineClientBag.h"
 #include "EngineError.h"
 #include "EngineNames.h"
+#include "FormControls.h"
 #include "LocalSettings.h"
 #include "RegistrySettings.h"
 #include "StandardDialogs.h"
@@ -126,14 +127,10 @@ void OLDefaultsUI::ShowTopFolder(const QString &path)
 
 void OLDefaultsUI::PickTopFolder()
 {
-    const OutlookPtr store = GetOutlookNamespace();
-    if (!store) {
-        ShowAlert(this, QStringLiteral("The mail store is not available."),
-                  QStringLiteral("Its folders can only be chosen while it can be reached. The top folder "
-                                 "stays as it was."));
-        return;
-    }
-    const std::optional<OutlookFolder> folder = store->PickFolder(this);
+    const std::optional<OutlookFolder> folder = FormControls::PickMailFolder(
+        this, QStringLiteral("The mail store is not available."),
+        QStringLiteral(
+            "Its folders can only be chosen while it can be reached. The top folder stays as it was."));
     if (!folder)
         return;
     m_pickedTopFolder = folder;

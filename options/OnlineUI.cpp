@@ -2,6 +2,7 @@
 
 #include "EngineClientBag.h"
 #include "FieldError.h"
+#include "FormControls.h"
 #include "StandardDialogs.h"
 #include "TimeField.h"
 #include "ui_OnlineUI.h"
@@ -65,11 +66,10 @@ void OnlineUI::FieldsLoaded()
 void OnlineUI::EnableOnline()
 {
     const bool on = ui->chkOnlineEnabled->isChecked();
-    for (QWidget *field : std::initializer_list<QWidget *>{
-             ui->lblOnlineURL, ui->txtOnlineURL, ui->lblOnlineUsername, ui->txtOnlineUsername,
-             ui->lblOnlinePassword, ui->txtOnlinePassword, ui->lblUpdateFreq, ui->txtUpdateFreq,
-             ui->cboUpdateFreq, ui->cmdSyncNow})
-        field->setEnabled(on);
+    FormControls::SetEnabled({ui->lblOnlineURL, ui->txtOnlineURL, ui->lblOnlineUsername,
+                              ui->txtOnlineUsername, ui->lblOnlinePassword, ui->txtOnlinePassword,
+                              ui->lblUpdateFreq, ui->txtUpdateFreq, ui->cboUpdateFreq, ui->cmdSyncNow},
+                             on);
 }
 
 QString OnlineUI::Problem() const

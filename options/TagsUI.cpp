@@ -1,5 +1,6 @@
 #include "TagsUI.h"
 
+#include "FormControls.h"
 #include "ui_TagsUI.h"
 
 namespace {
@@ -42,9 +43,8 @@ void TagsUI::FollowTagging()
 {
     // The account means nothing while tagging is off.
     const bool on = ui->chkTaggingEnabled->isChecked();
-    for (QWidget *field : std::initializer_list<QWidget *>{
-             ui->lblTagServiceName, ui->lblTagDisplayName, ui->lblTagServiceId, ui->lblTagService2,
-             ui->lblTagServiceUsername, ui->txtTagServiceUsername, ui->lblTagServicePassword,
-             ui->txtTagServicePassword})
-        field->setEnabled(on);
+    FormControls::SetEnabled({ui->lblTagServiceName, ui->lblTagDisplayName, ui->lblTagServiceId,
+                              ui->lblTagService2, ui->lblTagServiceUsername, ui->txtTagServiceUsername,
+                              ui->lblTagServicePassword, ui->txtTagServicePassword},
+                             on);
 }
