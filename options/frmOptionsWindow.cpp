@@ -315,14 +315,11 @@ void frmOptionsWindow::ShowNetworkPane()
 bool frmOptionsWindow::ApplyCurrentModule()
 {
     const CModuleRecord *module = m_modules.Module(m_current);
-    ConfigPage *page = CurrentPage();
-    if (m_networkShown && Page(kNetworkPane)) {
-        QMetaObject::invokeMethod(Page(kNetworkPane), "Apply");
-        return true;
-    }
+    ConfigPage *page = ShownPage();
     if (!module || !page)
         return true;
-    if (!ModuleTable::ValidatesBeforeApply(*module) || CallSafeToApply(page))
+    // The network page has no check of its own before it applies.
+    if (m_networkShown || !ModuleTable::ValidatesBeforeApply(*module) || CallSafeToApply(page))
         QMetaObject::invokeMethod(page, "Apply");
     // Success in every case: a refused page keeps its values but Apply goes off all the same.
     return true;
