@@ -113,7 +113,7 @@ void FirstRunSetup::SaveDelivery(bool newStore)
             .Write(*m_client);
         return;
     }
-    const QString section = QStringLiteral("OutlookDefaults");
+    const QString section = EngineNames::kOutlookDefaults;
     SetConsumerSetting(*m_client, EngineNames::kOutlookConsumer, section,
                        QStringLiteral("MakeNewPST_fileName"), quillon::kMissingText);
     SetConsumerSetting(*m_client, EngineNames::kOutlookConsumer, section, QStringLiteral("RadioSubPlacement"),

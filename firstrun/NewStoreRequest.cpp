@@ -16,5 +16,5 @@ void NewStoreRequest::Write(quillon::SubscribeClient &client) const
     client.SetStringValue(bag.get(), QStringLiteral("MakeNewPST_path"), folder);
     client.SetStringValue(bag.get(), QStringLiteral("MakeNewPST_mode"), ModeCode(mode));
     client.SetStringValue(bag.get(), QStringLiteral("MakeNewPST_fileName"), fileName);
-    client.SetSettings(EngineNames::kOutlookConsumer, QStringLiteral("OutlookDefaults"), bag.get());
+    client.SetSettings(EngineNames::kOutlookConsumer, EngineNames::kOutlookDefaults, bag.get());
 }

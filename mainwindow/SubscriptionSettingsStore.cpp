@@ -77,7 +77,7 @@ SubscriptionTabValues SubscriptionSettingsStore::ReadSubscriptionTab(const QList
 OutlookTabValues SubscriptionSettingsStore::ReadOutlookTab(const QList<qint32> &ids)
 {
     const QString themeDefault = GetConsumerSetting(m_client, kArticleTheme, QStringLiteral("Default"),
-                                                    kOutlook, QStringLiteral("OutlookDefaults"));
+                                                    kOutlook, EngineNames::kOutlookDefaults);
     const KeyDefaults keys = {{kStoreLocation, SettingsEditorRules::kStoreInParentFolder},
                               {kSpecificFolder, QString()},
                               {kSpecificFolderId, QString()},

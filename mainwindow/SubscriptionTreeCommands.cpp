@@ -113,7 +113,7 @@ qint32 SubscriptionTreeCommands::SubDeletedInConfig()
 {
     const QString value =
         GetConsumerSetting(*m_client, QStringLiteral("SubDeletedInConfig"), QStringLiteral("2"),
-                           kOutlookConsumer, QStringLiteral("OutlookDefaults"));
+                           kOutlookConsumer, EngineNames::kOutlookDefaults);
     // Only a number is a standing answer; anything else means ask, never a silent removal.
     bool isNumber = false;
     const qint32 number = value.trimmed().toInt(&isNumber);

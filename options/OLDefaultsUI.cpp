@@ -33,7 +33,7 @@ FieldBinding Choice(const char *control, SettingStore &store, const char *key, c
 
 OLDefaultsUI::OLDefaultsUI(QWidget *parent)
     : ConfigPage(parent), ui(std::make_unique<Ui::OLDefaultsUI>()),
-      m_outlook(EngineNames::kOutlookConsumer, QStringLiteral("OutlookDefaults"))
+      m_outlook(EngineNames::kOutlookConsumer, EngineNames::kOutlookDefaults)
 {
     ui->setupUi(this);
     // Indexes and defaults are the ones mail delivery acts on (FolderDefaults).

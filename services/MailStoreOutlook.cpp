@@ -23,7 +23,7 @@ QString MailStoreOutlook::defaultRoot(quillon::SubscribeClient *client)
     try {
         const QString made =
             client ? GetConsumerSetting(*client, QStringLiteral("StoreRoot"), QString(),
-                                        EngineNames::kOutlookConsumer, QStringLiteral("OutlookDefaults"))
+                                        EngineNames::kOutlookConsumer, EngineNames::kOutlookDefaults)
                    : QString();
         if (!made.isEmpty() && made != quillon::kMissingText)
             return made;
