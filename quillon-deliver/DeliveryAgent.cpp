@@ -23,6 +23,12 @@ DeliveryAgent::DeliveryAgent(quillon::SubscribeClientPtr client, std::unique_ptr
     connect(&m_readTimer, &QTimer::timeout, this, &DeliveryAgent::pollReadMarks);
     connect(&m_replanTimer, &QTimer::timeout, this, &DeliveryAgent::replanFolders);
     connect(&m_retryTimer, &QTimer::timeout, this, [this] {
+        if (m_startPending) {
+            QString error;
+            if (storeReachable() && !begin(&error))
+                Q_EMIT engineLost(error);
+            return;
+        }
         requestArticles();
         requestRemovals();
     });
@@ -42,6 +48,18 @@ bool DeliveryAgent::start(QString *error)
 {
     if (!m_store->open(error))
         return false;
+    // A store that is away at start-up (a disk not mounted yet) is waited for before anything
+    // is read from it, the folder index included.
+    if (!storeReachable()) {
+        m_startPending = true;
+        return true;
+    }
+    return begin(error);
+}
+
+bool DeliveryAgent::begin(QString *error)
+{
+    m_startPending = false;
     m_index.load();
     try {
         ConsumerRequests::connect(*m_client, DeliverySettings::kConsumer, this,

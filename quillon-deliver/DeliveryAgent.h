@@ -110,6 +110,8 @@ private:
     void engineFailed(const std::exception &e);
     // The retry timer, with a pause that doubles up to kMaxRetryMs.
     void retryLater();
+    // The part of start() that needs the store.
+    [[nodiscard]] bool begin(QString *error);
     [[nodiscard]] bool storeReachable();
     void storeFailed(qint32 subscriptionId, qint32 articleId, const QString &error);
     void logToEngine(const QString &text, qint32 level);
@@ -132,6 +134,7 @@ private:
     static constexpr int kMaxRetryMs = 15000;
     int m_retryMs = kFirstRetryMs;
     bool m_storeAway = false;
+    bool m_startPending = false;        // started while the store was away
     QSet<qint32> m_failedSubscriptions; // told the engine's log once
     Batch m_articles;
     qint32 m_articleChain = 0;        // answers of an older chain are dropped

@@ -48,10 +48,32 @@ bool MaildirStore::makeMaildir(const QString &dir, QString *error) const
     return true;
 }
 
+QStringList MaildirStore::madeRoots() const
+{
+    QFile file(m_rootsRecord);
+    if (m_rootsRecord.isEmpty() || !file.open(QIODevice::ReadOnly))
+        return {};
+    return QString::fromUtf8(file.readAll()).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+}
+
+void MaildirStore::rememberRoot() const
+{
+    const QString root = QFileInfo(m_root).absoluteFilePath();
+    if (m_rootsRecord.isEmpty() || madeRoots().contains(root))
+        return;
+    QDir().mkpath(QFileInfo(m_rootsRecord).absolutePath());
+    QFile file(m_rootsRecord);
+    if (!file.open(QIODevice::Append) || file.write((root + QLatin1Char('\n')).toUtf8()) < 0)
+        qCWarning(lcDeliver) << "cannot note the mail store in" << m_rootsRecord;
+}
+
 bool MaildirStore::open(QString *error)
 {
+    if (!reachable() && madeRoots().contains(QFileInfo(m_root).absoluteFilePath()))
+        return true; // away: the delivery waits for it
     if (!makeMaildir(m_root, error))
         return false;
+    rememberRoot();
     // Messages left in tmp/ by a delivery that was cut off were never acknowledged: they
     // come again from the engine.
     QList<Folder> all = folders();

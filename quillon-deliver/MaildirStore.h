@@ -15,6 +15,9 @@ public:
     explicit MaildirStore(QString root) : m_root(std::move(root)) {}
 
     [[nodiscard]] QString describe() const override { return m_root; }
+    // The file listing the roots made here: one made before and gone now is a disk away, to be
+    // waited for, not made again on the bare mount point.
+    void setRootsRecord(QString path) { m_rootsRecord = std::move(path); }
     [[nodiscard]] bool open(QString *error) override;
     [[nodiscard]] bool reachable() override;
     [[nodiscard]] bool add(const Folder &folder, const QString &key, const QByteArray &message,
@@ -48,10 +51,13 @@ private:
     [[nodiscard]] QHash<QString, QString> messages(const QString &dir) const;
     QSet<QString> &knownKeys(const QString &dir);
     [[nodiscard]] bool makeMaildir(const QString &dir, QString *error) const;
+    [[nodiscard]] QStringList madeRoots() const;
+    void rememberRoot() const;
     // The folder's directory goes when no message at all is left in it.
     void dropIfEmpty(const QString &dir);
 
     QString m_root;
+    QString m_rootsRecord;
     QList<Pending> m_pending;
     QHash<QString, QSet<QString>> m_keys; // by folder directory
     QHash<QString, qint64> m_stamps;      // last seen change stamp, by folder directory

@@ -21,6 +21,15 @@ QString defaultRoot()
     return QDir(QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation))
         .filePath(QStringLiteral("Corvell/Mail"));
 }
+
+// The list of Maildir roots delivery has made, kept as state outside every root.
+QString rootsRecord()
+{
+    QString state = qEnvironmentVariable("XDG_STATE_HOME");
+    if (state.isEmpty())
+        state = QDir::homePath() + QStringLiteral("/.local/state");
+    return state + QStringLiteral("/quillon-deliver/maildir-roots");
+}
 } // namespace
 
 int main(int argc, char *argv[])
@@ -89,8 +98,10 @@ int main(int argc, char *argv[])
         options.readPollMs = 3000; // each look is a STATUS per folder on the server
     } else {
         // A root named on the command line is taken as it is; else the settings decide.
-        store = std::make_unique<MaildirStore>(parser.isSet(maildir) ? root
-                                                                     : StoreLocation::resolve(*client, root));
+        auto maildirStore = std::make_unique<MaildirStore>(
+            parser.isSet(maildir) ? root : StoreLocation::resolve(*client, root));
+        maildirStore->setRootsRecord(rootsRecord());
+        store = std::move(maildirStore);
     }
     // The folder index lives in the Maildir tree, or where the tree would be for IMAP.
     const QString indexPath = parser.isSet(index)

@@ -56,6 +56,17 @@ BagPtr OutlineBags::bag(const OpmlOutline &outline, const QUrl &base)
     return node;
 }
 
+bool OutlineBags::isWebAddress(const QString &address)
+{
+    const QString scheme = QUrl(address).scheme().toLower();
+    if (scheme == QLatin1String("feed")) {
+        // "feed://host/x" is http; "feed:<address>" wraps one, which must itself be on the web.
+        const QString inner = address.mid(5);
+        return inner.startsWith(QLatin1String("//")) || isWebAddress(inner);
+    }
+    return scheme == QLatin1String("http") || scheme == QLatin1String("https") || scheme.isEmpty();
+}
+
 QString OutlineBags::resolved(const QString &address, const QUrl &base)
 {
     // Only web and file documents have a place that relative addresses hang from.
@@ -67,9 +78,7 @@ QString OutlineBags::resolved(const QString &address, const QUrl &base)
     const QString full = url.isRelative() ? base.resolved(url).toString() : address;
     // A document from the web names web addresses only: local files are opened by the user's
     // own hand, never because a remote list says so.
-    const QString target = QUrl(full).scheme().toLower();
-    if (remote && !(target == QLatin1String("http") || target == QLatin1String("https") ||
-                    target == QLatin1String("feed") || target.isEmpty()))
+    if (remote && !isWebAddress(full))
         return QString();
     return full;
 }

@@ -21,6 +21,7 @@ private:
     [[nodiscard]] static BagPtr bag(const OpmlOutline &outline, const QUrl &base);
     static void collectFeeds(const QList<OpmlOutline> &outlines, const QUrl &base, PropertyList &into);
     [[nodiscard]] static QString resolved(const QString &address, const QUrl &base);
+    [[nodiscard]] static bool isWebAddress(const QString &address);
 };
 
 } // namespace quillon

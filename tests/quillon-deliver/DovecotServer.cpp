@@ -8,6 +8,8 @@
 #include <QTcpSocket>
 #include <QTest>
 
+#include <utility>
+
 #ifdef Q_OS_UNIX
 #include <grp.h>
 #include <pwd.h>
@@ -26,9 +28,25 @@ DovecotServer::DovecotServer() = default;
 
 DovecotServer::~DovecotServer()
 {
-    if (m_started)
-        QProcess::execute(executable(), {QStringLiteral("-c"), m_dir.filePath(QStringLiteral("dovecot.conf")),
-                                         QStringLiteral("stop")});
+    stop();
+}
+
+void DovecotServer::stop()
+{
+    if (!std::exchange(m_started, false))
+        return;
+    QProcess::execute(executable(), {QStringLiteral("-c"), m_dir.filePath(QStringLiteral("dovecot.conf")),
+                                     QStringLiteral("stop")});
+    // The master goes in the background; gone once the port takes no more connections.
+    const bool gone = QTest::qWaitFor(
+        [this] {
+            QTcpSocket socket;
+            socket.connectToHost(QHostAddress::LocalHost, m_port);
+            return !socket.waitForConnected(200);
+        },
+        10000);
+    if (!gone)
+        qWarning("dovecot still answers on port %u", unsigned(m_port));
 }
 
 QString DovecotServer::executable()
@@ -71,7 +89,7 @@ bool DovecotServer::start(QString *why)
             "dovecot is not installed (Debian package dovecot-imapd; scripts/setup-deps.sh installs it)");
         return false;
     }
-    {
+    if (m_port == 0) {
         QTcpServer probe; // a free port for the listener
         if (!probe.listen(QHostAddress::LocalHost))
             return false;

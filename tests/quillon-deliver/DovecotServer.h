@@ -12,8 +12,10 @@ public:
     DovecotServer();
     ~DovecotServer();
 
-    // False with a reason when dovecot is missing or does not start.
+    // False with a reason when dovecot is missing or does not start. Started again after
+    // stop(), it listens on the same port with the same mail.
     [[nodiscard]] bool start(QString *why);
+    void stop();
     [[nodiscard]] quint16 port() const { return m_port; }
     [[nodiscard]] QString user() const { return QStringLiteral("reader"); }
     [[nodiscard]] QString password() const { return QStringLiteral("secret"); }

@@ -235,9 +235,11 @@ void tst_EngineRequests::fetchOpmlReadsFilesWebListsAndReaders()
     m_server.serve("/local.opml", "<opml><body><outline text=\"L\" xmlUrl=\"file:///etc/passwd\""
                                   " htmlUrl=\"http://w.example/\"/><outline text=\"Q\" type=\"link\""
                                   " url=\"quillon-data:directory/root.opml\"/><outline text=\"E\""
-                                  " xmlUrl=\"\"/></body></opml>");
+                                  " xmlUrl=\"\"/><outline text=\"F\" xmlUrl=\"feed:file:///etc/passwd\"/>"
+                                  "</body></opml>");
     const ListPtr local = fetchOpml(url("/local.opml"))->bag("Result")->list("SubscriptionList");
     QVERIFY(!entry(local, 0)->contains("xmlUrl") && !entry(local, 1)->contains("url"));
+    QVERIFY(!entry(local, 3)->contains("xmlUrl"));
     QVERIFY(entry(local, 2)->contains("xmlUrl")); // present though empty: still a feed
     QCOMPARE(entry(local, 0)->text("htmlUrl"), "http://w.example/");
 
