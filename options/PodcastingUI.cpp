@@ -51,6 +51,11 @@ PodcastingUI::PodcastingUI(QWidget *parent) : ConfigPage(parent), ui(std::make_u
          .key = QStringLiteral("PlaylistFolderTitle"),
          .codec = FieldCodec::Text},
         Flag("chkMakeBookmark", m_media, "MakeBookmarkable", "0"),
+        {.control = QStringLiteral("spnKeepNewestFiles"),
+         .store = &m_media,
+         .key = QStringLiteral("KeepNewestFiles"),
+         .defaultValue = QStringLiteral("0"),
+         .codec = FieldCodec::Number},
     });
     for (QRadioButton *option : {ui->OptAlwaysDownload, ui->optNeverDownload, ui->OptPromptDownload})
         connect(option, &QRadioButton::toggled, this, [this](bool on) {

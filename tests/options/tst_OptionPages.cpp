@@ -23,6 +23,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QSpinBox>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
@@ -91,6 +92,8 @@ QString Shown(const QWidget &page, const QString &name)
         return QString::number(list->currentIndex());
     if (auto *slider = qobject_cast<QAbstractSlider *>(control))
         return QString::number(slider->value());
+    if (auto *spin = qobject_cast<QSpinBox *>(control))
+        return QString::number(spin->value());
     if (auto *label = qobject_cast<QLabel *>(control))
         return label->text();
     const QString text = qobject_cast<QLineEdit *>(control)->text();
@@ -108,6 +111,8 @@ void Edit(QWidget &page, const QString &name, const QString &value)
         list->setCurrentIndex(value.toInt());
     else if (auto *slider = qobject_cast<QAbstractSlider *>(control))
         slider->setValue(value.toInt());
+    else if (auto *spin = qobject_cast<QSpinBox *>(control))
+        spin->setValue(value.toInt());
     else
         qobject_cast<QLineEdit *>(control)->setText(value);
 }
@@ -245,9 +250,13 @@ void tst_OptionPages::pagesShowAndStoreTheirSettings_data()
 
     const QString media = "MEDIACONSUMER|Settings|";
     Row("enclosures: nothing stored asks, itunes, playlists named automatically", "PodcastingUI", {},
-        {{"cboPodcast", "0"}, {"optStoreInAutoFolder", "on"}, {"OptPromptDownload", "on"}},
-        {{"cboPodcast", "1"}, {"optStoreInNamedFolder", "on"}}, {},
-        {{media + "PodcastFilesToThisApp", "windowsmedia"},
+        {{"cboPodcast", "0"},
+         {"optStoreInAutoFolder", "on"},
+         {"OptPromptDownload", "on"},
+         {"spnKeepNewestFiles", "0"}},
+        {{"cboPodcast", "1"}, {"optStoreInNamedFolder", "on"}, {"spnKeepNewestFiles", "3"}}, {},
+        {{media + "KeepNewestFiles", "3"},
+         {media + "PodcastFilesToThisApp", "windowsmedia"},
          {media + "PlaylistNamingMode", "2"},
          {media + "PromptForAutoDownload", "1"},
          {media + "EnableAutoDownload", "0"}});
