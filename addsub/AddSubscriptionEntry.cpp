@@ -3,6 +3,7 @@
 #include "ClientAccess.h"
 #include "ConfigHost.h"
 #include "OpmlImport.h"
+#include "callbackSupport.h"
 #include "frmAddSubscription.h"
 #include "frmPreviewSubscription.h"
 
@@ -36,6 +37,11 @@ MainWindowEntryPoints EntryPoints()
     points.addSubscription = [](QWidget *owner) { OpenAddSubscription(owner, owner); };
     points.previewFeed = [](QWidget *owner, const QString &url) {
         OpenPreview(owner, owner, url, url, true);
+    };
+    points.previewAndAdd = [](QWidget *owner, const QString &title, const QString &url) {
+        if (OpenPreview(owner, owner, title, url, false))
+            callbackSupport::RequestAddSubscription(owner, ClientAccess::GetEngineClient(), title, url, true,
+                                                    QString(), QString(), QString());
     };
     points.importOpml = [](QWidget *owner, const QString &path) {
         if (!OpmlImport::IsValidOPMLFile(path)) {

@@ -3,6 +3,7 @@
 #include "AddSubscriptionRequests.h"
 #include "ConsumerSettings.h"
 #include "EngineNames.h"
+#include "FileTypeAssociations.h"
 #include "LocalSettings.h"
 #include "NewStoreRequest.h"
 #include "OpmlImport.h"
@@ -99,9 +100,12 @@ void FirstRunSetup::Run()
 
 void FirstRunSetup::SaveFileTypes(const WelcomeChoices &choices)
 {
-    for (int i = 0; i < WelcomeChoices::kFileTypes.size(); ++i)
+    const auto associations = FileTypeAssociations::ForThisDesktop();
+    for (int i = 0; i < WelcomeChoices::kFileTypes.size(); ++i) {
         SetConsumerSettingBool(*m_client, QStringLiteral("ENGINE"), QStringLiteral("FileTypeHandling"),
                                WelcomeChoices::kFileTypes.at(i), choices.fileTypes.value(i));
+        associations->SetHandled(WelcomeChoices::kFileTypes.at(i), choices.fileTypes.value(i));
+    }
 }
 
 void FirstRunSetup::SaveDelivery(bool newStore)

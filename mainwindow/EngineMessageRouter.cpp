@@ -51,6 +51,9 @@ void EngineMessageRouter::Dispatch(const QString &name, quillon::Handle result)
 {
     if (name == QLatin1String("ImportOPML"))
         OnImportOpml(result);
+    else if (name == QLatin1String("PreviewSubscription"))
+        m_target.OpenPreviewToAdd(m_client->GetStringValue(result, QStringLiteral("TITLE")),
+                                  m_client->GetStringValue(result, QStringLiteral("URL")));
     else if (name == QLatin1String("PromptForDownload"))
         OnPromptForDownload(result);
     else if (name == QLatin1String("LoginRequired"))

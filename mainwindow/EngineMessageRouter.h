@@ -19,6 +19,8 @@ public:
     virtual void CloseForEngineEnd() = 0;
     // The engine asks to import an OPML file.
     virtual void OpenImport(const QString &path) = 0;
+    // The engine asks to preview a feed opened from the desktop, for the user to add it.
+    virtual void OpenPreviewToAdd(const QString &title, const QString &url) = 0;
     // Places a subscription that arrived while the window is open; false when it could not.
     virtual bool PlaceNewSubscription(qint32 id, const QString &title, const QString &url,
                                       const QString &category) = 0;

@@ -465,6 +465,16 @@ void frmMainWindow::OpenImport(const QString &path)
     ImportOPMLFile(path);
 }
 
+void frmMainWindow::OpenPreviewToAdd(const QString &title, const QString &url)
+{
+    if (isMinimized())
+        showNormal();
+    if (m_entryPoints.previewAndAdd)
+        m_entryPoints.previewAndAdd(this, title, url);
+    else
+        NotAvailableYet(QStringLiteral("The feed preview"));
+}
+
 bool frmMainWindow::PlaceNewSubscription(qint32 id, const QString &title, const QString &url,
                                          const QString &category)
 {

@@ -101,6 +101,7 @@ private:
     // What the router asks of the window.
     void CloseForEngineEnd() override;
     void OpenImport(const QString &path) override;
+    void OpenPreviewToAdd(const QString &title, const QString &url) override;
     bool PlaceNewSubscription(qint32 id, const QString &title, const QString &url,
                               const QString &category) override;
     void RefreshAndSelect(qint32 selectId) override;

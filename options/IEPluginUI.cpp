@@ -1,5 +1,6 @@
 #include "IEPluginUI.h"
 
+#include "FileTypeAssociations.h"
 #include "ui_IEPluginUI.h"
 
 IEPluginUI::IEPluginUI(QWidget *parent) : ConfigPage(parent), ui(std::make_unique<Ui::IEPluginUI>())
@@ -28,3 +29,13 @@ IEPluginUI::IEPluginUI(QWidget *parent) : ConfigPage(parent), ui(std::make_uniqu
 }
 
 IEPluginUI::~IEPluginUI() = default;
+
+void IEPluginUI::Apply()
+{
+    ConfigPage::Apply();
+    if (Dirty())
+        return; // nothing was stored
+    const auto associations = FileTypeAssociations::ForThisDesktop();
+    for (const QCheckBox *box : {ui->chkRSS, ui->chkATOM, ui->chkFEED, ui->chkOPML})
+        associations->SetHandled(box->objectName().mid(3), box->isChecked());
+}

@@ -18,6 +18,9 @@ public:
     explicit IEPluginUI(QWidget *parent = nullptr);
     ~IEPluginUI() override;
 
+    // Stores the switches and tells the desktop which file types to hand over.
+    void Apply() override;
+
 private:
     std::unique_ptr<Ui::IEPluginUI> ui;
     ConsumerSettingStore m_fileTypes{QStringLiteral("ENGINE"), QStringLiteral("FileTypeHandling")};

@@ -3,6 +3,7 @@
 #include "DeliveryLogging.h"
 #include "DurableFile.h"
 #include "FolderPlan.h"
+#include "MailReaderConfig.h"
 
 #include <QDir>
 #include <QFile>
@@ -85,7 +86,18 @@ bool MaildirStore::open(QString *error)
                 tmp.remove(name);
         }
     }
+    listFolders();
     return true;
+}
+
+void MaildirStore::listFolders()
+{
+    QStringList dirs = QDir(m_root).entryList(QDir::Dirs | QDir::Hidden | QDir::NoDotAndDotDot, QDir::Name);
+    dirs.removeIf([](const QString &name) { return !name.startsWith(QLatin1Char('.')) || name.size() < 2; });
+    if (m_configWritten && dirs == m_listed)
+        return;
+    m_configWritten = MailReaderConfig::write(m_root, dirs);
+    m_listed = dirs;
 }
 
 bool MaildirStore::reachable()
@@ -229,6 +241,7 @@ void MaildirStore::dropIfEmpty(const QString &dir)
     }
     QDir(dir).removeRecursively();
     m_keys.remove(dir);
+    listFolders();
 }
 
 bool MaildirStore::exists(const Folder &folder)
@@ -243,6 +256,7 @@ bool MaildirStore::create(const Folder &folder, QString *error)
         if (!makeMaildir(folderPath(folder.mid(0, depth)), error))
             return false;
     }
+    listFolders();
     return true;
 }
 
@@ -260,6 +274,8 @@ QList<MailStore::Folder> MaildirStore::folders()
 
 QList<MailStore::Folder> MaildirStore::changedFolders(const QList<Folder> &watched)
 {
+    // Folders the user made or deleted in the mail program count too.
+    listFolders();
     QList<Folder> changed;
     for (const Folder &folder : watched) {
         const QString dir = folderPath(folder);

@@ -55,10 +55,14 @@ private:
     void rememberRoot() const;
     // The folder's directory goes when no message at all is left in it.
     void dropIfEmpty(const QString &dir);
+    // Rewrites the mail program's configuration when the folders differ from those it lists.
+    void listFolders();
 
     QString m_root;
     QString m_rootsRecord;
     QList<Pending> m_pending;
     QHash<QString, QSet<QString>> m_keys; // by folder directory
     QHash<QString, qint64> m_stamps;      // last seen change stamp, by folder directory
+    QStringList m_listed;                 // folder directories the configuration names
+    bool m_configWritten = false;
 };

@@ -4,7 +4,8 @@ set -euo pipefail
 pkgs=(cmake g++ make pkg-config qt6-base-dev qt6-base-dev-tools libqt6sql6-sqlite libgl-dev python3 xvfb xauth qt6-webengine-dev
       libgmime-3.0-dev libcurl4-openssl-dev dovecot-imapd dbus-daemon util-linux passwd
       qtkeychain-qt6-dev libsecret-1-0 gnome-keyring clang-format
-      libproxy-dev squid apache2-utils fonts-wqy-microhei)
+      libproxy-dev squid apache2-utils fonts-wqy-microhei
+      xdg-utils neomutt tmux)
 # The peers the benchmarks under bench/ measure against: only with --bench, since no test needs them.
 [ "${1:-}" = "--bench" ] && pkgs+=(newsboat rss2email gpodder curl hyperfine)
 missing=()

@@ -6,6 +6,7 @@
 #include "CatalogRequests.h"
 #include "DeliveryRequests.h"
 #include "DeliveryStore.h"
+#include "DesktopRequests.h"
 #include "DocumentRequests.h"
 #include "EngineCore.h"
 #include "EngineDatabase.h"
@@ -117,6 +118,7 @@ private:
     std::unique_ptr<DocumentRequests> m_documents;
     std::unique_ptr<DeliveryStore> m_deliveryStore;
     std::unique_ptr<DeliveryRequests> m_delivery;
+    std::unique_ptr<DesktopRequests> m_desktop;
     std::unique_ptr<FeedUpdater> m_updater;
     std::unique_ptr<FeedScheduler> m_scheduler;
     std::unique_ptr<SecretVault> m_vault;

@@ -22,6 +22,7 @@
 #include <QInputDialog>
 #include <QLabel>
 #include <QLineEdit>
+#include <QProcess>
 #include <QPushButton>
 #include <QSpinBox>
 #include <QTemporaryDir>
@@ -55,10 +56,17 @@ std::unique_ptr<ConfigPage> MakePage(const QString &name)
 
 // "CONSUMER|section|key" for the engine's settings; "sync|key" for the synchronisation
 // settings, "local|section|key" for the program's own store, "reg|product|key" for the vendor
-// branch (section "CONFIGCONSUMER"). Nothing stored reads "-".
+// branch (section "CONFIGCONSUMER"), "desk|type" for the desktop's handler of a MIME type as
+// xdg-mime tells it. Nothing stored reads "-".
 QString Read(SubscribeClient &client, const QString &place)
 {
     const QStringList at = place.split('|');
+    if (at.first() == "desk") {
+        QProcess query;
+        query.start("xdg-mime", {"query", "default", at.at(1)});
+        return query.waitForFinished() ? QString::fromUtf8(query.readAllStandardOutput()).trimmed()
+                                       : "xdg-mime: " + query.errorString();
+    }
     if (at.first() == "sync") {
         HandleGuard sync(client, client.GetSyncSettings());
         return client.GetStringValue(sync.get(), at.at(1));
@@ -144,6 +152,10 @@ private:
 void tst_OptionPages::initTestCase()
 {
     LocalSettings::SetBaseFolder(m_settings.path());
+    // The file-type switches tell the desktop through the user's XDG folders: these are the test's.
+    qputenv("XDG_CONFIG_HOME", m_settings.filePath("config").toUtf8());
+    qputenv("XDG_DATA_HOME", m_settings.filePath("data").toUtf8());
+    qputenv("XDG_DATA_DIRS", m_settings.filePath("system").toUtf8());
     // The top-folder picker looks at a real mail store and is answered like a user would.
     QVERIFY(QDir(m_mail.path()).mkpath(".Feeds.News/cur"));
     SetOutlookProvider([this] { return std::make_shared<MailStoreOutlook>(m_mail.path()); });
@@ -240,13 +252,21 @@ void tst_OptionPages::pagesShowAndStoreTheirSettings_data()
         {{"txtOnlinePassword", "abc"}, {"txtUpdateFreq", "1"}}, {nameNeeded},
         {{"sync|SyncPassword", "abc"}, {"sync|SyncFrequency", "3600"}});
 
+    const QString opener = "quillon-open.desktop";
     Row("browser: file types, preview and inline commands", "IEPluginUI",
         {{"ENGINE|FileTypeHandling|OPML", "0"}},
         {{"chkRSS", "on"}, {"chkOPML", "off"}, {"chkInlineTopLevel", "off"}},
         {{"chkRSS", "off"}, {"chkOPML", "on"}, {"chkInlineTopLevel", "on"}}, {},
         {{"ENGINE|FileTypeHandling|RSS", "0"},
          {"ENGINE|FileTypeHandling|OPML", "1"},
-         {"ENGINE||Inline Subscriptions", "1"}});
+         {"ENGINE||Inline Subscriptions", "1"},
+         {"desk|application/rss+xml", ""},
+         {"desk|application/atom+xml", opener},
+         {"desk|text/x-opml", opener},
+         {"desk|x-scheme-handler/feed", opener}});
+    Row("browser: file types switched off", "IEPluginUI", {{"ENGINE|FileTypeHandling|RSS", "0"}}, {},
+        {{"chkATOM", "off"}, {"chkFEED", "off"}, {"chkOPML", "off"}}, {},
+        {{"desk|application/atom+xml", ""}, {"desk|text/x-opml", ""}, {"desk|x-scheme-handler/feed", ""}});
 
     const QString media = "MEDIACONSUMER|Settings|";
     Row("enclosures: nothing stored asks, itunes, playlists named automatically", "PodcastingUI", {},

@@ -1,9 +1,14 @@
 #include "ArticleHtml.h"
 #include "FolderPlan.h"
+#include "MailReaderConfig.h"
+#include "MaildirStore.h"
 #include "MessageBuilder.h"
 #include "TestRows.h"
 
+#include <QProcess>
 #include <QRegularExpression>
+#include <QStandardPaths>
+#include <QTemporaryDir>
 #include <QTest>
 
 Q_DECLARE_METATYPE(FolderDefaults)
@@ -46,6 +51,7 @@ private Q_SLOTS:
     void messageIsStableAndFilterable();
     void hostileFeedDataStaysInert_data();
     void hostileFeedDataStaysInert();
+    void neomuttListsEveryDeliveredFolder();
 };
 
 void tst_FolderPlan::folderFollowsSettings_data()
@@ -245,6 +251,41 @@ void tst_FolderPlan::hostileFeedDataStaysInert()
     QVERIFY(!page.contains(QLatin1String("<img"), Qt::CaseInsensitive));
     if (field == "body" && value.contains("pixel"))
         QVERIFY(page.contains(QLatin1String("href=\"http://tracker.example/p.gif\">[pixel]")));
+}
+
+// The README's command opens the delivered mail with every folder listed, and only those.
+void tst_FolderPlan::neomuttListsEveryDeliveredFolder()
+{
+    if (QStandardPaths::findExecutable("neomutt").isEmpty() ||
+        QStandardPaths::findExecutable("tmux").isEmpty())
+        QSKIP("neomutt or tmux is not installed (scripts/setup-deps.sh installs both)");
+    QTemporaryDir home;
+    MaildirStore store(home.filePath("Mail"));
+    QVERIFY(store.open(nullptr));
+    for (const QStringList &folder : {QStringList{"Corvell for Outlook", "Tech", "Kernel Notes"},
+                                      QStringList{"Corvell for Outlook", "World"}, QStringList{"Gone Feed"}})
+        QVERIFY(store.create(folder, nullptr) && store.add(folder, "a1", "Subject: hi\n\nbody\n", nullptr));
+    QVERIFY(store.commit(nullptr));
+    store.removeAll({"Gone Feed"});
+
+    const auto tmux = [](const QStringList &arguments) {
+        QProcess run;
+        run.start("tmux", QStringList{"-L", "quillon-mail-test", "-f", "/dev/null"} + arguments);
+        run.waitForFinished();
+        return QString::fromUtf8(run.readAllStandardOutput());
+    };
+    const QString config = home.filePath("Mail/" + MailReaderConfig::kFileName);
+    tmux({"new-session", "-d", "-x", "160", "-y", "40",
+          "HOME='" + home.path() + "' neomutt -F '" + config + "'"});
+    QString screen;
+    const auto listed = [&] {
+        screen = tmux({"capture-pane", "-p"});
+        return screen.contains("Corvell for Outlook") && screen.contains("Tech") &&
+               screen.contains("Kernel Notes") && screen.contains("World");
+    };
+    const bool shown = QTest::qWaitFor(listed, 15000);
+    tmux({"kill-server"});
+    QVERIFY2(shown && !screen.contains("Gone Feed"), qPrintable(screen));
 }
 
 QTEST_GUILESS_MAIN(tst_FolderPlan)
