@@ -92,6 +92,9 @@ bool MaildirStore::open(QString *error)
 
 void MaildirStore::listFolders()
 {
+    // A root that is away (a disk not mounted) lists nothing, which says nothing of its folders.
+    if (!reachable())
+        return;
     QStringList dirs = QDir(m_root).entryList(QDir::Dirs | QDir::Hidden | QDir::NoDotAndDotDot, QDir::Name);
     dirs.removeIf([](const QString &name) { return !name.startsWith(QLatin1Char('.')) || name.size() < 2; });
     if (m_configWritten && dirs == m_listed)
