@@ -7,12 +7,16 @@
 #include "TimeField.h"
 #include "ui_OnlineUI.h"
 
+#include <QDateTime>
+#include <QLocale>
 #include <QLoggingCategory>
 
 Q_LOGGING_CATEGORY(lcOnline, "corvell.options.online")
 
 namespace {
 constexpr qint32 kMinimumSyncSeconds = 900;
+// A run that has not ended after two minutes shows its outcome when the page is opened again.
+constexpr int kStatusPolls = 120;
 const QString kFrequencyField = QStringLiteral("the synchronisation frequency");
 } // namespace
 
@@ -53,6 +57,8 @@ OnlineUI::OnlineUI(QWidget *parent) : ConfigPage(parent), ui(std::make_unique<Ui
                    QStringLiteral("Synchronise now, with the settings stored."));
     connect(ui->chkOnlineEnabled, &QCheckBox::toggled, this, &OnlineUI::EnableOnline);
     connect(ui->cmdSyncNow, &QPushButton::clicked, this, &OnlineUI::SyncNow);
+    m_statusPoll.setInterval(1000);
+    connect(&m_statusPoll, &QTimer::timeout, this, &OnlineUI::PollSyncStatus);
     LoadValues();
 }
 
@@ -61,6 +67,36 @@ OnlineUI::~OnlineUI() = default;
 void OnlineUI::FieldsLoaded()
 {
     EnableOnline();
+    try {
+        ShowSyncStatus();
+    } catch (const quillon::EngineError &error) {
+        qCWarning(lcOnline) << "the synchronisation's outcome cannot be read:" << error.message();
+    }
+}
+
+QString OnlineUI::ShowSyncStatus()
+{
+    const auto stored =
+        m_sync.Read({{QStringLiteral("SyncStatus"), QString()}, {QStringLiteral("SyncTime"), QString()}});
+    const QString status = stored.value(QStringLiteral("SyncStatus"));
+    const QString time = stored.value(QStringLiteral("SyncTime"));
+    const QDateTime when = QDateTime::fromString(time, Qt::ISODate).toLocalTime();
+    ui->lblSyncStatus->setText(status.isEmpty()
+                                   ? QStringLiteral("Not synchronised yet.")
+                                   : QStringLiteral("Last synchronisation, %1: %2")
+                                         .arg(QLocale().toString(when, QLocale::ShortFormat), status));
+    return time;
+}
+
+void OnlineUI::PollSyncStatus()
+{
+    try {
+        if (ShowSyncStatus() != m_runBefore || --m_pollsLeft <= 0)
+            m_statusPoll.stop();
+    } catch (const quillon::EngineError &error) {
+        qCWarning(lcOnline) << "the synchronisation's outcome cannot be read:" << error.message();
+        m_statusPoll.stop();
+    }
 }
 
 void OnlineUI::EnableOnline()
@@ -98,7 +134,11 @@ bool OnlineUI::SafeToApply()
 void OnlineUI::SyncNow()
 {
     try {
+        m_runBefore = ShowSyncStatus();
         EngineClientBag::Client()->SyncNow();
+        ui->lblSyncStatus->setText(QStringLiteral("Synchronising..."));
+        m_pollsLeft = kStatusPolls;
+        m_statusPoll.start();
     } catch (const quillon::EngineError &error) {
         qCWarning(lcOnline) << "synchronisation could not be started:" << error.message();
     }

@@ -3,6 +3,8 @@
 #include "ConfigPage.h"
 #include "SyncSettingStore.h"
 
+#include <QTimer>
+
 #include <memory>
 
 namespace Ui {
@@ -28,8 +30,15 @@ protected:
 private:
     void EnableOnline();
     void SyncNow();
+    // Shows the engine's last outcome; answers when that run ended ("" before any).
+    QString ShowSyncStatus();
+    void PollSyncStatus();
     [[nodiscard]] QString Problem() const;
 
     std::unique_ptr<Ui::OnlineUI> ui;
     SyncSettingStore m_sync;
+    // After "Synchronise Now", the outcome is read until a run newer than m_runBefore ended.
+    QTimer m_statusPoll;
+    QString m_runBefore;
+    int m_pollsLeft = 0;
 };

@@ -5,7 +5,8 @@ pkgs=(cmake g++ make pkg-config qt6-base-dev qt6-base-dev-tools libqt6sql6-sqlit
       libgmime-3.0-dev libcurl4-openssl-dev dovecot-imapd dbus-daemon util-linux passwd
       qtkeychain-qt6-dev libsecret-1-0 gnome-keyring clang-format
       libproxy-dev squid apache2-utils fonts-wqy-microhei
-      xdg-utils neomutt tmux)
+      xdg-utils neomutt tmux
+      tt-rss php-cli php-pgsql postgresql iproute2 curl)
 # The peers the benchmarks under bench/ measure against: only with --bench, since no test needs them.
 [ "${1:-}" = "--bench" ] && pkgs+=(newsboat rss2email gpodder curl hyperfine)
 missing=()

@@ -54,6 +54,7 @@ EngineCorePrivate::EngineCorePrivate(QString folder)
 EngineCorePrivate::~EngineCorePrivate()
 {
     // Whatever answers later goes first, while the stores it writes to still exist.
+    m_sync.reset();
     m_scheduler.reset();
     m_updater.reset();
     m_documents.reset();
@@ -163,6 +164,10 @@ void EngineCorePrivate::createFetching()
                                                   [this](qint32 id) { m_updater->update(id); });
     if (m_updating)
         m_scheduler->start();
+    m_sync = std::make_unique<OnlineSync>(SyncJournal(*m_db, *m_subscriptions, *m_settings), *m_settings,
+                                          *m_subscriptions, *m_log, now, messenger(),
+                                          [this] { m_scheduler->poke(); });
+    m_sync->follow();
 }
 
 EngineMessenger EngineCorePrivate::messenger()
@@ -449,18 +454,18 @@ PropertyValue EngineCorePrivate::submitRequest(const Call &call)
 PropertyValue EngineCorePrivate::setSyncSettings(const Call &call)
 {
     SyncSettings(*m_settings).write(call.args);
+    m_sync->follow();
     return {};
 }
 
 PropertyValue EngineCorePrivate::getSyncSettings(const Call &)
 {
-    return SyncSettings(*m_settings).read();
+    return m_sync->settingsBag();
 }
 
-PropertyValue EngineCorePrivate::syncNow(const Call &call)
+PropertyValue EngineCorePrivate::syncNow(const Call &)
 {
-    m_log->write(1, sessions.consumerOf(call.session),
-                 QStringLiteral("Synchronisation requested; no synchronisation server is available"), now());
+    m_sync->runNow();
     return {};
 }
 

@@ -17,6 +17,7 @@
 #include "FeedScheduler.h"
 #include "FeedUpdater.h"
 #include "FetchPolicy.h"
+#include "OnlineSync.h"
 #include "OperationArguments.h"
 #include "Outbox.h"
 #include "ReaderImporterRegistry.h"
@@ -123,6 +124,7 @@ private:
     std::unique_ptr<FeedScheduler> m_scheduler;
     std::unique_ptr<SecretVault> m_vault;
     std::unique_ptr<SettingsFollower> m_follower;
+    std::unique_ptr<OnlineSync> m_sync;
     Outbox m_outbox;
     qint32 m_lastRequest = 0;
     int m_callDepth = 0;

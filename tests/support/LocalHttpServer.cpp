@@ -19,14 +19,17 @@ LocalHttpServer::~LocalHttpServer()
     m_server.close();
 }
 
-bool LocalHttpServer::listen()
+bool LocalHttpServer::listen(const QHostAddress &address, quint16 port)
 {
-    return m_server.listen(QHostAddress::LocalHost, 0);
+    return m_server.listen(address, port);
 }
 
 QUrl LocalHttpServer::url(const QString &path) const
 {
-    return QUrl(QStringLiteral("http://127.0.0.1:%1%2").arg(m_server.serverPort()).arg(path));
+    const quint16 port = m_server.serverPort();
+    return QUrl(QStringLiteral("http://%1%2%3")
+                    .arg(m_server.serverAddress().toString(),
+                         port == 80 ? QString() : QStringLiteral(":%1").arg(port), path));
 }
 
 void LocalHttpServer::setRoute(const QString &path, const Route &route)
@@ -94,6 +97,7 @@ void LocalHttpServer::answer(QTcpSocket *socket, const Request &request)
     const auto route = m_routes.constFind(request.path);
     if (route == m_routes.cend()) {
         socket->write(response(404, "Not Found", {{"Content-Type", "text/plain"}}, "no such document"));
+        closeIfAsked(socket, request);
         return;
     }
     if (route->neverAnswer)
@@ -116,6 +120,14 @@ void LocalHttpServer::answer(QTcpSocket *socket, const Request &request)
         return;
     }
     socket->write(bytes);
+    closeIfAsked(socket, request);
+}
+
+void LocalHttpServer::closeIfAsked(QTcpSocket *socket, const Request &request)
+{
+    // Clients that read to the end of the stream (PHP's own) wait for this.
+    if (request.headers.value("connection").compare("close", Qt::CaseInsensitive) == 0)
+        socket->disconnectFromHost();
 }
 
 using Header = QPair<QByteArray, QByteArray>;

@@ -45,7 +45,9 @@ public:
     explicit LocalHttpServer(QObject *parent = nullptr);
     ~LocalHttpServer() override;
 
-    [[nodiscard]] bool listen();
+    // On 127.0.0.1 and a free port unless told otherwise.
+    [[nodiscard]] bool listen(const QHostAddress &address = QHostAddress(QHostAddress::LocalHost),
+                              quint16 port = 0);
     [[nodiscard]] QUrl url(const QString &path) const;
     void setRoute(const QString &path, const Route &route);
     // A 200 with the body and, optionally, a content type.
@@ -76,6 +78,7 @@ private:
     void readRequests(QTcpSocket *socket);
     [[nodiscard]] static bool takeRequest(QByteArray &buffer, Request &request);
     void answer(QTcpSocket *socket, const Request &request);
+    static void closeIfAsked(QTcpSocket *socket, const Request &request);
     [[nodiscard]] static QByteArray response(int status, const QByteArray &reason,
                                              const QList<QPair<QByteArray, QByteArray>> &headers,
                                              const QByteArray &body, qint64 announce = -1);

@@ -1,0 +1,74 @@
+#pragma once
+
+#include "EngineMessenger.h"
+#include "PropertyBag.h"
+#include "SyncJournal.h"
+#include "SyncRun.h"
+#include "SyncService.h"
+
+#include <QDateTime>
+#include <QObject>
+#include <QTimer>
+
+#include <functional>
+#include <memory>
+
+namespace quillon {
+
+class EngineLog;
+class SettingsStore;
+class SubscriptionStore;
+
+// Runs the online synchronisation the stored settings ask for: every "SyncFrequency" seconds
+// (at least 900) and on request, one run at a time, its network work on the event loop so
+// client calls are answered meanwhile. Each outcome is kept beside the settings and logged.
+class OnlineSync : public QObject
+{
+    Q_OBJECT
+public:
+    using Clock = std::function<QDateTime()>;
+    // Subscriptions were added or removed here: fetch and schedule again.
+    using Changed = std::function<void()>;
+
+    static constexpr int kShortestFrequency = 900;
+
+    OnlineSync(SyncJournal journal, SettingsStore &settings, SubscriptionStore &subscriptions, EngineLog &log,
+               const Clock &clock, EngineMessenger messenger, Changed changed);
+    ~OnlineSync() override;
+
+    // Replaces the protocol (tests), before any run.
+    void setService(std::unique_ptr<SyncService> service);
+    // Reads the settings again: the queue's switch and the timer.
+    void follow();
+    // Starts a run now, or right after the one under way.
+    void runNow();
+    // The five settings plus "SyncStatus" (the last outcome, "" before any) and "SyncTime"
+    // (when it ended, ISO-8601 UTC).
+    [[nodiscard]] BagPtr settingsBag() const;
+    [[nodiscard]] bool isRunning() const { return m_run != nullptr && m_running; }
+
+Q_SIGNALS:
+    void runFinished(const QString &outcome);
+
+private:
+    void start();
+    void finish(const SyncRun::Result &result);
+    void record(const SyncOutcome &outcome, const SyncJournal::Applied &applied);
+    void announce(const SyncJournal::Applied &applied);
+    [[nodiscard]] SyncAccount account() const;
+
+    SyncJournal m_journal;
+    SettingsStore &m_settings;
+    SubscriptionStore &m_subscriptions;
+    EngineLog &m_log;
+    const Clock &m_clock;
+    EngineMessenger m_messenger;
+    Changed m_changed;
+    std::unique_ptr<SyncService> m_service;
+    std::unique_ptr<SyncRun> m_run;
+    QTimer m_timer;
+    bool m_running = false;
+    bool m_again = false;
+};
+
+} // namespace quillon

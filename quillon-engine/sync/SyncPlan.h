@@ -1,0 +1,43 @@
+#pragma once
+
+#include "SyncTypes.h"
+
+#include <QStringList>
+
+namespace quillon {
+
+// What a run changes on either side, decided from the engine's snapshot and what the server
+// holds; no I/O. A subscription both sides had at the last run and one side lacks now was
+// removed there; one the other side never had was added. The server reports no times, so its
+// changes count as made at the last run: a change queued here since then wins.
+class SyncPlan
+{
+public:
+    struct Subscriptions
+    {
+        QList<LocalSubscription> subscribeRemote;
+        QList<RemoteFeed> unsubscribeRemote;
+        QList<RemoteFeed> addHere;
+        QList<qint32> removeHere;
+
+        [[nodiscard]] bool changesRemote() const
+        {
+            return !subscribeRemote.isEmpty() || !unsubscribeRemote.isEmpty();
+        }
+    };
+    struct ReadStates
+    {
+        QStringList markReadRemote;
+        QStringList markUnreadRemote;
+        // Article ID to its new read state here.
+        QHash<qint64, bool> setHere;
+    };
+
+    [[nodiscard]] static Subscriptions subscriptions(const SyncSnapshot &snapshot,
+                                                     const QList<RemoteFeed> &remote);
+    // Articles are matched within their feed by link, else by guid.
+    [[nodiscard]] static ReadStates readStates(const SyncSnapshot &snapshot, const QList<RemoteFeed> &feeds,
+                                               const QList<RemoteArticle> &articles);
+};
+
+} // namespace quillon

@@ -1,0 +1,61 @@
+#pragma once
+
+#include <QDateTime>
+#include <QHash>
+#include <QList>
+#include <QSet>
+#include <QString>
+
+namespace quillon {
+
+// A subscription as the sync server keeps it; category is "" at the top.
+struct RemoteFeed
+{
+    QString id;
+    QString url;
+    QString title;
+    QString category;
+};
+
+// One article the server holds, with its read state.
+struct RemoteArticle
+{
+    QString id;
+    QString feedId;
+    QString link;
+    QString guid;
+    bool read = false;
+};
+
+struct LocalSubscription
+{
+    qint32 id = 0;
+    QString url;
+    QString title;
+    QString category;
+};
+
+struct LocalArticle
+{
+    qint64 id = 0;
+    QString feedUrl;
+    QString link;
+    QString guid;
+    bool read = false;
+};
+
+// What the engine holds when a run starts: its subscriptions, the articles of those, the
+// subscriptions both sides had after the last run, and the changes queued since.
+struct SyncSnapshot
+{
+    QList<LocalSubscription> subscriptions;
+    QList<LocalArticle> articles;
+    QSet<QString> agreedUrls;
+    QSet<QString> subscribedHere;
+    QSet<QString> unsubscribedHere;
+    // Read (true) or unread (false), by article ID, the latest change of each.
+    QHash<qint64, bool> readChangedHere;
+    qint64 lastChangeId = 0;
+};
+
+} // namespace quillon

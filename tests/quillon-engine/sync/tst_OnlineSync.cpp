@@ -1,0 +1,194 @@
+#include "EngineFixture.h"
+#include "LocalHttpServer.h"
+#include "TinyRssServer.h"
+
+#include <QSqlDatabase>
+#include <QSqlQuery>
+
+using namespace quillon;
+
+namespace {
+QByteArray rss(const QString &name)
+{
+    QString out = QStringLiteral("<?xml version=\"1.0\"?><rss version=\"2.0\"><channel><title>Feed %1</title>"
+                                 "<link>http://example.com/</link><description>d</description>")
+                      .arg(name);
+    for (const QString &n : {QStringLiteral("1"), QStringLiteral("2")})
+        out += QStringLiteral(
+                   "<item><guid>%1%2</guid><title>Item %1%2</title><link>http://example.com/%1%2</link>"
+                   "<description>Body</description></item>")
+                   .arg(name, n);
+    return (out + "</channel></rss>").toUtf8();
+}
+} // namespace
+
+// Synchronisation against a real Tiny Tiny RSS, whose feeds come from kFeedHost.
+class tst_OnlineSync : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void syncsSubscriptionsAndReadStateBothWays();
+    void tellsWhyARunFailed_data();
+    void tellsWhyARunFailed();
+
+private:
+    void configure(EngineFixture &f, const QString &address,
+                   const QString &password = TinyRssServer::kPassword);
+    static QString syncValue(EngineFixture &f, const QString &name);
+    static QString sync(EngineFixture &f);
+    // One value of the engine's database, read beside it.
+    static QString local(EngineFixture &f, const QString &statement);
+    QString feed(const QString &name) const { return m_feeds.url("/" + name + ".xml").toString(); }
+    QString serverFeeds() { return m_server.sql("select feed_url from ttrss_feeds order by feed_url"); }
+
+    LocalHttpServer m_feeds;
+    TinyRssServer m_server;
+};
+
+void tst_OnlineSync::initTestCase()
+{
+    if (const QString missing = TinyRssServer::missing(); !missing.isEmpty())
+        QSKIP(qPrintable(missing));
+    QVERIFY(m_feeds.listen(QHostAddress(TinyRssServer::kFeedHost), 80));
+    for (const QString &name : QStringList{"a", "b", "c"})
+        m_feeds.serve("/" + name + ".xml", rss(name));
+    QVERIFY2(m_server.start(), qPrintable(m_server.errorText()));
+}
+
+void tst_OnlineSync::configure(EngineFixture &f, const QString &address, const QString &password)
+{
+    f.client->SetSyncSettings(1, address, TinyRssServer::kUser, password, 900);
+}
+
+QString tst_OnlineSync::syncValue(EngineFixture &f, const QString &name)
+{
+    const Handle bag = f.client->GetSyncSettings();
+    const QString value = f.client->GetStringValue(bag, name);
+    f.client->ReleaseHandle(bag);
+    return value;
+}
+
+QString tst_OnlineSync::sync(EngineFixture &f)
+{
+    const QString before = syncValue(f, "SyncTime");
+    f.client->SyncNow();
+    if (!QTest::qWaitFor([&] { return syncValue(f, "SyncTime") != before; }, 30000))
+        return "(no run ended)";
+    return syncValue(f, "SyncStatus");
+}
+
+QString tst_OnlineSync::local(EngineFixture &f, const QString &statement)
+{
+    QString value;
+    {
+        QSqlDatabase db = QSqlDatabase::addDatabase("QSQLITE", "beside");
+        db.setDatabaseName(f.engine.core().databasePath());
+        QSqlQuery query(db);
+        if (db.open() && query.exec(statement) && query.next())
+            value = query.value(0).toString();
+    }
+    QSqlDatabase::removeDatabase("beside");
+    return value;
+}
+
+void tst_OnlineSync::syncsSubscriptionsAndReadStateBothWays()
+{
+    EngineFixture f;
+    f.engine.core().startUpdating();
+    configure(f, m_server.address());
+    m_server.sql("insert into ttrss_feed_categories (owner_uid, title) values (1, 'Tech')");
+    m_server.sql("insert into ttrss_feeds (owner_uid, title, feed_url, cat_id) select 1, 'B', '" + feed("b") +
+                 "', id from ttrss_feed_categories where title = 'Tech'");
+    f.add(feed("a"));
+
+    // Added on either side: on both after a run, the server's in its category, the tree told.
+    QCOMPARE(sync(f), "synchronised");
+    QCOMPARE(serverFeeds(), feed("a") + "\n" + feed("b"));
+    QCOMPARE(local(f, "select category from subscriptions where url = '" + feed("b") + "'"), "Tech");
+    QTRY_VERIFY(std::any_of(f.events->received.cbegin(), f.events->received.cend(), [&](const BagPtr &m) {
+        return m->text("MESSAGE") == "SubscriptionAdded" && m->bag("Result")->text("URL") == feed("b");
+    }));
+
+    // Read here and read there, each taken by the other side.
+    QVERIFY2(m_server.update(), qPrintable(m_server.errorText()));
+    QTRY_COMPARE_WITH_TIMEOUT(local(f, "select count(*) from articles"), "4", 20000);
+    const QString a1 = local(f, "select id from articles where link = 'http://example.com/a1'");
+    QCOMPARE(f.request({{"REQUEST", "SETREADSTATE"}, {"ARTICLEIDS", a1}, {"READ", "1"}})->text("MESSAGE"),
+             "ReadStateResult");
+    m_server.sql("update ttrss_user_entries set unread = false where ref_id in "
+                 "(select id from ttrss_entries where link = 'http://example.com/b1')");
+    QCOMPARE(sync(f), "synchronised");
+    QCOMPARE(m_server.sql("select e.link from ttrss_user_entries u join ttrss_entries e on e.id = u.ref_id "
+                          "where not u.unread order by e.link"),
+             "http://example.com/a1\nhttp://example.com/b1");
+    QCOMPARE(
+        local(f,
+              "select group_concat(link) from (select link from articles where is_read = 1 order by link)"),
+        "http://example.com/a1,http://example.com/b1");
+
+    // Removed on either side: gone from both.
+    f.client->RemoveItem("NEWS",
+                         local(f, "select id from subscriptions where url = '" + feed("b") + "'").toInt(), 0);
+    m_server.sql("delete from ttrss_feeds where feed_url = '" + feed("a") + "'");
+    QCOMPARE(sync(f), "synchronised");
+    QCOMPARE(serverFeeds(), "");
+    QCOMPARE(local(f, "select count(*) from subscriptions"), "0");
+
+    // Made while the server is away: sent when it is back.
+    m_server.stopWeb();
+    f.add(feed("c"));
+    QVERIFY(sync(f).startsWith("cannot reach the server"));
+    QVERIFY2(m_server.startWeb(), qPrintable(m_server.errorText()));
+    QCOMPARE(sync(f), "synchronised");
+    QCOMPARE(serverFeeds(), feed("c"));
+}
+
+void tst_OnlineSync::tellsWhyARunFailed_data()
+{
+    QTest::addColumn<QString>("address");
+    QTest::addColumn<QString>("password");
+    QTest::addColumn<bool>("apiOff");
+    QTest::addColumn<QString>("outcome");
+    QTest::newRow("wrong password") << ""
+                                    << "wrong" << false << "wrong user name or password (LOGIN_ERROR)";
+    QTest::newRow("API off") << "" << TinyRssServer::kPassword << true
+                             << "the server's API is switched off (API_DISABLED)";
+    QTest::newRow("no API") << "web page" << TinyRssServer::kPassword << false
+                            << "no sync API found at this address";
+    QTest::newRow("nobody there") << "http://127.0.0.1:1/" << TinyRssServer::kPassword << false
+                                  << "cannot reach the server (Connection refused)";
+}
+
+void tst_OnlineSync::tellsWhyARunFailed()
+{
+    QFETCH(QString, address);
+    QFETCH(QString, password);
+    QFETCH(bool, apiOff);
+    QFETCH(QString, outcome);
+    LocalHttpServer page;
+    QVERIFY(page.listen());
+    page.serve("/", "<html><body>A web page</body></html>", "text/html");
+    EngineFixture f;
+    configure(f,
+              address.isEmpty()       ? m_server.address()
+              : address == "web page" ? page.url("/").toString()
+                                      : address,
+              password);
+    m_server.sql(
+        QStringLiteral("update ttrss_user_prefs set value = '%1' where pref_name = 'ENABLE_API_ACCESS'")
+            .arg(apiOff ? "false" : "true"));
+    QCOMPARE(sync(f), outcome);
+    m_server.sql("update ttrss_user_prefs set value = 'true' where pref_name = 'ENABLE_API_ACCESS'");
+}
+
+int main(int argc, char **argv)
+{
+    TinyRssServer::enterPrivateNetwork(argv);
+    QCoreApplication app(argc, argv);
+    tst_OnlineSync test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "tst_OnlineSync.moc"
