@@ -1,6 +1,7 @@
 #include "CategoryTreeModel.h"
 
 #include "CategoryTree.h"
+#include "DetailsPane.h"
 #include "TreeIcons.h"
 #include "categoriesUtils.h"
 
@@ -154,8 +155,14 @@ QVariant CategoryTreeModel::data(const QModelIndex &index, int role) const
     case Qt::DisplayRole:
     case Qt::EditRole:
         return node->text();
+    case UnreadCountRole:
+        return UnreadCount(*node);
+    case FailedRole:
+        return categoriesUtils::IsSubscription(node) && DetailsPane::IsFailure(FactsOf(*node).lastStatus);
+    case Qt::ForegroundRole:
+        return data(index, FailedRole).toBool() ? QVariant(TreeIcons::kFailedColor) : QVariant();
     case Qt::DecorationRole:
-        return TreeIcons::ForImage(node->image(), categoriesUtils::IsCategory(node));
+        return Decoration(*node);
     case Qt::FontRole: {
         if (!node->bold())
             return {};
@@ -164,13 +171,54 @@ QVariant CategoryTreeModel::data(const QModelIndex &index, int role) const
         return font;
     }
     case Qt::ToolTipRole:
-        return m_toolTip && categoriesUtils::IsSubscription(node) ? m_toolTip(*node) : QVariant();
+        return ToolTip(*node);
     case Qt::BackgroundRole:
         if (node != m_dropTarget)
             return {};
         return QGuiApplication::palette().color(QPalette::Highlight).lighter(160);
     default:
         return {};
+    }
+}
+
+SubscriptionFacts CategoryTreeModel::FactsOf(const CategoryNode &node) const
+{
+    return m_facts ? m_facts->value(node.tag().toInt()) : SubscriptionFacts();
+}
+
+qint32 CategoryTreeModel::UnreadCount(const CategoryNode &node) const
+{
+    if (categoriesUtils::IsSubscription(&node))
+        return DetailsPane::CountOrZero(FactsOf(node).unreadCount);
+    qint32 sum = 0;
+    for (const CategoryNode *subscription : categoriesUtils::CollectSubscriptions(node))
+        sum += DetailsPane::CountOrZero(FactsOf(*subscription).unreadCount);
+    return sum;
+}
+
+QVariant CategoryTreeModel::ToolTip(const CategoryNode &node) const
+{
+    if (!categoriesUtils::IsSubscription(&node))
+        return {};
+    // A failing feed says why first; its address follows as for every subscription.
+    const SubscriptionFacts facts = FactsOf(node);
+    if (DetailsPane::IsFailure(facts.lastStatus))
+        return facts.lastStatus + QLatin1Char('\n') + facts.url;
+    return facts.url;
+}
+
+QVariant CategoryTreeModel::Decoration(const CategoryNode &node) const
+{
+    const bool category = categoriesUtils::IsCategory(&node);
+    const bool failed = !category && DetailsPane::IsFailure(FactsOf(node).lastStatus);
+    return TreeIcons::ForImage(node.image(), category, failed);
+}
+
+void CategoryTreeModel::FactsChanged(const CategoryNode *node)
+{
+    for (; node && !m_bulk; node = node->parent()) {
+        const QModelIndex at = IndexOf(node);
+        Q_EMIT dataChanged(at, at);
     }
 }
 

@@ -1,20 +1,27 @@
 #pragma once
 
-#include <QAbstractItemModel>
+#include "SubscriptionListLoader.h"
 
-#include <functional>
+#include <QAbstractItemModel>
+#include <QHash>
 
 class CategoryNode;
 class CategoryTree;
 
 // Shows a CategoryTree in a tree view: one column, the node's text, its check-state picture
-// and bold categories. It follows the tree's signals; a bulk change (a full reload) is shown
-// as one reset instead of thousands of inserts.
+// and bold categories; beside the text, for the view to draw, the unread count (a category's
+// is the sum of its subscriptions') and whether a subscription's last update failed. It
+// follows the tree's signals; a bulk change (a full reload) is shown as one reset instead of
+// thousands of inserts.
 class CategoryTreeModel : public QAbstractItemModel
 {
     Q_OBJECT
 public:
     static inline const QString kNodeMimeType = QStringLiteral("application/x-configconsumer-node-key");
+    enum Role {
+        UnreadCountRole = Qt::UserRole + 1, // 0 when nothing is unread or the count is unknown
+        FailedRole,                         // true for a subscription whose last update failed
+    };
 
     explicit CategoryTreeModel(CategoryTree &tree, QObject *parent = nullptr);
 
@@ -42,11 +49,10 @@ public:
     // Highlights the category a dragged node would land in; null for none.
     void SetDropTarget(const CategoryNode *node);
     [[nodiscard]] const CategoryNode *DropTarget() const { return m_dropTarget; }
-    // Extra text for a subscription's tooltip (its address).
-    void SetToolTipSource(std::function<QString(const CategoryNode &)> source)
-    {
-        m_toolTip = std::move(source);
-    }
+    // Where the subscriptions' addresses, counts and statuses come from; outlives the model.
+    void SetFacts(const QHash<qint32, SubscriptionFacts> *facts) { m_facts = facts; }
+    // The subscription's facts changed: its row and those of the categories above it show anew.
+    void FactsChanged(const CategoryNode *node);
 
 Q_SIGNALS:
     void RenameRequested(CategoryNode *node, const QString &text);
@@ -58,6 +64,10 @@ private:
     void OnAboutToBeMoved(CategoryNode *node, CategoryNode *newParent, int newRow);
     void OnChanged(CategoryNode *node);
     void OnAboutToBeCleared();
+    [[nodiscard]] SubscriptionFacts FactsOf(const CategoryNode &node) const;
+    [[nodiscard]] qint32 UnreadCount(const CategoryNode &node) const;
+    [[nodiscard]] QVariant ToolTip(const CategoryNode &node) const;
+    [[nodiscard]] QVariant Decoration(const CategoryNode &node) const;
 
     CategoryTree &m_tree;
     bool m_bulk = false;
@@ -66,5 +76,5 @@ private:
     bool m_removing = false;
     bool m_resetting = false;
     const CategoryNode *m_dropTarget = nullptr;
-    std::function<QString(const CategoryNode &)> m_toolTip;
+    const QHash<qint32, SubscriptionFacts> *m_facts = nullptr;
 };

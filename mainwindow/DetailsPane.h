@@ -20,6 +20,11 @@ public:
     [[nodiscard]] static QString DateText(const QString &value, const QLocale &locale = QLocale());
     // A count as a grouped number; a missing count is 0.
     [[nodiscard]] static QString CountText(qint64 value, const QLocale &locale = QLocale());
+    // Whether the last fetch failed: the engine's status then begins with "Error".
+    [[nodiscard]] static bool IsFailure(const QString &status)
+    {
+        return status.startsWith(QLatin1String("Error"));
+    }
     // A missing count (the marker, or below 0) adds nothing to a sum.
     [[nodiscard]] static qint32 CountOrZero(qint32 value) { return value < 0 ? 0 : value; }
 };

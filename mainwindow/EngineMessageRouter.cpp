@@ -62,6 +62,8 @@ void EngineMessageRouter::Dispatch(const QString &name, quillon::Handle result)
         OnSubscriptionAdded(result);
     else if (name == QLatin1String("SubscriptionBindingChanged"))
         OnBindingChanged(result);
+    else if (name == QLatin1String("SubscriptionChanged"))
+        OnSubscriptionChanged(result);
 }
 
 void EngineMessageRouter::HandleSubscribeClientCallback(qint32 message)
@@ -211,16 +213,39 @@ void EngineMessageRouter::OnBindingChanged(quillon::Handle result)
     MaybeRefreshDisplay();
 }
 
+void EngineMessageRouter::OnSubscriptionChanged(quillon::Handle result)
+{
+    for (const qint32 id : MessageIds(result)) {
+        if (quillon::isValidId(id) && !m_changed.contains(id))
+            m_changed.append(id);
+    }
+}
+
+void EngineMessageRouter::Refresh(qint32 selectId)
+{
+    // A reload reads every subscription anew.
+    m_changed.clear();
+    m_target.RefreshAndSelect(selectId);
+}
+
+void EngineMessageRouter::FollowGatheredChanges()
+{
+    // Held back like a refresh while the window changes the engine; a reload to come covers them.
+    if (m_changed.isEmpty() || m_refresh.IgnoringMessages() || m_refresh.RefreshPending())
+        return;
+    m_target.FollowChanges(std::exchange(m_changed, {}));
+}
+
 void EngineMessageRouter::MaybeRefreshDisplay(qint32 selectId)
 {
     if (m_refresh.MaybeRefresh(selectId) == RefreshMerger::Action::Refresh)
-        m_target.RefreshAndSelect(selectId);
+        Refresh(selectId);
 }
 
 void EngineMessageRouter::DoDisplayRefresh()
 {
     try {
-        m_target.RefreshAndSelect(m_refresh.TakePendingSelection());
+        Refresh(m_refresh.TakePendingSelection());
     } catch (const std::exception &e) {
         CLog::SaveMessage(QLatin1String(HandlerNames::DoDisplayRefresh), QString::fromUtf8(e.what()));
     }
@@ -230,9 +255,11 @@ void EngineMessageRouter::Run()
 {
     try {
         const bool counting = m_refresh.Countdown() > 0;
-        if (m_refresh.Flush() != RefreshMerger::Action::Refresh)
+        if (m_refresh.Flush() != RefreshMerger::Action::Refresh) {
+            FollowGatheredChanges();
             return;
-        m_target.RefreshAndSelect(m_refresh.TakePendingSelection());
+        }
+        Refresh(m_refresh.TakePendingSelection());
         if (!counting)
             m_host.SetStatusText(QString());
     } catch (const std::exception &e) {

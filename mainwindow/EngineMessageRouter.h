@@ -26,10 +26,14 @@ public:
                                       const QString &category) = 0;
     // Reloads the list and tree and selects the subscription (or keeps the selection).
     virtual void RefreshAndSelect(qint32 selectId) = 0;
+    // Shows anew what the engine changed of these subscriptions (names, counts, statuses).
+    virtual void FollowChanges(const QList<qint32> &subscriptionIds) = 0;
 };
 
 // The main window's reactions to engine messages and request answers: which message does
 // what, the echoes of its own bindings, the download questions, and the merging of refreshes.
+// Changes to subscriptions ("SubscriptionChanged") are gathered and shown together at the
+// next flush, so a burst of them costs the window one pass per tick.
 class EngineMessageRouter
 {
 public:
@@ -44,7 +48,7 @@ public:
     // Refresh merging.
     void MaybeRefreshDisplay(qint32 selectId = -1);
     void DoDisplayRefresh();
-    // The tick's flush step.
+    // The tick's flush step: a pending refresh, else the gathered subscription changes.
     void Run();
     void QueueAnUpdate() { m_refresh.QueueAnUpdate(); }
     void SetIgnoreMessages(bool ignore) { m_refresh.SetIgnoreMessages(ignore); }
@@ -65,6 +69,9 @@ private:
     void OnPromptForDownload(quillon::Handle result);
     void OnSubscriptionAdded(quillon::Handle result);
     void OnBindingChanged(quillon::Handle result);
+    void OnSubscriptionChanged(quillon::Handle result);
+    void Refresh(qint32 selectId);
+    void FollowGatheredChanges();
     [[nodiscard]] QList<qint32> MessageIds(quillon::Handle result);
     [[nodiscard]] QString SubscriptionTitle(qint32 subscriptionId);
 
@@ -76,5 +83,7 @@ private:
     // Bindings this window made, by subscription: whether the echo should say "TRUE".
     QHash<qint32, bool> m_ownBinds;
     QList<qint32> m_downloadQueue;
+    // Subscriptions the engine changed since the last flush, in the order first heard.
+    QList<qint32> m_changed;
     bool m_askingDownloads = false;
 };

@@ -24,7 +24,7 @@ void SubscriptionDetailsView::ShowSubscription(const QString &title, const Subsc
     ui->lblDetailsHeading->setText(DetailsPane::Heading(title));
     ui->stkDetails->setCurrentWidget(ui->picDetails);
     ui->lblDetailsUrl->setText(facts.url);
-    ui->lblDetailsStatus->setText(DetailsPane::StatusText(status.lastStatus, status.downloads));
+    ui->lblDetailsStatus->setText(DetailsPane::StatusText(facts.lastStatus, status.downloads));
     ui->lblDetailsLastCheck->setText(DetailsPane::DateText(status.lastCheck));
     ui->lblDetailsNextCheck->setText(DetailsPane::DateText(status.nextCheck));
     ui->lblReadArticles->setText(DetailsPane::CountText(facts.readCount));

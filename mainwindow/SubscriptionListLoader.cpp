@@ -104,19 +104,31 @@ void SubscriptionListLoader::PlaceSubscriptions(Result &result)
         const qint32 id = m_client.GetLongValue(item.get(), QStringLiteral("SUBSCRIPTIONID"));
         if (id < 1 || id == quillon::kMissing)
             continue;
-        const QString url = m_client.GetStringValue(item.get(), QStringLiteral("URL"));
-        const QString text = NodeText(m_client.GetStringValue(item.get(), QStringLiteral("FOLDERTITLE")),
-                                      m_client.GetStringValue(item.get(), QStringLiteral("TITLE")), url);
         const bool isDelivered =
             delivered.Item(QStringLiteral("SubId_") + QString::number(id)) != quillon::kMissing;
-        CategoryNode *node = Place(
-            m_tree, id, text, m_client.GetStringValue(item.get(), QStringLiteral("CATEGORY")), isDelivered);
+        CategoryNode *node =
+            Place(m_tree, id, TextOf(m_client, item.get()),
+                  m_client.GetStringValue(item.get(), QStringLiteral("CATEGORY")), isDelivered);
         if (!node)
             continue;
         result.lastPlaced = node;
-        result.facts.insert(id, {url, m_client.GetLongValue(item.get(), QStringLiteral("ITEMREADCOUNT")),
-                                 m_client.GetLongValue(item.get(), QStringLiteral("ITEMUNREADCOUNT"))});
+        result.facts.insert(id, FactsOf(m_client, item.get()));
     }
+}
+
+QString SubscriptionListLoader::TextOf(quillon::SubscribeClient &client, quillon::Handle item)
+{
+    return NodeText(client.GetStringValue(item, QStringLiteral("FOLDERTITLE")),
+                    client.GetStringValue(item, QStringLiteral("TITLE")),
+                    client.GetStringValue(item, QStringLiteral("URL")));
+}
+
+SubscriptionFacts SubscriptionListLoader::FactsOf(quillon::SubscribeClient &client, quillon::Handle item)
+{
+    return {client.GetStringValue(item, QStringLiteral("URL")),
+            client.GetLongValue(item, QStringLiteral("ITEMREADCOUNT")),
+            client.GetLongValue(item, QStringLiteral("ITEMUNREADCOUNT")),
+            client.GetStringValue(item, QStringLiteral("LASTUPDATESTATUS"))};
 }
 
 CategoryNode *SubscriptionListLoader::Place(CategoryTree &tree, qint32 id, const QString &text,
@@ -147,12 +159,9 @@ void SubscriptionListLoader::ReadStatus(quillon::SubscribeClient &client, qint32
                                         SubscriptionStatus &status)
 {
     HandleGuard item(client, client.GetItemBag(kNewsClass, id, 0));
-    facts.url = client.GetStringValue(item.get(), QStringLiteral("URL"));
-    status.lastStatus = client.GetStringValue(item.get(), QStringLiteral("LASTUPDATESTATUS"));
+    facts = FactsOf(client, item.get());
     status.lastCheck = client.GetStringValue(item.get(), QStringLiteral("LastDateCheck"));
     status.nextCheck = client.GetStringValue(item.get(), QStringLiteral("NEXTUPDATETIME"));
-    facts.readCount = client.GetLongValue(item.get(), QStringLiteral("ITEMREADCOUNT"));
-    facts.unreadCount = client.GetLongValue(item.get(), QStringLiteral("ITEMUNREADCOUNT"));
     status.downloads = GetConsumerSetting(client, QStringLiteral("DownloadStatus"), QString(),
                                           QStringLiteral("MEDIACONSUMER"), SubscriptionSpecificsSection(id));
 }

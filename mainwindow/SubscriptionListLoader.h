@@ -10,18 +10,19 @@ class CategoryNode;
 class CategoryTree;
 
 // What the window keeps of a subscription between loads besides its node: the address for the
-// grid and the article counts the category panel adds up.
+// grid, the article counts the tree and the category panel add up, and the last fetch result
+// that marks a failing feed.
 struct SubscriptionFacts
 {
     QString url;
     qint32 readCount = quillon::kMissing;
     qint32 unreadCount = quillon::kMissing;
+    QString lastStatus = quillon::kMissingText;
 };
 
 // What the details pane shows beside the facts, as the engine gives it.
 struct SubscriptionStatus
 {
-    QString lastStatus = quillon::kMissingText;
     QString lastCheck = quillon::kMissingText;
     QString nextCheck = quillon::kMissingText;
     QString downloads; // the media downloader's progress, "" when nothing comes in
@@ -53,6 +54,9 @@ public:
     // The Outlook folder title when there is one, else the title, else the address.
     [[nodiscard]] static QString NodeText(const QString &folderTitle, const QString &title,
                                           const QString &url);
+    // The node text and the facts of a subscription's bag.
+    [[nodiscard]] static QString TextOf(quillon::SubscribeClient &client, quillon::Handle item);
+    [[nodiscard]] static SubscriptionFacts FactsOf(quillon::SubscribeClient &client, quillon::Handle item);
     [[nodiscard]] static bool HasValue(const QString &text);
     // Reads the subscription's status and brings its facts up to date; what was read before
     // a failure stays. Throws quillon::EngineError.

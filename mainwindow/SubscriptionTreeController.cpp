@@ -2,8 +2,10 @@
 
 #include "CLog.h"
 #include "CategoryTreeModel.h"
+#include "DetailsPane.h"
 #include "EngineMessageRouter.h"
 #include "EngineNames.h"
+#include "HandleGuard.h"
 #include "ItemClass.h"
 #include "PropertyBag.h"
 #include "RegistrySettings.h"
@@ -15,6 +17,7 @@
 #include <QGuiApplication>
 #include <QLoggingCategory>
 #include <QScopedValueRollback>
+#include <QSet>
 
 Q_DECLARE_LOGGING_CATEGORY(lcMainWindow)
 
@@ -26,8 +29,7 @@ SubscriptionTreeController::SubscriptionTreeController(CategoryTree &tree, Subsc
       m_model(new CategoryTreeModel(tree, this)), m_commands(tree, owner),
       m_modifierProbe([] { return QGuiApplication::queryKeyboardModifiers(); })
 {
-    m_model->SetToolTipSource(
-        [this](const CategoryNode &node) { return m_facts.value(node.tag().toInt()).url; });
+    m_model->SetFacts(&m_facts);
     m_view->setModel(m_model);
     connect(m_view->selectionModel(), &QItemSelectionModel::currentChanged, this,
             &SubscriptionTreeController::OnCurrentChanged);
@@ -186,6 +188,70 @@ void SubscriptionTreeController::OnExpansionChanged(const QModelIndex &index, bo
     node->setExpanded(expanded);
     if (!m_loading)
         RunEngineCommand(QStringLiteral("expand"), [this] { m_commands.SaveTree(); });
+}
+
+bool SubscriptionTreeController::FollowChanges(const QList<qint32> &subscriptionIds)
+{
+    if (!m_client)
+        return false;
+    const CategoryNode *current = CurrentNode();
+    bool currentChanged = false;
+    bool renamed = false;
+    const QHash<qint32, CategoryNode *> nodes = SubscriptionNodes(subscriptionIds);
+    for (const qint32 id : subscriptionIds) {
+        CategoryNode *node = nodes.value(id);
+        if (!node)
+            continue;
+        const QString before = node->text();
+        if (!FollowChange(*node))
+            continue;
+        renamed = renamed || node->text() != before;
+        // A category's details add up the subscriptions under it.
+        currentChanged = currentChanged || node == current || (current && current->isAncestorOf(node));
+    }
+    if (renamed)
+        Q_EMIT RowsChanged();
+    return currentChanged;
+}
+
+QHash<qint32, CategoryNode *> SubscriptionTreeController::SubscriptionNodes(const QList<qint32> &ids) const
+{
+    // One walk of the tree, however many subscriptions a burst of updates names.
+    const QSet<qint32> wanted(ids.cbegin(), ids.cend());
+    QHash<qint32, CategoryNode *> found;
+    QList<CategoryNode *> pending;
+    for (int i = 0; i < m_tree.topLevelCount(); ++i)
+        pending.append(m_tree.topLevelNode(i));
+    while (!pending.isEmpty()) {
+        CategoryNode *node = pending.takeLast();
+        if (IsSubscription(node) && wanted.contains(node->tag().toInt()))
+            found.insert(node->tag().toInt(), node);
+        for (int i = 0; i < node->childCount(); ++i)
+            pending.append(node->child(i));
+    }
+    return found;
+}
+
+bool SubscriptionTreeController::FollowChange(CategoryNode &node)
+{
+    const qint32 id = node.tag().toInt();
+    try {
+        HandleGuard item(*m_client, m_client->GetItemBag(EngineNames::kNewsClass, id, 0));
+        const SubscriptionFacts facts = SubscriptionListLoader::FactsOf(*m_client, item.get());
+        if (DetailsPane::IsFailure(facts.lastStatus) && facts.lastStatus != m_facts.value(id).lastStatus)
+            CLog::SaveMessage(QStringLiteral("Subscription update failed"), node.text(), facts.lastStatus);
+        m_facts.insert(id, facts);
+        // The same rule as a load: a name the user gave ("FOLDERTITLE") stays.
+        const QString text = SubscriptionListLoader::TextOf(*m_client, item.get());
+        if (text != node.text()) {
+            const QScopedValueRollback<bool> guard(m_selecting, true);
+            node.setText(text);
+        }
+    } catch (const quillon::EngineError &) {
+        return false; // removed meanwhile: the next reload drops its node
+    }
+    m_model->FactsChanged(&node);
+    return true;
 }
 
 bool SubscriptionTreeController::PlaceNewSubscription(qint32 id, const QString &title, const QString &url,

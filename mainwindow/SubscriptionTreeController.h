@@ -47,6 +47,9 @@ public:
     bool SelectRowByID(qint32 subscriptionId);
     [[nodiscard]] CategoryNode *CurrentNode() const;
     [[nodiscard]] qint32 SelectedSubscriptionId() const;
+    // Reads again what the engine changed of these subscriptions (name, counts, last status)
+    // and shows it in place, without a reload. True when one of them is the selected node.
+    bool FollowChanges(const QList<qint32> &subscriptionIds);
     // Places a subscription that arrived while the window is open; false when it could not.
     bool PlaceNewSubscription(qint32 id, const QString &title, const QString &url, const QString &category);
     void SaveTree();
@@ -67,6 +70,9 @@ Q_SIGNALS:
 
 private:
     void RestoreExpansion(const CategoryNode *parent);
+    [[nodiscard]] QHash<qint32, CategoryNode *> SubscriptionNodes(const QList<qint32> &ids) const;
+    // False when the subscription is gone from the engine.
+    bool FollowChange(CategoryNode &node);
     void ApplySelection(CategoryNode *node);
     void OnCurrentChanged(const QModelIndex &current, const QModelIndex &previous);
     void OnExpansionChanged(const QModelIndex &index, bool expanded);

@@ -2,6 +2,7 @@
 
 #include "CategoryTree.h"
 #include "CategoryTreeModel.h"
+#include "SubscriptionTreeDelegate.h"
 #include "categoriesUtils.h"
 
 #include <QDrag>
@@ -17,6 +18,7 @@ SubscriptionTreeView::SubscriptionTreeView(QWidget *parent) : QTreeView(parent)
     setIconSize(QSize(16, 16));
     setEditTriggers(QAbstractItemView::EditKeyPressed | QAbstractItemView::SelectedClicked);
     setSelectionMode(QAbstractItemView::SingleSelection);
+    setItemDelegate(new SubscriptionTreeDelegate(this));
     setDragEnabled(true);
     setAcceptDrops(true);
     setDropIndicatorShown(false);

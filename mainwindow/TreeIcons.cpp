@@ -45,7 +45,21 @@ void drawMark(QPainter &p, const QRectF &r, bool partial)
     p.drawPath(tick);
 }
 
-QPixmap paint(int size, bool folder, bool hasMark, bool filled, bool partial)
+// A red disc with a white bar and dot in the lower right corner: the feed failed.
+void drawFailureBadge(QPainter &p, int size)
+{
+    const qreal unit = size / 16.0;
+    const QRectF disc(unit * 7.5, unit * 7.5, unit * 8.5, unit * 8.5);
+    p.setPen(QPen(Qt::white, unit));
+    p.setBrush(TreeIcons::kFailedColor);
+    p.drawEllipse(disc);
+    p.setPen(QPen(Qt::white, unit * 1.4, Qt::SolidLine, Qt::RoundCap));
+    const qreal x = disc.center().x();
+    p.drawLine(QPointF(x, disc.top() + unit * 2), QPointF(x, disc.center().y() + unit * 0.6));
+    p.drawPoint(QPointF(x, disc.bottom() - unit * 1.9));
+}
+
+QPixmap paint(int size, bool folder, bool hasMark, bool filled, bool partial, bool failed)
 {
     QPixmap pixmap(size, size);
     pixmap.fill(Qt::transparent);
@@ -62,25 +76,28 @@ QPixmap paint(int size, bool folder, bool hasMark, bool filled, bool partial)
         if (filled)
             drawMark(p, box, partial);
     }
+    if (failed)
+        drawFailureBadge(p, size);
     return pixmap;
 }
 
 } // namespace
 
-QIcon TreeIcons::Make(bool folder, Mark mark)
+QIcon TreeIcons::Make(bool folder, Mark mark, bool failed)
 {
     const bool hasMark = mark != Mark::None;
     const bool filled = mark == Mark::Checked || mark == Mark::Partial;
     QIcon icon;
     for (const int size : {16, 24, 32, 48})
-        icon.addPixmap(paint(size, folder, hasMark, filled, mark == Mark::Partial));
+        icon.addPixmap(paint(size, folder, hasMark, filled, mark == Mark::Partial, failed));
     return icon;
 }
 
-QIcon TreeIcons::ForImage(const QString &imageName, bool isCategory)
+QIcon TreeIcons::ForImage(const QString &imageName, bool isCategory, bool failed)
 {
     static QHash<QString, QIcon> cache;
-    const QString key = (isCategory ? QStringLiteral("c:") : QStringLiteral("s:")) + imageName;
+    const QString key = (isCategory ? QStringLiteral("c") : QStringLiteral("s")) +
+                        (failed ? QStringLiteral("!:") : QStringLiteral(":")) + imageName;
     const auto found = cache.constFind(key);
     if (found != cache.constEnd())
         return *found;
@@ -91,7 +108,7 @@ QIcon TreeIcons::ForImage(const QString &imageName, bool isCategory)
         mark = Mark::Partial;
     else if (isCategory && imageName != QLatin1String("unchecked_folder"))
         mark = Mark::None;
-    const QIcon icon = Make(isCategory, mark);
+    const QIcon icon = Make(isCategory, mark, failed);
     cache.insert(key, icon);
     return icon;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QColor>
 #include <QIcon>
 #include <QString>
 
@@ -8,11 +9,15 @@
 class TreeIcons
 {
 public:
+    // The text colour and badge of a subscription whose last update failed.
+    static inline const QColor kFailedColor = QColor(0xB4, 0x1E, 0x1E);
+
     // "checked", "unchecked", "checked_folder", "unchecked_folder", "partial_folder"; any other
-    // name shows a plain folder for a category and an unchecked box for a subscription.
-    [[nodiscard]] static QIcon ForImage(const QString &imageName, bool isCategory);
+    // name shows a plain folder for a category and an unchecked box for a subscription. A
+    // failed subscription's box carries a red badge.
+    [[nodiscard]] static QIcon ForImage(const QString &imageName, bool isCategory, bool failed = false);
 
 private:
     enum class Mark { None, Checked, Unchecked, Partial };
-    [[nodiscard]] static QIcon Make(bool folder, Mark mark);
+    [[nodiscard]] static QIcon Make(bool folder, Mark mark, bool failed);
 };

@@ -486,3 +486,15 @@ void frmMainWindow::RefreshAndSelect(qint32 selectId)
     ++m_refreshCount;
     m_treeControl->Refresh(selectId);
 }
+
+void frmMainWindow::FollowChanges(const QList<qint32> &subscriptionIds)
+{
+    CategoryNode *current = m_treeControl->CurrentNode();
+    const QString shownName = current ? current->text() : QString();
+    if (!m_treeControl->FollowChanges(subscriptionIds))
+        return;
+    ShowDetails(current);
+    // A new name reaches the settings page too, unless the user is editing there.
+    if (current->text() != shownName && !m_editor->Dirty())
+        LoadEditor(current);
+}

@@ -105,6 +105,7 @@ private:
     bool PlaceNewSubscription(qint32 id, const QString &title, const QString &url,
                               const QString &category) override;
     void RefreshAndSelect(qint32 selectId) override;
+    void FollowChanges(const QList<qint32> &subscriptionIds) override;
 
     void SetupViews();
     void ConnectCommands();

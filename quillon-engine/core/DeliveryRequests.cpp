@@ -137,8 +137,10 @@ void DeliveryRequests::acknowledge(const Origin &origin, const PropertyBag &requ
 void DeliveryRequests::setReadState(const Origin &origin, const PropertyBag &request)
 {
     const bool read = request.number(QStringLiteral("READ")) == 1;
-    const int changed = m_store.setRead(articleIds(request), read);
-    answer(origin, QStringLiteral("ReadStateResult"), countPayload(changed));
+    const DeliveryStore::ReadChange change = m_store.setRead(articleIds(request), read);
+    answer(origin, QStringLiteral("ReadStateResult"), countPayload(change.count));
+    // The window shows the counts: a mark set in the mail program reaches it without a reload.
+    m_changes.countsChanged(change.subscriptions);
 }
 
 void DeliveryRequests::pendingRemovals(const Origin &origin, const PropertyBag &request)

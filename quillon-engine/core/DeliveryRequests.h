@@ -3,6 +3,7 @@
 #include "DeliveryStore.h"
 #include "EngineMessenger.h"
 #include "RequestProcessor.h"
+#include "SubscriptionChanges.h"
 
 namespace quillon {
 
@@ -25,8 +26,9 @@ public:
     // answer always fits in a frame however large the articles are; it holds one article at least.
     static constexpr qsizetype kMaxBatchBytes = 16 * 1024 * 1024;
 
-    DeliveryRequests(DeliveryStore &store, Outbox &outbox, EngineMessenger messenger)
-        : m_store(store), m_outbox(outbox), m_messenger(std::move(messenger))
+    DeliveryRequests(DeliveryStore &store, Outbox &outbox, EngineMessenger messenger,
+                     SubscriptionChanges &changes)
+        : m_store(store), m_outbox(outbox), m_messenger(std::move(messenger)), m_changes(changes)
     {
     }
 
@@ -49,6 +51,7 @@ private:
     DeliveryStore &m_store;
     Outbox &m_outbox;
     EngineMessenger m_messenger;
+    SubscriptionChanges &m_changes;
 };
 
 } // namespace quillon

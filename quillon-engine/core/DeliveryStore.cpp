@@ -89,11 +89,20 @@ int DeliveryStore::acknowledge(const QString &consumerId, const QList<qint64> &a
         {SubscriptionFields::isoDate(now), consumerId, idsJson(articleIds)}, "marking articles delivered");
 }
 
-int DeliveryStore::setRead(const QList<qint64> &articleIds, bool read)
+DeliveryStore::ReadChange DeliveryStore::setRead(const QList<qint64> &articleIds, bool read)
 {
-    return m_db.execute(QStringLiteral("UPDATE articles SET is_read = ? WHERE is_read <> ?"
-                                       " AND id IN (SELECT value FROM json_each(?))"),
-                        {read ? 1 : 0, read ? 1 : 0, idsJson(articleIds)}, "marking articles read");
+    const QVariantList binds{read ? 1 : 0, idsJson(articleIds)};
+    ReadChange change;
+    const auto rows =
+        m_db.select(QStringLiteral("SELECT DISTINCT subscription_id FROM articles WHERE is_read <> ?"
+                                   " AND id IN (SELECT value FROM json_each(?))"),
+                    binds, "finding subscriptions whose counts change");
+    for (const auto &row : rows)
+        change.subscriptions.append(row.at(0).toInt());
+    change.count = m_db.execute(QStringLiteral("UPDATE articles SET is_read = ? WHERE is_read <> ?"
+                                               " AND id IN (SELECT value FROM json_each(?))"),
+                                {binds.at(0), binds.at(0), binds.at(1)}, "marking articles read");
+    return change;
 }
 
 ListPtr DeliveryStore::removals(const QString &consumerId, int limit)

@@ -37,8 +37,12 @@ public:
     // Marks the articles delivered, those of subscriptions bound to the consumer only.
     // Returns how many were newly marked.
     int acknowledge(const QString &consumerId, const QList<qint64> &articleIds, const QDateTime &now);
-    // Returns how many articles changed their state.
-    int setRead(const QList<qint64> &articleIds, bool read);
+    struct ReadChange
+    {
+        int count = 0;               // articles whose state changed
+        QList<qint32> subscriptions; // whose counts changed with them
+    };
+    ReadChange setRead(const QList<qint64> &articleIds, bool read);
     // Bags of "ARTICLEID", "SUBSCRIPTIONID", "GUID", oldest first.
     [[nodiscard]] ListPtr removals(const QString &consumerId, int limit);
     int confirmRemovals(const QString &consumerId, const QList<qint64> &articleIds);

@@ -155,7 +155,8 @@ void EngineCorePrivate::createFetching()
         m_documents->fetchOpml(origin.session, origin.callbackId, request.text(QStringLiteral("URL")));
     });
     m_deliveryStore = std::make_unique<DeliveryStore>(*m_db);
-    m_delivery = std::make_unique<DeliveryRequests>(*m_deliveryStore, m_outbox, messenger());
+    m_changes = std::make_unique<SubscriptionChanges>(*m_subscriptions, messenger());
+    m_delivery = std::make_unique<DeliveryRequests>(*m_deliveryStore, m_outbox, messenger(), *m_changes);
     m_delivery->registerWith(*m_requests);
     m_updater = std::make_unique<FeedUpdater>(
         m_db->filePath(), *m_subscriptions, *m_defaults, fetcher, resolver, messenger(), now,
@@ -203,6 +204,7 @@ void EngineCorePrivate::updateFinished(qint32 subscriptionId, const QString &sta
     // Counting what consumers wait for costs more than a whole "304": only after a change.
     if (articlesChanged)
         m_delivery->announce(subscriptionId, true);
+    m_changes->afterUpdate(subscriptionId);
     if (!status.isEmpty() && updated)
         updated(subscriptionId, status);
 }

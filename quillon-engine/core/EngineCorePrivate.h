@@ -27,6 +27,7 @@
 #include "SessionTable.h"
 #include "SettingsFollower.h"
 #include "SettingsStore.h"
+#include "SubscriptionChanges.h"
 #include "SubscriptionStore.h"
 
 #include <QHash>
@@ -118,6 +119,7 @@ private:
     std::unique_ptr<CatalogRequests> m_catalog;
     std::unique_ptr<DocumentRequests> m_documents;
     std::unique_ptr<DeliveryStore> m_deliveryStore;
+    std::unique_ptr<SubscriptionChanges> m_changes;
     std::unique_ptr<DeliveryRequests> m_delivery;
     std::unique_ptr<DesktopRequests> m_desktop;
     std::unique_ptr<FeedUpdater> m_updater;

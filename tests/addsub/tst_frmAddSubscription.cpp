@@ -2,9 +2,12 @@
 #include "AddSubscriptionEntry.h"
 #include "CLog.h"
 #include "ClientAccess.h"
+#include "DeliverySettings.h"
+#include "FolderPlan.h"
 #include "LocalHttpServer.h"
 #include "MainWindowFixture.h"
 #include "OpmlImport.h"
+#include "SubscriptionGridModel.h"
 #include "callbackSupport.h"
 #include "categoriesUtils.h"
 #include "frmAddSubscription.h"
@@ -17,22 +20,10 @@
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QTabWidget>
+#include <QTableView>
 #include <QTemporaryDir>
 
 using quillon::Handle;
-
-namespace {
-
-QByteArray rss(const QString &title, int items)
-{
-    QString out =
-        QStringLiteral("<?xml version=\"1.0\"?><rss version=\"2.0\"><channel><title>%1</title>").arg(title);
-    for (int i = 1; i <= items; ++i)
-        out += QStringLiteral("<item><guid>%1-%2</guid><title>Item %2</title></item>").arg(title).arg(i);
-    return (out + "</channel></rss>").toUtf8();
-}
-
-} // namespace
 
 class tst_frmAddSubscription : public QObject
 {
@@ -64,7 +55,8 @@ private Q_SLOTS:
     void init();
     void cleanup();
     void urlTabSendsTheCategoryAndLoginAsChosen();
-    void addedFeedIsFetchedAndShownInTheTree();
+    void addedFeedIsNamedAlikeEverywhere_data();
+    void addedFeedIsNamedAlikeEverywhere();
     void searchIsKeptAsAFeedUnderSearchFeeds();
     void listTabAddsTheHighlightedRowOrWhatIsChecked();
     void leavingAListWithActionsAsksFirst();
@@ -140,28 +132,54 @@ void tst_frmAddSubscription::urlTabSendsTheCategoryAndLoginAsChosen()
                 m_fixture->window->RefreshCount() > 0);
 }
 
-void tst_frmAddSubscription::addedFeedIsFetchedAndShownInTheTree()
+void tst_frmAddSubscription::addedFeedIsNamedAlikeEverywhere_data()
 {
+    QTest::addColumn<QString>("path");
+    QTest::addColumn<QString>("userTitle");
+    QTest::addColumn<QString>("name");
+    QTest::newRow("title given") << "/daily"
+                                 << "My Daily"
+                                 << "My Daily";
+    QTest::newRow("no title") << "/daily"
+                              << ""
+                              << "Daily Notes";
+    QTest::newRow("feed found through a web page") << "/page"
+                                                   << ""
+                                                   << "Page Feed";
+}
+
+void tst_frmAddSubscription::addedFeedIsNamedAlikeEverywhere()
+{
+    QFETCH(QString, path);
+    QFETCH(QString, userTitle);
+    QFETCH(QString, name);
     m_fixture->engine.core().startUpdating();
-    m_server.serve("/daily", rss("Daily Notes", 4));
+    m_server.serve("/daily", LocalHttpServer::rss("Daily Notes", 4));
+    m_server.serve("/page",
+                   "<html><head><link rel=\"alternate\" type=\"application/rss+xml\" href=\"/feed\">",
+                   "text/html");
+    m_server.serve("/feed", LocalHttpServer::rss("Page Feed", 4));
     openWizard();
-    child<QLineEdit>("txtURL")->setText(m_server.url("/daily").toString());
-    child<QLineEdit>("txtUserTitle")->setText("My Daily");
+    child<QLineEdit>("txtURL")->setText(m_server.url(path).toString());
+    child<QLineEdit>("txtUserTitle")->setText(userTitle);
     pressOk();
     QCOMPARE(m_fixture->window->StatusText(), "Uploading Requests To Server");
+    // The first update's name and counts reach the window at a tick: no reload, no restart.
+    frmMainWindow &window = *m_fixture->window;
     qint32 id = 0;
-    QTRY_VERIFY_WITH_TIMEOUT((id = m_fixture->window->SelectedSubscriptionId()) > 0 &&
-                                 categoriesUtils::FindNodeByPath(m_fixture->window->Tree(), "My Daily"),
-                             15000);
-    QTRY_COMPARE_WITH_TIMEOUT(m_server.requestCount("/daily"), 1, 15000);
-    // The engine fetched it: the counts reach the window's details.
     QTRY_VERIFY_WITH_TIMEOUT(
         [&] {
-            m_fixture->window->DoDisplayRefresh();
-            m_fixture->window->SelectRowByID(id);
-            return m_fixture->window->findChild<QLabel *>("lblNewArticles")->text() == "4";
+            window.Run();
+            id = window.SelectedSubscriptionId();
+            return id > 0 && m_fixture->node(name) && m_fixture->label("lblNewArticles") == "4";
         }(),
         15000);
+    QCOMPARE(m_fixture->label("lblDetailsHeading"), "Details for '" + name + "'");
+    const auto *grid =
+        qobject_cast<SubscriptionGridModel *>(window.findChild<QTableView *>("grdSubscriptions")->model());
+    QCOMPARE(grid->index(grid->RowOf(id), SubscriptionGridModel::ColumnTitle).data().toString(), name);
+    // The mail delivery names its folder the same way.
+    QCOMPARE(FolderPlan::ownName(DeliverySettings(*m_fixture->other).place(id).value()), name);
     QVERIFY(m_fixture->delivered().contains(id));
 }
 
@@ -175,7 +193,7 @@ void tst_frmAddSubscription::searchIsKeptAsAFeedUnderSearchFeeds()
                       .arg(m_server.url("/search").toString())
                       .toUtf8());
     sources.close();
-    m_server.serve("/search?q=green%20tea&n=5", rss("Results", 5));
+    m_server.serve("/search?q=green%20tea&n=5", LocalHttpServer::rss("Results", 5));
     m_fixture->engine.core().startUpdating();
 
     openWizard();

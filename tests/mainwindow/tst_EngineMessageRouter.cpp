@@ -1,7 +1,11 @@
 #include "CBUpdateSub.h"
+#include "LocalHttpServer.h"
 #include "MainWindowTest.h"
+#include "TestFiles.h"
+#include "TreeIcons.h"
 #include "categoriesUtils.h"
 #include "commonUtils.h"
+#include "frmLogWindow.h"
 
 #include <QSignalSpy>
 
@@ -12,12 +16,17 @@ class tst_EngineMessageRouter : public MainWindowTest
 {
     Q_OBJECT
 private Q_SLOTS:
+    void initTestCase() { QVERIFY(m_server.listen()); }
     void burstWhileIgnoringEndsInOneRefreshAtSecondFlush();
     void ownBindingChangesLeaveTheTreeAlone();
     void addedSubscriptionsAreFiledWithoutARefresh();
     void queuedDownloadsAskInQueueOrder();
     void loginAndAnswersReachTheirHandlers();
     void engineTerminationClosesTheWindow();
+    void changesShowWithoutAReload();
+
+private:
+    LocalHttpServer m_server;
 };
 
 void tst_EngineMessageRouter::burstWhileIgnoringEndsInOneRefreshAtSecondFlush()
@@ -173,6 +182,56 @@ void tst_EngineMessageRouter::engineTerminationClosesTheWindow()
     f->engine.core().announceTermination();
     QTRY_COMPARE(unloaded.count(), 1);
     QVERIFY(!window.isVisible());
+}
+
+void tst_EngineMessageRouter::changesShowWithoutAReload()
+{
+    m_server.serve("/eight", LocalHttpServer::rss("Eight Days", 8));
+    f->engine.core().startUpdating();
+    frmMainWindow &window = f->open();
+    const auto add = [&](const QString &url) {
+        return EngineCalls::AddSubscription(*f->other, QString(), url, "News", {"OLCONSUMER"});
+    };
+    const qint32 id = add(m_server.url("/eight").toString());
+    const qint32 gone = add(m_server.url("/gone").toString());
+    const qint32 words = add("linux news");
+    const auto row = [&](qint32 of) { return f->model()->IndexOf(FindSubscriptionNode(window.Tree(), of)); };
+    const auto unread = [](const QModelIndex &at) {
+        return at.data(CategoryTreeModel::UnreadCountRole).toInt();
+    };
+    const auto failed = [&](qint32 of) { return row(of).data(CategoryTreeModel::FailedRole).toBool(); };
+    const auto ticksUntil = [&](const std::function<bool()> &shown) {
+        return QTest::qWaitFor([&] { return window.Run(), shown(); }, 15000);
+    };
+
+    // The first updates name the feed by its title and bring its count, drawn beside the name
+    // and never part of it (the category adds up), and mark the failing feeds with their reason.
+    QVERIFY(ticksUntil([&] {
+        return row(id).data() == "Eight Days" && unread(row(id)) == 8 && failed(gone) && failed(words);
+    }));
+    QCOMPARE(unread(row(id).parent()), 8);
+    QVERIFY(!failed(id));
+    QCOMPARE(row(gone).data(Qt::ForegroundRole).value<QColor>(), TreeIcons::kFailedColor);
+    QCOMPARE(row(gone).data(Qt::ToolTipRole).toString(),
+             "Error: HTTP 404 Not Found\n" + m_server.url("/gone").toString());
+    QCOMPARE(row(words).data(Qt::ToolTipRole).toString(),
+             "Error: linux news is not a valid address\nlinux news");
+    QVERIFY(TestFiles::read(f->logPath()).contains("Subscription update failed"));
+    QVERIFY(TestFiles::read(frmLogWindow::EngineLogFile(*f->client))
+                .contains(QStringLiteral("Subscription %1: Error: HTTP 404").arg(gone).toUtf8()));
+    window.SelectRowByID(id);
+    QCOMPARE(f->label("lblDetailsHeading"), "Details for 'Eight Days'");
+    const int refreshes = window.RefreshCount();
+
+    // A read mark the mail delivery reports reaches the details and the tree at a tick.
+    const QList<qint32> articles = EngineCalls::ArticleIds(EngineCalls::Request(
+        *f->other, {{"REQUEST", "PENDINGARTICLES"}, {"SUBSCRIPTIONID", QString::number(id)}}));
+    QCOMPARE(articles.size(), 8);
+    EngineCalls::Request(*f->other, {{"REQUEST", "SETREADSTATE"}, {"READ", "1"}}, articles.mid(0, 3));
+    QVERIFY(ticksUntil([&] { return f->label("lblNewArticles") == "5"; }));
+    QCOMPARE(f->label("lblReadArticles"), "3");
+    QCOMPARE(unread(row(id).parent()), 5);
+    QCOMPARE(window.RefreshCount(), refreshes);
 }
 
 QTEST_MAIN(tst_EngineMessageRouter)

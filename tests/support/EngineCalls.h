@@ -41,6 +41,40 @@ inline qint32 AddSubscription(quillon::SubscribeClient &c, const QString &title,
     return result ? result->number("SUBSCRIPTIONID") : 0;
 }
 
+// Submits a request of text fields, with the IDs as the list "ARTICLEIDS" (texts, as the client
+// appends them), and waits for its answer: an empty bag when none came.
+inline quillon::BagPtr Request(quillon::SubscribeClient &c, const QList<std::pair<QString, QString>> &fields,
+                               const QList<qint32> &articleIds = {})
+{
+    const quillon::Handle bag = c.NewBag();
+    for (const auto &[name, value] : fields)
+        c.SetStringValue(bag, name, value);
+    if (!articleIds.isEmpty()) {
+        const quillon::Handle list = c.NewList();
+        for (const qint32 id : articleIds)
+            c.ListAppend(list, QString::number(id));
+        c.SetHandleValue(bag, "ARTICLEIDS", list);
+        c.ReleaseHandle(list);
+    }
+    auto answer = std::make_shared<CopyingCallback>(c);
+    c.SubmitRequest(bag, answer);
+    c.ReleaseHandle(bag);
+    if (!QTest::qWaitFor([&answer] { return !answer->received.isEmpty(); }, 20000))
+        return quillon::PropertyBag::create();
+    return answer->received.first();
+}
+
+// The "ARTICLEID" of each item bag in an answer's "ITEMS".
+inline QList<qint32> ArticleIds(const quillon::BagPtr &answer)
+{
+    QList<qint32> ids;
+    const quillon::BagPtr result = answer->bag("Result");
+    const quillon::ListPtr items = result ? result->list("ITEMS") : nullptr;
+    for (const quillon::PropertyValue &item : items ? items->items() : QList<quillon::PropertyValue>())
+        ids.append(std::get<quillon::BagPtr>(item)->number("ARTICLEID"));
+    return ids;
+}
+
 // One value of a subscription as text.
 inline QString ItemText(quillon::SubscribeClient &c, qint32 id, const QString &name)
 {

@@ -37,6 +37,15 @@ void LocalHttpServer::setRoute(const QString &path, const Route &route)
     m_routes.insert(path, route);
 }
 
+QByteArray LocalHttpServer::rss(const QString &title, int items)
+{
+    QString out =
+        QStringLiteral("<?xml version=\"1.0\"?><rss version=\"2.0\"><channel><title>%1</title>").arg(title);
+    for (int i = 1; i <= items; ++i)
+        out += QStringLiteral("<item><guid>%1-%2</guid><title>Item %2</title></item>").arg(title).arg(i);
+    return (out + "</channel></rss>").toUtf8();
+}
+
 void LocalHttpServer::serve(const QString &path, const QByteArray &body, const QByteArray &contentType)
 {
     Route route;

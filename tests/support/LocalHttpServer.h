@@ -63,6 +63,8 @@ public:
     // A header of the last request for the path (names compared without regard to case).
     [[nodiscard]] QByteArray lastHeader(const QString &path, const QByteArray &name) const;
 
+    // An RSS 2.0 feed of that title with items "Item 1".. (guids "<title>-1"..).
+    [[nodiscard]] static QByteArray rss(const QString &title, int items);
     // gzip member bytes (RFC 1952).
     [[nodiscard]] static QByteArray gzip(const QByteArray &data);
 

@@ -3,6 +3,7 @@
 #include "LocalHttpServer.h"
 
 using namespace quillon;
+using EngineCalls::ArticleIds;
 using EngineCalls::Texts;
 
 namespace {
@@ -16,15 +17,6 @@ QByteArray feedOf(int count)
                QByteArray::number(i) + "</title><enclosure url=\"http://example.com/" +
                QByteArray::number(i) + ".mp3\" type=\"audio/mpeg\"/></item>";
     return out + "</channel></rss>";
-}
-
-QList<qint32> idsOf(const BagPtr &answer)
-{
-    QList<qint32> ids;
-    const ListPtr items = answer->bag("Result")->list("ITEMS");
-    for (const PropertyValue &item : items->items())
-        ids.append(std::get<BagPtr>(item)->number("ARTICLEID"));
-    return ids;
 }
 } // namespace
 
@@ -76,23 +68,7 @@ void tst_DeliveryRequests::cleanup()
 BagPtr tst_DeliveryRequests::deliver(const QString &kind, const QList<qint32> &ids,
                                      const EngineFixture::Fields &fields)
 {
-    const Handle bag = m_consumer->NewBag();
-    m_consumer->SetStringValue(bag, "REQUEST", kind);
-    for (const auto &[name, value] : fields)
-        m_consumer->SetStringValue(bag, name, value);
-    if (!ids.isEmpty()) {
-        const Handle list = m_consumer->NewList();
-        for (const qint32 id : ids)
-            m_consumer->ListAppend(list, QString::number(id));
-        m_consumer->SetHandleValue(bag, "ARTICLEIDS", list);
-        m_consumer->ReleaseHandle(list);
-    }
-    auto answer = std::make_shared<CopyingCallback>(*m_consumer);
-    m_consumer->SubmitRequest(bag, answer);
-    m_consumer->ReleaseHandle(bag);
-    if (!QTest::qWaitFor([&answer]() { return !answer->received.isEmpty(); }, 20000))
-        return PropertyBag::create();
-    return answer->received.first();
+    return EngineCalls::Request(*m_consumer, EngineFixture::Fields{{"REQUEST", kind}} + fields, ids);
 }
 
 void tst_DeliveryRequests::boundArticlesArePendingUntilAcknowledged()
@@ -115,7 +91,7 @@ void tst_DeliveryRequests::boundArticlesArePendingUntilAcknowledged()
     BagPtr batch = deliver("PENDINGARTICLES", {}, {{"LIMIT", "3"}});
     QCOMPARE(batch->text("MESSAGE"), "PendingArticles");
     QCOMPARE(batch->bag("Result")->text("MORE"), "1");
-    const QList<qint32> first = idsOf(batch);
+    const QList<qint32> first = ArticleIds(batch);
     QCOMPARE(first.size(), 3);
     const BagPtr item = std::get<BagPtr>(batch->bag("Result")->list("ITEMS")->at(0));
     QCOMPARE(Texts(item, {"GUID", "SUBSCRIPTIONID", "READ"}), QStringList({"g1", QString::number(id), "0"}));
@@ -123,19 +99,19 @@ void tst_DeliveryRequests::boundArticlesArePendingUntilAcknowledged()
     // The next batch asked for before this one is acknowledged.
     const BagPtr ahead =
         deliver("PENDINGARTICLES", {}, {{"LIMIT", "3"}, {"AFTER", QString::number(first.last())}});
-    QCOMPARE(idsOf(ahead).size(), 2);
-    QVERIFY(idsOf(ahead).first() > first.last());
+    QCOMPARE(ArticleIds(ahead).size(), 2);
+    QVERIFY(ArticleIds(ahead).first() > first.last());
     QCOMPARE(ahead->bag("Result")->text("MORE"), "0");
 
     // Acknowledging twice counts once; the rest is the next batch.
     QCOMPARE(deliver("ACKNOWLEDGE", first)->bag("Result")->text("ITEMCOUNT"), "3");
     QCOMPARE(deliver("ACKNOWLEDGE", first)->bag("Result")->text("ITEMCOUNT"), "0");
     batch = deliver("PENDINGARTICLES", {}, {{"SUBSCRIPTIONID", QString::number(id)}});
-    QCOMPARE(idsOf(batch).size(), 2);
+    QCOMPARE(ArticleIds(batch).size(), 2);
     QCOMPARE(batch->bag("Result")->text("MORE"), "0");
-    QVERIFY(idsOf(batch).first() > first.last());
+    QVERIFY(ArticleIds(batch).first() > first.last());
     // Another consumer keeps its own marks.
-    QCOMPARE(deliver("ACKNOWLEDGE", idsOf(batch))->bag("Result")->text("ITEMCOUNT"), "2");
+    QCOMPARE(deliver("ACKNOWLEDGE", ArticleIds(batch))->bag("Result")->text("ITEMCOUNT"), "2");
     m_engine->client->BindItem("TAGCONSUMER", "NEWS", id, 1);
     QCOMPARE(m_engine->request({{"REQUEST", "PENDINGARTICLES"}})->bag("Result")->text("ITEMCOUNT"),
              "0"); // CONFIGCONSUMER is not bound
@@ -152,7 +128,7 @@ void tst_DeliveryRequests::removalsFollowAgeAndUnbinding()
     waitForUpdate();
     for (const qint32 id : {aged, kept})
         m_engine->client->BindItem("OLCONSUMER", "NEWS", id, 1);
-    const QList<qint32> all = idsOf(deliver("PENDINGARTICLES"));
+    const QList<qint32> all = ArticleIds(deliver("PENDINGARTICLES"));
     QCOMPARE(all.size(), 4);
     // One article of each stays undelivered: only delivered ones come back as removals.
     deliver("ACKNOWLEDGE", {all.at(0), all.at(2)});
@@ -171,16 +147,16 @@ void tst_DeliveryRequests::removalsFollowAgeAndUnbinding()
     m_engine->client->BindItem("OLCONSUMER", "NEWS", kept, 0);
     BagPtr removals = deliver("PENDINGREMOVALS");
     QCOMPARE(removals->text("MESSAGE"), "PendingRemovals");
-    QCOMPARE(idsOf(removals), (QList<qint32>{all.at(0), all.at(2)}));
+    QCOMPARE(ArticleIds(removals), (QList<qint32>{all.at(0), all.at(2)}));
     const BagPtr removal = std::get<BagPtr>(removals->bag("Result")->list("ITEMS")->at(1));
     QCOMPARE(removal->text("SUBSCRIPTIONID"), QString::number(kept));
     QCOMPARE(removal->text("GUID"), "g1");
 
     QCOMPARE(deliver("CONFIRMREMOVALS", {all.at(0)})->bag("Result")->text("ITEMCOUNT"), "1");
-    QCOMPARE(idsOf(deliver("PENDINGREMOVALS")), (QList<qint32>{all.at(2)}));
+    QCOMPARE(ArticleIds(deliver("PENDINGREMOVALS")), (QList<qint32>{all.at(2)}));
     // Binding again delivers the kept subscription's articles anew.
     m_engine->client->BindItem("OLCONSUMER", "NEWS", kept, 1);
-    QCOMPARE(idsOf(deliver("PENDINGARTICLES")).size(), 2);
+    QCOMPARE(ArticleIds(deliver("PENDINGARTICLES")).size(), 2);
 }
 
 void tst_DeliveryRequests::requestsNeedAConnectedConsumer()
@@ -214,7 +190,7 @@ void tst_DeliveryRequests::largeArticlesComeInSmallerBatches()
     for (qint32 after = 0, batches = 0; batches < 8; ++batches) {
         const BagPtr batch =
             deliver("PENDINGARTICLES", {}, {{"LIMIT", "1000"}, {"AFTER", QString::number(after)}});
-        const QList<qint32> ids = idsOf(batch);
+        const QList<qint32> ids = ArticleIds(batch);
         QVERIFY(!ids.isEmpty() &&
                 3 * ids.size() * 1024 * 1024 <= DeliveryRequests::kMaxBatchBytes + 3 * 1024 * 1024);
         all += ids;

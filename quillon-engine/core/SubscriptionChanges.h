@@ -1,0 +1,48 @@
+#pragma once
+
+#include "EngineMessenger.h"
+
+#include <QHash>
+#include <QList>
+#include <QString>
+
+namespace quillon {
+
+class SubscriptionStore;
+
+// Tells every consumer when what it shows of a subscription changed: its title, its last
+// status or its article counts ("SubscriptionChanged"). An update that changed none of these
+// says nothing, so a thousand feeds that answer "Not modified" cost no messages after the first.
+class SubscriptionChanges
+{
+public:
+    SubscriptionChanges(SubscriptionStore &subscriptions, EngineMessenger messenger)
+        : m_subscriptions(subscriptions), m_messenger(std::move(messenger))
+    {
+    }
+
+    // After an update of the subscription: announces it when it differs from what was last announced.
+    void afterUpdate(qint32 subscriptionId);
+    // Their counts changed (read marks): announced in one message.
+    void countsChanged(const QList<qint32> &subscriptionIds);
+
+private:
+    struct Summary
+    {
+        QString title;
+        QString status;
+        qint32 read = 0;
+        qint32 unread = 0;
+        bool operator==(const Summary &) const = default;
+    };
+
+    // False for a subscription that is gone.
+    bool remember(qint32 subscriptionId, bool *changed = nullptr);
+    void announce(const QList<qint32> &subscriptionIds);
+
+    SubscriptionStore &m_subscriptions;
+    EngineMessenger m_messenger;
+    QHash<qint32, Summary> m_announced;
+};
+
+} // namespace quillon
