@@ -1,10 +1,16 @@
+#include "CBConnect.h"
+#include "ConsumerSettings.h"
 #include "DaemonProcess.h"
 #include "EngineFixture.h"
 #include "LocalHttpServer.h"
+#include "LocalSettings.h"
 #include "MediaAgent.h"
 #include "MediaHome.h"
 #include "Playlists.h"
+#include "PromptRecorder.h"
 #include "TestFiles.h"
+#include "frmMainWindow.h"
+#include "localization.h"
 
 #include <QCryptographicHash>
 #include <QDir>
@@ -63,7 +69,8 @@ private Q_SLOTS:
     void cleanup();
     void filesEachKindWhereTheSettingsSay_data();
     void filesEachKindWhereTheSettingsSay();
-    void askWaitsForTheAnswerAndTakesItAtOnce();
+    void askedInTheWindowAndTakenAtOnce_data();
+    void askedInTheWindowAndTakenAtOnce();
     void cutDownloadResumesWithRange();
     void agedArticleTakesItsFileWithAutoDelete();
     void killedMediaLosesNothingAndDownloadsNothingTwice();
@@ -227,23 +234,52 @@ void tst_MediaDownloads::filesEachKindWhereTheSettingsSay()
     }
 }
 
-void tst_MediaDownloads::askWaitsForTheAnswerAndTakesItAtOnce()
+void tst_MediaDownloads::askedInTheWindowAndTakenAtOnce_data()
 {
+    QTest::addColumn<int>("answer"); // the enclosure question's: 1 yes, 0 no
+    QTest::addColumn<bool>("forAll");
+    QTest::newRow("yes downloads") << 1 << false;
+    QTest::newRow("no downloads nothing") << 0 << false;
+    QTest::newRow("yes for all becomes the general answer") << 1 << true;
+}
+
+// The engine asks ConfigConsumer, whose window puts the question to the user; nothing is
+// fetched while it is open, and the answer takes effect at once.
+void tst_MediaDownloads::askedInTheWindowAndTakenAtOnce()
+{
+    QFETCH(int, answer);
+    QFETCH(bool, forAll);
+    LocalSettings::SetBaseFolder(file("settings"));
+    LoadStrings(QuillonDataFolder());
+    PromptRecorder prompts;
+    qsizetype caughtUpWhenAsked = -1;
+    prompts.onAsk = [&](Prompt &prompt) {
+        prompt.applyToAll = forAll;
+        QCOMPARE(m_server->requestCount("/files/a.mp3"), 0);
+        caughtUpWhenAsked = m_caughtUp->size();
+    };
+    prompts.answer = answer;
+    frmMainWindow window;
+    const SubscribeClientPtr windowClient = m_engine->engine.newClient();
+    auto callback = std::make_shared<CBConnect>();
+    callback->Setup(&window);
+    windowClient->Connect("CONFIGCONSUMER", std::move(callback));
+    window.SetClient(windowClient);
     startAgent();
-    const qsizetype before = m_caughtUp->size();
     const qint32 id = addShow();
     QVERIFY(id > 0);
-    QTRY_VERIFY(m_caughtUp->size() > before);
-    // The engine asks ConfigConsumer; nothing is fetched while the question is open.
-    QTRY_VERIFY(std::any_of(m_engine->events->received.cbegin(), m_engine->events->received.cend(),
-                            [](const BagPtr &m) { return m->text("MESSAGE") == "PromptForDownload"; }));
-    QCOMPARE(m_server->requestCount("/files/a.mp3"), 0);
-    // The answer as the enclosure question writes it.
-    const QString section = QStringLiteral("SubscriptionSpecifics_%1").arg(id);
-    m_engine->setSetting("MEDIACONSUMER", section, "PromptForAutoDownload", "0");
-    m_engine->setSetting("MEDIACONSUMER", section, "EnableAutoDownload", "1");
-    QTRY_COMPARE_WITH_TIMEOUT(TestFiles::read(file("Tunes/Show/a.mp3")), body("a.mp3"), 5000);
-    QTRY_COMPARE(TestFiles::read(file(".local/share/Corvell/Downloads/Show/d.pdf")), body("d.pdf"));
+    QTRY_COMPARE(prompts.texts(PromptKind::EnclosureWarning).size(), 1);
+    if (answer == 1) {
+        QTRY_COMPARE_WITH_TIMEOUT(TestFiles::read(file("Tunes/Show/a.mp3")), body("a.mp3"), 5000);
+        QTRY_COMPARE(TestFiles::read(file(".local/share/Corvell/Downloads/Show/d.pdf")), body("d.pdf"));
+    } else {
+        QTRY_VERIFY(m_caughtUp->size() > caughtUpWhenAsked);
+        QCOMPARE(m_server->requestCount("/files/a.mp3"), 0);
+    }
+    QCOMPARE(GetConsumerSetting(*m_engine->client, "EnableAutoDownload", "-", "MEDIACONSUMER", "Settings"),
+             forAll ? "1" : "-");
+    ClearStrings();
+    LocalSettings::SetBaseFolder(QString());
 }
 
 void tst_MediaDownloads::cutDownloadResumesWithRange()
@@ -317,5 +353,5 @@ void tst_MediaDownloads::killedMediaLosesNothingAndDownloadsNothingTwice()
     QCOMPARE(daemon.stop(), 0);
 }
 
-QTEST_GUILESS_MAIN(tst_MediaDownloads)
+QTEST_MAIN(tst_MediaDownloads)
 #include "tst_MediaDownloads.moc"
