@@ -17,6 +17,8 @@ public:
     virtual void Navigate(const QUrl &url) = 0;
     [[nodiscard]] virtual QUrl Location() const = 0;
     [[nodiscard]] virtual QString Title() const = 0;
+    // Whether the page shown may load from the web (images, media); off until the reader asks.
+    virtual void AllowRemoteContent(bool allow) = 0;
 
 Q_SIGNALS:
     void NavigationComplete(const QUrl &location, bool ok);

@@ -57,5 +57,25 @@ std::optional<PreviewAnswer::Article> PreviewAnswer::ArticleAt(qint32 index) con
     const auto text = [&](const char *name) {
         return quillon::presentText(m_client.GetStringValue(item.get(), QLatin1String(name)));
     };
-    return Article{text("SUBJECT"), text("URL"), text("BODY")};
+    Article article;
+    article.subject = text("SUBJECT");
+    article.url = text("URL");
+    article.body = text("BODY");
+    article.date = QDateTime::fromString(text("DATE"), Qt::ISODate);
+    article.author = text("AUTHOR");
+    ReadEnclosure(item.get(), article);
+    return article;
+}
+
+void PreviewAnswer::ReadEnclosure(Handle item, Article &article) const
+{
+    HandleGuard enclosures(m_client, m_client.GetHandleValue(item, QStringLiteral("ENCLOSURES")));
+    if (!enclosures.isValid() || m_client.ListCount(enclosures.get()) < 1)
+        return;
+    HandleGuard first(m_client, m_client.ListHandle(enclosures.get(), 0));
+    article.enclosureUrl = quillon::presentText(m_client.GetStringValue(first.get(), QStringLiteral("URL")));
+    article.enclosureType =
+        quillon::presentText(m_client.GetStringValue(first.get(), QStringLiteral("TYPE")));
+    const qint32 length = m_client.GetLongValue(first.get(), QStringLiteral("LENGTH"));
+    article.enclosureLength = length == quillon::kMissing ? -1 : length;
 }

@@ -2,6 +2,7 @@
 
 #include "SubscribeClient.h"
 
+#include <QDateTime>
 #include <QString>
 #include <QStringList>
 
@@ -23,6 +24,11 @@ public:
         QString subject;
         QString url;
         QString body;
+        QDateTime date; // invalid when the item has none
+        QString author;
+        QString enclosureUrl; // the first enclosure's, "" when none
+        QString enclosureType;
+        qint64 enclosureLength = -1;
     };
 
     PreviewAnswer(quillon::SubscribeClient &client, quillon::Handle answer)
@@ -39,6 +45,7 @@ public:
 private:
     // PREFLIGHT_DETAILS, for the caller to release; 0 when missing.
     [[nodiscard]] quillon::Handle Details() const;
+    void ReadEnclosure(quillon::Handle item, Article &article) const;
 
     quillon::SubscribeClient &m_client;
     quillon::Handle m_answer;

@@ -101,6 +101,12 @@ QString WebArticleView::Title() const
     return m_view->title();
 }
 
+void WebArticleView::AllowRemoteContent(bool allow)
+{
+    // The article is a local page, and a local page reaches the web only when this allows it.
+    m_view->page()->settings()->setAttribute(QWebEngineSettings::LocalContentCanAccessRemoteUrls, allow);
+}
+
 bool WebArticleView::MayFollow(const QUrl &url)
 {
     const QString scheme = url.scheme().toLower();

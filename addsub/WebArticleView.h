@@ -18,6 +18,7 @@ public:
     void Navigate(const QUrl &url) override;
     QUrl Location() const override;
     QString Title() const override;
+    void AllowRemoteContent(bool allow) override;
 
     // A link the reader clicks in a shown page is followed only to the web.
     [[nodiscard]] static bool MayFollow(const QUrl &url);

@@ -1,12 +1,16 @@
 #include "frmPreviewSubscription.h"
 
+#include "ArticlePage.h"
 #include "CBPreviewSub.h"
+#include "ConsumerSettings.h"
 #include "EngineNames.h"
 #include "HandleGuard.h"
 #include "PreviewAnswer.h"
 #include "PropertyBag.h"
+#include "RemoteContent.h"
 #include "StandardDialogs.h"
 #include "WebArticleView.h"
+#include "commonUtils.h"
 #include "htmlGenerator.h"
 #include "ui_frmPreviewSubscription.h"
 
@@ -20,6 +24,7 @@
 Q_LOGGING_CATEGORY(lcPreview, "corvell.addsub.preview")
 
 using quillon::Handle;
+using quillon::RemoteContent;
 
 namespace {
 const QString kPageName = QStringLiteral("preview.html");
@@ -45,6 +50,7 @@ frmPreviewSubscription::frmPreviewSubscription(QWidget *parent)
         m_view->Navigate(QUrl::fromLocalFile(m_pagePath));
         ui->cmdShowArticle->setEnabled(false);
     });
+    connect(ui->cmdShowImages, &QPushButton::toggled, this, &frmPreviewSubscription::OnShowImages);
     connect(ui->cmdAdd, &QPushButton::clicked, this, &frmPreviewSubscription::OnAdd);
     connect(ui->cmdDone, &QPushButton::clicked, this, &frmPreviewSubscription::OnDone);
 }
@@ -62,6 +68,39 @@ void frmPreviewSubscription::InitWindow(quillon::SubscribeClientPtr client, QObj
     m_title = title;
     m_url = url;
     ui->cmdAdd->setEnabled(!noAdd);
+    LoadImageChoice();
+}
+
+void frmPreviewSubscription::LoadImageChoice()
+{
+    const bool known = m_client && !quillon::presentText(m_url).isEmpty();
+    try {
+        m_showImages =
+            known && TextToBool(GetConsumerSetting(*m_client, m_url, QStringLiteral("0"),
+                                                   RemoteContent::kConsumer, RemoteContent::kSection));
+    } catch (const std::exception &e) {
+        qCWarning(lcPreview) << "cannot read the image choice:" << e.what();
+    }
+    const QSignalBlocker quiet(ui->cmdShowImages);
+    ui->cmdShowImages->setEnabled(known);
+    ui->cmdShowImages->setChecked(m_showImages);
+    m_view->AllowRemoteContent(m_showImages);
+}
+
+void frmPreviewSubscription::OnShowImages(bool shown)
+{
+    m_showImages = shown;
+    m_view->AllowRemoteContent(shown);
+    // Remembered for the feed: its delivered articles follow the same choice.
+    try {
+        if (m_client)
+            SetConsumerSetting(*m_client, RemoteContent::kConsumer, RemoteContent::kSection, m_url,
+                               shown ? QStringLiteral("1") : QStringLiteral("0"));
+    } catch (const std::exception &e) {
+        qCWarning(lcPreview) << "cannot keep the image choice:" << e.what();
+    }
+    const qint32 shownArticle = std::exchange(m_currentArticle, -99);
+    ShowArticle(shownArticle);
 }
 
 void frmPreviewSubscription::showEvent(QShowEvent *event)
@@ -174,8 +213,13 @@ QString frmPreviewSubscription::ArticlePage(qint32 index) const
         return QStringLiteral("<br><br><br><br><br><c><b>Error Loading Article...</b></c>");
     htmlGenerator::ArticleFields fields;
     fields.title = article->subject;
-    fields.body = article->body;
+    fields.body = m_showImages ? article->body : RemoteContent::asLinks(article->body);
     fields.url = article->url;
+    fields.dateText = quillon::ArticlePage::dateText(article->date);
+    fields.author = article->author.toHtmlEscaped();
+    fields.enclosureUrl = article->enclosureUrl.toHtmlEscaped();
+    fields.enclosureType = article->enclosureType;
+    fields.enclosureLength = article->enclosureLength;
     return htmlGenerator::BuildArticlePage(QCoreApplication::applicationDirPath(), fields);
 }
 

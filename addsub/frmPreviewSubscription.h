@@ -46,6 +46,9 @@ private:
     [[nodiscard]] QString ArticlePage(qint32 index) const;
     void WritePage(const QString &text);
     void OnNavigationComplete(const QUrl &location);
+    // The reader's choice for this feed's remote content, read when the window is set up.
+    void LoadImageChoice();
+    void OnShowImages(bool shown);
     void OnAdd();
     void OnDone();
     void ResetWindow();
@@ -64,5 +67,6 @@ private:
     bool m_filling = false;
     QString m_pagePath;
     int m_pageWrites = 0;
+    bool m_showImages = false;
     int m_result = 0;
 };

@@ -100,7 +100,9 @@ QString buildPage(const QString &programFolder, const ArticleFields &f)
         name = f.safe ? QStringLiteral("templateSafe.html") : QStringLiteral("template.html");
     const QString source = SourceBlock(localPath, f.safe, f.sourceUrl, f.sourceTitle);
     const QString comments = CommentsBlock(localPath, f.safe, f.commentsUrl);
-    QString enclosure = EnclosureBlock(localPath, f.safe, f.enclosureUrl, f.enclosureType, f.articleId);
+    QString enclosure =
+        EnclosureBlock(localPath, f.safe, f.enclosureUrl, f.enclosureType, f.articleId,
+                       quillon::ArticlePage::enclosureDetail(f.enclosureType, f.enclosureLength));
     if (!f.diskEnclosure.isEmpty() && f.diskEnclosure != kMissing)
         enclosure += EnclosureBlock(localPath, f.safe, f.diskEnclosure, QStringLiteral("DISK"), f.articleId);
     quillon::ArticlePageValues values;
@@ -116,6 +118,7 @@ QString buildPage(const QString &programFolder, const ArticleFields &f)
     values.enclosure = enclosure;
     values.date = f.dateText;
     values.hidden = f.hiddenText;
+    values.author = f.author;
     const QString page = quillon::ArticlePage::fill(readTemplate(localPath + name, kPageFallback), values,
                                                     quillon::ArticlePage::Pass::InOrder);
 
@@ -165,7 +168,7 @@ QString CommentsBlock(const QString &localPath, bool safe, const QString &url)
 }
 
 QString EnclosureBlock(const QString &localPath, bool safe, const QString &url, const QString &type,
-                       qint32 articleId)
+                       qint32 articleId, const QString &detail)
 {
     if (url.isEmpty())
         return QString();
@@ -179,7 +182,8 @@ QString EnclosureBlock(const QString &localPath, bool safe, const QString &url, 
     QString text = blockTemplate(localPath, safe, QStringLiteral("enclosure"), kEnclosureFallback);
     fill(text, {{QStringLiteral("~DATA_ENCLOSUREFILETYPE~"), EnclosureFileType(url, type)},
                 {QStringLiteral("~DATA_ENCLOSUREURL~"), url},
-                {QStringLiteral("~DATA_ENCLOSURETITLE~"), url}});
+                {QStringLiteral("~DATA_ENCLOSURETITLE~"), url},
+                {QStringLiteral("~DATA_ENCLOSUREDETAIL~"), detail.toHtmlEscaped()}});
     return text;
 }
 

@@ -22,8 +22,10 @@ struct ArticleFields
     QString commentsUrl;
     QString enclosureUrl;
     QString enclosureType;
-    QString diskEnclosure; // the on-disk copy's reference; "" or the missing marker for none
-    QString templateName;  // "" for the default of the variant
+    qint64 enclosureLength = -1; // bytes; shown with the type beside the link when known
+    QString author;              // HTML, put in as it is
+    QString diskEnclosure;       // the on-disk copy's reference; "" or the missing marker for none
+    QString templateName;        // "" for the default of the variant
 };
 
 // programFolder + "/QuillonData/css/current/" (with a trailing separator).
@@ -37,8 +39,9 @@ struct ArticleFields
 [[nodiscard]] QString SourceBlock(const QString &localPath, bool safe, const QString &url,
                                   const QString &title);
 [[nodiscard]] QString CommentsBlock(const QString &localPath, bool safe, const QString &url);
+// detail: the type and size shown beside a web enclosure's link (plain text).
 [[nodiscard]] QString EnclosureBlock(const QString &localPath, bool safe, const QString &url,
-                                     const QString &type, qint32 articleId);
+                                     const QString &type, qint32 articleId, const QString &detail = {});
 
 // Program-wide values of every page: the host's name ("Corvell" until set) and its address
 // ("" until set, which makes each page use its own fallback).

@@ -123,11 +123,7 @@ void SubscriptionSettingsEditor::LoadSubscriptionTab()
     ui->grpDefinition->setTitle(m_selection.kind == Kind::Category
                                     ? QStringLiteral("Category Definition")
                                     : QStringLiteral("Subscription Definition"));
-    ui->tabSettingsTabs->setTabText(ui->tabSettingsTabs->indexOf(ui->tabSubscription),
-                                    m_selection.kind == Kind::None
-                                        ? QStringLiteral("Settings")
-                                        : QStringLiteral("Settings for '") + m_selection.title +
-                                              QLatin1Char('\''));
+    ShowCaption();
     m_loadedTitle = m_selection.title;
     ui->txtSubTitle->setText(m_selection.title);
     ui->txtSubUrl->setText(subscription ? m_selection.url : QString());
@@ -148,6 +144,23 @@ void SubscriptionSettingsEditor::LoadSubscriptionTab()
     else if (subscription)
         LoadLogin(values);
     SetDirty(false);
+}
+
+void SubscriptionSettingsEditor::ShowCaption()
+{
+    ui->tabSettingsTabs->setTabText(ui->tabSettingsTabs->indexOf(ui->tabSubscription),
+                                    m_selection.kind == Kind::None
+                                        ? QStringLiteral("Settings")
+                                        : QStringLiteral("Settings for '") + m_selection.title +
+                                              QLatin1Char('\''));
+}
+
+void SubscriptionSettingsEditor::ShowTitle(const QString &title)
+{
+    const auto loading = LoadingGuard();
+    m_loadedTitle = m_selection.title = title;
+    ui->txtSubTitle->setText(title);
+    ShowCaption();
 }
 
 void SubscriptionSettingsEditor::ClearSubscriptionTab()
@@ -233,7 +246,8 @@ void SubscriptionSettingsEditor::EnableSubscriptionTab()
     const bool subscription = m_selection.kind == Kind::Subscription;
     const bool search = IsSearchSelection();
     ui->pnlSubscription->setEnabled(HasSelection());
-    ui->txtSubTitle->setEnabled(subscription);
+    // A category's title is its name: applying a new one renames it as a label edit does.
+    ui->txtSubTitle->setEnabled(m_selection.kind != Kind::None);
     ui->lblSubUrl->setVisible(subscription);
     ui->txtSubUrl->setVisible(subscription);
     ui->grpLogin->setVisible(subscription && !search);
@@ -326,9 +340,8 @@ SubscriptionTabEdits SubscriptionSettingsEditor::ReadSubscriptionEdits()
 {
     SubscriptionTabEdits edits;
     const bool subscription = m_selection.kind == Kind::Subscription;
-    const QString title = ui->txtSubTitle->text().trimmed();
-    if (subscription && !title.isEmpty() && title != m_loadedTitle)
-        edits.folderTitle = title;
+    if (subscription)
+        edits.folderTitle = EditedTitle();
     edits.enclosure = RadioEnclosure();
     if (ui->optDefaultFreq->isChecked())
         edits.updateFreq = Rules::kUseDefault;
@@ -383,13 +396,18 @@ void SubscriptionSettingsEditor::ApplySubscriptionTab(const QList<qint32> &ids)
         m_selection.url = *edits.url;
         ui->picSearchSubscription->SetStored(*edits.url);
     }
-    if (edits.folderTitle) {
-        m_loadedTitle = m_selection.title = *edits.folderTitle;
-        ui->tabSettingsTabs->setTabText(ui->tabSettingsTabs->indexOf(ui->tabSubscription),
-                                        QStringLiteral("Settings for '") + m_selection.title +
-                                            QLatin1Char('\''));
-        Q_EMIT TitleApplied(*edits.folderTitle);
+    if (const std::optional<QString> title = EditedTitle()) {
+        ShowTitle(*title);
+        Q_EMIT TitleApplied(*title);
     }
+}
+
+std::optional<QString> SubscriptionSettingsEditor::EditedTitle() const
+{
+    const QString title = ui->txtSubTitle->text().trimmed();
+    if (m_selection.kind == Kind::None || title.isEmpty() || title == m_loadedTitle)
+        return std::nullopt;
+    return title;
 }
 
 void SubscriptionSettingsEditor::ApplyOutlookTab(const QList<qint32> &ids)

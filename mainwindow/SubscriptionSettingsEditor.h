@@ -6,6 +6,7 @@
 #include "SubscriptionSettingsValues.h"
 
 #include <memory>
+#include <optional>
 
 namespace Ui {
 class SubscriptionSettingsEditor;
@@ -54,9 +55,12 @@ public:
     [[nodiscard]] QString RadioContent() const;
     void setStoreNamedFolderCheck(bool checked);
     void setSpecificFolderName(const QString &path);
+    // The selection's title as the tree now has it (after a rename), in the caption and the
+    // Title box; other pending edits stay.
+    void ShowTitle(const QString &title);
 
 Q_SIGNALS:
-    // An apply changed the subscription's title.
+    // An apply changed the title of the subscription or category.
     void TitleApplied(const QString &newTitle);
     // An apply wrote the selection; the tree and details may show something new.
     void Applied();
@@ -74,6 +78,9 @@ private:
     void LoadLogin(const SubscriptionTabValues &values);
     void PickSpecificFolder();
 
+    void ShowCaption();
+    // The Title box when it differs from the title loaded.
+    [[nodiscard]] std::optional<QString> EditedTitle() const;
     [[nodiscard]] SubscriptionTabEdits ReadSubscriptionEdits();
     [[nodiscard]] OutlookTabEdits ReadOutlookEdits() const;
     void CorrectUpdateFreq();

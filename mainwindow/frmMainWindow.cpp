@@ -70,6 +70,7 @@ void frmMainWindow::SetupViews()
     connect(m_treeControl, &SubscriptionTreeController::NodeRenamed, this, [this](CategoryNode *node) {
         ShowDetails(node);
         ui->grdSubscriptions->Fill(node);
+        m_editor->ShowTitle(node->text());
     });
     connect(m_treeControl, &SubscriptionTreeController::RowsChanged, this,
             [this] { ui->grdSubscriptions->Fill(m_treeControl->CurrentNode(), true); });
@@ -86,8 +87,11 @@ void frmMainWindow::SetupViews()
     // The page turns Apply on through OnStatusChange; its clean state turns it off.
     connect(m_editor, &ConfigPage::DirtyChanged, ui->cmdApply, &QWidget::setEnabled);
     connect(m_editor, &SubscriptionSettingsEditor::TitleApplied, this, [this](const QString &newTitle) {
-        if (CategoryNode *node = m_treeControl->CurrentNode(); IsSubscription(node))
+        // A refused name leaves the node, and so the tab, as it was.
+        if (CategoryNode *node = m_treeControl->CurrentNode()) {
             m_treeControl->Rename(node, newTitle);
+            m_editor->ShowTitle(node->text());
+        }
     });
     connect(m_editor, &SubscriptionSettingsEditor::Applied, this,
             [this] { ShowDetails(m_treeControl->CurrentNode()); });

@@ -38,6 +38,7 @@ ArticleMessage ArticleBatchReader::readArticle(Handle item, const SubscriptionPl
     a.feedTitle = place.title;
     a.feedUrl = place.url;
     a.theme = FolderPlan::themeFor(defaults, place);
+    a.showImages = place.showImages;
     HandleGuard enclosures(m_client, m_client.GetHandleValue(item, QStringLiteral("ENCLOSURES")));
     if (enclosures.get() > 0) {
         for (qint32 i = 0, n = m_client.ListCount(enclosures.get()); i < n; ++i) {

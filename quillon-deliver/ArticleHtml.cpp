@@ -3,10 +3,10 @@
 #include "ArticlePage.h"
 #include "ArticleText.h"
 #include "HtmlNormalizer.h"
+#include "RemoteContent.h"
 
 #include <QDir>
 #include <QFile>
-#include <QLocale>
 #include <QRegularExpression>
 #include <QUrl>
 
@@ -32,29 +32,12 @@ QString mailLink(const QString &address)
                                                                         : QString();
 }
 
-// The article through the engine's allow-list, and its remote images as links: a mail program
-// fetches them only under its own remote-content rule, which a link leaves to the reader.
-QString mailBody(const QString &html)
+// The article through the engine's allow-list; its remote content only when the reader asked
+// for it, else as links: a mail program fetches those only under its own remote-content rule.
+QString mailBody(const QString &html, bool showImages)
 {
-    static const QRegularExpression image(QStringLiteral("<img\\b[^>]*>"),
-                                          QRegularExpression::CaseInsensitiveOption);
-    static const QRegularExpression src(QStringLiteral("\\bsrc=\"([^\"]*)\""));
-    static const QRegularExpression alt(QStringLiteral("\\balt=\"([^\"]*)\""));
     const QString safe = quillon::HtmlNormalizer::normalize(html);
-    QString out;
-    qsizetype last = 0;
-    for (auto it = image.globalMatch(safe); it.hasNext();) {
-        const auto match = it.next();
-        out += QStringView(safe).mid(last, match.capturedStart() - last);
-        last = match.capturedEnd();
-        const QString address = src.match(match.captured()).captured(1);
-        const QString text = alt.match(match.captured()).captured(1);
-        if (!address.isEmpty())
-            out += QStringLiteral("<a href=\"%1\">[%2]</a>")
-                       .arg(address, text.isEmpty() ? QStringLiteral("image") : text);
-    }
-    out += QStringView(safe).mid(last);
-    return out;
+    return showImages ? safe : quillon::RemoteContent::asLinks(safe);
 }
 } // namespace
 
@@ -73,9 +56,7 @@ QString ArticleHtml::enclosureBlock(const ArticleMessage &article) const
     QString block;
     for (const ArticleMessage::Enclosure &e : article.enclosures) {
         const QString name = e.url.section(QLatin1Char('/'), -1).section(QLatin1Char('?'), 0, 0);
-        QString detail = e.type;
-        if (e.length > 0)
-            detail += QStringLiteral(", %1 KB").arg((e.length + 1023) / 1024);
+        const QString detail = quillon::ArticlePage::enclosureDetail(e.type, e.length);
         block += QStringLiteral("<li><a href=\"%1\">%2</a> <small>%3</small></li>")
                      .arg(mailLink(e.url), (name.isEmpty() ? e.url : name).toHtmlEscaped(),
                           detail.toHtmlEscaped());
@@ -86,19 +67,16 @@ QString ArticleHtml::enclosureBlock(const ArticleMessage &article) const
 QString ArticleHtml::page(const ArticleMessage &article) const
 {
     const QString enclosures = enclosureBlock(article);
-    const QString date =
-        article.date.isValid()
-            ? QLocale::c().toString(article.date.toUTC(), QStringLiteral("d MMM yyyy HH:mm 'UTC'"))
-            : QString();
     quillon::ArticlePageValues values;
     values.idText = QString::number(article.articleId);
     values.title = article.subject.toHtmlEscaped();
-    values.body = mailBody(article.bodyHtml);
+    values.body = mailBody(article.bodyHtml, article.showImages);
     values.url = mailLink(article.link);
     values.hostTitle = article.feedTitle.toHtmlEscaped();
     values.hostUrl = mailLink(article.feedUrl);
     values.enclosure = enclosures;
-    values.date = date;
+    values.date = quillon::ArticlePage::dateText(article.date);
+    values.author = article.author.toHtmlEscaped();
     // One pass, so an article that happens to contain a placeholder is never filled again.
     return quillon::ArticlePage::fill(m_template, values, quillon::ArticlePage::Pass::Once);
 }

@@ -28,4 +28,5 @@ struct ArticleMessage
     QString feedTitle;
     QString feedUrl;
     FolderPlan::Theme theme = FolderPlan::Theme::Both;
+    bool showImages = false; // the reader asked for the feed's remote content
 };

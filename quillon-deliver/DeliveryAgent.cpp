@@ -444,10 +444,25 @@ void DeliveryAgent::replanFolders()
         }
         m_reader.forget();
         if (storeReachable())
-            m_follower.follow(*m_store, [this](qint32 id) { return m_reader.placeOf(id); });
+            carryReadMarks(m_follower.follow(*m_store, [this](qint32 id) { return m_reader.placeOf(id); }));
     } catch (const std::exception &e) {
         engineFailed(e);
     }
+}
+
+// A moved message keeps its key, so what was known of it comes along; its mark is read again
+// where it is now, which reports one set in the old folder before the last look or while the
+// move ran.
+void DeliveryAgent::carryReadMarks(const QList<FolderFollower::Move> &moves)
+{
+    QList<MailStore::Folder> moved;
+    for (const auto &[from, to] : moves) {
+        const QHash<QString, bool> before = m_readMarks.take(FolderPlan::pathText(from));
+        m_readMarks[FolderPlan::pathText(to)].insert(before);
+        moved.append(to);
+    }
+    if (m_readMarksPolled)
+        reportReadMarks(moved);
 }
 
 void DeliveryAgent::pollReadMarks()

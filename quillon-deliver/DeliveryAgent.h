@@ -100,6 +100,7 @@ private:
     void requestRemovals();
     void onRemovals(quillon::Handle answer);
     void reportRead(const QList<qint32> &ids, bool read);
+    void carryReadMarks(const QList<FolderFollower::Move> &moves);
     // Compares the read marks of these folders with what was known and reports the changes.
     void reportReadMarks(const QList<MailStore::Folder> &changed);
     // "ARTICLEIDS" of a request bag.

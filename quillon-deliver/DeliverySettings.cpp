@@ -3,6 +3,7 @@
 #include "HandleGuard.h"
 #include "ItemClass.h"
 #include "PropertyBag.h"
+#include "RemoteContent.h"
 
 #include <optional>
 
@@ -75,6 +76,9 @@ std::optional<SubscriptionPlace> DeliverySettings::place(qint32 subscriptionId)
     p.specificPath = v.at(1);
     p.namedFolder = textIsTrue(v.at(2));
     p.theme = v.at(3);
+    if (!quillon::presentText(p.url).isEmpty())
+        p.showImages =
+            textIsTrue(read(quillon::RemoteContent::kSection, {{p.url, QStringLiteral("0")}}).value(0));
     return p;
 }
 

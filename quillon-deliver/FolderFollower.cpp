@@ -3,8 +3,9 @@
 #include "DeliveryLogging.h"
 #include "ItemClass.h"
 
-void FolderFollower::follow(MailStore &store, const PlaceOf &placeOf)
+QList<FolderFollower::Move> FolderFollower::follow(MailStore &store, const PlaceOf &placeOf)
 {
+    QList<Move> moves;
     const FolderDefaults defaults = m_settings.defaults();
     const QList<qint32> bound = m_settings.boundSubscriptions();
     for (const qint32 id : m_index.subscriptions()) {
@@ -25,13 +26,18 @@ void FolderFollower::follow(MailStore &store, const PlaceOf &placeOf)
         } else if (*current != planned) {
             // Changed in ConfigConsumer: "SubMovedInConfig" 0 takes the messages along.
             QString error;
-            if (defaults.movedInConfig == 0 && !store.move(*current, planned, &error))
-                qCWarning(lcDeliver) << "cannot move" << FolderPlan::pathText(*current) << error;
+            if (defaults.movedInConfig == 0) {
+                if (store.move(*current, planned, &error))
+                    moves.append({*current, planned});
+                else
+                    qCWarning(lcDeliver) << "cannot move" << FolderPlan::pathText(*current) << error;
+            }
             m_index.setFolder(id, planned);
             qCInfo(lcDeliver) << "subscription" << id << "now delivers to" << FolderPlan::pathText(planned);
         }
     }
     m_index.save();
+    return moves;
 }
 
 void FolderFollower::followMailProgram(MailStore &store, qint32 subscriptionId,

@@ -22,8 +22,15 @@ public:
     {
     }
 
+    struct Move
+    {
+        MailStore::Folder from;
+        MailStore::Folder to;
+    };
+
     // Compares every indexed subscription's folder with its plan and acts; engine failures throw.
-    void follow(MailStore &store, const PlaceOf &placeOf);
+    // The moves of messages it made, so their read marks can be looked at again.
+    QList<Move> follow(MailStore &store, const PlaceOf &placeOf);
 
 private:
     void followMailProgram(MailStore &store, qint32 subscriptionId, const MailStore::Folder &current,

@@ -28,6 +28,7 @@ struct SubscriptionPlace
     QString specificPath;        // "StoreLocationSpecificFolder"
     bool namedFolder = true;     // "StoreInNamedFolder"
     QString theme;               // "Article_Theme"
+    bool showImages = false;     // "ShowImages", keyed by the feed's address
 };
 
 // Turns the settings into a folder path (names from the store's root down).

@@ -42,14 +42,17 @@ bool ImapStore::ensureOpen()
     return false;
 }
 
-QByteArray ImapStore::mailbox(const Folder &folder) const
+QByteArray ImapStore::mailboxName(const Folder &folder) const
 {
-    if (folder.isEmpty())
-        return "INBOX";
     QList<QByteArray> names;
     for (const QString &name : folder)
         names.append(ImapSession::encodeName(name));
-    return ImapSession::quoted(names.join(m_session ? m_session->separator() : QByteArray(".")));
+    return names.join(m_session ? m_session->separator() : QByteArray("."));
+}
+
+QByteArray ImapStore::mailbox(const Folder &folder) const
+{
+    return folder.isEmpty() ? QByteArray("INBOX") : ImapSession::quoted(mailboxName(folder));
 }
 
 bool ImapStore::select(const Folder &folder)
@@ -141,7 +144,7 @@ bool ImapStore::move(const Folder &from, const Folder &to, QString *error)
     }
     m_known.remove(mailbox(from));
     m_known.remove(mailbox(to));
-    removeAll(from); // drops the mailbox, now empty of ours
+    removeAll(from); // drops the mailbox, now empty of ours, and the levels it leaves empty
     return true;
 }
 
@@ -152,12 +155,24 @@ void ImapStore::removeAll(const Folder &folder)
         uids.append(m.uid);
     expunge(uids);
     m_known.remove(mailbox(folder));
-    // The mailbox goes when nothing else is left in it.
+    if (dropIfUnused(folder))
+        dropEmptyParents(folder, {}, [this](const Folder &parent) { return dropIfUnused(parent); });
+}
+
+bool ImapStore::dropIfUnused(const Folder &folder)
+{
+    if (folder.isEmpty() || !ensureOpen())
+        return false;
     const ImapSession::Answer status = m_session->command("STATUS " + mailbox(folder) + " (MESSAGES)");
-    if (!folder.isEmpty() && !status.untagged.isEmpty() && status.untagged.first().contains("MESSAGES 0)")) {
-        m_session->command("UNSELECT");
-        m_session->command("DELETE " + mailbox(folder));
+    if (status.untagged.isEmpty() || !status.untagged.first().contains("MESSAGES 0)"))
+        return false;
+    const QByteArray inside = ImapSession::quoted(mailboxName(folder) + m_session->separator() + '%');
+    for (const QByteArray &line : m_session->command("LIST \"\" " + inside).untagged) {
+        if (line.startsWith("LIST"))
+            return false;
     }
+    m_session->command("UNSELECT");
+    return m_session->command("DELETE " + mailbox(folder)).ok;
 }
 
 std::optional<MailStore::Folder> ImapStore::findTagged(qint32 subscriptionId)

@@ -37,6 +37,7 @@ public:
     void tag(const Folder &, qint32) override {}
     [[nodiscard]] std::optional<Folder> findTagged(qint32 subscriptionId) override;
 
+    // The quoted mailbox name of a folder, for commands.
     [[nodiscard]] QByteArray mailbox(const Folder &folder) const;
 
 private:
@@ -49,6 +50,10 @@ private:
     [[nodiscard]] QHash<QString, Message> messages(const Folder &folder);
     [[nodiscard]] bool select(const Folder &folder);
     void expunge(const QList<QByteArray> &uids);
+    // The levels of the folder joined by the server's separator, unquoted.
+    [[nodiscard]] QByteArray mailboxName(const Folder &folder) const;
+    // The mailbox goes when it holds neither messages nor other mailboxes; true when gone.
+    bool dropIfUnused(const Folder &folder);
     [[nodiscard]] bool ensureOpen();
 
     ImapSession::Account m_account;

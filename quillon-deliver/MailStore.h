@@ -42,9 +42,11 @@ public:
     virtual void afterCommit(bool /*ok*/) {}
     // Removing what is not there succeeds.
     virtual bool remove(const Folder &folder, const QString &key) = 0;
-    // Every message of ours goes from one folder to the other; the old folder goes when empty.
+    // Every message of ours goes from one folder to the other, with its read mark; the old
+    // folder goes when empty, and so does each level above it that is left with nothing in it.
     [[nodiscard]] virtual bool move(const Folder &from, const Folder &to, QString *error) = 0;
-    // Every message of ours in the folder goes; the folder too when nothing else is left.
+    // Every message of ours in the folder goes; the folder too when nothing else is left, and
+    // the levels above it that are left empty.
     virtual void removeAll(const Folder &folder) = 0;
 
     [[nodiscard]] virtual bool exists(const Folder &folder) = 0;
@@ -66,5 +68,18 @@ public:
         bool ok = false;
         const qint32 id = key.startsWith(QLatin1Char('a')) ? key.mid(1).toInt(&ok) : 0;
         return ok && id > 0 ? id : 0;
+    }
+
+protected:
+    // Offers drop each level above folder, deepest first, up to the first one that keep lies
+    // in too; stops at the first level drop keeps (it holds messages or other folders).
+    static void dropEmptyParents(const Folder &folder, const Folder &keep,
+                                 const std::function<bool(const Folder &parent)> &drop)
+    {
+        for (qsizetype depth = folder.size() - 1; depth > 0; --depth) {
+            const Folder parent = folder.mid(0, depth);
+            if (keep.mid(0, depth) == parent || !drop(parent))
+                return;
+        }
     }
 };

@@ -204,14 +204,13 @@ bool MaildirStore::move(const Folder &from, const Folder &to, QString *error)
         return true;
     if (!create(to, error))
         return false;
-    const auto moving = messages(source);
-    for (auto it = moving.cbegin(); it != moving.cend(); ++it) {
-        const QFileInfo file(it.value());
-        const QString destination =
-            QDir(target).filePath(file.dir().dirName() + QLatin1Char('/') + file.fileName());
-        if (!QFile::rename(it.value(), destination) && !QFile::remove(it.value()))
-            qCWarning(lcDeliver) << "cannot move" << it.value() << "to" << destination;
+    // A mail program open on the folder renames a message when the user reads it: one that
+    // slipped away under a new name meanwhile is taken, read mark and all, in the next pass.
+    int left = 0;
+    for (int pass = 0; pass < kMovePasses && (left = moveMessages(source, target)) > 0; ++pass) {
     }
+    if (left > 0)
+        qCWarning(lcDeliver) << left << "messages could not be moved from" << source;
     DurableFile::syncDirectory(QDir(target).filePath(QStringLiteral("cur")));
     DurableFile::syncDirectory(QDir(target).filePath(QStringLiteral("new")));
     m_keys.remove(source);
@@ -222,7 +221,27 @@ bool MaildirStore::move(const Folder &from, const Folder &to, QString *error)
         QFile::rename(tag, QDir(target).filePath(kTagFile));
     }
     dropIfEmpty(source);
+    dropEmptyParents(from, to, [this](const Folder &parent) { return dropIfUnused(parent); });
     return true;
+}
+
+int MaildirStore::moveMessages(const QString &source, const QString &target)
+{
+    const auto present = messages(target);
+    const auto moving = messages(source);
+    int left = 0;
+    for (auto it = moving.cbegin(); it != moving.cend(); ++it) {
+        const QFileInfo file(it.value());
+        const QString destination =
+            QDir(target).filePath(file.dir().dirName() + QLatin1Char('/') + file.fileName());
+        // A copy left there by a move cut short gives way to this one, which has the latest mark.
+        if (const QString earlier = present.value(it.key()); !earlier.isEmpty() && earlier != destination)
+            QFile::remove(earlier);
+        if (!QFile::rename(it.value(), destination) &&
+            !(QFile::exists(destination) && QFile::remove(it.value())))
+            ++left;
+    }
+    return left;
 }
 
 void MaildirStore::removeAll(const Folder &folder)
@@ -232,6 +251,7 @@ void MaildirStore::removeAll(const Folder &folder)
         QFile::remove(path);
     m_keys.remove(dir);
     dropIfEmpty(dir);
+    dropEmptyParents(folder, {}, [this](const Folder &parent) { return dropIfUnused(parent); });
 }
 
 void MaildirStore::dropIfEmpty(const QString &dir)
@@ -245,6 +265,19 @@ void MaildirStore::dropIfEmpty(const QString &dir)
     QDir(dir).removeRecursively();
     m_keys.remove(dir);
     listFolders();
+}
+
+bool MaildirStore::dropIfUnused(const Folder &folder)
+{
+    // Maildir++ keeps every level beside the others: ".Tech.News" is a folder inside ".Tech".
+    const QString inside = QLatin1Char('.') + folder.join(QLatin1Char('.')) + QLatin1Char('.');
+    for (const QString &name : QDir(m_root).entryList(QDir::Dirs | QDir::Hidden | QDir::NoDotAndDotDot)) {
+        if (name.startsWith(inside))
+            return false;
+    }
+    const QString dir = folderPath(folder);
+    dropIfEmpty(dir);
+    return !QFileInfo::exists(dir);
 }
 
 bool MaildirStore::exists(const Folder &folder)

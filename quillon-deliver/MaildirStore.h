@@ -53,10 +53,16 @@ private:
     [[nodiscard]] bool makeMaildir(const QString &dir, QString *error) const;
     [[nodiscard]] QStringList madeRoots() const;
     void rememberRoot() const;
+    // One pass of a move; how many of ours are still in source.
+    int moveMessages(const QString &source, const QString &target);
     // The folder's directory goes when no message at all is left in it.
     void dropIfEmpty(const QString &dir);
+    // A level above a folder goes when it holds neither messages nor other folders; true when gone.
+    bool dropIfUnused(const Folder &folder);
     // Rewrites the mail program's configuration when the folders differ from those it lists.
     void listFolders();
+
+    static constexpr int kMovePasses = 3;
 
     QString m_root;
     QString m_rootsRecord;

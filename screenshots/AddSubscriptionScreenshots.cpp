@@ -14,10 +14,13 @@
 #include "frmPreviewSubscription.h"
 
 #include <QApplication>
+#include <QBuffer>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDir>
 #include <QLineEdit>
+#include <QPainter>
+#include <QPushButton>
 #include <QScreen>
 #include <QSignalSpy>
 #include <QTabWidget>
@@ -83,6 +86,48 @@ const char *kNestedOpml =
     "<outline text=\"Release Announcements\" xmlUrl=\"https://software.example.com/releases.atom\"/>"
     "</body></opml>";
 
+// A picture for the article, drawn here: a sun over a bed of rows.
+QByteArray gardenPicture()
+{
+    QImage image(560, 240, QImage::Format_RGB32);
+    image.fill(QColor(0xcf, 0xe8, 0xf7));
+    QPainter painter(&image);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(QColor(0xf2, 0xb7, 0x05));
+    painter.drawEllipse(QPoint(440, 70), 38, 38);
+    painter.setBrush(QColor(0x6b, 0x4f, 0x2a));
+    painter.drawRect(0, 160, 560, 80);
+    painter.setBrush(QColor(0x3f, 0x8f, 0x3a));
+    for (int x = 30; x < 560; x += 70)
+        painter.drawEllipse(QPoint(x, 160), 26, 34);
+    painter.setBrush(QColor(0xd6, 0x2d, 0x20));
+    for (int x = 42; x < 560; x += 70)
+        painter.drawEllipse(QPoint(x, 168), 9, 9);
+    painter.end();
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::WriteOnly);
+    image.scaledToWidth(420, Qt::SmoothTransformation).save(&buffer, "PNG");
+    return bytes;
+}
+
+// One article with a picture from the feed's own server, an author and an enclosure.
+QByteArray picturesFeed(const QUrl &picture)
+{
+    return QStringLiteral(
+               "<?xml version=\"1.0\"?><rss version=\"2.0\"><channel><title>Garden Diary</title>"
+               "<item><guid>p1</guid><title>The beds in July</title>"
+               "<author>ann@garden.example.net (Ann Gardener)</author>"
+               "<pubDate>Sun, 05 Jul 2026 08:00:00 GMT</pubDate><description>&lt;p&gt;The tomatoes are "
+               "staked and the rows are mulched.&lt;/p&gt;&lt;p&gt;&lt;img src=\"%1\" alt=\"The beds\"&gt;"
+               "&lt;/p&gt;&lt;p&gt;A short walk along the rows is in this week's recording.&lt;/p&gt;"
+               "</description><enclosure url=\"https://garden.example.net/july.mp3\" type=\"audio/mpeg\" "
+               "length=\"5242880\"/></item></channel></rss>")
+        .arg(picture.toString())
+        .toUtf8();
+}
+
 bool save(QWidget &window, const QDir &folder, const char *name)
 {
     QTest::qWait(300);
@@ -94,6 +139,25 @@ bool save(QWidget &window, const QDir &folder, const char *name)
 template <typename T> T *child(QWidget &w, const char *name)
 {
     return w.findChild<T *>(QLatin1String(name));
+}
+
+// The preview of a served feed with its first article; with picture, after "Show images" once
+// that picture was asked for.
+bool previewShot(const quillon::SubscribeClientPtr &client, const LocalHttpServer &server,
+                 const QString &path, const QDir &out, const char *name, const QString &picture = {})
+{
+    frmPreviewSubscription preview;
+    preview.InitWindow(client, nullptr, QStringLiteral("Garden Diary"), server.url(path).toString(), false);
+    QSignalSpy drawn(&preview.View(), &ArticleView::NavigationComplete);
+    preview.resize(900, picture.isEmpty() ? 680 : 900); // the picture's article down to its enclosure
+    preview.show();
+    (void)QTest::qWaitFor([&] { return !drawn.isEmpty(); }, 20000);
+    if (!picture.isEmpty()) {
+        child<QPushButton>(preview, "cmdShowImages")->click();
+        (void)QTest::qWaitFor([&] { return server.requestCount(picture) > 0; }, 20000);
+    }
+    QTest::qWait(800);
+    return save(preview, out, name);
 }
 
 } // namespace
@@ -158,17 +222,11 @@ int main(int argc, char *argv[])
         imported->setCurrentIndex(feeds.value(0));
         ok &= save(wizard, out, "addsub-import.png");
     }
-    {
-        frmPreviewSubscription preview;
-        preview.InitWindow(client, nullptr, QStringLiteral("Garden Diary"),
-                           server.url(QStringLiteral("/garden")).toString(), false);
-        QSignalSpy drawn(&preview.View(), &ArticleView::NavigationComplete);
-        preview.resize(900, 680);
-        preview.show();
-        (void)QTest::qWaitFor([&] { return !drawn.isEmpty(); }, 20000);
-        QTest::qWait(800);
-        ok &= save(preview, out, "addsub-preview.png");
-    }
+    ok &= previewShot(client, server, QStringLiteral("/garden"), out, "addsub-preview.png");
+    server.serve(QStringLiteral("/beds.png"), gardenPicture(), "image/png");
+    server.serve(QStringLiteral("/pictures"), picturesFeed(server.url(QStringLiteral("/beds.png"))));
+    ok &= previewShot(client, server, QStringLiteral("/pictures"), out, "addsub-preview-images.png",
+                      QStringLiteral("/beds.png"));
     ClientAccess::SetEngineClient(nullptr);
     return ok ? 0 : 1;
 }

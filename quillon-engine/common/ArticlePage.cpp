@@ -1,6 +1,7 @@
 #include "ArticlePage.h"
 
 #include <QList>
+#include <QLocale>
 #include <QRegularExpression>
 
 #include <algorithm>
@@ -37,6 +38,7 @@ Fills fillsOf(const ArticlePageValues &v)
         {QStringLiteral("~DATA_DEBUG~"), QString()},
         {QStringLiteral("~DATA_HIDDEN~"), v.hidden},
         {QStringLiteral("~DATA_TEST~"), QString()},
+        {QStringLiteral("~DATA_ARTICLEAUTHOR~"), v.author},
     };
 }
 
@@ -73,6 +75,22 @@ QString ArticlePage::fill(const QString &pageTemplate, const ArticlePageValues &
 {
     const Fills fills = fillsOf(values);
     return pass == Pass::InOrder ? fillInOrder(pageTemplate, fills) : fillOnce(pageTemplate, fills);
+}
+
+QString ArticlePage::dateText(const QDateTime &date)
+{
+    return date.isValid() ? QLocale::c().toString(date.toUTC(), QStringLiteral("d MMM yyyy HH:mm 'UTC'"))
+                          : QString();
+}
+
+QString ArticlePage::enclosureDetail(const QString &type, qint64 length)
+{
+    QStringList parts;
+    if (!type.trimmed().isEmpty())
+        parts << type.trimmed();
+    if (length > 0)
+        parts << QStringLiteral("%1 KB").arg((length + 1023) / 1024);
+    return parts.join(QStringLiteral(", "));
 }
 
 } // namespace quillon

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QDateTime>
 #include <QString>
 
 namespace quillon {
@@ -20,6 +21,7 @@ struct ArticlePageValues
     QString enclosure;
     QString date;
     QString hidden;
+    QString author; // "~DATA_ARTICLEAUTHOR~", after the others
 };
 
 class ArticlePage
@@ -33,6 +35,10 @@ public:
     // Placeholders match without regard to case; the single pass also drops those it does not know.
     [[nodiscard]] static QString fill(const QString &pageTemplate, const ArticlePageValues &values,
                                       Pass pass);
+
+    // How both pages write an article's date ("" for none) and an enclosure's type and size.
+    [[nodiscard]] static QString dateText(const QDateTime &date);
+    [[nodiscard]] static QString enclosureDetail(const QString &type, qint64 length);
 };
 
 } // namespace quillon

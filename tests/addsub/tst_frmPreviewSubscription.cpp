@@ -2,6 +2,7 @@
 #include "LocalHttpServer.h"
 #include "PromptRecorder.h"
 #include "TestEngine.h"
+#include "TestFiles.h"
 #include "WebArticleView.h"
 #include "frmPreviewSubscription.h"
 
@@ -59,6 +60,7 @@ private Q_SLOTS:
     void showsTheArticlesInTheRealView();
     void feedThatCannotBeShownAlertsAndCloses();
     void addClosesWithItsResult();
+    void imagesWaitForTheReaderAndTheArticleShowsItsDetails();
     void clicksFollowOnlyWebLinks_data();
     void clicksFollowOnlyWebLinks();
 };
@@ -159,6 +161,34 @@ void tst_frmPreviewSubscription::addClosesWithItsResult()
     child<QPushButton>("cmdAdd")->click();
     QCOMPARE(preview.GetResults(), frmPreviewSubscription::kResultAdd);
     QVERIFY(!preview.isVisible());
+}
+
+// An article with everything its page shows, and a picture from the feed's own server.
+void tst_frmPreviewSubscription::imagesWaitForTheReaderAndTheArticleShowsItsDetails()
+{
+    m_server.serve("/rose.png", "not really a picture", "image/png");
+    m_server.serve("/pictures",
+                   "<rss version=\"2.0\"><channel><title>P</title><item><title>Roses</title><author>ann@"
+                   "example.com (Ann)</author><pubDate>Wed, 01 May 2024 10:01:00 GMT</pubDate><descrip"
+                   "tion>&lt;img src=\"" +
+                       m_server.url("/rose.png").toEncoded() +
+                       "\" alt=\"A rose\"&gt;"
+                       "</description><enclosure url=\"http://127.0.0.1:9/roses.mp3\" type=\"audio/mpeg\" "
+                       "length=\"4096\"/></item></channel></rss>");
+    QSignalSpy navigated(&open(QStringLiteral("/pictures")).View(), &ArticleView::NavigationComplete);
+    QTRY_VERIFY_WITH_TIMEOUT(!navigated.isEmpty(), 30000);
+    for (const char *text : {"1 May 2024 10:01 UTC", "ann@example.com (Ann)", "http://127.0.0.1:9/roses.mp3",
+                             "audio/mpeg, 4 KB", "[A rose]</a>"})
+        QVERIFY2(TestFiles::read(m_preview->PreviewPagePath()).contains(text), text);
+    QCOMPARE(m_server.requestCount("/rose.png"), 0);
+
+    // Asked for, the picture loads, and the choice is kept for the feed.
+    auto *show = child<QPushButton>("cmdShowImages");
+    QVERIFY(show->isVisible() && show->isEnabled() && !show->isChecked());
+    show->click();
+    QTRY_COMPARE_WITH_TIMEOUT(m_server.requestCount("/rose.png"), 1, 30000);
+    open(QStringLiteral("/pictures"));
+    QVERIFY(child<QPushButton>("cmdShowImages")->isChecked());
 }
 
 void tst_frmPreviewSubscription::clicksFollowOnlyWebLinks_data()

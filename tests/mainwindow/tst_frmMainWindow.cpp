@@ -7,6 +7,7 @@
 #include <QLineEdit>
 #include <QMimeData>
 #include <QStackedWidget>
+#include <QTabWidget>
 #include <QTimer>
 
 using namespace categoriesUtils;
@@ -197,16 +198,24 @@ void tst_frmMainWindow::renameRefusesEmptyAndSiblingNames()
         QStringList({"Category with that name already exists on this level.  Please use a different name.",
                      "Please enter some text for the new category."}));
     QVERIFY(f->node("Sports"));
-    // Case makes a different name.
+    // Case makes a different name; the settings tab follows at once.
+    f->select("Sports");
+    const auto caption = [this] { return f->window->findChild<QTabWidget *>("tabSettingsTabs")->tabText(0); };
     f->model()->setData(sports, "news");
     QVERIFY(f->node("news~~~Feed"));
     QVERIFY(f->setting(kConfig, QString(), kSavedCategoriesKey).contains("Text(news)"));
+    QCOMPARE(caption(), "Settings for 'news'");
+    // A category's Title box renames it too, and names no mail folder.
+    f->window->findChild<QLineEdit *>("txtSubTitle")->setText("World");
+    f->button("cmdApply")->click();
+    QVERIFY(f->node("World~~~Feed") && caption() == "Settings for 'World'");
+    QCOMPARE(f->setting("OLCONSUMER", SubscriptionSpecificsSection(feed), "FOLDERTITLE"), "-237237");
 
     // A subscription's new name becomes its Outlook folder title.
-    f->model()->setData(f->model()->IndexOf(f->node("news~~~Feed")), "Alpha feed");
+    f->model()->setData(f->model()->IndexOf(f->node("World~~~Feed")), "Alpha feed");
     QCOMPARE(f->setting("OLCONSUMER", SubscriptionSpecificsSection(feed), "FOLDERTITLE"), "Alpha feed");
     f->window->DoDisplayRefresh();
-    QVERIFY(f->node("news~~~Alpha feed"));
+    QVERIFY(f->node("World~~~Alpha feed"));
 }
 
 void tst_frmMainWindow::deleteAsksUnlessSuppressedOrCtrlHeld()

@@ -194,6 +194,13 @@ void tst_FolderPlan::messageIsStableAndFilterable()
     QVERIFY(!builder.build(a).contains("text/html"));
     a.theme = FolderPlan::Theme::Full;
     QVERIFY(!builder.build(a).contains("text/plain"));
+
+    // Date and author on the page; a remote image only once the reader asked for it.
+    a.author = QStringLiteral("Ann <ann@example.com>");
+    a.bodyHtml += QStringLiteral("<img src=\"http://example.com/p.png\" alt=\"p\">");
+    QVERIFY(html.page(a).contains(QStringLiteral("1 May 2024 10:00 UTC Ann &lt;ann@example.com&gt;")));
+    a.showImages = true;
+    QVERIFY(html.page(a).contains(QStringLiteral("src=\"http://example.com/p.png\"")));
 }
 
 void tst_FolderPlan::hostileFeedDataStaysInert_data()
@@ -219,6 +226,10 @@ void tst_FolderPlan::hostileFeedDataStaysInert_data()
         << R"x(<a href="javascript:alert(1)">x</a><a href="data:text/html,x">y</a>)x";
     QTest::newRow("remote image") << "body"
                                   << R"(<p><img src="http://tracker.example/p.gif" alt="pixel"></p>)";
+    QTest::newRow("remote media and background")
+        << "body"
+        << R"(<table background="http://t.example/b.gif"><tr><td><video poster="http://t.example/p.jpg")"
+           R"( src="http://t.example/v.mp4"></video></td></tr></table>)";
 }
 
 // Whatever a feed writes, a mail program sees no extra header and no script, and fetches nothing.
@@ -249,6 +260,8 @@ void tst_FolderPlan::hostileFeedDataStaysInert()
                                            QRegularExpression::CaseInsensitiveOption);
     QVERIFY2(!script.match(page).hasMatch(), qPrintable(page));
     QVERIFY(!page.contains(QLatin1String("<img"), Qt::CaseInsensitive));
+    QVERIFY2(!page.contains(QRegularExpression(QStringLiteral("\\s(src|poster|background)="))),
+             qPrintable(page));
     if (field == "body" && value.contains("pixel"))
         QVERIFY(page.contains(QLatin1String("href=\"http://tracker.example/p.gif\">[pixel]")));
 }
