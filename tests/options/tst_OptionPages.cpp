@@ -264,9 +264,12 @@ void tst_OptionPages::pagesShowAndStoreTheirSettings_data()
          {"desk|application/atom+xml", opener},
          {"desk|text/x-opml", opener},
          {"desk|x-scheme-handler/feed", opener}});
-    Row("browser: file types switched off", "IEPluginUI", {{"ENGINE|FileTypeHandling|RSS", "0"}}, {},
-        {{"chkATOM", "off"}, {"chkFEED", "off"}, {"chkOPML", "off"}}, {},
-        {{"desk|application/atom+xml", ""}, {"desk|text/x-opml", ""}, {"desk|x-scheme-handler/feed", ""}});
+    Row("browser: RSS switched on, the others off", "IEPluginUI", {{"ENGINE|FileTypeHandling|RSS", "0"}}, {},
+        {{"chkRSS", "on"}, {"chkATOM", "off"}, {"chkFEED", "off"}, {"chkOPML", "off"}}, {},
+        {{"desk|application/rss+xml", opener},
+         {"desk|application/atom+xml", ""},
+         {"desk|text/x-opml", ""},
+         {"desk|x-scheme-handler/feed", ""}});
 
     const QString media = "MEDIACONSUMER|Settings|";
     Row("enclosures: nothing stored asks, itunes, playlists named automatically", "PodcastingUI", {},

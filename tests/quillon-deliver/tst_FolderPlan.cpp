@@ -5,6 +5,7 @@
 #include "MessageBuilder.h"
 #include "TestRows.h"
 
+#include <QFile>
 #include <QProcess>
 #include <QRegularExpression>
 #include <QStandardPaths>
@@ -273,7 +274,7 @@ void tst_FolderPlan::neomuttListsEveryDeliveredFolder()
         QStandardPaths::findExecutable("tmux").isEmpty())
         QSKIP("neomutt or tmux is not installed (scripts/setup-deps.sh installs both)");
     QTemporaryDir home;
-    MaildirStore store(home.filePath("Mail"));
+    MaildirStore store(home.filePath(".local/share/Corvell/Mail"));
     QVERIFY(store.open(nullptr));
     for (const QStringList &folder : {QStringList{"Corvell for Outlook", "Tech", "Kernel Notes"},
                                       QStringList{"Corvell for Outlook", "World"}, QStringList{"Gone Feed"}})
@@ -287,9 +288,9 @@ void tst_FolderPlan::neomuttListsEveryDeliveredFolder()
         run.waitForFinished();
         return QString::fromUtf8(run.readAllStandardOutput());
     };
-    const QString config = home.filePath("Mail/" + MailReaderConfig::kFileName);
+    QVERIFY(QFile::exists(home.filePath(".local/share/Corvell/Mail/" + MailReaderConfig::kFileName)));
     tmux({"new-session", "-d", "-x", "160", "-y", "40",
-          "HOME='" + home.path() + "' neomutt -F '" + config + "'"});
+          "export HOME='" + home.path() + "'; neomutt -F ~/.local/share/Corvell/Mail/neomuttrc"});
     QString screen;
     const auto listed = [&] {
         screen = tmux({"capture-pane", "-p"});
