@@ -18,6 +18,7 @@
 #include "localization.h"
 
 #include <QApplication>
+#include <QDeadlineTimer>
 #include <QDir>
 #include <QLineEdit>
 #include <QPushButton>
@@ -55,6 +56,20 @@ void addSampleState(SubscribeClient &client)
     SetConsumerSetting(client, "CONFIGCONSUMER", QString(), "LastExportTitle", "My subscriptions");
     SetConsumerSetting(client, "OLCONSUMER", "OutlookDefaults", "TopFolderTitle", "\\Feeds");
     SetConsumerSetting(client, "OLCONSUMER", "OutlookDefaults", "RadioSubPlacement", "1");
+}
+
+// The online page shows a run's outcome: against QUILLON_SYNC_SERVER (user QUILLON_SYNC_USER,
+// password QUILLON_SYNC_PASSWORD) when given, else against an address where nobody answers.
+void synchroniseOnce(SubscribeClient &client)
+{
+    client.SetSyncSettings(1, qEnvironmentVariable("QUILLON_SYNC_SERVER", "http://127.0.0.1:1/"),
+                           qEnvironmentVariable("QUILLON_SYNC_USER", "ann"),
+                           qEnvironmentVariable("QUILLON_SYNC_PASSWORD", "secret"), 3600);
+    client.SyncNow();
+    const QDeadlineTimer deadline(30000);
+    while (GetConsumerSetting(client, "SyncTime", QString(), "ENGINE", "OnlineSync").isEmpty() &&
+           !deadline.hasExpired())
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 50);
 }
 
 // The network page is in no row of the list: the online page's button shows it in its place.
@@ -113,6 +128,7 @@ int main(int argc, char *argv[])
     const SubscribeClientPtr client = engine.newClient();
     client->Connect("CONFIGCONSUMER", std::make_shared<EngineCalls::IgnoreMessages>());
     addSampleState(*client);
+    synchroniseOnce(*client);
     // Pages bound by a field table reach the engine through the process's client.
     ClientAccess::SetEngineClient(client);
     OptionPageFactory pages;

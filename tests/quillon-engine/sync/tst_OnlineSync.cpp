@@ -10,15 +10,12 @@ using namespace quillon;
 namespace {
 QByteArray rss(const QString &name)
 {
-    QString out = QStringLiteral("<?xml version=\"1.0\"?><rss version=\"2.0\"><channel><title>Feed %1</title>"
-                                 "<link>http://example.com/</link><description>d</description>")
-                      .arg(name);
-    for (const QString &n : {QStringLiteral("1"), QStringLiteral("2")})
-        out += QStringLiteral(
-                   "<item><guid>%1%2</guid><title>Item %1%2</title><link>http://example.com/%1%2</link>"
-                   "<description>Body</description></item>")
-                   .arg(name, n);
-    return (out + "</channel></rss>").toUtf8();
+    const QString item = "<item><guid>%1</guid><title>%1</title><link>http://example.com/%1</link>"
+                         "<description>Body</description></item>";
+    return ("<?xml version=\"1.0\"?><rss version=\"2.0\"><channel><title>Feed " + name +
+            "</title><link>http://example.com/</link><description>d</description>" + item.arg(name + "1") +
+            item.arg(name + "2") + "</channel></rss>")
+        .toUtf8();
 }
 } // namespace
 
@@ -34,9 +31,7 @@ private Q_SLOTS:
     void tellsWhyARunFailed();
 
 private:
-    void configure(EngineFixture &f, const QString &address,
-                   const QString &password = TinyRssServer::kPassword);
-    static QString syncValue(EngineFixture &f, const QString &name);
+    // Runs SyncNow and answers the outcome once the run has ended.
     static QString sync(EngineFixture &f);
     // One value of the engine's database, read beside it.
     static QString local(EngineFixture &f, const QString &statement);
@@ -57,26 +52,18 @@ void tst_OnlineSync::initTestCase()
     QVERIFY2(m_server.start(), qPrintable(m_server.errorText()));
 }
 
-void tst_OnlineSync::configure(EngineFixture &f, const QString &address, const QString &password)
-{
-    f.client->SetSyncSettings(1, address, TinyRssServer::kUser, password, 900);
-}
-
-QString tst_OnlineSync::syncValue(EngineFixture &f, const QString &name)
-{
-    const Handle bag = f.client->GetSyncSettings();
-    const QString value = f.client->GetStringValue(bag, name);
-    f.client->ReleaseHandle(bag);
-    return value;
-}
-
 QString tst_OnlineSync::sync(EngineFixture &f)
 {
-    const QString before = syncValue(f, "SyncTime");
+    const auto value = [&f](const QString &name) {
+        const Handle bag = f.client->GetSyncSettings();
+        const QString text = f.client->GetStringValue(bag, name);
+        f.client->ReleaseHandle(bag);
+        return text;
+    };
+    const QString before = value("SyncTime");
     f.client->SyncNow();
-    if (!QTest::qWaitFor([&] { return syncValue(f, "SyncTime") != before; }, 30000))
-        return "(no run ended)";
-    return syncValue(f, "SyncStatus");
+    return QTest::qWaitFor([&] { return value("SyncTime") != before; }, 30000) ? value("SyncStatus")
+                                                                               : "(no end)";
 }
 
 QString tst_OnlineSync::local(EngineFixture &f, const QString &statement)
@@ -97,7 +84,7 @@ void tst_OnlineSync::syncsSubscriptionsAndReadStateBothWays()
 {
     EngineFixture f;
     f.engine.core().startUpdating();
-    configure(f, m_server.address());
+    f.client->SetSyncSettings(1, m_server.address(), TinyRssServer::kUser, TinyRssServer::kPassword, 900);
     m_server.sql("insert into ttrss_feed_categories (owner_uid, title) values (1, 'Tech')");
     m_server.sql("insert into ttrss_feeds (owner_uid, title, feed_url, cat_id) select 1, 'B', '" + feed("b") +
                  "', id from ttrss_feed_categories where title = 'Tech'");
@@ -155,7 +142,7 @@ void tst_OnlineSync::tellsWhyARunFailed_data()
                                     << "wrong" << false << "wrong user name or password (LOGIN_ERROR)";
     QTest::newRow("API off") << "" << TinyRssServer::kPassword << true
                              << "the server's API is switched off (API_DISABLED)";
-    QTest::newRow("no API") << "web page" << TinyRssServer::kPassword << false
+    QTest::newRow("no API") << "page" << TinyRssServer::kPassword << false
                             << "no sync API found at this address";
     QTest::newRow("nobody there") << "http://127.0.0.1:1/" << TinyRssServer::kPassword << false
                                   << "cannot reach the server (Connection refused)";
@@ -171,16 +158,14 @@ void tst_OnlineSync::tellsWhyARunFailed()
     QVERIFY(page.listen());
     page.serve("/", "<html><body>A web page</body></html>", "text/html");
     EngineFixture f;
-    configure(f,
-              address.isEmpty()       ? m_server.address()
-              : address == "web page" ? page.url("/").toString()
-                                      : address,
-              password);
-    m_server.sql(
-        QStringLiteral("update ttrss_user_prefs set value = '%1' where pref_name = 'ENABLE_API_ACCESS'")
-            .arg(apiOff ? "false" : "true"));
+    const QString typed = address.isEmpty()   ? m_server.address()
+                          : address == "page" ? page.url("/").toString()
+                                              : address;
+    f.client->SetSyncSettings(1, typed, TinyRssServer::kUser, password, 900);
+    const QString api = "update ttrss_user_prefs set value = '%1' where pref_name = 'ENABLE_API_ACCESS'";
+    m_server.sql(api.arg(apiOff ? "false" : "true"));
     QCOMPARE(sync(f), outcome);
-    m_server.sql("update ttrss_user_prefs set value = 'true' where pref_name = 'ENABLE_API_ACCESS'");
+    m_server.sql(api.arg("true"));
 }
 
 int main(int argc, char **argv)
