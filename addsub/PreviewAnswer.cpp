@@ -24,7 +24,8 @@ std::optional<PreviewAnswer::Header> PreviewAnswer::ReadHeader() const
     if (count == quillon::kMissing || count < 1)
         return std::nullopt;
     return Header{m_client.GetStringValue(details.get(), QStringLiteral("DESCRIPTION")), count,
-                  m_client.GetStringValue(details.get(), QStringLiteral("TITLE"))};
+                  m_client.GetStringValue(details.get(), QStringLiteral("TITLE")),
+                  quillon::presentText(m_client.GetStringValue(details.get(), QStringLiteral("LINK")))};
 }
 
 std::optional<QStringList> PreviewAnswer::Subjects() const

@@ -18,6 +18,7 @@ public:
         QString description;
         qint32 itemCount = 0;
         QString title; // the feed's own
+        QString link;  // the site
     };
     struct Article
     {

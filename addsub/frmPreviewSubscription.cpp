@@ -1,6 +1,7 @@
 #include "frmPreviewSubscription.h"
 
 #include "ArticlePage.h"
+#include "ArticlePublisher.h"
 #include "CBPreviewSub.h"
 #include "ConsumerSettings.h"
 #include "EngineNames.h"
@@ -52,6 +53,7 @@ frmPreviewSubscription::frmPreviewSubscription(QWidget *parent)
     });
     connect(ui->cmdShowImages, &QPushButton::toggled, this, &frmPreviewSubscription::OnShowImages);
     connect(ui->cmdAdd, &QPushButton::clicked, this, &frmPreviewSubscription::OnAdd);
+    connect(ui->cmdPublish, &QPushButton::clicked, this, &frmPreviewSubscription::OnPublish);
     connect(ui->cmdDone, &QPushButton::clicked, this, &frmPreviewSubscription::OnDone);
 }
 
@@ -202,6 +204,7 @@ void frmPreviewSubscription::ShowArticle(qint32 index)
         return;
     m_currentArticle = index;
     WritePage(ArticlePage(index));
+    ui->cmdPublish->setEnabled(m_answer > 0);
 }
 
 QString frmPreviewSubscription::ArticlePage(qint32 index) const
@@ -259,6 +262,21 @@ void frmPreviewSubscription::OnAdd()
     hide();
     m_result = kResultAdd;
     done(kResultAdd);
+}
+
+void frmPreviewSubscription::OnPublish()
+{
+    if (m_answer < 1 || !m_client)
+        return;
+    const PreviewAnswer answer(*m_client, m_answer);
+    const std::optional<PreviewAnswer::Article> article = answer.ArticleAt(m_currentArticle);
+    const std::optional<PreviewAnswer::Header> header = answer.ReadHeader();
+    if (!article || !header)
+        return;
+    ArticlePublisher(m_client, this)
+        .Publish({article->subject, article->url, article->body, article->author,
+                  article->date.toString(QStringLiteral("yyyy-MM-dd")), quillon::presentText(header->title),
+                  m_url, header->link});
 }
 
 void frmPreviewSubscription::OnDone()

@@ -50,6 +50,7 @@ private:
     void LoadImageChoice();
     void OnShowImages(bool shown);
     void OnAdd();
+    void OnPublish();
     void OnDone();
     void ResetWindow();
 

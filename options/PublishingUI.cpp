@@ -2,9 +2,10 @@
 
 #include "ConsumerSettings.h"
 #include "PublishingUtils.h"
-#include "StandardDialogs.h"
 #include "commonUtils.h"
 #include "frmEditBLogSettings.h"
+#include "frmPrePublish.h"
+#include "frmPubSettings.h"
 #include "ui_PublishingUI.h"
 
 #include <QLoggingCategory>
@@ -31,6 +32,9 @@ PublishingUI::PublishingUI(quillon::SubscribeClientPtr client, QWidget *parent)
     connect(ui->cmdEditBlog, &QPushButton::clicked, this, &PublishingUI::EditWeblog);
     connect(ui->grdWeblogs, &QTableWidget::cellDoubleClicked, this, &PublishingUI::EditWeblog);
     connect(ui->cmdDeleteBlog, &QPushButton::clicked, this, &PublishingUI::DeleteWeblog);
+    // The defaults are the pre-publish dialog's own, stored when it closes with Save.
+    connect(ui->cmdPublishDefaults, &QPushButton::clicked, this,
+            [this] { (void)frmPrePublish(m_client, window()).Run(true); });
     LoadValues();
 }
 
@@ -95,8 +99,9 @@ qint32 PublishingUI::SelectedRecord() const
 
 void PublishingUI::AddWeblog()
 {
-    ShowAlert(this, QStringLiteral("Adding a weblog comes with the publishing dialog."),
-              QStringLiteral("Until then the weblogs already set up can be edited and deleted here."));
+    frmPubSettings dialog(m_client, window());
+    if (dialog.Run() == frmPubSettings::kResultOK)
+        LoadValues();
 }
 
 void PublishingUI::EditWeblog()

@@ -70,6 +70,39 @@ void DeleteWeblog(quillon::SubscribeClient &client, qint32 number)
     SetRecordValue(client, number, kTitleKey, kDeleted);
 }
 
+qint32 AddWeblog(quillon::SubscribeClient &client, const WeblogSettings &settings)
+{
+    const qint32 number = NextRecordNumber(client);
+    // The title last: until it is written the number still reads as free.
+    const QList<std::pair<QString, QString>> values = {
+        {QStringLiteral("user"), settings.user},
+        {QStringLiteral("password"), settings.password},
+        {QStringLiteral("publisher"), QString::number(settings.publisher)},
+        {QStringLiteral("service.post"), settings.postUrl},
+        {QStringLiteral("blogUrl"), settings.blogUrl},
+        {QStringLiteral("blog_id"), settings.blogId},
+        {QStringLiteral("enabled"), BoolToText(settings.enabled)},
+        {kTitleKey, settings.title}};
+    for (const auto &[key, value] : values)
+        SetRecordValue(client, number, key, value);
+    return number;
+}
+
+WeblogSettings ReadWeblog(quillon::SubscribeClient &client, qint32 number)
+{
+    const auto value = [&](const QString &key, const QString &defaultValue = QString()) {
+        return RecordValue(client, number, key, defaultValue);
+    };
+    return {value(kTitleKey),
+            value(QStringLiteral("user")),
+            value(QStringLiteral("password")),
+            TextToInt(value(QStringLiteral("publisher"))),
+            value(QStringLiteral("service.post")),
+            value(QStringLiteral("blogUrl")),
+            value(QStringLiteral("blog_id"), QStringLiteral("1")),
+            TextToBool(value(QStringLiteral("enabled"), BoolToText(true)))};
+}
+
 QString ServiceName(qint32 code)
 {
     static const QStringList names = {QStringLiteral("Other"), QStringLiteral("TypePad"),

@@ -33,6 +33,23 @@ void SetRecordValue(quillon::SubscribeClient &client, qint32 number, const QStri
 // Marks the record deleted; its number stays taken.
 void DeleteWeblog(quillon::SubscribeClient &client, qint32 number);
 
+// Everything a record holds; blogId is the account's number for the weblog, which posting needs.
+struct WeblogSettings
+{
+    QString title;
+    QString user;
+    QString password; // empty: asked for at posting
+    qint32 publisher = 0;
+    QString postUrl;
+    QString blogUrl;
+    QString blogId;
+    bool enabled = true;
+};
+
+// Writes a new record after the last used number and returns that number.
+qint32 AddWeblog(quillon::SubscribeClient &client, const WeblogSettings &settings);
+[[nodiscard]] WeblogSettings ReadWeblog(quillon::SubscribeClient &client, qint32 number);
+
 // The name shown for a "publisher" code: 0 "Other", 1 "TypePad", 2 "Blogger", 3 "LiveJournal".
 [[nodiscard]] QString ServiceName(qint32 code);
 

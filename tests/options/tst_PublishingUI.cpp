@@ -34,7 +34,6 @@ private:
     std::unique_ptr<OptionsTestEngine> m_engine;
     SubscribeClientPtr m_client;
     std::unique_ptr<PublishingUI> m_page;
-    PromptRecorder *m_prompts = nullptr;
 };
 
 void tst_PublishingUI::initTestCase()
@@ -48,7 +47,6 @@ void tst_PublishingUI::init()
     m_engine = std::make_unique<OptionsTestEngine>();
     QVERIFY(m_engine->ready());
     m_client = m_engine->client;
-    m_prompts = &m_engine->prompts;
 }
 
 void tst_PublishingUI::cleanup()
@@ -143,10 +141,6 @@ void tst_PublishingUI::editDeleteAndQuickPublish()
     m_page->Apply();
     QCOMPARE(PublishingUtils::EnumerateWeblogs(*m_client, true, "blog_name"),
              (QStringList{"Second", "Three"}));
-
-    child<QPushButton>("cmdAddBlog")->click();
-    QCOMPARE(m_prompts->texts(PromptKind::Alert),
-             QStringList{"Adding a weblog comes with the publishing dialog."});
 }
 
 QTEST_MAIN(tst_PublishingUI)

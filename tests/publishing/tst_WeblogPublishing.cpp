@@ -1,0 +1,321 @@
+#include "ArticlePublisher.h"
+#include "ConsumerSettings.h"
+#include "EngineCalls.h"
+#include "LocalSettings.h"
+#include "PromptRecorder.h"
+#include "PublishingUtils.h"
+#include "TestEngine.h"
+#include "WordPressServer.h"
+#include "frmPrePublish.h"
+#include "frmPubSettings.h"
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QJsonObject>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QTableWidget>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTimer>
+
+using namespace quillon;
+using namespace PublishingUtils;
+
+namespace {
+template <typename T = QAbstractButton> T *child(QWidget *dialog, const QString &name)
+{
+    return dialog->findChild<T *>(name);
+}
+} // namespace
+
+// Adding weblogs and posting to them against a real WordPress; the pre-publish dialog alone.
+class tst_WeblogPublishing : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void initTestCase()
+    {
+        QVERIFY(m_settings.isValid());
+        LocalSettings::SetBaseFolder(m_settings.path());
+        if (!m_wordpress.start())
+            qWarning() << "WordPress tests are skipped:" << m_wordpress.errorText();
+        connect(&m_watch, &QTimer::timeout, this, &tst_WeblogPublishing::answerDialogs);
+    }
+    void init()
+    {
+        m_engine = std::make_unique<TestEngine>();
+        QVERIFY(m_engine->isReady());
+        m_client = m_engine->newClient();
+        m_client->Connect("CONFIGCONSUMER", std::make_shared<EngineCalls::IgnoreMessages>());
+        m_prompts = std::make_unique<PromptRecorder>();
+        m_scripts.clear();
+        m_watch.start(20);
+    }
+    void cleanup()
+    {
+        m_watch.stop();
+        m_prompts.reset();
+        m_client.reset();
+        m_engine.reset();
+    }
+    void addWeblog_data();
+    void addWeblog();
+    void prePublishDialog_data();
+    void prePublishDialog();
+    void publishArticle_data();
+    void publishArticle();
+
+private:
+    void needWordPress()
+    {
+        if (!m_wordpress.errorText().isEmpty())
+            QSKIP(qPrintable("WordPress cannot run here: " + m_wordpress.errorText()));
+    }
+    // Each modal dialog, once, by the script for its class.
+    void answerDialogs()
+    {
+        QWidget *dialog = QApplication::activeModalWidget();
+        const auto script =
+            dialog ? m_scripts.constFind(dialog->metaObject()->className()) : m_scripts.cend();
+        if (script == m_scripts.cend() || dialog->property("answered").toBool())
+            return;
+        dialog->setProperty("answered", true);
+        // From a timer of its own, so this one goes on to answer the dialogs the script opens.
+        QTimer::singleShot(0, dialog, [dialog, answer = *script] { answer(dialog); });
+    }
+    [[nodiscard]] QString storedDefault(const QString &key) const
+    {
+        return GetConsumerSetting(*m_client, key, "unset", "ENGINE", "Publishing_defaults");
+    }
+
+    QTemporaryDir m_settings;
+    WordPressServer m_wordpress;
+    std::unique_ptr<TestEngine> m_engine;
+    SubscribeClientPtr m_client;
+    std::unique_ptr<PromptRecorder> m_prompts;
+    QHash<QByteArray, std::function<void(QWidget *)>> m_scripts;
+    QTimer m_watch;
+};
+
+void tst_WeblogPublishing::addWeblog_data()
+{
+    QTest::addColumn<QString>("service");
+    QTest::addColumn<QStringList>("stored"); // titles of records already there; "HOME": this weblog
+    QTest::addColumn<QString>("weblog");
+    QTest::addColumn<QString>("postingAddress");
+    QTest::addColumn<QString>("password");
+    QTest::addColumn<bool>("keepPassword");
+    QTest::addColumn<QString>("alert"); // empty: the weblog is added as record number
+    QTest::addColumn<int>("number");
+    const QString home = m_wordpress.home().toString();
+    const QString good = WordPressServer::kPassword;
+    const QString noUrl =
+        "No valid publishing URL's found.  Please check the values you entered and try again.";
+    QTest::newRow("found from the weblog")
+        << "WordPress" << QStringList() << home << "" << good << true << "" << 1;
+    QTest::newRow("after 1 and 3, 2 deleted; password not kept")
+        << "MetaWeblog server" << QStringList{"One", "DELETED", "Three"} << home << "" << good << false << ""
+        << 4;
+    QTest::newRow("Other asks for the posting address") << "Other" << QStringList() << ""
+                                                        << "" << good << true << "" << 1;
+    QTest::newRow("already configured")
+        << "WordPress" << QStringList{"HOME"} << home << "" << good << true
+        << "You have already configured all available Weblogs for this publisher." << 0;
+    QTest::newRow("wrong password") << "WordPress" << QStringList() << home << ""
+                                    << "wrong" << true << "Incorrect username or password." << 0;
+    QTest::newRow("no address given") << "WordPress" << QStringList() << ""
+                                      << "" << good << true << noUrl << 0;
+    QTest::newRow("page without RSD link") << "WordPress" << QStringList() << home + "readme.html"
+                                           << "" << good << true << noUrl << 0;
+    QTest::newRow("server unreachable") << "WordPress" << QStringList() << ""
+                                        << "http://127.0.0.1:9/xmlrpc.php" << good << true
+                                        << "The weblog server at http://127.0.0.1:9/xmlrpc.php" << 0;
+    QTest::newRow("no services") << "" << QStringList() << home << "" << good << true
+                                 << "No valid publishers found." << 0;
+}
+
+void tst_WeblogPublishing::addWeblog()
+{
+    QFETCH(QString, service);
+    QFETCH(QStringList, stored);
+    QFETCH(QString, weblog);
+    QFETCH(QString, postingAddress);
+    QFETCH(QString, password);
+    QFETCH(bool, keepPassword);
+    QFETCH(QString, alert);
+    QFETCH(int, number);
+    needWordPress();
+    for (const QString &title : stored) {
+        const bool home = title == "HOME";
+        AddWeblog(*m_client, {home ? WordPressServer::kTitle : title, "someone", "", 0, "http://a.example/x",
+                              home ? m_wordpress.home().toString() : "http://a.example/" + title, "1", true});
+    }
+    QStringList offered;
+    bool okAfterClear = true;
+    m_scripts["frmGetURL"] = [&](QWidget *dialog) {
+        child<QLineEdit>(dialog, "txtWeblogName")->setText("Named by hand");
+        child<QLineEdit>(dialog, "txtURL")->setText(m_wordpress.xmlrpc().toString());
+        child(dialog, "cmdOK")->click();
+    };
+    m_scripts["frmChooseBlog"] = [&](QWidget *dialog) {
+        auto *grid = child<QTableWidget>(dialog, "grdAvailableBlogs");
+        for (int row = 0; row < grid->rowCount(); ++row)
+            offered << grid->item(row, 1)->text();
+        child(dialog, "chkAll")->click(); // a lone weblog comes ticked: clear it, then tick all
+        okAfterClear = child(dialog, "cmdOK")->isEnabled();
+        child(dialog, "chkAll")->click();
+        child(dialog, "cmdOK")->click();
+    };
+    // After a message the dialog stays open for the values to be corrected.
+    m_scripts["frmPubSettings"] = [&](QWidget *dialog) {
+        child<QComboBox>(dialog, "cboBlogService")->setCurrentText(service);
+        child<QLineEdit>(dialog, "txtBlogURL")->setText(weblog);
+        child<QLineEdit>(dialog, "txtRPCURL")->setText(postingAddress);
+        child<QLineEdit>(dialog, "txtPubPassword")->setText(password);
+        child<QLineEdit>(dialog, "txtPubUsername")->setText(WordPressServer::kUser);
+        child(dialog, "chkSavePassword")->setChecked(keepPassword);
+        child(dialog, "cmdOK")->click();
+        if (dialog->isVisible())
+            child(dialog, "cmdCancel")->click();
+    };
+    QTemporaryDir empty;
+    const int result =
+        frmPubSettings(m_client, nullptr, service.isEmpty() ? empty.filePath("none.xml") : "").Run();
+
+    QCOMPARE(result, alert.isEmpty() ? 1 : 2);
+    if (!alert.isEmpty()) {
+        QCOMPARE(m_prompts->texts().size(), qsizetype(1));
+        QVERIFY2(m_prompts->texts().first().startsWith(alert), qPrintable(m_prompts->texts().first()));
+        QCOMPARE(NextRecordNumber(*m_client), int(stored.size()) + 1);
+        return;
+    }
+    QCOMPARE(offered, QStringList{WordPressServer::kTitle});
+    QVERIFY(!okAfterClear);
+    const WeblogSettings added = ReadWeblog(*m_client, number);
+    QCOMPARE(added.title, WordPressServer::kTitle);
+    QCOMPARE(added.user, WordPressServer::kUser);
+    QCOMPARE(added.password, keepPassword ? password : QString());
+    QCOMPARE(added.publisher, 0);
+    QCOMPARE(added.postUrl, m_wordpress.xmlrpc().toString());
+    QCOMPARE(added.blogUrl, m_wordpress.home().toString());
+    QCOMPARE(added.blogId, "1");
+    QVERIFY(added.enabled);
+    QCOMPARE(NextRecordNumber(*m_client), number + 1);
+}
+
+void tst_WeblogPublishing::prePublishDialog_data()
+{
+    QTest::addColumn<bool>("saveMode");
+    QTest::addColumn<QStringList>("clicks");
+    QTest::addColumn<QStringList>("captions"); // at opening, then after each click of an option
+    QTest::addColumn<QString>("storedEditFirst");
+    QTest::newRow("edit first, then as is")
+        << false << QStringList{"optEditItem", "optPublishAsIs", "optEditItem", "cmdPublish"}
+        << QStringList{"Publish", "Create", "Publish", "Create"} << "1";
+    QTest::newRow("cancel stores nothing") << false << QStringList{"optEditItem", "chkIncludeAd", "cmdCancel"}
+                                           << QStringList{"Publish", "Create", "Create"} << "unset";
+    QTest::newRow("save mode") << true << QStringList{"optEditItem", "cmdPublish"}
+                               << QStringList{"Save", "Save"} << "1";
+}
+
+void tst_WeblogPublishing::prePublishDialog()
+{
+    QFETCH(bool, saveMode);
+    QFETCH(QStringList, clicks);
+    QFETCH(QStringList, captions);
+    QFETCH(QString, storedEditFirst);
+    QStringList seen;
+    bool plainEnablesParsing = false;
+    m_scripts["frmPrePublish"] = [&](QWidget *dialog) {
+        seen << child(dialog, "cmdPublish")->text();
+        child(dialog, "optPlainText")->click();
+        plainEnablesParsing = child(dialog, "chkParseForInlineLinks")->isEnabled();
+        for (const QString &name : clicks) {
+            child(dialog, name)->click();
+            if (!name.startsWith("cmd"))
+                seen << child(dialog, "cmdPublish")->text();
+        }
+    };
+    const int result = frmPrePublish(m_client).Run(saveMode);
+    QCOMPARE(seen, captions);
+    QVERIFY(plainEnablesParsing);
+    const bool stored = storedEditFirst != "unset";
+    QCOMPARE(result, stored ? 1 : 2);
+    QCOMPARE(storedDefault("PUBDLG_editFirst"), storedEditFirst);
+    QCOMPARE(storedDefault("PUBDLG_htmlBody"), stored ? "0" : "unset");
+    QCOMPARE(storedDefault("PUBDLG_includeAd"), stored ? "0" : "unset");
+}
+
+void tst_WeblogPublishing::publishArticle_data()
+{
+    QTest::addColumn<bool>("keepPassword");
+    QTest::addColumn<QString>("password");
+    QTest::addColumn<QString>("defaults"); // "as is", "edit first" or "quick"
+    QTest::addColumn<QString>("alert");
+    const QString good = WordPressServer::kPassword;
+    QTest::newRow("as is") << true << good << "as is"
+                           << "The item was published.";
+    QTest::newRow("edit first, password asked") << false << good << "edit first"
+                                                << "The item was published.";
+    QTest::newRow("quick, wrong password") << true << "wrong"
+                                           << "quick"
+                                           << "The item could not be published to Field Notes.";
+}
+
+void tst_WeblogPublishing::publishArticle()
+{
+    QFETCH(bool, keepPassword);
+    QFETCH(QString, password);
+    QFETCH(QString, defaults);
+    QFETCH(QString, alert);
+    needWordPress();
+    AddWeblog(*m_client, {WordPressServer::kTitle, WordPressServer::kUser, keepPassword ? password : "", 0,
+                          m_wordpress.xmlrpc().toString(), m_wordpress.home().toString(), "1", true});
+    SetConsumerSetting(*m_client, "ENGINE", "Publishing_defaults", "PUBDLG_editFirst",
+                       defaults == "edit first" ? "1" : "0");
+    SetConsumerSetting(*m_client, "ENGINE", "Publishing_defaults", "PUBDLG_alwaysDoCurrentSettings",
+                       defaults == "quick" ? "1" : "0");
+    m_prompts->onAsk = [&](Prompt &prompt) { prompt.password = password; };
+    m_prompts->answers[int(PromptKind::UserNameAndPassword)] = {1};
+    QString caption;
+    m_scripts["frmPublishRequestOpt"] = [&](QWidget *dialog) {
+        caption = child(dialog, "cmdPublish")->text();
+        child(dialog, "cmdPublish")->click();
+    };
+    m_scripts["frmEditPost"] = [&](QWidget *dialog) {
+        auto *body = child<QPlainTextEdit>(dialog, "txtPostBody");
+        body->setPlainText("<p>Edited before posting.</p>" + body->toPlainText());
+        child(dialog, "cmdPublish")->click();
+    };
+    const qsizetype before = m_wordpress.posts().size();
+    const PostComposer::Article article{"High water",
+                                        "http://example.org/river",
+                                        "<p>The river is <b>high</b>.</p>",
+                                        "Ada",
+                                        "2026-11-20",
+                                        "River News",
+                                        "http://example.org/feed",
+                                        "http://example.org/"};
+    const bool posted = ArticlePublisher(m_client, nullptr).Publish(article);
+
+    QCOMPARE(m_prompts->texts(PromptKind::Alert), QStringList{alert});
+    QCOMPARE(m_prompts->texts(PromptKind::UserNameAndPassword).size(), qsizetype(keepPassword ? 0 : 1));
+    QCOMPARE(caption, defaults == "quick" ? "" : defaults == "edit first" ? "Create" : "Publish");
+    const QJsonArray posts = m_wordpress.posts();
+    QCOMPARE(posts.size(), before + (posted ? 1 : 0));
+    if (!posted)
+        return;
+    const QJsonObject post = posts.first().toObject();
+    const QString content = post.value("content").toString();
+    QCOMPARE(post.value("title").toString(), article.title);
+    QVERIFY2(content.contains(article.body), qPrintable(content));
+    QVERIFY(content.contains("<a href=\"http://example.org/river\">High water</a>"));
+    QVERIFY(content.contains("Written by Ada on 2026-11-20."));
+    QCOMPARE(content.startsWith("<p>Edited before posting.</p>"), defaults == "edit first");
+}
+
+QTEST_MAIN(tst_WeblogPublishing)
+#include "tst_WeblogPublishing.moc"
