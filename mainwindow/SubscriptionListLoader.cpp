@@ -125,10 +125,15 @@ QString SubscriptionListLoader::TextOf(quillon::SubscribeClient &client, quillon
 
 SubscriptionFacts SubscriptionListLoader::FactsOf(quillon::SubscribeClient &client, quillon::Handle item)
 {
+    // Articles the mail delivery cannot store fail the subscription as surely as a feed that
+    // cannot be fetched, and are shown the same way.
+    const QString delivery = client.GetStringValue(item, QStringLiteral("DELIVERYSTATUS"));
     return {client.GetStringValue(item, QStringLiteral("URL")),
             client.GetLongValue(item, QStringLiteral("ITEMREADCOUNT")),
             client.GetLongValue(item, QStringLiteral("ITEMUNREADCOUNT")),
-            client.GetStringValue(item, QStringLiteral("LASTUPDATESTATUS"))};
+            HasValue(delivery)
+                ? QStringLiteral("Error: the mail delivery cannot store its articles: ") + delivery
+                : client.GetStringValue(item, QStringLiteral("LASTUPDATESTATUS"))};
 }
 
 CategoryNode *SubscriptionListLoader::Place(CategoryTree &tree, qint32 id, const QString &text,

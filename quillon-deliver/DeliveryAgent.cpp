@@ -270,6 +270,8 @@ void DeliveryAgent::storeArticles(const QList<ArticleBatchReader::Outgoing> &out
         if (!touched.contains(path))
             m_store->tag(folder, article.subscriptionId);
         touched.insert(path, folder);
+        if (m_failedSubscriptions.remove(article.subscriptionId))
+            reportStatus(article.subscriptionId, QString());
         // Known unread already: the next look at the folder reports nothing for it.
         m_readMarks[path].insert(key, false);
         commit.stored.append(article.articleId);
@@ -277,8 +279,8 @@ void DeliveryAgent::storeArticles(const QList<ArticleBatchReader::Outgoing> &out
     commit.touched = touched.values();
 }
 
-// Said once per subscription in the engine's log, where ConfigConsumer's user can read it;
-// the article stays pending and is tried again.
+// Said once per subscription in the engine's log and on the subscription, where ConfigConsumer's
+// user sees it; the article stays pending and is tried again.
 void DeliveryAgent::storeFailed(qint32 subscriptionId, qint32 articleId, const QString &error)
 {
     qCWarning(lcDeliver) << "cannot store article" << articleId << error;
@@ -289,6 +291,21 @@ void DeliveryAgent::storeFailed(qint32 subscriptionId, qint32 articleId, const Q
                     .arg(subscriptionId)
                     .arg(error),
                 2);
+    reportStatus(subscriptionId, error);
+}
+
+// The failure shown on the subscription; an empty text takes it away.
+void DeliveryAgent::reportStatus(qint32 subscriptionId, const QString &status)
+{
+    const auto fill = [this, subscriptionId, status](Handle bag) {
+        m_client->SetLongValue(bag, QStringLiteral("SUBSCRIPTIONID"), subscriptionId);
+        m_client->SetStringValue(bag, QStringLiteral("STATUS"), status);
+    };
+    try {
+        submit(QStringLiteral("SETDELIVERYSTATUS"), fill, [](Handle) {});
+    } catch (const std::exception &e) {
+        engineFailed(e);
+    }
 }
 
 void DeliveryAgent::logToEngine(const QString &text, qint32 level)

@@ -109,6 +109,7 @@ private:
     void submit(const QString &kind, const std::function<void(quillon::Handle)> &fill,
                 std::function<void(quillon::Handle)> answer);
     void engineFailed(const std::exception &e);
+    void reportStatus(qint32 subscriptionId, const QString &status);
     // The retry timer, with a pause that doubles up to kMaxRetryMs.
     void retryLater();
     // The part of start() that needs the store.

@@ -79,6 +79,7 @@ void DeliveryRequests::registerWith(RequestProcessor &requests)
     kind("PENDINGREMOVALS", &DeliveryRequests::pendingRemovals);
     kind("CONFIRMREMOVALS", &DeliveryRequests::confirmRemovals);
     kind("SETENCLOSUREFILE", &DeliveryRequests::setEnclosureFile);
+    kind("SETDELIVERYSTATUS", &DeliveryRequests::setDeliveryStatus);
 }
 
 bool DeliveryRequests::requireConsumer(const Origin &origin)
@@ -155,6 +156,15 @@ void DeliveryRequests::confirmRemovals(const Origin &origin, const PropertyBag &
 {
     const int confirmed = m_store.confirmRemovals(origin.consumerId, articleIds(request));
     answer(origin, QStringLiteral("RemovalsConfirmed"), countPayload(confirmed));
+}
+
+void DeliveryRequests::setDeliveryStatus(const Origin &origin, const PropertyBag &request)
+{
+    const qint32 id = request.number(QStringLiteral("SUBSCRIPTIONID"));
+    m_store.setDeliveryStatus(origin.consumerId, id, request.text(QStringLiteral("STATUS")));
+    answer(origin, QStringLiteral("DeliveryStatusResult"), countPayload(1));
+    // The window marks a subscription whose articles cannot be stored, as it marks a failed feed.
+    m_changes.countsChanged({id});
 }
 
 void DeliveryRequests::setEnclosureFile(const Origin &origin, const PropertyBag &request)

@@ -44,6 +44,7 @@ private:
     void pendingRemovals(const Origin &origin, const PropertyBag &request);
     void confirmRemovals(const Origin &origin, const PropertyBag &request);
     void setEnclosureFile(const Origin &origin, const PropertyBag &request);
+    void setDeliveryStatus(const Origin &origin, const PropertyBag &request);
     // False (and the request answered with RequestFailed) for a session not connected.
     bool requireConsumer(const Origin &origin);
     void answer(const Origin &origin, const QString &message, BagPtr payload);

@@ -136,6 +136,19 @@ int DeliveryStore::setEnclosureFile(qint64 articleId, const QString &url, const 
         {file.isEmpty() ? QVariant() : QVariant(file), articleId, url}, "recording an enclosure's file");
 }
 
+void DeliveryStore::setDeliveryStatus(const QString &consumerId, qint32 subscriptionId, const QString &status)
+{
+    // Kept beside the consumer's other settings of the subscription, so it goes with them.
+    const QString section = QStringLiteral("SubscriptionSpecifics_%1").arg(subscriptionId);
+    if (status.isEmpty())
+        m_db.execute(QStringLiteral("DELETE FROM settings WHERE consumer_id = ? AND section = ? AND key = ?"),
+                     {consumerId, section, kDeliveryStatusKey}, "clearing a delivery status");
+    else
+        m_db.execute(QStringLiteral("INSERT OR REPLACE INTO settings (consumer_id, section, key, value)"
+                                    " VALUES (?, ?, ?, ?)"),
+                     {consumerId, section, kDeliveryStatusKey, status}, "recording a delivery status");
+}
+
 QList<DeliveryStore::Counts> DeliveryStore::waiting(qint32 subscriptionId, bool withMedia)
 {
     QString sql =

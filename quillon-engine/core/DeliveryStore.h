@@ -27,6 +27,7 @@ public:
     static constexpr const char *kMediaConsumer = "MEDIACONSUMER";
 
     explicit DeliveryStore(EngineDatabase &db) : m_db(db) {}
+    static inline const QString kDeliveryStatusKey = QStringLiteral("DeliveryStatus");
 
     [[nodiscard]] static bool receivesEverySubscription(const QString &consumerId);
 
@@ -49,6 +50,8 @@ public:
     // Records where the article's enclosure with this address was stored; "" forgets it.
     // Returns how many enclosures changed.
     int setEnclosureFile(qint64 articleId, const QString &url, const QString &file);
+    // Why the consumer cannot store a subscription's articles; empty once it can again.
+    void setDeliveryStatus(const QString &consumerId, qint32 subscriptionId, const QString &status);
     // Per consumer bound to the subscription, what waits for it there; withMedia adds the
     // media consumer's pending articles.
     [[nodiscard]] QList<Counts> waiting(qint32 subscriptionId, bool withMedia);

@@ -24,6 +24,8 @@ const QString kBagColumns =
                    " (SELECT COUNT(*) FROM articles a WHERE a.subscription_id = s.id AND a.is_read = 0),"
                    " (SELECT st.value FROM settings st WHERE st.consumer_id = 'OLCONSUMER'"
                    "  AND st.section = 'SubscriptionSpecifics_' || s.id AND st.key = 'FOLDERTITLE'),"
+                   " (SELECT st.value FROM settings st WHERE st.consumer_id = 'OLCONSUMER'"
+                   "  AND st.section = 'SubscriptionSpecifics_' || s.id AND st.key = 'DeliveryStatus'),"
                    " EXISTS (SELECT 1 FROM subscription_properties p WHERE p.subscription_id = s.id), s.id"
                    " FROM subscriptions s");
 const QString kSelectBag = kBagColumns + QStringLiteral(" WHERE s.id = ?");
@@ -31,8 +33,9 @@ const QString kSelectBags = kBagColumns + QStringLiteral(" WHERE s.id IN (SELECT
 constexpr int kPasswordColumn = 4;
 constexpr int kReadCountColumn = 11;
 constexpr int kFolderTitleColumn = 13;
-constexpr int kHasFreeColumn = 14;
-constexpr int kIdColumn = 15;
+constexpr int kDeliveryStatusColumn = 14;
+constexpr int kHasFreeColumn = 15;
+constexpr int kIdColumn = 16;
 
 QString textOrEmpty(const PropertyBag &bag, const QString &name)
 {
@@ -170,6 +173,8 @@ BagPtr SubscriptionStore::bagFromRow(const EngineDatabase::Row &row)
         appendFreeProperties(id, *bag);
     if (!row.at(kFolderTitleColumn).isNull())
         bag->setText(QStringLiteral("FOLDERTITLE"), row.at(kFolderTitleColumn).toString());
+    if (!row.at(kDeliveryStatusColumn).isNull())
+        bag->setText(QStringLiteral("DELIVERYSTATUS"), row.at(kDeliveryStatusColumn).toString());
     return bag;
 }
 

@@ -3,6 +3,7 @@
 #include "DeliveryTestFeeds.h"
 #include "DovecotServer.h"
 #include "EngineFixture.h"
+#include "HandleGuard.h"
 #include "ImapStore.h"
 #include "LocalHttpServer.h"
 #include "LocalSettings.h"
@@ -10,6 +11,7 @@
 #include "MaildirProbe.h"
 #include "MaildirStore.h"
 #include "StoreLocation.h"
+#include "SubscriptionListLoader.h"
 #include "TestFiles.h"
 #include "frmMainWindow.h"
 
@@ -74,6 +76,7 @@ private Q_SLOTS:
     void killedDeliveryLosesNothingAndCatchesUp();
     void imapAccountGetsTheSameDelivery();
     void oddNamesAndOutagesKeepDelivering();
+    void unstorableArticlesFailTheSubscriptionVisibly();
     void newStoreTakesTheMailAlong();
 };
 
@@ -427,6 +430,25 @@ void tst_MailDelivery::oddNamesAndOutagesKeepDelivering()
     QCOMPARE(EngineCalls::ConsumerItems(*m_engine->client, "OLCONSUMER"), (QList<int>{slashed, wide}));
     QVERIFY(QDir().rename(root + ".away", root));
     QTRY_COMPARE_WITH_TIMEOUT(m_probe->count(slashedFolder), 5, 30000);
+}
+
+// A folder that cannot be made (a file stands where it goes) fails the subscription where the
+// window shows failures, until its articles can be stored.
+void tst_MailDelivery::unstorableArticlesFailTheSubscriptionVisibly()
+{
+    startAgent();
+    const QString blocker = m_probe->path({"Blocked"});
+    QVERIFY(QDir().mkpath(QFileInfo(blocker).path()) && TestFiles::write(blocker, "not a folder"));
+    const qint32 id = subscribe("/blocked", "Blocked", "", 2);
+    bind(id, 1);
+    const auto shown = [&] {
+        HandleGuard item(*m_engine->client, m_engine->client->GetItemBag("NEWS", id, 0));
+        return SubscriptionListLoader::FactsOf(*m_engine->client, item.get()).lastStatus;
+    };
+    QTRY_VERIFY(shown().startsWith("Error: the mail delivery cannot store its articles: "));
+    QVERIFY(QFile::remove(blocker));
+    QTRY_COMPARE_WITH_TIMEOUT(m_probe->count({"Blocked"}), 2, 20000);
+    QTRY_VERIFY(shown().startsWith("OK"));
 }
 
 void tst_MailDelivery::newStoreTakesTheMailAlong()
