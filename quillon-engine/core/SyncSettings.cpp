@@ -4,11 +4,6 @@
 
 namespace quillon {
 
-namespace {
-const QString kConsumer = QStringLiteral("ENGINE");
-const QString kSection = QStringLiteral("OnlineSync");
-} // namespace
-
 void SyncSettings::write(const OperationArguments &args)
 {
     const auto store = [this](const char *key, const QString &value) {

@@ -14,6 +14,9 @@ class SyncSettings
 public:
     explicit SyncSettings(SettingsStore &store) : m_store(store) {}
 
+    static inline const QString kConsumer = QStringLiteral("ENGINE");
+    static inline const QString kSection = QStringLiteral("OnlineSync");
+
     // Remote flag, server, user, password and frequency in seconds, in that order.
     void write(const OperationArguments &args);
     // The same five as "SyncRemote", "SyncServer", "SyncUser", "SyncPassword", "SyncFrequency".

@@ -14,8 +14,8 @@ Q_LOGGING_CATEGORY(lcSync, "corvell.quillon.engine.sync")
 namespace quillon {
 
 namespace {
-const QString kConsumer = QStringLiteral("ENGINE");
-const QString kSection = QStringLiteral("OnlineSync");
+const QString &kConsumer = SyncSettings::kConsumer;
+const QString &kSection = SyncSettings::kSection;
 const QString kStatus = QStringLiteral("SyncStatus");
 const QString kTime = QStringLiteral("SyncTime");
 const QString kApi = QStringLiteral("SyncApiAddress");
