@@ -10,8 +10,8 @@
 #include "PendingActions.h"
 #include "PropertyBag.h"
 #include "StandardDialogs.h"
+#include "localization.h"
 
-#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QXmlStreamReader>
@@ -50,8 +50,7 @@ void ShowNoFeedsFound(QWidget *owner)
 
 QString DefaultFeedsPath()
 {
-    return QDir(QCoreApplication::applicationDirPath())
-        .filePath(QStringLiteral("QuillonData/starterfeeds.opml"));
+    return QDir(QuillonDataFolder()).filePath(QStringLiteral("starterfeeds.opml"));
 }
 
 void AddDefaultFeeds(QObject *host, const quillon::SubscribeClientPtr &client)

@@ -13,9 +13,9 @@
 #include "WebArticleView.h"
 #include "commonUtils.h"
 #include "htmlGenerator.h"
+#include "localization.h"
 #include "ui_frmPreviewSubscription.h"
 
-#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -30,6 +30,12 @@ using quillon::RemoteContent;
 namespace {
 const QString kPageName = QStringLiteral("preview.html");
 const QString kMissing = quillon::kMissingText;
+
+// The folder that holds QuillonData, as the page builder expects.
+QString templatesParent()
+{
+    return QFileInfo(QuillonDataFolder()).path();
+}
 } // namespace
 
 frmPreviewSubscription::frmPreviewSubscription(QWidget *parent)
@@ -223,25 +229,21 @@ QString frmPreviewSubscription::ArticlePage(qint32 index) const
     fields.enclosureUrl = article->enclosureUrl.toHtmlEscaped();
     fields.enclosureType = article->enclosureType;
     fields.enclosureLength = article->enclosureLength;
-    return htmlGenerator::BuildArticlePage(QCoreApplication::applicationDirPath(), fields);
+    return htmlGenerator::BuildArticlePage(templatesParent(), fields);
 }
 
 void frmPreviewSubscription::WritePage(const QString &text)
 {
     if (text.isEmpty() && m_answer > 0)
         return; // the build failed; the page shown stays
-    // Beside the templates, as their local links expect; a read-only program folder uses the cache.
-    QString path = htmlGenerator::LocalPath(QCoreApplication::applicationDirPath()) + kPageName;
+    // In the user's cache, never among the shipped files: the page names its templates by full path.
+    const QString cache = QStandardPaths::writableLocation(QStandardPaths::CacheLocation);
+    QDir().mkpath(cache);
+    const QString path = QDir(cache).filePath(kPageName);
     QFile file(path);
     if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Text)) {
-        const QString cache = QStandardPaths::writableLocation(QStandardPaths::CacheLocation);
-        QDir().mkpath(cache);
-        path = QDir(cache).filePath(kPageName);
-        file.setFileName(path);
-        if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Text)) {
-            qCWarning(lcPreview) << "cannot write the preview page" << path << file.errorString();
-            return;
-        }
+        qCWarning(lcPreview) << "cannot write the preview page" << path << file.errorString();
+        return;
     }
     file.write(text.toUtf8() + "\n");
     file.close();

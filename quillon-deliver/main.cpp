@@ -1,6 +1,7 @@
 #include "DeliveryAgent.h"
 #include "ImapStore.h"
 #include "MaildirStore.h"
+#include "ShippedData.h"
 #include "StoreLocation.h"
 #include "SubscribeClientFactory.h"
 
@@ -67,10 +68,7 @@ int main(int argc, char *argv[])
     const QString root = parser.isSet(maildir) ? parser.value(maildir) : defaultRoot();
 
     DeliveryAgent::Options options;
-    options.dataFolder =
-        parser.isSet(data)
-            ? parser.value(data)
-            : QDir(QCoreApplication::applicationDirPath()).filePath(QStringLiteral("QuillonData"));
+    options.dataFolder = parser.isSet(data) ? parser.value(data) : quillon::ShippedDataFolder();
     if (parser.isSet(batch))
         options.batchSize = std::clamp(parser.value(batch).toInt(), 1, 1000);
 

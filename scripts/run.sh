@@ -1,54 +1,36 @@
 #!/usr/bin/env bash
-# Builds, starts this user's engine (unless one already runs), the mail delivery, the enclosure
-# downloads and then ConfigConsumer.
+# Builds, starts this user's engine, mail delivery and enclosure downloads as services (unless
+# they run already) and then ConfigConsumer. Closing the window leaves the services running, as
+# an installed system does; `bash scripts/run.sh stop` ends them.
 # Without a display the program runs offscreen, saves a screenshot, prints its path and ends.
 set -euo pipefail
 root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 build="${BUILD_DIR:-$root/build}"
-bash "$root/scripts/build.sh"
 bin="$build/bin"
+export QUILLON_BIN_DIR="$bin"
+[ "${1:-}" = stop ] || bash "$root/scripts/build.sh"
 
-engine_pid=""
-deliver_pid=""
-media_pid=""
-bus_pid=""
-stop_engine() {
-  [ -n "$media_pid" ] && kill "$media_pid" 2>/dev/null && wait "$media_pid" 2>/dev/null || true
-  [ -n "$deliver_pid" ] && kill "$deliver_pid" 2>/dev/null && wait "$deliver_pid" 2>/dev/null || true
-  [ -n "$engine_pid" ] && kill "$engine_pid" 2>/dev/null && wait "$engine_pid" 2>/dev/null || true
-  [ -n "$bus_pid" ] && kill "$bus_pid" 2>/dev/null || true
-}
-trap stop_engine EXIT
-trap "exit 130" INT
-trap "exit 143" TERM
-
-# Without a session bus the keyring and the player hand-off would autolaunch one that outlives
-# every program here; a bus of our own ends with them.
+# Without a session bus the keyring and the player hand-off would autolaunch one of their own;
+# this one lives as long as the services and ends with them.
+bus_file="$(dirname "$("$bin/quillon-engine" --print-paths | sed -n 's/^socket //p')")/quillon-run.bus"
+if [ "${1:-}" = stop ]; then
+  "$bin/quillon-services" stop
+  if [ -s "$bus_file" ]; then kill "$(sed -n 2p "$bus_file")" 2>/dev/null || true; fi
+  rm -f "$bus_file"
+  exit 0
+fi
 if [ -z "${DBUS_SESSION_BUS_ADDRESS:-}" ] && command -v dbus-daemon >/dev/null; then
-  bus="$(dbus-daemon --session --fork --print-address=1 --print-pid=1)"
-  export DBUS_SESSION_BUS_ADDRESS="${bus%%$'\n'*}"
-  bus_pid="${bus##*$'\n'}"
+  if ! { [ -s "$bus_file" ] && kill -0 "$(sed -n 2p "$bus_file")" 2>/dev/null; }; then
+    dbus-daemon --session --fork --print-address=1 --print-pid=1 >"$bus_file"
+  fi
+  DBUS_SESSION_BUS_ADDRESS="$(sed -n 1p "$bus_file")"
+  export DBUS_SESSION_BUS_ADDRESS
 fi
 
-log="$(mktemp -t quillon-engine.XXXXXX.log)"
-"$bin/quillon-engine" >"$log" 2>&1 &
-engine_pid=$!
-for _ in $(seq 1 50); do
-  grep -q "listening" "$log" && break
-  if ! kill -0 "$engine_pid" 2>/dev/null; then
-    # Exit code 3: this user's engine already runs; use that one.
-    cat "$log"; engine_pid=""; break
-  fi
-  sleep 0.1
-done
-grep -h "listening" "$log" || true
-
-# Articles of the checked subscriptions go to the Maildir (see the README).
-"$bin/quillon-deliver" &
-deliver_pid=$!
-# Enclosures of subscriptions set to download them go to the Music, Videos and Pictures folders.
-"$bin/quillon-media" &
-media_pid=$!
+# With a systemd user session as units, else held by systemd-socket-activate: the engine starts
+# on the first connection, the delivery (articles as mail, see the README) and the downloads
+# beside it.
+"$bin/quillon-services" start
 
 if [ -z "${DISPLAY:-}" ] && [ -z "${WAYLAND_DISPLAY:-}" ]; then
   shot="${SCREENSHOT:-$build/configconsumer.png}"
@@ -57,3 +39,4 @@ if [ -z "${DISPLAY:-}" ] && [ -z "${WAYLAND_DISPLAY:-}" ]; then
 else
   "$bin/configconsumer"
 fi
+echo "The engine and the mail delivery keep running; 'bash scripts/run.sh stop' ends them."

@@ -7,7 +7,8 @@ pkgs=(cmake g++ make pkg-config qt6-base-dev qt6-base-dev-tools libqt6sql6-sqlit
       libproxy-dev squid apache2-utils fonts-wqy-microhei
       xdg-utils neomutt tmux
       tt-rss php-cli php-pgsql postgresql iproute2 curl
-      libxmlrpc-c++8-dev wordpress wordpress-theme-twentytwentythree mariadb-server php-mysql php-gd)
+      libxmlrpc-c++8-dev wordpress wordpress-theme-twentytwentythree mariadb-server php-mysql php-gd
+      libsystemd-dev systemd desktop-file-utils dpkg-dev file)
 # The peers the benchmarks under bench/ measure against: only with --bench, since no test needs them.
 [ "${1:-}" = "--bench" ] && pkgs+=(newsboat rss2email gpodder curl hyperfine)
 missing=()

@@ -1,8 +1,8 @@
 #include "localization.h"
 
 #include "PromptSeam.h"
+#include "ShippedData.h"
 
-#include <QCoreApplication>
 #include <QFile>
 #include <QHash>
 #include <QLoggingCategory>
@@ -112,5 +112,5 @@ void ClearStrings()
 
 QString QuillonDataFolder()
 {
-    return QCoreApplication::applicationDirPath() + QStringLiteral("/QuillonData");
+    return quillon::ShippedDataFolder();
 }

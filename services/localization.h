@@ -10,5 +10,5 @@ void LoadStrings(const QString &folder);
 [[nodiscard]] QString GetLocalizedString(qint32 id);
 // Drops the table; look-ups answer as before loading.
 void ClearStrings();
-// The program's folder + "/QuillonData".
+// The shipped "QuillonData" folder (quillon::ShippedDataFolder).
 [[nodiscard]] QString QuillonDataFolder();

@@ -75,6 +75,11 @@ QString EngineCore::quillonDataFolder() const
     return d->resolver.dataFolder();
 }
 
+void EngineCore::setLogFile(const QString &path)
+{
+    d->logFile = path;
+}
+
 void EngineCore::setFeedFetcher(std::unique_ptr<FeedFetcher> fetcher)
 {
     d->fetcher = std::move(fetcher);

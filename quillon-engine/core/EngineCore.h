@@ -55,6 +55,8 @@ public:
     // the folder "QuillonData" beside the program.
     void setQuillonDataFolder(const QString &folder);
     [[nodiscard]] QString quillonDataFolder() const;
+    // The log's text file, from the next open() on; by default engine.log in the data folder.
+    void setLogFile(const QString &path);
     // Replaces the fetcher, before anything is fetched (tests).
     void setFeedFetcher(std::unique_ptr<FeedFetcher> fetcher);
     // Keeps passwords in this keyring from the next open() on, the database holding only a

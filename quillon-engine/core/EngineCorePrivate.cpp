@@ -11,10 +11,10 @@
 #include "ItemClass.h"
 #include "OutlineBags.h"
 #include "PrivateFiles.h"
+#include "ShippedData.h"
 #include "SqlTransaction.h"
 #include "SyncSettings.h"
 
-#include <QCoreApplication>
 #include <QDir>
 
 namespace quillon {
@@ -27,9 +27,7 @@ QString specificsSection(qint32 subscriptionId)
 
 QString programDataFolder()
 {
-    return QCoreApplication::instance()
-               ? QDir(QCoreApplication::applicationDirPath()).filePath(QStringLiteral("QuillonData"))
-               : QString();
+    return ShippedDataFolder();
 }
 
 // Operations run one at a time; this marks the stretch in which messages wait for the commit.
@@ -105,7 +103,8 @@ void EngineCorePrivate::open()
     m_bindings = std::make_unique<BindingStore>(*db);
     m_settings = std::make_unique<SettingsStore>(*db);
     openVault(*db);
-    m_log = std::make_unique<EngineLog>(*db, folder.filePath(QStringLiteral("engine.log")));
+    m_log = std::make_unique<EngineLog>(*db, logFile.isEmpty() ? folder.filePath(QStringLiteral("engine.log"))
+                                                               : logFile);
     m_requests = std::make_unique<RequestProcessor>(*m_subscriptions, *m_bindings, m_outbox);
     m_desktop = std::make_unique<DesktopRequests>(*m_requests, *m_settings, sessions, m_outbox);
     m_desktop->registerWith(*m_requests);

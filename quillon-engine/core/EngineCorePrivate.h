@@ -52,6 +52,7 @@ public:
     void runDueUpdates();
 
     QString dataFolder;
+    QString logFile; // empty: engine.log in the data folder
     SessionTable sessions;
     std::function<QDateTime()> now = [] { return QDateTime::currentDateTimeUtc(); };
     AddressResolver resolver;

@@ -6,6 +6,7 @@
 #include "PrivateFiles.h"
 
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <QLocalSocket>
 #include <QLockFile>
@@ -98,6 +99,7 @@ EngineServer::EngineServer(EngineCore *core, QObject *parent)
 EngineServer::~EngineServer()
 {
     m_watchdog.stop();
+    closeListener();
     // Connections close their engine sessions while the core is still there.
     qDeleteAll(findChildren<EngineConnection *>(Qt::FindDirectChildrenOnly));
 }
@@ -117,17 +119,10 @@ EngineServer::StartResult EngineServer::listen(const QString &socketName, QStrin
             return StartResult::Failed;
         }
     }
-    auto lock = std::make_unique<QLockFile>(lockPath);
-    // A running daemon's lock never goes stale by age; a dead one's is taken over.
-    lock->setStaleLockTime(0);
-    if (!lock->tryLock(0)) {
-        if (lock->error() == QLockFile::LockFailedError) {
-            setError(error, QStringLiteral("another engine is already running on \"%1\"").arg(path));
-            return StartResult::AlreadyRunning;
-        }
-        setError(error, QStringLiteral("cannot create the lock file %1").arg(lockPath));
-        return StartResult::Failed;
-    }
+    StartResult refused = StartResult::Failed;
+    auto lock = lockFor(path, error, &refused);
+    if (!lock)
+        return refused;
     bool foreign = false;
     if (someoneAnswers(path, &foreign)) {
         if (foreign) {
@@ -148,6 +143,65 @@ EngineServer::StartResult EngineServer::listen(const QString &socketName, QStrin
     m_watchdog.start();
     qCInfo(lcServer) << "listening on" << path << "for at most" << m_maxConnections << "connections";
     return StartResult::Listening;
+}
+
+EngineServer::StartResult EngineServer::adopt(qintptr descriptor, QString *error)
+{
+    if (!m_server->listen(descriptor)) {
+        setError(error, QStringLiteral("cannot serve on the passed socket: %1").arg(m_server->errorString()));
+        return StartResult::Failed;
+    }
+    m_adopted = true;
+    const QString path = m_server->fullServerName();
+    // One engine per name, however it was started.
+    StartResult refused = StartResult::Failed;
+    m_lock = lockFor(path, error, &refused);
+    if (!m_lock) {
+        closeListener();
+        return refused;
+    }
+    m_socketPath = path;
+    m_watchdog.start();
+    qCInfo(lcServer) << "serving the passed socket" << path << "for at most" << m_maxConnections
+                     << "connections";
+    return StartResult::Listening;
+}
+
+std::unique_ptr<QLockFile> EngineServer::lockFor(const QString &path, QString *error, StartResult *result)
+{
+    const QString lockPath = path + QStringLiteral(".lock");
+    auto lock = std::make_unique<QLockFile>(lockPath);
+    // A running daemon's lock never goes stale by age; a dead one's is taken over.
+    lock->setStaleLockTime(0);
+    if (lock->tryLock(0))
+        return lock;
+    if (lock->error() == QLockFile::LockFailedError) {
+        setError(error, QStringLiteral("another engine is already running on \"%1\"").arg(path));
+        *result = StartResult::AlreadyRunning;
+    } else {
+        setError(error, QStringLiteral("cannot create the lock file %1").arg(lockPath));
+        *result = StartResult::Failed;
+    }
+    return nullptr;
+}
+
+// Qt removes a socket's file when it closes it. A passed socket belongs to the service manager,
+// which goes on listening and starts the next engine on it: a second link keeps its name.
+void EngineServer::closeListener()
+{
+#ifdef Q_OS_UNIX
+    if (m_adopted && m_server->isListening()) {
+        const QByteArray path = QFile::encodeName(m_server->fullServerName());
+        const QByteArray keep = path + ".keep";
+        ::unlink(keep.constData());
+        const bool kept = ::link(path.constData(), keep.constData()) == 0;
+        m_server->close();
+        if (kept && ::rename(keep.constData(), path.constData()) != 0)
+            qCWarning(lcServer) << "the socket's name" << path << "is lost:" << qt_error_string();
+        return;
+    }
+#endif
+    m_server->close();
 }
 
 bool EngineServer::someoneAnswers(const QString &socketName, bool *foreign)
@@ -212,7 +266,7 @@ void EngineServer::shutdown(int flushTimeoutMs)
 {
     m_watchdog.stop();
     m_socketPath.clear();
-    m_server->close();
+    closeListener();
     if (m_core)
         m_core->announceTermination();
     for (EngineConnection *connection : findChildren<EngineConnection *>(Qt::FindDirectChildrenOnly))

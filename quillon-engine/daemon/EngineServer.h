@@ -31,6 +31,9 @@ public:
 
     // Takes the name over from a daemon that died, never from one that still answers.
     [[nodiscard]] StartResult listen(const QString &socketName, QString *error = nullptr);
+    // Serves on a listening socket a service manager opened (socket activation); the manager
+    // keeps it, and its name stays when the engine ends.
+    [[nodiscard]] StartResult adopt(qintptr descriptor, QString *error = nullptr);
     [[nodiscard]] QString fullServerName() const { return m_socketPath; }
     [[nodiscard]] int connectionCount() const;
 
@@ -44,6 +47,9 @@ private:
     [[nodiscard]] bool admit(quintptr descriptor);
     void listenAgainIfClosed();
     [[nodiscard]] static bool someoneAnswers(const QString &socketName, bool *foreign);
+    [[nodiscard]] static std::unique_ptr<QLockFile> lockFor(const QString &path, QString *error,
+                                                            StartResult *result);
+    void closeListener();
 
     QPointer<EngineCore> m_core;
     std::unique_ptr<Listener> m_server;
@@ -53,6 +59,7 @@ private:
     int m_maxConnections = 1000;
     int m_connections = 0;
     bool m_refusing = false;
+    bool m_adopted = false;
 };
 
 } // namespace quillon

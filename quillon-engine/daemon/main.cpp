@@ -1,8 +1,11 @@
 #include "DesktopKeyring.h"
 #include "EngineCore.h"
+#include "EngineLogPlace.h"
 #include "EngineServer.h"
 #include "EngineSocketName.h"
 #include "PrivateFiles.h"
+#include "ShippedData.h"
+#include "SocketActivation.h"
 #include "TerminationSignal.h"
 #include "UserNotice.h"
 
@@ -33,6 +36,8 @@ struct Options
     QString socketName;
     QString quillonData;
     bool fetch = true;
+    bool printPaths = false;
+    bool defaultPlace = false; // the data in the XDG data folder, the log in the state folder
 };
 
 Options parseOptions(const QCoreApplication &app)
@@ -58,7 +63,10 @@ Options parseOptions(const QCoreApplication &app)
         QStringLiteral("no-fetch"),
         QStringLiteral(
             "Serve consumers but fetch no feeds (env QUILLON_ENGINE_NO_FETCH=1); for benchmarks."));
-    parser.addOptions({dataDir, socket, quillonData, noFetch});
+    const QCommandLineOption printPaths(
+        QStringLiteral("print-paths"),
+        QStringLiteral("Print the socket, data and shipped-documents paths the engine would use, then end."));
+    parser.addOptions({dataDir, socket, quillonData, noFetch, printPaths});
     parser.process(app);
 
     Options options;
@@ -68,11 +76,13 @@ Options parseOptions(const QCoreApplication &app)
     if (options.dataDir.isEmpty())
         options.dataDir = qEnvironmentVariable("QUILLON_ENGINE_DATA");
     if (options.dataDir.isEmpty()) {
+        options.defaultPlace = true;
         options.dataDir = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) +
                           QStringLiteral("/Corvell/quillon-engine");
     }
     options.socketName = parser.isSet(socket) ? parser.value(socket) : EngineSocketName();
     options.quillonData = parser.value(quillonData);
+    options.printPaths = parser.isSet(printPaths);
     return options;
 }
 
@@ -138,6 +148,17 @@ int runUntilStopped(EngineServer &server)
     return QCoreApplication::exec();
 }
 
+// For service set-ups, which must name the socket before the engine runs.
+int printPaths(const Options &options)
+{
+    const QString shipped = options.quillonData.isEmpty() ? ShippedDataFolder() : options.quillonData;
+    const QString log = options.defaultPlace ? EngineLogPlace::stateFile()
+                                             : QDir(options.dataDir).filePath(QStringLiteral("engine.log"));
+    std::printf("socket %s\ndata %s\nlog %s\nshipped %s\n", qPrintable(options.socketName),
+                qPrintable(options.dataDir), qPrintable(log), qPrintable(shipped));
+    return 0;
+}
+
 } // namespace
 
 int main(int argc, char *argv[])
@@ -152,6 +173,8 @@ int main(int argc, char *argv[])
     // Per-session chatter only on request (QT_LOGGING_RULES overrides this).
     QLoggingCategory::setFilterRules(QStringLiteral("corvell.quillon.*.debug=false"));
     const Options options = parseOptions(app);
+    if (options.printPaths)
+        return printPaths(options);
 
     auto core = std::make_unique<EngineCore>(options.dataDir);
     if (!options.quillonData.isEmpty())
@@ -159,7 +182,11 @@ int main(int argc, char *argv[])
     core->setSecretKeyring(desktopKeyring());
     QString error;
     auto server = std::make_unique<EngineServer>(core.get());
-    switch (server->listen(options.socketName, &error)) {
+    // Started by a service manager that holds the socket: serve on it, whatever name was asked.
+    const qintptr activated = ActivatedSocket();
+    const auto started =
+        activated >= 0 ? server->adopt(activated, &error) : server->listen(options.socketName, &error);
+    switch (started) {
     case EngineServer::StartResult::AlreadyRunning:
         return fail(kExitAlreadyRunning, error);
     case EngineServer::StartResult::Failed:
@@ -169,6 +196,8 @@ int main(int argc, char *argv[])
     }
     // Only once the name is ours: a second daemon must not touch the first one's database.
     // Nobody is served before the event loop runs.
+    if (options.defaultPlace)
+        core->setLogFile(EngineLogPlace::adopt(options.dataDir));
     if (!core->open(&error))
         return failToStart(*core, options.dataDir, error);
     std::printf("quillon-engine listening on %s, data in %s\n", qPrintable(server->fullServerName()),

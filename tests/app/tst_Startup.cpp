@@ -1,12 +1,21 @@
 #include "ConsumerSettings.h"
+#include "EngineCalls.h"
 #include "LinkedSubscribeClient.h"
+#include "LocalHttpServer.h"
+#include "LocalSettings.h"
 #include "SocketLink.h"
+#include "TestFiles.h"
 
+#include <QDirIterator>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
 #include <QProcess>
+#include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QTest>
+
+#include <signal.h>
 
 using namespace quillon;
 
@@ -18,18 +27,22 @@ private Q_SLOTS:
     void initTestCase();
     void cleanup();
     void waitsForEngineThenShowsWindowAndEndsWithIt();
+    void servicesOutliveTheWindow();
 
 private:
     QProcessEnvironment Environment() const;
     void StartEngine(QProcess &engine);
-    void StartProgram(QProcess &program);
+    void StartProgram(QProcess &program, const QProcessEnvironment &env = {});
     static bool Printed(QProcess &process, const QByteArray &line);
+    int Delivered() const;
+    int Services(const QString &command);
 
     QTemporaryDir m_dir;
     QString m_binDir;
     QString m_socketName;
     QProcess m_engine;
     QProcess m_program;
+    QProcessEnvironment m_servicesEnv;
 };
 
 void tst_Startup::initTestCase()
@@ -43,11 +56,14 @@ void tst_Startup::initTestCase()
 
 void tst_Startup::cleanup()
 {
+    if (!m_servicesEnv.isEmpty())
+        Services("stop");
     for (QProcess *process : {&m_program, &m_engine}) {
         if (process->state() != QProcess::NotRunning) {
             process->kill();
             process->waitForFinished(3000);
         }
+        process->setProperty("seen", QByteArray());
     }
 }
 
@@ -74,9 +90,9 @@ void tst_Startup::StartEngine(QProcess &engine)
     QTRY_VERIFY_WITH_TIMEOUT(Printed(engine, "listening"), 10000);
 }
 
-void tst_Startup::StartProgram(QProcess &program)
+void tst_Startup::StartProgram(QProcess &program, const QProcessEnvironment &env)
 {
-    program.setProcessEnvironment(Environment());
+    program.setProcessEnvironment(env.isEmpty() ? Environment() : env);
     program.setProcessChannelMode(QProcess::MergedChannels);
     program.start(m_binDir + "/configconsumer", {});
     QVERIFY(program.waitForStarted(5000));
@@ -139,6 +155,89 @@ void tst_Startup::waitsForEngineThenShowsWindowAndEndsWithIt()
              "kept");
     again.terminate();
     QVERIFY(again.waitForFinished(10000));
+}
+
+int tst_Startup::Delivered() const
+{
+    int messages = 0;
+    for (QDirIterator it(m_dir.filePath("Mail"), QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
+         it.hasNext();) {
+        const QString folder = QFileInfo(it.next()).dir().dirName();
+        messages += folder == "new" || folder == "cur";
+    }
+    return messages;
+}
+
+int tst_Startup::Services(const QString &command)
+{
+    QProcess services;
+    services.setProcessEnvironment(m_servicesEnv);
+    services.setProcessChannelMode(QProcess::ForwardedChannels);
+    services.start(m_binDir + "/quillon-services", {command});
+    return services.waitForFinished(30000) ? services.exitCode() : -1;
+}
+
+// The services as a desktop's autostart starts them without a systemd session: the engine is
+// started by the first connection to the socket systemd-socket-activate holds, the delivery
+// beside it; the window comes and goes and the feeds go on being delivered.
+void tst_Startup::servicesOutliveTheWindow()
+{
+    if (QStandardPaths::findExecutable("systemd-socket-activate").isEmpty())
+        QSKIP("systemd-socket-activate is not installed");
+    LocalHttpServer feeds;
+    QVERIFY(feeds.listen());
+    const auto serve = [&feeds](int items) {
+        QByteArray body = "<rss version=\"2.0\"><channel><title>Kept</title>";
+        for (int i = 1; i <= items; ++i)
+            body += QStringLiteral("<item><title>Item %1</title><guid>kept-%1</guid></item>").arg(i).toUtf8();
+        LocalHttpServer::Route route;
+        route.body = body + "</channel></rss>";
+        feeds.setRoute("/kept.xml", route);
+    };
+    serve(1);
+    // A runtime folder no systemd user manager answers in.
+    m_servicesEnv = Environment();
+    m_servicesEnv.insert("XDG_RUNTIME_DIR", m_dir.path());
+    m_servicesEnv.insert("XDG_STATE_HOME", m_dir.filePath("state"));
+    m_servicesEnv.insert("QUILLON_MAILDIR", m_dir.filePath("Mail"));
+    m_servicesEnv.insert("QUILLON_ENGINE_DATA", m_dir.filePath("services")); // apart from the test above
+    QCOMPARE(Services("start"), 0);
+    const auto log = [this] { return TestFiles::read(m_dir.filePath("state/quillon/services.log")); };
+    QTRY_VERIFY_WITH_TIMEOUT(log().contains("serving the passed socket"), 10000);
+    // What the holder does not pass by itself reaches the engine.
+    QVERIFY(log().contains("data in " + m_dir.filePath("services").toUtf8()));
+    const QList<QByteArray> pids = TestFiles::read(m_dir.filePath("quillon-services.pids")).split('\n');
+    QCOMPARE(pids.size(), 4); // engine, delivery, downloads, and the last line's end
+
+    const auto client = LinkedSubscribeClient::create(SocketLink::open(m_socketName));
+    client->Connect("IEPLUGINCONSUMER", std::make_shared<EngineCalls::IgnoreMessages>());
+    const qint32 id =
+        EngineCalls::AddSubscription(*client, "Kept", feeds.url("/kept.xml").toString(), {}, {"OLCONSUMER"});
+    QVERIFY(id > 0);
+    QTRY_COMPARE_WITH_TIMEOUT(Delivered(), 1, 20000);
+
+    // Past the first run, so the window is what comes; it closes itself after its picture.
+    qputenv("XDG_CONFIG_HOME", m_dir.filePath("config").toLocal8Bit());
+    SaveSetting("Quillon", "CONFIGCONSUMER", "ConfigAppFirstRun", "1");
+    QProcessEnvironment env = Environment();
+    env.insert("CONFIGCONSUMER_SCREENSHOT", m_dir.filePath("window.png"));
+    env.insert("CONFIGCONSUMER_EXIT_AFTER_SCREENSHOT", "1");
+    QElapsedTimer shown;
+    shown.start();
+    StartProgram(m_program, env);
+    QTRY_VERIFY_WITH_TIMEOUT(Printed(m_program, "main window shown"), 5000);
+    QVERIFY2(shown.elapsed() <= 2000, qPrintable(QString::number(shown.elapsed())));
+    QVERIFY(m_program.waitForFinished(10000));
+    QCOMPARE(m_program.exitCode(), 0);
+
+    // Window gone: engine, delivery and downloads live, and a new article is still delivered.
+    for (const QByteArray &pid : pids.first(3))
+        QCOMPARE(::kill(pid.toInt(), 0), 0);
+    serve(2);
+    const quillon::Handle nothing = client->NewBag();
+    client->UpdateItem("NEWS", id, nothing); // due now
+    client->ReleaseHandle(nothing);
+    QTRY_COMPARE_WITH_TIMEOUT(Delivered(), 2, 20000);
 }
 
 QTEST_GUILESS_MAIN(tst_Startup)

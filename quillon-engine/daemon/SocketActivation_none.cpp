@@ -1,0 +1,10 @@
+#include "SocketActivation.h"
+
+namespace quillon {
+
+qintptr ActivatedSocket()
+{
+    return -1;
+}
+
+} // namespace quillon
