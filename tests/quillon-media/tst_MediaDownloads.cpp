@@ -7,16 +7,20 @@
 #include "MediaAgent.h"
 #include "MediaHome.h"
 #include "Playlists.h"
+#include "PrivateSessionBus.h"
 #include "PromptRecorder.h"
 #include "TestFiles.h"
 #include "frmMainWindow.h"
 #include "localization.h"
 
 #include <QCryptographicHash>
+#include <QDBusConnection>
 #include <QDir>
 #include <QFile>
 #include <QProcess>
+#include <QScopeGuard>
 #include <QSignalSpy>
+#include <QStandardPaths>
 
 #include <algorithm>
 
@@ -42,19 +46,31 @@ QByteArray body(const QString &name, int size = 48 * 1024)
 
 } // namespace
 
+// A media player on the test's own session bus that records what it is asked to open.
+class FakePlayer : public QObject
+{
+    Q_OBJECT
+    Q_CLASSINFO("D-Bus Interface", "org.mpris.MediaPlayer2.Player")
+public:
+    QStringList opened;
+
+public Q_SLOTS:
+    void OpenUri(const QString &uri) { opened.append(uri); }
+};
+
 // Enclosures downloaded through the real engine from a local server into a home of the test's own.
 class tst_MediaDownloads : public QObject
 {
     Q_OBJECT
 
 private:
-    void serveShow(int cutAfter = -1);
+    void serveShow(int cutAfter = -1, const QString &feedPath = "/show");
     void setGeneral(const QStringList &settings);
     void startAgent();
     // Adds the show and waits for its first fetch.
     qint32 addShow();
     [[nodiscard]] QString file(const QString &relative) const { return m_home->path(relative); }
-    [[nodiscard]] QStringList recordedFiles(qint32 id);
+    [[nodiscard]] static QStringList recordedFiles(SubscribeClient &client, qint32 id);
 
     std::unique_ptr<LocalHttpServer> m_server; // one per test, so its counts are the test's own
     std::unique_ptr<MediaHome> m_home;
@@ -74,6 +90,8 @@ private Q_SLOTS:
     void cutDownloadResumesWithRange();
     void agedArticleTakesItsFileWithAutoDelete();
     void killedMediaLosesNothingAndDownloadsNothingTwice();
+    void handsDownloadsToARunningPlayer_data();
+    void handsDownloadsToARunningPlayer();
 };
 
 void tst_MediaDownloads::init()
@@ -100,7 +118,7 @@ void tst_MediaDownloads::cleanup()
     m_server.reset();
 }
 
-void tst_MediaDownloads::serveShow(int cutAfter)
+void tst_MediaDownloads::serveShow(int cutAfter, const QString &feedPath)
 {
     QString feed = QStringLiteral("<rss version=\"2.0\"><channel><title>Show</title>");
     int n = 0;
@@ -118,7 +136,7 @@ void tst_MediaDownloads::serveShow(int cutAfter)
                     .arg(m_server->url(path).toString(), QLatin1String(f.type))
                     .arg(route.body.size());
     }
-    m_server->serve("/show", (feed + QStringLiteral("</channel></rss>")).toUtf8());
+    m_server->serve(feedPath, (feed + QStringLiteral("</channel></rss>")).toUtf8());
 }
 
 void tst_MediaDownloads::setGeneral(const QStringList &settings)
@@ -150,10 +168,11 @@ qint32 tst_MediaDownloads::addShow()
     return status.startsWith("OK") ? id : 0;
 }
 
-QStringList tst_MediaDownloads::recordedFiles(qint32 id)
+QStringList tst_MediaDownloads::recordedFiles(SubscribeClient &client, qint32 id)
 {
     QStringList files;
-    const BagPtr answer = m_engine->request({{"REQUEST", "ITEMS"}, {"SUBSCRIPTIONID", QString::number(id)}});
+    const BagPtr answer =
+        EngineCalls::Request(client, {{"REQUEST", "ITEMS"}, {"SUBSCRIPTIONID", QString::number(id)}});
     const BagPtr result = answer ? answer->bag("Result") : nullptr;
     const ListPtr items = result ? result->list("ITEMS") : nullptr;
     for (const PropertyValue &item : items ? items->items() : QList<PropertyValue>{}) {
@@ -211,7 +230,7 @@ void tst_MediaDownloads::filesEachKindWhereTheSettingsSay()
         QVERIFY(!QFileInfo::exists(EnclosureDownloader::partOf(paths.last())));
     }
     paths.sort();
-    QTRY_COMPARE(recordedFiles(id), paths); // the article pages can point at the files
+    QTRY_COMPARE(recordedFiles(*m_engine->client, id), paths); // the article pages can point at the files
     if (expected.isEmpty()) {
         QTRY_VERIFY(m_caughtUp->size() > before);
         QCOMPARE(m_server->requestCount("/files/a.mp3") + m_server->requestCount("/files/d.pdf"), 0);
@@ -304,7 +323,7 @@ void tst_MediaDownloads::agedArticleTakesItsFileWithAutoDelete()
     const qint32 id = addShow();
     QVERIFY(id > 0);
     QTRY_VERIFY_WITH_TIMEOUT(QFileInfo::exists(file("Photos/Show/p.jpg")), 10000);
-    QTRY_COMPARE(recordedFiles(id).size(), 4);
+    QTRY_COMPARE(recordedFiles(*m_engine->client, id).size(), 4);
     QSignalSpy deleted(m_agent.get(), &MediaAgent::deleted);
     skew = 600;
     m_engine->update(id, {{"DELETEUNREAD", "60"}});
@@ -347,6 +366,60 @@ void tst_MediaDownloads::killedMediaLosesNothingAndDownloadsNothingTwice()
     for (const char *path : {"/files/a.mp3", "/files/p.jpg", "/files/d.pdf"})
         QCOMPARE(m_server->requestCount(path), 1);
     QCOMPARE(QDir(file("Tunes/Show")).entryList(QDir::Files), QStringList{"a.mp3"});
+    media.terminate();
+    QVERIFY(media.waitForFinished());
+    client.reset();
+    QCOMPARE(daemon.stop(), 0);
+}
+
+void tst_MediaDownloads::handsDownloadsToARunningPlayer_data()
+{
+    QTest::addColumn<QString>("podcasting");
+    QTest::newRow("podcasting on") << "1";
+    QTest::newRow("podcasting off") << "0";
+}
+
+// quillon-media itself, on a session bus of the test's own with a player on it. A second show
+// with podcasting on is added once the first is recorded: by the time its files reach the
+// player, any of the first show's would have reached it before them.
+void tst_MediaDownloads::handsDownloadsToARunningPlayer()
+{
+    QFETCH(QString, podcasting);
+    if (QStandardPaths::findExecutable("dbus-daemon").isEmpty())
+        QSKIP("no dbus-daemon for a private session bus");
+    PrivateSessionBus bus;
+    QVERIFY(bus.start());
+    QDBusConnection connection = QDBusConnection::connectToBus(bus.address(), "player");
+    FakePlayer player;
+    QVERIFY(connection.registerService("org.mpris.MediaPlayer2.fake"));
+    QVERIFY(connection.registerObject("/org/mpris/MediaPlayer2", &player, QDBusConnection::ExportAllSlots));
+    const auto leave = qScopeGuard([] { QDBusConnection::disconnectFromBus("player"); });
+    DaemonProcess daemon;
+    QVERIFY2(daemon.start(), qPrintable(daemon.errorText()));
+    SubscribeClientPtr client = daemon.newClient();
+    for (const auto &[key, value] : {std::pair{"EnableAutoDownload", "1"}, {"PromptForAutoDownload", "0"}})
+        EngineCalls::SetSetting(*client, "MEDIACONSUMER", "Settings", key, value);
+    EngineCalls::SetSetting(*client, "MEDIACONSUMER", "Settings", "EnablePodcasting", podcasting);
+    QProcess media;
+    media.setProcessEnvironment(bus.environment());
+    media.start(DaemonProcess::executable("quillon-media"),
+                {"--socket", daemon.socketName(), "--index", file("index.json")});
+    QVERIFY(media.waitForStarted());
+    const qint32 show = EngineCalls::AddSubscription(*client, "Show", m_server->url("/show").toString());
+    QTRY_COMPARE_WITH_TIMEOUT(recordedFiles(*client, show).size(), 4, 20000);
+
+    EngineCalls::SetSetting(*client, "MEDIACONSUMER", "Settings", "EnablePodcasting", "1");
+    serveShow(-1, "/late");
+    const qint32 late = EngineCalls::AddSubscription(*client, "Late", m_server->url("/late").toString());
+    QTRY_COMPARE_WITH_TIMEOUT(player.opened.size(), podcasting == "1" ? 8 : 4, 20000);
+    QStringList uris;
+    const QStringList expected =
+        recordedFiles(*client, late) + (podcasting == "1" ? recordedFiles(*client, show) : QStringList());
+    for (const QString &path : expected)
+        uris.append(QUrl::fromLocalFile(path).toString(QUrl::FullyEncoded));
+    uris.sort();
+    player.opened.sort();
+    QCOMPARE(player.opened, uris);
     media.terminate();
     QVERIFY(media.waitForFinished());
     client.reset();
