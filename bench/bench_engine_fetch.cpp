@@ -1,12 +1,16 @@
 // The engine fetching, parsing and storing N feeds of 20 items from a local server, three ways:
 // into an empty store, with every feed answered "304 Not Modified", and with every feed sent
-// again in full. The server is gen_feeds.py serve (synthetic RSS on 127.0.0.1). With --peer,
-// newsboat then reads the same feeds from the same server into an empty cache of its own.
-// Usage: bench_engine_fetch [feeds=100] [path of gen_feeds.py] [--peer]
+// again in full; the core in this process, each round timed alone. The server is gen_feeds.py
+// serve (synthetic RSS on 127.0.0.1). With --peer, the engine daemon and newsboat then each
+// fetch every feed into an empty store as a whole process, runs alternated, and the floor of
+// that work is measured on the same server (FetchRace.h, engine_floor.sh).
+// Usage: bench_engine_fetch [feeds=100] [path of gen_feeds.py] [--peer] [--runs N] [--dir base]
+// (--runs: 5 with --peer, else 1; --dir: where each run's fresh folder goes, / when writable.)
 // Under valgrind --tool=callgrind --instr-atstart=no, each round is counted and dumped apart.
 
 #include "EngineCore.h"
 #include "FeedServer.h"
+#include "FetchRace.h"
 #include "ProcessCpu.h"
 
 #include <QCoreApplication>
@@ -14,6 +18,7 @@
 #include <QElapsedTimer>
 #include <QEventLoop>
 #include <QFile>
+#include <QFileInfo>
 #include <QHash>
 #include <QLoggingCategory>
 #include <QProcess>
@@ -29,6 +34,7 @@
 #endif
 
 #include <algorithm>
+#include <array>
 #include <ctime>
 #include <memory>
 #include <optional>
@@ -101,45 +107,198 @@ Round runRound(EngineCore &core, int expected, const char *name)
     return round;
 }
 
-// newsboat reloading every feed into an empty cache, timed from its start to its end; its CPU
-// is everything it and its threads used. Nothing when it is not installed.
-std::optional<Round> runPeer(const QStringList &urls, const QTemporaryDir &tmp)
-{
-    const QString program = QStandardPaths::findExecutable(QStringLiteral("newsboat"));
-    if (program.isEmpty())
-        return std::nullopt;
-    const QString list = tmp.filePath(QStringLiteral("newsboat-urls"));
-    const QString config = tmp.filePath(QStringLiteral("newsboat-config"));
-    QFile urlFile(list);
-    QFile configFile(config);
-    if (!urlFile.open(QIODevice::WriteOnly) || !configFile.open(QIODevice::WriteOnly))
-        return std::nullopt;
-    urlFile.write(urls.join(QLatin1Char('\n')).toUtf8() + '\n');
-    urlFile.close();
-    configFile.close(); // its defaults, as a new user has them
-    QProcess peer;
-    peer.setStandardOutputFile(QProcess::nullDevice());
-    Round round;
-    const qint64 cpuBefore = waitedChildrenCpuMillis();
-    QElapsedTimer wall;
-    wall.start();
-    peer.start(program, {QStringLiteral("-u"), list, QStringLiteral("-c"),
-                         tmp.filePath(QStringLiteral("newsboat-cache.db")), QStringLiteral("-C"), config,
-                         QStringLiteral("-x"), QStringLiteral("reload")});
-    if (!peer.waitForFinished(-1) || peer.exitStatus() != QProcess::NormalExit)
-        return std::nullopt;
-    round.wallMs = wall.elapsed();
-    round.cpuMs = waitedChildrenCpuMillis() - cpuBefore;
-    round.statuses.insert(QStringLiteral("exit code %1").arg(peer.exitCode()), 1);
-    return round;
-}
-
 QString describe(const QHash<QString, int> &statuses)
 {
     QStringList parts;
     for (auto it = statuses.cbegin(); it != statuses.cend(); ++it)
         parts.append(QStringLiteral("%1 x%2").arg(it.key()).arg(it.value()));
     return parts.join(QStringLiteral(", "));
+}
+
+struct Options
+{
+    int feeds = 100;
+    QString script = kDefaultFeedScript;
+    bool peer = false;
+    int runs = 1;
+    QString base;
+};
+
+Options parseOptions(QStringList args)
+{
+    Options options;
+    options.peer = args.removeAll(QStringLiteral("--peer")) > 0;
+    options.runs = options.peer ? 5 : 1;
+    options.base = QFileInfo(QStringLiteral("/")).isWritable()
+                       ? QString()
+                       : QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation);
+    for (const auto &[flag, value] : {std::pair{QStringLiteral("--runs"), &options.runs}}) {
+        if (const qsizetype at = args.indexOf(flag); at >= 0 && at + 1 < args.size()) {
+            *value = std::max(1, args.at(at + 1).toInt());
+            args.remove(at, 2);
+        }
+    }
+    if (const qsizetype at = args.indexOf(QStringLiteral("--dir")); at >= 0 && at + 1 < args.size()) {
+        options.base = args.at(at + 1);
+        args.remove(at, 2);
+    }
+    if (!args.isEmpty())
+        options.feeds = args.at(0).toInt();
+    if (args.size() > 1)
+        options.script = args.at(1);
+    return options;
+}
+
+struct Rounds
+{
+    Round empty, unchanged, resent;
+};
+
+// The three rounds on a new store in a fresh folder; nothing when the store does not open.
+std::optional<Rounds> runRounds(const QString &base, const QStringList &urls, const QString &feedDir)
+{
+    QTemporaryDir folder(base + QStringLiteral("/quillon-fetch-rounds-XXXXXX"));
+    const QString conditional = feedDir + QStringLiteral("/CONDITIONAL");
+    QFile(conditional).open(QIODevice::WriteOnly); // validators on
+    qint64 offsetSecs = 0;
+    EngineCore core(folder.filePath(QStringLiteral("engine")));
+    core.setClock([&offsetSecs]() { return QDateTime::currentDateTimeUtc().addSecs(offsetSecs); });
+    if (!folder.isValid() || !core.open())
+        return std::nullopt;
+    const auto session = core.openSession({});
+    addSubscriptions(core, session, urls);
+    Rounds rounds;
+    const int feeds = int(urls.size());
+    rounds.empty = runRound(core, feeds, "empty store");
+    offsetSecs += 7200; // everything due again
+    rounds.unchanged = runRound(core, feeds, "304 Not Modified");
+    QFile::remove(conditional); // every request gets the whole feed
+    offsetSecs += 7200;
+    rounds.resent = runRound(core, feeds, "re-sent in full");
+    core.closeSession(session);
+    return rounds;
+}
+
+void printRound(QTextStream &out, const char *label, const Round &round)
+{
+    out << label << round.wallMs << " ms wall, " << round.cpuMs << " ms CPU  (" << describe(round.statuses)
+        << ")\n";
+}
+
+// The in-process rounds, `runs` times; answers the median CPU of each round (-1 where none ran).
+std::array<qint64, 3> reportRounds(QTextStream &out, const Options &options, const QStringList &urls,
+                                   const QString &feedDir)
+{
+    out << options.feeds << " feeds of 20 items, wall and CPU time of this process\n";
+    std::array<QList<qint64>, 3> cpu;
+    for (int run = 0; run < options.runs; ++run) {
+        const std::optional<Rounds> rounds = runRounds(options.base, urls, feedDir);
+        if (!rounds) {
+            out << "the engine's store did not open below " << options.base << "\n";
+            return {-1, -1, -1};
+        }
+        printRound(out, "empty store:       ", rounds->empty);
+        printRound(out, "304 Not Modified:  ", rounds->unchanged);
+        printRound(out, "re-sent in full:   ", rounds->resent);
+        out.flush();
+        cpu[0].append(rounds->empty.cpuMs);
+        cpu[1].append(rounds->unchanged.cpuMs);
+        cpu[2].append(rounds->resent.cpuMs);
+    }
+    return {Spread::of(cpu[0]).median, Spread::of(cpu[1]).median, Spread::of(cpu[2]).median};
+}
+
+// The subscriptions added to a store that has fetched nothing, for the daemon's runs.
+bool seedStore(const QString &folder, const QStringList &urls)
+{
+    EngineCore core(folder);
+    if (!core.open())
+        return false;
+    const auto session = core.openSession({});
+    addSubscriptions(core, session, urls);
+    core.closeSession(session);
+    return true;
+}
+
+QString ratio(double ours, double theirs)
+{
+    return QString::number(theirs / std::max(1.0, ours), 'f', 1);
+}
+
+// The floor pieces, measured `runs` times (medians), beside the engine's CPU.
+void reportFloor(QTextStream &out, const Options &options, FetchRace &race, const QString &feedDir,
+                 const std::array<qint64, 3> &roundCpu, qint64 daemonCpu)
+{
+    QFile(feedDir + QStringLiteral("/CONDITIONAL")).open(QIODevice::WriteOnly); // serial curl gets "304"
+    const QStringList keys = {QStringLiteral("curl_parallel_cpu_ms"), QStringLiteral("xml_cpu_ms"),
+                              QStringLiteral("insert_cpu_ms"), QStringLiteral("curl_serial_304_cpu_ms"),
+                              QStringLiteral("curl_parallel_wall_ms")};
+    QHash<QString, QList<qint64>> figures;
+    for (int run = 0; run < options.runs; ++run) {
+        const QHash<QString, double> floor =
+            race.floor(QStringLiteral(QUILLON_BENCH_DIR "/engine_floor.sh"),
+                       QCoreApplication::applicationDirPath() + QStringLiteral("/bench_engine_floor"),
+                       feedDir + QStringLiteral("/feeds"));
+        for (const QString &key : keys)
+            figures[key].append(floor.contains(key) ? qint64(floor.value(key) + 0.5) : -1);
+    }
+    for (const QString &key : keys)
+        out << "floor " << key << ": " << Spread::of(figures.value(key)).text() << "\n";
+    const qint64 sum = Spread::of(figures.value(keys.at(0))).median +
+                       Spread::of(figures.value(keys.at(1))).median +
+                       Spread::of(figures.value(keys.at(2))).median;
+    const qint64 serial = Spread::of(figures.value(keys.at(3))).median;
+    out << "floor (parallel curl + XML pass + inserts): " << sum << " ms CPU; engine round "
+        << ratio(sum, roundCpu[0]) << " times it, engine daemon " << ratio(sum, daemonCpu) << " times it\n";
+    out << "\"304\" round: " << roundCpu[1] << " ms CPU, " << ratio(serial, roundCpu[1])
+        << " times serial curl's " << serial << " ms\n";
+}
+
+void reportRace(QTextStream &out, const Options &options, const QStringList &urls, const QString &feedDir,
+                const std::array<qint64, 3> &roundCpu)
+{
+    QTemporaryDir seed(options.base + QStringLiteral("/quillon-fetch-seed-XXXXXX"));
+    if (!seedStore(seed.path(), urls)) {
+        out << "the seed store did not open below " << options.base << "\n";
+        return;
+    }
+    FetchRace race(options.base, seed.path(), urls, int(urls.size()) * 20);
+    const QString binDir = QCoreApplication::applicationDirPath();
+    QList<qint64> engineWall, engineCpu, peerWall, peerCpu;
+    const bool newsboat = FetchRace::hasNewsboat();
+    if (!newsboat)
+        out << "newsboat (peer): skipped, it is not installed\n";
+    for (int run = 0; run < options.runs; ++run) {
+        // Alternated: the engine first in even runs, newsboat first in odd ones.
+        for (int side = 0; side < 2; ++side) {
+            if ((side + run) % 2 == 0) {
+                const ProcessRun ours = race.engine(binDir + QStringLiteral("/quillon-engine"));
+                out << "run " << run + 1 << " engine daemon:  " << ours.wallMs << " ms wall, " << ours.cpuMs
+                    << " ms CPU\n";
+                engineWall.append(ours.wallMs);
+                engineCpu.append(ours.cpuMs);
+            } else if (newsboat) {
+                const ProcessRun theirs = race.newsboat();
+                out << "run " << run + 1 << " newsboat:       " << theirs.wallMs << " ms wall, "
+                    << theirs.cpuMs << " ms CPU\n";
+                peerWall.append(theirs.wallMs);
+                peerCpu.append(theirs.cpuMs);
+            }
+            out.flush();
+        }
+    }
+    const Spread ew = Spread::of(engineWall), ec = Spread::of(engineCpu);
+    const Spread pw = Spread::of(peerWall), pc = Spread::of(peerCpu);
+    out << "engine daemon, median (range) of " << options.runs << ": wall " << ew.text() << ", CPU "
+        << ec.text() << "\n";
+    if (newsboat) {
+        out << "newsboat, median (range) of " << options.runs << ":      wall " << pw.text() << ", CPU "
+            << pc.text() << "\n";
+        out << "ahead of newsboat (medians): " << ratio(ew.median, pw.median) << " times by wall, "
+            << ratio(ec.median, pc.median) << " times by CPU\n";
+    }
+    out.flush();
+    reportFloor(out, options, race, feedDir, roundCpu, ec.median);
 }
 } // namespace
 
@@ -151,65 +310,25 @@ int main(int argc, char *argv[])
     QCoreApplication app(argc, argv);
     QLoggingCategory::setFilterRules(
         QStringLiteral("corvell.quillon.*.debug=false\ncorvell.quillon.*.info=false"));
-    QStringList args = app.arguments().mid(1);
-    const bool peer = args.removeAll(QStringLiteral("--peer")) > 0;
-    const int feeds = !args.isEmpty() ? args.at(0).toInt() : 100;
-    const QString script = args.size() > 1 ? args.at(1) : kDefaultFeedScript;
+    const Options options = parseOptions(app.arguments().mid(1));
     QTextStream out(stdout);
 
-    QTemporaryDir tmp;
+    QTemporaryDir tmp(options.base + QStringLiteral("/quillon-fetch-server-XXXXXX"));
     const QString feedDir = tmp.filePath(QStringLiteral("feeds"));
     QDir().mkpath(feedDir);
     QProcess server;
-    if (startFeedServer(server, script, feeds, feedDir) <= 0) {
-        out << "the feed server did not start (" << script << ")\n";
+    if (startFeedServer(server, options.script, options.feeds, feedDir) <= 0) {
+        out << "the feed server did not start (" << options.script << ")\n";
         return 1;
     }
-    QFile(feedDir + QStringLiteral("/CONDITIONAL")).open(QIODevice::WriteOnly); // validators on
     const QStringList urls = feedAddresses(feedDir + QStringLiteral("/feeds.opml"));
-
-    qint64 offsetSecs = 0;
-    auto core = std::make_unique<EngineCore>(tmp.filePath(QStringLiteral("engine")));
-    core->setClock([&offsetSecs]() { return QDateTime::currentDateTimeUtc().addSecs(offsetSecs); });
-    QString error;
-    if (urls.size() != feeds || !core->open(&error)) {
-        out << "setup failed: " << urls.size() << " feeds in the list; " << error << "\n";
+    if (urls.size() != options.feeds) {
+        out << "setup failed: " << urls.size() << " feeds in the list\n";
         return 1;
     }
-    const auto session = core->openSession({});
-    addSubscriptions(*core, session, urls);
-
-    out << feeds << " feeds of 20 items, wall and CPU time of this process\n";
-    const Round empty = runRound(*core, feeds, "empty store");
-    out << "empty store:       " << empty.wallMs << " ms wall, " << empty.cpuMs << " ms CPU  ("
-        << describe(empty.statuses) << ")\n";
-    offsetSecs += 7200; // everything due again
-    const Round unchanged = runRound(*core, feeds, "304 Not Modified");
-    out << "304 Not Modified:  " << unchanged.wallMs << " ms wall, " << unchanged.cpuMs << " ms CPU  ("
-        << describe(unchanged.statuses) << ")\n";
-    QFile::remove(feedDir + QStringLiteral("/CONDITIONAL")); // every request gets the whole feed
-    offsetSecs += 7200;
-    const Round resent = runRound(*core, feeds, "re-sent in full");
-    out << "re-sent in full:   " << resent.wallMs << " ms wall, " << resent.cpuMs << " ms CPU  ("
-        << describe(resent.statuses) << ")\n";
-    out.flush();
-
-    core->closeSession(session);
-    core.reset();
-    if (peer) {
-        const std::optional<Round> theirs = runPeer(urls, tmp);
-        if (!theirs) {
-            out << "newsboat (peer): skipped, it is not installed or did not run\n";
-        } else {
-            out << "newsboat, empty:   " << theirs->wallMs << " ms wall, " << theirs->cpuMs << " ms CPU  ("
-                << describe(theirs->statuses) << ")\n";
-            out << "ahead of newsboat: "
-                << QString::number(double(theirs->wallMs) / std::max<qint64>(1, empty.wallMs), 'f', 1)
-                << " times by wall, "
-                << QString::number(double(theirs->cpuMs) / std::max<qint64>(1, empty.cpuMs), 'f', 1)
-                << " times by CPU\n";
-        }
-    }
+    const std::array<qint64, 3> roundCpu = reportRounds(out, options, urls, feedDir);
+    if (options.peer)
+        reportRace(out, options, urls, feedDir, roundCpu);
     server.kill();
     server.waitForFinished();
     return 0;

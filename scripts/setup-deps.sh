@@ -10,7 +10,7 @@ pkgs=(cmake g++ make pkg-config qt6-base-dev qt6-base-dev-tools libqt6sql6-sqlit
       libxmlrpc-c++8-dev wordpress wordpress-theme-twentytwentythree mariadb-server php-mysql php-gd
       libsystemd-dev systemd desktop-file-utils dpkg-dev file)
 # The peers the benchmarks under bench/ measure against: only with --bench, since no test needs them.
-[ "${1:-}" = "--bench" ] && pkgs+=(newsboat rss2email gpodder curl hyperfine)
+[ "${1:-}" = "--bench" ] && pkgs+=(newsboat rss2email gpodder curl hyperfine libsqlite3-dev valgrind linux-perf)
 missing=()
 for p in "${pkgs[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q 'install ok installed' || missing+=("$p")
