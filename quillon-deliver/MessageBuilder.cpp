@@ -1,30 +1,12 @@
-// GMime's GLib headers go first: Qt's keyword macros must not reach them.
-#include <gmime/gmime.h>
+#include "GMimeSupport.h"
 
 #include "MessageBuilder.h"
 
 #include <QCryptographicHash>
 
-#include <memory>
-#include <mutex>
+using GMimeSupport::Owned;
 
 namespace {
-struct Unref
-{
-    void operator()(gpointer object) const
-    {
-        if (object)
-            g_object_unref(object);
-    }
-};
-template <typename T> using Owned = std::unique_ptr<T, Unref>;
-
-void initialiseOnce()
-{
-    static std::once_flag once;
-    std::call_once(once, [] { g_mime_init(); });
-}
-
 GMimeObject *mimeText(const char *subtype, const QString &text)
 {
     GMimeTextPart *part = g_mime_text_part_new_with_subtype(subtype);
@@ -84,7 +66,7 @@ QString MessageBuilder::textPart(const ArticleMessage &article)
 
 QByteArray MessageBuilder::build(const ArticleMessage &article, LineEnds ends) const
 {
-    initialiseOnce();
+    GMimeSupport::initialiseOnce();
     Owned<GMimeMessage> message(g_mime_message_new(TRUE));
     GMimeObject *object = GMIME_OBJECT(message.get());
     const QString feed = article.feedTitle.isEmpty() ? article.feedUrl : article.feedTitle;
@@ -99,8 +81,8 @@ QByteArray MessageBuilder::build(const ArticleMessage &article, LineEnds ends) c
     g_mime_message_set_date(message.get(), when);
     g_date_time_unref(when);
     setHeader(object, "X-Feed-Title", feed);
-    setHeader(object, "X-Feed-URL", article.feedUrl);
-    setHeader(object, "X-Article-URL", article.link);
+    setHeader(object, kFeedUrlHeader, article.feedUrl);
+    setHeader(object, kArticleUrlHeader, article.link);
     setHeader(object, "X-Article-Author", article.author);
     setHeader(
         object, "List-Id",

@@ -12,6 +12,9 @@ class MessageBuilder
 {
 public:
     enum class LineEnds { Unix, Network };
+    // Headers that name the article, for mail filters and for finding the article again.
+    static constexpr const char *kFeedUrlHeader = "X-Feed-URL";
+    static constexpr const char *kArticleUrlHeader = "X-Article-URL";
 
     explicit MessageBuilder(const ArticleHtml &html) : m_html(html) {}
 

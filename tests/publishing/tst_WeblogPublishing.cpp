@@ -1,10 +1,14 @@
 #include "ArticlePublisher.h"
 #include "ConsumerSettings.h"
+#include "DaemonProcess.h"
 #include "EngineCalls.h"
+#include "LocalHttpServer.h"
 #include "LocalSettings.h"
+#include "MessagePublisher.h"
 #include "PromptRecorder.h"
 #include "PublishingUtils.h"
 #include "TestEngine.h"
+#include "TestFiles.h"
 #include "WordPressServer.h"
 #include "frmPrePublish.h"
 #include "frmPubSettings.h"
@@ -12,6 +16,7 @@
 #include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
+#include <QDirIterator>
 #include <QJsonObject>
 #include <QLineEdit>
 #include <QPlainTextEdit>
@@ -67,8 +72,11 @@ private Q_SLOTS:
     void prePublishDialog();
     void publishArticle_data();
     void publishArticle();
+    void publishDeliveredMessage_data();
+    void publishDeliveredMessage();
 
 private:
+    [[nodiscard]] QString deliveredMessage();
     void needWordPress()
     {
         if (!m_wordpress.errorText().isEmpty())
@@ -98,6 +106,9 @@ private:
     std::unique_ptr<PromptRecorder> m_prompts;
     QHash<QByteArray, std::function<void(QWidget *)>> m_scripts;
     QTimer m_watch;
+    std::unique_ptr<DaemonProcess> m_daemon;
+    LocalHttpServer m_feeds;
+    QTemporaryDir m_mail;
 };
 
 void tst_WeblogPublishing::addWeblog_data()
@@ -315,6 +326,96 @@ void tst_WeblogPublishing::publishArticle()
     QVERIFY(content.contains("<a href=\"http://example.org/river\">High water</a>"));
     QVERIFY(content.contains("Written by Ada on 2026-11-20."));
     QCOMPARE(content.startsWith("<p>Edited before posting.</p>"), defaults == "edit first");
+}
+
+// The message quillon-deliver wrote for the one article of a feed, on an engine that quick-publishes
+// to the weblog; made once, empty when it could not be.
+QString tst_WeblogPublishing::deliveredMessage()
+{
+    const auto message = [this] {
+        QDirIterator found(m_mail.path(), {"*.quillon*"}, QDir::Files | QDir::Hidden,
+                           QDirIterator::Subdirectories);
+        return found.hasNext() ? found.next() : QString();
+    };
+    if (m_daemon)
+        return message();
+    m_daemon = std::make_unique<DaemonProcess>();
+    if (!m_daemon->start() || !m_feeds.listen())
+        return {};
+    SubscribeClientPtr client = m_daemon->newClient();
+    m_feeds.serve("/river",
+                  "<rss version=\"2.0\"><channel><title>River News</title><link>http://example.org/</link>"
+                  "<item><guid>flood-1</guid><title>Flood warning</title><link>http://example.org/flood"
+                  "</link><author>Ada</author><pubDate>Fri, 20 Nov 2026 08:00:00 GMT</pubDate>"
+                  "<description>&lt;p&gt;The river is &lt;b&gt;rising&lt;/b&gt;.&lt;/p&gt;</description>"
+                  "</item></channel></rss>");
+    const qint32 id =
+        EngineCalls::AddSubscription(*client, "", m_feeds.url("/river").toString(), {}, {"OLCONSUMER"});
+    if (!QTest::qWaitFor([&] { return EngineCalls::ItemText(*client, id, "ITEMUNREADCOUNT") == "1"; }, 30000))
+        return {};
+    QProcess deliver;
+    deliver.start(DaemonProcess::executable("quillon-deliver"),
+                  {"--socket", m_daemon->socketName(), "--maildir", m_mail.filePath("Mail"), "--once"});
+    deliver.waitForFinished(60000);
+    AddWeblog(*client, {WordPressServer::kTitle, WordPressServer::kUser, WordPressServer::kPassword, 0,
+                        m_wordpress.xmlrpc().toString(), m_wordpress.home().toString(), "1", true});
+    SetConsumerSetting(*client, "ENGINE", "Publishing_defaults", "PUBDLG_alwaysDoCurrentSettings", "1");
+    SetConsumerSetting(*client, "ENGINE", "Publishing_defaults", "PUBDLG_showSuccessDialog", "0");
+    return message();
+}
+
+void tst_WeblogPublishing::publishDeliveredMessage_data()
+{
+    QTest::addColumn<QString>("how"); // "pipe" and "file" run quillon-publish; else the message changed so
+    QTest::addColumn<int>("result");
+    QTest::addColumn<QString>("error");
+    QTest::newRow("piped to quillon-publish") << "pipe" << 0 << "";
+    QTest::newRow("named to quillon-publish") << "file" << 0 << "";
+    QTest::newRow("not a delivered message")
+        << "foreign" << 2 << "This is not a message the mail delivery wrote";
+    QTest::newRow("article no longer kept")
+        << "gone" << 2 << "\"Dry spell\" is no longer among the articles of River News";
+}
+
+void tst_WeblogPublishing::publishDeliveredMessage()
+{
+    QFETCH(QString, how);
+    QFETCH(int, result);
+    QFETCH(QString, error);
+    needWordPress();
+    const QString path = deliveredMessage();
+    QVERIFY2(!path.isEmpty(), qPrintable(m_daemon->errorText()));
+    const qsizetype before = m_wordpress.posts().size();
+    if (how == "pipe" || how == "file") {
+        QProcess publish;
+        publish.setProcessChannelMode(QProcess::ForwardedChannels);
+        if (how == "pipe")
+            publish.setStandardInputFile(path);
+        publish.start(DaemonProcess::executable("quillon-publish"),
+                      QStringList{"--socket", m_daemon->socketName()} +
+                          (how == "file" ? QStringList{path} : QStringList()));
+        QVERIFY(publish.waitForFinished(60000));
+        QCOMPARE(publish.exitCode(), result);
+    } else {
+        QByteArray message = how == "foreign" ? "Subject: Flood warning\n\nA note.\n" : TestFiles::read(path);
+        message.replace("Flood warning", "Dry spell")
+            .replace("/flood", "/drought")
+            .replace("Message-Id: <", "Message-Id: <0");
+        MessagePublisher publisher(m_daemon->newClient());
+        QCOMPARE(int(publisher.Publish(message)), result);
+        QVERIFY2(publisher.Error().startsWith(error), qPrintable(publisher.Error()));
+        QCOMPARE(m_prompts->texts(PromptKind::Alert),
+                 QStringList{"The article of this message was not found."});
+    }
+    const QJsonArray posts = m_wordpress.posts();
+    QCOMPARE(posts.size(), before + (result == 0 ? 1 : 0));
+    if (result != 0)
+        return;
+    const QString content = posts.first().toObject().value("content").toString();
+    QCOMPARE(posts.first().toObject().value("title").toString(), "Flood warning");
+    QVERIFY2(content.contains("<p>The river is <b>rising</b>.</p>"), qPrintable(content));
+    QVERIFY(content.contains("<a href=\"http://example.org/flood\">Flood warning</a>"));
+    QVERIFY(content.contains("Written by Ada on 2026-11-20."));
 }
 
 QTEST_MAIN(tst_WeblogPublishing)
