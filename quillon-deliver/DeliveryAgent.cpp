@@ -31,6 +31,7 @@ DeliveryAgent::DeliveryAgent(quillon::SubscribeClientPtr client, std::unique_ptr
         }
         requestArticles();
         requestRemovals();
+        requestReadMarks();
     });
 }
 
@@ -74,6 +75,7 @@ bool DeliveryAgent::begin(QString *error)
     qCInfo(lcDeliver) << "delivering into" << m_store->describe();
     replanFolders();
     requestRemovals();
+    requestReadMarks();
     requestArticles();
     pollReadMarks();
     m_readTimer.start();
@@ -110,6 +112,8 @@ void DeliveryAgent::onEngineMessage(Handle message)
             requestArticles();
         } else if (name == QLatin1String("ArticlesRemoved")) {
             requestRemovals();
+        } else if (name == QLatin1String("ReadMarksChanged")) {
+            requestReadMarks();
         } else if (name == QLatin1String("SubscriptionBindingChanged")) {
             replanFolders();
             requestRemovals();

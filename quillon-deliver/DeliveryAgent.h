@@ -23,7 +23,7 @@
 // The delivery consumer: connects as "OLCONSUMER", takes the articles of its bound
 // subscriptions from the engine in batches, stores each as a message, acknowledges what is
 // safely stored, takes away what the engine removed, follows folder changes made in
-// ConfigConsumer or in the mail program, and reports read marks back.
+// ConfigConsumer or in the mail program, and carries read marks both ways.
 class DeliveryAgent : public QObject
 {
     Q_OBJECT
@@ -100,6 +100,11 @@ private:
     void requestRemovals();
     void onRemovals(quillon::Handle answer);
     void reportRead(const QList<qint32> &ids, bool read);
+    // Read marks set elsewhere (the online service, another program) onto delivered messages.
+    void requestReadMarks();
+    void onReadMarks(quillon::Handle answer);
+    // Sets the marks of a list of the engine's; returns the last mark's ID, 0 for none.
+    qint32 applyReadMarks(quillon::Handle items);
     void carryReadMarks(const QList<FolderFollower::Move> &moves);
     // Compares the read marks of these folders with what was known and reports the changes.
     void reportReadMarks(const QList<MailStore::Folder> &changed);
@@ -142,6 +147,7 @@ private:
     qint32 m_articleChain = 0;        // answers of an older chain are dropped
     std::unique_ptr<Commit> m_commit; // at most one flush under way
     Batch m_removals;
+    Batch m_incomingMarks;
     bool m_lost = false;
     bool m_readMarksPolled = false; // the first look at every folder has been taken
 };

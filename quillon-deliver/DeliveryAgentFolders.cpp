@@ -1,5 +1,5 @@
 // The agent's side that follows the mail program: removals asked for by the engine, folders
-// replanned and moved, and read marks carried back to the engine.
+// replanned and moved, and read marks carried both ways.
 #include "DeliveryAgent.h"
 
 #include "DeliveryLogging.h"
@@ -151,4 +151,65 @@ void DeliveryAgent::reportRead(const QList<qint32> &ids, bool read)
     } catch (const std::exception &e) {
         engineFailed(e);
     }
+}
+
+void DeliveryAgent::requestReadMarks()
+{
+    askForBatch(QStringLiteral("PENDINGREADMARKS"), m_incomingMarks, &DeliveryAgent::onReadMarks);
+}
+
+void DeliveryAgent::onReadMarks(Handle answer)
+{
+    finishCommit();
+    if (!storeReachable()) {
+        m_incomingMarks.busy = false;
+        return;
+    }
+    try {
+        HandleGuard result(*m_client, m_client->GetHandleValue(answer, QStringLiteral("Result")));
+        HandleGuard items(*m_client, result.get() > 0
+                                         ? m_client->GetHandleValue(result.get(), QStringLiteral("ITEMS"))
+                                         : 0);
+        const qint32 last = items.get() > 0 ? applyReadMarks(items.get()) : 0;
+        if (last == 0) {
+            m_incomingMarks.busy = false;
+            if (m_incomingMarks.again)
+                requestReadMarks();
+            return;
+        }
+        const auto fill = [this, last](Handle bag) {
+            m_client->SetLongValue(bag, QStringLiteral("MARKID"), last);
+        };
+        submit(QStringLiteral("CONFIRMREADMARKS"), fill, [this](Handle) {
+            m_incomingMarks.busy = false;
+            requestReadMarks(); // until none is left
+        });
+    } catch (const std::exception &e) {
+        m_incomingMarks.busy = false;
+        engineFailed(e);
+    }
+}
+
+// The marks are known here at once, so the next look at the folder does not report them back.
+qint32 DeliveryAgent::applyReadMarks(Handle items)
+{
+    QHash<QString, std::pair<MailStore::Folder, QHash<QString, bool>>> byFolder; // by path text
+    qint32 last = 0;
+    for (qint32 i = 0, count = m_client->ListCount(items); i < count; ++i) {
+        HandleGuard item(*m_client, m_client->ListHandle(items, i));
+        last = m_client->GetLongValue(item.get(), QStringLiteral("MARKID"));
+        const auto folder =
+            m_index.folderOf(m_client->GetLongValue(item.get(), QStringLiteral("SUBSCRIPTIONID")));
+        if (!folder)
+            continue;
+        auto &[where, marks] = byFolder[FolderPlan::pathText(*folder)];
+        where = *folder;
+        marks.insert(MailStore::keyOf(m_client->GetLongValue(item.get(), QStringLiteral("ARTICLEID"))),
+                     m_client->GetLongValue(item.get(), QStringLiteral("READ")) == 1);
+    }
+    for (auto it = byFolder.cbegin(); it != byFolder.cend(); ++it) {
+        m_store->setRead(it->first, it->second);
+        m_readMarks[it.key()].insert(it->second);
+    }
+    return last;
 }

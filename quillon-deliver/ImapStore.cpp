@@ -260,6 +260,22 @@ QList<MailStore::Folder> ImapStore::changedFolders(const QList<Folder> &watched)
     return changed;
 }
 
+void ImapStore::setRead(const Folder &folder, const QHash<QString, bool> &marks)
+{
+    QList<QByteArray> seen, unseen;
+    const auto found = messages(folder);
+    for (auto it = marks.cbegin(); it != marks.cend(); ++it) {
+        const auto message = found.constFind(it.key());
+        if (message != found.cend() && message->read != it.value())
+            (it.value() ? seen : unseen).append(message->uid);
+    }
+    if (!seen.isEmpty())
+        m_session->command("UID STORE " + uidSet(seen) + " +FLAGS.SILENT (\\Seen)");
+    if (!unseen.isEmpty())
+        m_session->command("UID STORE " + uidSet(unseen) + " -FLAGS.SILENT (\\Seen)");
+    m_known.remove(mailbox(folder));
+}
+
 QHash<QString, bool> ImapStore::readStates(const Folder &folder)
 {
     QHash<QString, bool> states;

@@ -32,6 +32,7 @@ public:
     [[nodiscard]] QList<Folder> folders() override;
     [[nodiscard]] QList<Folder> changedFolders(const QList<Folder> &watched) override;
     [[nodiscard]] QHash<QString, bool> readStates(const Folder &folder) override;
+    void setRead(const Folder &folder, const QHash<QString, bool> &marks) override;
     // Every message names its subscription in List-Id, so a mailbox needs no tag of its own:
     // one renamed in the mail program is found by what it holds.
     void tag(const Folder &, qint32) override {}

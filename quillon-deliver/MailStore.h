@@ -56,6 +56,8 @@ public:
     [[nodiscard]] virtual QList<Folder> changedFolders(const QList<Folder> &watched) = 0;
     // Read mark of every message of ours in the folder, by key.
     [[nodiscard]] virtual QHash<QString, bool> readStates(const Folder &folder) = 0;
+    // Sets the read mark of these messages of ours, by key; keys not in the folder are skipped.
+    virtual void setRead(const Folder &folder, const QHash<QString, bool> &marks) = 0;
 
     // Marks a folder as the subscription's, so it can be found after the user moved it.
     virtual void tag(const Folder &folder, qint32 subscriptionId) = 0;

@@ -342,6 +342,27 @@ QHash<QString, bool> MaildirStore::readStates(const Folder &folder)
     return states;
 }
 
+void MaildirStore::setRead(const Folder &folder, const QHash<QString, bool> &marks)
+{
+    const QString dir = folderPath(folder);
+    const auto present = messages(dir);
+    for (auto it = marks.cbegin(); it != marks.cend(); ++it) {
+        const QString path = present.value(it.key());
+        QString flags = ourName().match(QFileInfo(path).fileName()).captured(2);
+        if (path.isEmpty() || flags.contains(QLatin1Char('S')) == it.value())
+            continue;
+        flags.remove(QLatin1Char('S'));
+        if (it.value())
+            flags += QLatin1Char('S');
+        // Flags go in ASCII order; a message whose mark was set has been seen, so it is in cur/.
+        std::sort(flags.begin(), flags.end());
+        const QString target =
+            QDir(dir).filePath(QStringLiteral("cur/") + fileName(it.key()) + QStringLiteral(":2,") + flags);
+        if (!QFile::rename(path, target))
+            qCWarning(lcDeliver) << "cannot set the read mark of" << path;
+    }
+}
+
 void MaildirStore::tag(const Folder &folder, qint32 subscriptionId)
 {
     const QString path = QDir(folderPath(folder)).filePath(kTagFile);

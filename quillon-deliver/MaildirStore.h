@@ -32,6 +32,7 @@ public:
     [[nodiscard]] QList<Folder> folders() override;
     [[nodiscard]] QList<Folder> changedFolders(const QList<Folder> &watched) override;
     [[nodiscard]] QHash<QString, bool> readStates(const Folder &folder) override;
+    void setRead(const Folder &folder, const QHash<QString, bool> &marks) override;
     void tag(const Folder &folder, qint32 subscriptionId) override;
     [[nodiscard]] std::optional<Folder> findTagged(qint32 subscriptionId) override;
 

@@ -61,6 +61,13 @@ BagPtr countPayload(int count)
     payload->setLong(QStringLiteral("ITEMCOUNT"), count);
     return payload;
 }
+
+BagPtr itemsPayload(const ListPtr &items)
+{
+    BagPtr payload = countPayload(items->size());
+    payload->set(QStringLiteral("ITEMS"), items);
+    return payload;
+}
 } // namespace
 
 void DeliveryRequests::registerWith(RequestProcessor &requests)
@@ -78,6 +85,8 @@ void DeliveryRequests::registerWith(RequestProcessor &requests)
     kind("SETREADSTATE", &DeliveryRequests::setReadState);
     kind("PENDINGREMOVALS", &DeliveryRequests::pendingRemovals);
     kind("CONFIRMREMOVALS", &DeliveryRequests::confirmRemovals);
+    kind("PENDINGREADMARKS", &DeliveryRequests::pendingReadMarks);
+    kind("CONFIRMREADMARKS", &DeliveryRequests::confirmReadMarks);
     kind("SETENCLOSUREFILE", &DeliveryRequests::setEnclosureFile);
     kind("SETDELIVERYSTATUS", &DeliveryRequests::setDeliveryStatus);
 }
@@ -138,18 +147,47 @@ void DeliveryRequests::acknowledge(const Origin &origin, const PropertyBag &requ
 void DeliveryRequests::setReadState(const Origin &origin, const PropertyBag &request)
 {
     const bool read = request.number(QStringLiteral("READ")) == 1;
-    const DeliveryStore::ReadChange change = m_store.setRead(articleIds(request), read);
+    const DeliveryStore::ReadChange change = m_store.setRead(origin.consumerId, articleIds(request), read);
     answer(origin, QStringLiteral("ReadStateResult"), countPayload(change.count));
     // The window shows the counts: a mark set in the mail program reaches it without a reload.
     m_changes.countsChanged(change.subscriptions);
+    if (change.count > 0)
+        announceReadMarks();
+}
+
+void DeliveryRequests::pendingReadMarks(const Origin &origin, const PropertyBag &request)
+{
+    answer(origin, QStringLiteral("PendingReadMarks"),
+           itemsPayload(m_store.readMarks(origin.consumerId, batchSize(request))));
+}
+
+void DeliveryRequests::confirmReadMarks(const Origin &origin, const PropertyBag &request)
+{
+    const int confirmed =
+        m_store.confirmReadMarks(origin.consumerId, request.number(QStringLiteral("MARKID")));
+    answer(origin, QStringLiteral("ReadMarksConfirmed"), countPayload(confirmed));
+}
+
+void DeliveryRequests::announceReadMarks()
+{
+    QList<std::pair<QString, int>> waiting;
+    try {
+        waiting = m_store.readMarksWaiting();
+    } catch (const std::exception &e) {
+        qCWarning(lcCore) << "cannot count read marks to deliver" << e.what();
+        return;
+    }
+    for (const auto &[consumerId, count] : waiting) {
+        BagPtr payload = countPayload(count);
+        payload->setText(QStringLiteral("CONSUMERID"), consumerId);
+        m_messenger.toConnected(EngineMessages::message(QStringLiteral("ReadMarksChanged"), payload));
+    }
 }
 
 void DeliveryRequests::pendingRemovals(const Origin &origin, const PropertyBag &request)
 {
-    const ListPtr items = m_store.removals(origin.consumerId, batchSize(request));
-    BagPtr payload = countPayload(items->size());
-    payload->set(QStringLiteral("ITEMS"), items);
-    answer(origin, QStringLiteral("PendingRemovals"), payload);
+    answer(origin, QStringLiteral("PendingRemovals"),
+           itemsPayload(m_store.removals(origin.consumerId, batchSize(request))));
 }
 
 void DeliveryRequests::confirmRemovals(const Origin &origin, const PropertyBag &request)

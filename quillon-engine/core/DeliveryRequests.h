@@ -11,9 +11,9 @@ class Outbox;
 
 // The requests of a consumer that delivers articles somewhere (the mail delivery consumer):
 // "PENDINGARTICLES", "ACKNOWLEDGE", "SETREADSTATE", "PENDINGREMOVALS", "CONFIRMREMOVALS",
-// "SETENCLOSUREFILE",
+// "SETENCLOSUREFILE", "PENDINGREADMARKS", "CONFIRMREADMARKS",
 // each answered at its callback for the consumer the session connected as; and the messages
-// "ArticlesAvailable" and "ArticlesRemoved" that tell such consumers to ask.
+// "ArticlesAvailable", "ArticlesRemoved" and "ReadMarksChanged" that tell such consumers to ask.
 class DeliveryRequests
 {
 public:
@@ -36,6 +36,8 @@ public:
     // Tells the consumers bound to the subscription what waits for them there, if anything;
     // after an update also the media consumer, whom a binding does not concern.
     void announce(qint32 subscriptionId, bool afterUpdate);
+    // Tells each consumer that has read marks of articles it received to carry into its store.
+    void announceReadMarks();
 
 private:
     void pendingArticles(const Origin &origin, const PropertyBag &request);
@@ -43,6 +45,8 @@ private:
     void setReadState(const Origin &origin, const PropertyBag &request);
     void pendingRemovals(const Origin &origin, const PropertyBag &request);
     void confirmRemovals(const Origin &origin, const PropertyBag &request);
+    void pendingReadMarks(const Origin &origin, const PropertyBag &request);
+    void confirmReadMarks(const Origin &origin, const PropertyBag &request);
     void setEnclosureFile(const Origin &origin, const PropertyBag &request);
     void setDeliveryStatus(const Origin &origin, const PropertyBag &request);
     // False (and the request answered with RequestFailed) for a session not connected.

@@ -89,7 +89,8 @@ int DeliveryStore::acknowledge(const QString &consumerId, const QList<qint64> &a
         {SubscriptionFields::isoDate(now), consumerId, idsJson(articleIds)}, "marking articles delivered");
 }
 
-DeliveryStore::ReadChange DeliveryStore::setRead(const QList<qint64> &articleIds, bool read)
+DeliveryStore::ReadChange DeliveryStore::setRead(const QString &consumerId, const QList<qint64> &articleIds,
+                                                 bool read)
 {
     const QVariantList binds{read ? 1 : 0, idsJson(articleIds)};
     ReadChange change;
@@ -102,7 +103,44 @@ DeliveryStore::ReadChange DeliveryStore::setRead(const QList<qint64> &articleIds
     change.count = m_db.execute(QStringLiteral("UPDATE articles SET is_read = ? WHERE is_read <> ?"
                                                " AND id IN (SELECT value FROM json_each(?))"),
                                 {binds.at(0), binds.at(0), binds.at(1)}, "marking articles read");
+    m_db.execute(QStringLiteral("DELETE FROM delivery_read_marks WHERE consumer_id = ?"
+                                " AND article_id IN (SELECT value FROM json_each(?))"),
+                 {consumerId, binds.at(1)}, "forgetting the consumer's own read marks");
     return change;
+}
+
+ListPtr DeliveryStore::readMarks(const QString &consumerId, int limit)
+{
+    const auto rows = m_db.select(QStringLiteral("SELECT id, article_id, subscription_id, is_read"
+                                                 " FROM delivery_read_marks WHERE consumer_id = ?"
+                                                 " ORDER BY id LIMIT ?"),
+                                  {consumerId, limit}, "listing read marks to deliver");
+    auto list = PropertyList::create();
+    for (const auto &row : rows) {
+        auto bag = PropertyBag::create();
+        bag->setLong(QStringLiteral("MARKID"), qint32(row.at(0).toLongLong()));
+        bag->setLong(QStringLiteral("ARTICLEID"), qint32(row.at(1).toLongLong()));
+        bag->setLong(QStringLiteral("SUBSCRIPTIONID"), row.at(2).toInt());
+        bag->setLong(QStringLiteral("READ"), row.at(3).toInt() != 0 ? 1 : 0);
+        list->append(bag);
+    }
+    return list;
+}
+
+int DeliveryStore::confirmReadMarks(const QString &consumerId, qint64 upToMarkId)
+{
+    return m_db.execute(QStringLiteral("DELETE FROM delivery_read_marks WHERE consumer_id = ? AND id <= ?"),
+                        {consumerId, upToMarkId}, "confirming read marks");
+}
+
+QList<std::pair<QString, int>> DeliveryStore::readMarksWaiting()
+{
+    QList<std::pair<QString, int>> waiting;
+    for (const auto &row : m_db.select(QStringLiteral("SELECT consumer_id, COUNT(*) FROM delivery_read_marks"
+                                                      " GROUP BY consumer_id"),
+                                       {}, "counting read marks to deliver"))
+        waiting.append({row.at(0).toString(), row.at(1).toInt()});
+    return waiting;
 }
 
 ListPtr DeliveryStore::removals(const QString &consumerId, int limit)

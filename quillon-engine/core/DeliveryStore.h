@@ -6,6 +6,8 @@
 #include <QList>
 #include <QString>
 
+#include <utility>
+
 namespace quillon {
 
 class EngineDatabase;
@@ -43,7 +45,14 @@ public:
         int count = 0;               // articles whose state changed
         QList<qint32> subscriptions; // whose counts changed with them
     };
-    ReadChange setRead(const QList<qint64> &articleIds, bool read);
+    // The consumer that set them has them in its store already: none of its read marks stay.
+    ReadChange setRead(const QString &consumerId, const QList<qint64> &articleIds, bool read);
+    // Marks set elsewhere on articles the consumer received, in order of change: bags of
+    // "MARKID", "ARTICLEID", "SUBSCRIPTIONID", "READ".
+    [[nodiscard]] ListPtr readMarks(const QString &consumerId, int limit);
+    int confirmReadMarks(const QString &consumerId, qint64 upToMarkId);
+    // How many read marks wait, by consumer.
+    [[nodiscard]] QList<std::pair<QString, int>> readMarksWaiting();
     // Bags of "ARTICLEID", "SUBSCRIPTIONID", "GUID", oldest first.
     [[nodiscard]] ListPtr removals(const QString &consumerId, int limit);
     int confirmRemovals(const QString &consumerId, const QList<qint64> &articleIds);

@@ -164,9 +164,9 @@ void EngineCorePrivate::createFetching()
                                                   [this](qint32 id) { m_updater->update(id); });
     if (m_updating)
         m_scheduler->start();
-    m_sync = std::make_unique<OnlineSync>(SyncJournal(*m_db, *m_subscriptions, *m_settings), *m_settings,
-                                          *m_subscriptions, *m_log, now, messenger(),
-                                          [this] { m_scheduler->poke(); });
+    m_sync = std::make_unique<OnlineSync>(
+        SyncJournal(*m_db, *m_subscriptions, *m_settings), *m_settings, *m_subscriptions, *m_log, now,
+        messenger(), [this](const SyncJournal::Applied &applied) { syncApplied(applied); });
     m_sync->follow();
 }
 
@@ -182,6 +182,17 @@ EngineMessenger EngineCorePrivate::messenger()
                 if (m_callDepth == 0)
                     m_outbox.flush(sessions);
             }};
+}
+
+void EngineCorePrivate::syncApplied(const SyncJournal::Applied &applied)
+{
+    if (!applied.added.isEmpty() || !applied.removed.isEmpty())
+        m_scheduler->poke();
+    if (applied.countsChanged.isEmpty())
+        return;
+    // Marks taken from the server reach the tree's counts and the delivered messages.
+    m_changes->countsChanged(applied.countsChanged);
+    m_delivery->announceReadMarks();
 }
 
 void EngineCorePrivate::updateFinished(qint32 subscriptionId, const QString &status, bool articlesChanged)

@@ -108,6 +108,7 @@ private:
     void createFetching();
     [[nodiscard]] EngineMessenger messenger();
     void updateFinished(qint32 subscriptionId, const QString &status, bool articlesChanged);
+    void syncApplied(const SyncJournal::Applied &applied);
 
     std::unique_ptr<EngineDatabase> m_db;
     std::unique_ptr<SubscriptionStore> m_subscriptions;

@@ -129,8 +129,6 @@ void OnlineSync::record(const SyncOutcome &outcome, const SyncJournal::Applied &
 
 void OnlineSync::announce(const SyncJournal::Applied &applied)
 {
-    if (applied.added.isEmpty() && applied.removed.isEmpty())
-        return;
     for (const qint32 id : applied.added) {
         if (const auto bag = m_subscriptions.findItemBag(id))
             m_messenger.toConnected(EngineMessages::message(QStringLiteral("SubscriptionAdded"),
@@ -140,7 +138,7 @@ void OnlineSync::announce(const SyncJournal::Applied &applied)
     for (const qint32 id : applied.removed)
         m_messenger.toConnected(
             EngineMessages::bindingChanged(kConsumer, QStringLiteral("OLCONSUMER"), false, id));
-    m_changed();
+    m_changed(applied);
 }
 
 BagPtr OnlineSync::settingsBag() const

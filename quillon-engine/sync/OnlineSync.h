@@ -27,8 +27,8 @@ class OnlineSync : public QObject
     Q_OBJECT
 public:
     using Clock = std::function<QDateTime()>;
-    // Subscriptions were added or removed here: fetch and schedule again.
-    using Changed = std::function<void()>;
+    // A run changed subscriptions or read marks here: fetch and schedule again, tell consumers.
+    using Changed = std::function<void(const SyncJournal::Applied &applied)>;
 
     static constexpr int kShortestFrequency = 900;
 

@@ -5,6 +5,8 @@
 #include "SqlTransaction.h"
 #include "SubscriptionStore.h"
 
+#include <QSet>
+
 namespace quillon {
 
 void SyncJournal::setQueueing(bool on)
@@ -73,12 +75,20 @@ SyncJournal::Applied SyncJournal::apply(const SyncSnapshot &snapshot,
     m_db.execute(QStringLiteral("DELETE FROM sync_switch"), {}, "pausing the sync queue");
     Applied applied;
     applySubscriptions(subscriptions, now, applied);
-    for (auto it = reads.setHere.cbegin(); it != reads.setHere.cend(); ++it)
-        applied.readChanged += m_db.execute(
-            QStringLiteral("UPDATE articles SET is_read = ? WHERE id = ? AND is_read <> ? AND NOT EXISTS "
-                           "(SELECT 1 FROM sync_changes WHERE article_id = ? AND id > ?)"),
-            {int(it.value()), it.key(), int(it.value()), it.key(), snapshot.lastChangeId},
-            "taking the server's read state");
+    QSet<qint32> counts;
+    for (auto it = reads.setHere.cbegin(); it != reads.setHere.cend(); ++it) {
+        for (const auto &row :
+             m_db.select(QStringLiteral(
+                             "UPDATE articles SET is_read = ? WHERE id = ? AND is_read <> ? AND NOT EXISTS "
+                             "(SELECT 1 FROM sync_changes WHERE article_id = ? AND id > ?)"
+                             " RETURNING subscription_id"),
+                         {int(it.value()), it.key(), int(it.value()), it.key(), snapshot.lastChangeId},
+                         "taking the server's read state")) {
+            ++applied.readChanged;
+            counts.insert(row.at(0).toInt());
+        }
+    }
+    applied.countsChanged = counts.values();
     m_db.execute(QStringLiteral("DELETE FROM sync_changes WHERE id <= ?"), {snapshot.lastChangeId},
                  "forgetting the changes sent");
     remember(remote);

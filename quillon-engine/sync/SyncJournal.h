@@ -21,6 +21,7 @@ public:
         QList<qint32> added;
         QList<qint32> removed;
         int readChanged = 0;
+        QList<qint32> countsChanged; // subscriptions whose read counts moved
     };
 
     SyncJournal(EngineDatabase &db, SubscriptionStore &subscriptions, SettingsStore &settings)

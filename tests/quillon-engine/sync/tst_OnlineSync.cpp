@@ -1,9 +1,13 @@
+#include "DeliveryAgent.h"
 #include "EngineFixture.h"
 #include "LocalHttpServer.h"
+#include "MaildirStore.h"
 #include "TinyRssServer.h"
 
+#include <QDirIterator>
 #include <QSqlDatabase>
 #include <QSqlQuery>
+#include <QTemporaryDir>
 
 using namespace quillon;
 
@@ -16,6 +20,14 @@ QByteArray rss(const QString &name)
             "</title><link>http://example.com/</link><description>d</description>" + item.arg(name + "1") +
             item.arg(name + "2") + "</channel></rss>")
         .toUtf8();
+}
+
+// The file of an article's message in a Maildir tree, "" when there is none.
+QString message(const QTemporaryDir &mail, const QString &articleId)
+{
+    QDirIterator it(mail.path(), {"a" + articleId + ".quillon*"}, QDir::Files | QDir::Hidden,
+                    QDirIterator::Subdirectories);
+    return it.hasNext() ? it.next() : QString();
 }
 } // namespace
 
@@ -32,9 +44,13 @@ private Q_SLOTS:
 
 private:
     // Runs SyncNow and answers the outcome once the run has ended.
-    static QString sync(EngineFixture &f);
+    static QString sync(SubscribeClient &client);
     // One value of the engine's database, read beside it.
-    static QString local(EngineFixture &f, const QString &statement);
+    static QString local(const QString &database, const QString &statement);
+    static QString local(EngineFixture &f, const QString &statement)
+    {
+        return local(f.engine.core().databasePath(), statement);
+    }
     QString feed(const QString &name) const { return m_feeds.url("/" + name + ".xml").toString(); }
     QString serverFeeds() { return m_server.sql("select feed_url from ttrss_feeds order by feed_url"); }
 
@@ -52,26 +68,26 @@ void tst_OnlineSync::initTestCase()
     QVERIFY2(m_server.start(), qPrintable(m_server.errorText()));
 }
 
-QString tst_OnlineSync::sync(EngineFixture &f)
+QString tst_OnlineSync::sync(SubscribeClient &client)
 {
-    const auto value = [&f](const QString &name) {
-        const Handle bag = f.client->GetSyncSettings();
-        const QString text = f.client->GetStringValue(bag, name);
-        f.client->ReleaseHandle(bag);
+    const auto value = [&client](const QString &name) {
+        const Handle bag = client.GetSyncSettings();
+        const QString text = client.GetStringValue(bag, name);
+        client.ReleaseHandle(bag);
         return text;
     };
     const QString before = value("SyncTime");
-    f.client->SyncNow();
+    client.SyncNow();
     return QTest::qWaitFor([&] { return value("SyncTime") != before; }, 30000) ? value("SyncStatus")
                                                                                : "(no end)";
 }
 
-QString tst_OnlineSync::local(EngineFixture &f, const QString &statement)
+QString tst_OnlineSync::local(const QString &database, const QString &statement)
 {
     QString value;
     {
         QSqlDatabase db = QSqlDatabase::addDatabase("QSQLITE", "beside");
-        db.setDatabaseName(f.engine.core().databasePath());
+        db.setDatabaseName(database);
         QSqlQuery query(db);
         if (db.open() && query.exec(statement) && query.next())
             value = query.value(0).toString();
@@ -91,22 +107,41 @@ void tst_OnlineSync::syncsSubscriptionsAndReadStateBothWays()
     f.add(feed("a"));
 
     // Added on either side: on both after a run, the server's in its category, the tree told.
-    QCOMPARE(sync(f), "synchronised");
+    QCOMPARE(sync(*f.client), "synchronised");
     QCOMPARE(serverFeeds(), feed("a") + "\n" + feed("b"));
     QCOMPARE(local(f, "select category from subscriptions where url = '" + feed("b") + "'"), "Tech");
     QTRY_VERIFY(std::any_of(f.events->received.cbegin(), f.events->received.cend(), [&](const BagPtr &m) {
         return m->text("MESSAGE") == "SubscriptionAdded" && m->bag("Result")->text("URL") == feed("b");
     }));
 
-    // Read here and read there, each taken by the other side.
+    // Read in the mail program and read on the server, each taken by the other side.
     QVERIFY2(m_server.update(), qPrintable(m_server.errorText()));
     QTRY_COMPARE_WITH_TIMEOUT(local(f, "select count(*) from articles"), "4", 20000);
-    const QString a1 = local(f, "select id from articles where link = 'http://example.com/a1'");
-    QCOMPARE(f.request({{"REQUEST", "SETREADSTATE"}, {"ARTICLEIDS", a1}, {"READ", "1"}})->text("MESSAGE"),
-             "ReadStateResult");
+    const auto idOf = [&](const QString &name) {
+        return local(f, "select id from articles where link = 'http://example.com/" + name + "'");
+    };
+    QTemporaryDir mail;
+    DeliveryAgent::Options options;
+    options.readPollMs = 50;
+    DeliveryAgent agent(f.engine.newClient(), std::make_unique<MaildirStore>(mail.path()),
+                        mail.filePath("index.json"), options);
+    QVERIFY(agent.start(nullptr));
+    for (const QString &url : {feed("a"), feed("b")})
+        f.client->BindItem("OLCONSUMER", "NEWS",
+                           local(f, "select id from subscriptions where url = '" + url + "'").toInt(), 1);
+    QTRY_VERIFY(!message(mail, idOf("b1")).isEmpty());
+    const QString a1 = message(mail, idOf("a1"));
+    QVERIFY(QFile::rename(a1, QString(a1).replace("/new/", "/cur/") + ":2,S"));
+    QTRY_COMPARE(local(f, "select is_read from articles where id = " + idOf("a1")), "1");
     m_server.sql("update ttrss_user_entries set unread = false where ref_id in "
                  "(select id from ttrss_entries where link = 'http://example.com/b1')");
-    QCOMPARE(sync(f), "synchronised");
+    f.events->received.clear();
+    QCOMPARE(sync(*f.client), "synchronised");
+    QTRY_VERIFY(message(mail, idOf("b1")).endsWith(":2,S"));
+    const QString b = local(f, "select subscription_id from articles where id = " + idOf("b1"));
+    QTRY_VERIFY(std::ranges::any_of(f.events->named("SubscriptionChanged"), [&](const BagPtr &m) {
+        return m->bag("Result")->text("SUBSCRIPTIONID") == b; // the tree's counts follow
+    }));
     QCOMPARE(m_server.sql("select e.link from ttrss_user_entries u join ttrss_entries e on e.id = u.ref_id "
                           "where not u.unread order by e.link"),
              "http://example.com/a1\nhttp://example.com/b1");
@@ -119,16 +154,16 @@ void tst_OnlineSync::syncsSubscriptionsAndReadStateBothWays()
     f.client->RemoveItem("NEWS",
                          local(f, "select id from subscriptions where url = '" + feed("b") + "'").toInt(), 0);
     m_server.sql("delete from ttrss_feeds where feed_url = '" + feed("a") + "'");
-    QCOMPARE(sync(f), "synchronised");
+    QCOMPARE(sync(*f.client), "synchronised");
     QCOMPARE(serverFeeds(), "");
     QCOMPARE(local(f, "select count(*) from subscriptions"), "0");
 
     // Made while the server is away: sent when it is back.
     m_server.stopWeb();
     f.add(feed("c"));
-    QVERIFY(sync(f).startsWith("cannot reach the server"));
+    QVERIFY(sync(*f.client).startsWith("cannot reach the server"));
     QVERIFY2(m_server.startWeb(), qPrintable(m_server.errorText()));
-    QCOMPARE(sync(f), "synchronised");
+    QCOMPARE(sync(*f.client), "synchronised");
     QCOMPARE(serverFeeds(), feed("c"));
 }
 
@@ -164,7 +199,7 @@ void tst_OnlineSync::tellsWhyARunFailed()
     f.client->SetSyncSettings(1, typed, TinyRssServer::kUser, password, 900);
     const QString api = "update ttrss_user_prefs set value = '%1' where pref_name = 'ENABLE_API_ACCESS'";
     m_server.sql(api.arg(apiOff ? "false" : "true"));
-    QCOMPARE(sync(f), outcome);
+    QCOMPARE(sync(*f.client), outcome);
     m_server.sql(api.arg("true"));
 }
 
