@@ -1,3 +1,4 @@
+#include "DaemonProcess.h"
 #include "DeliveryAgent.h"
 #include "EngineFixture.h"
 #include "LocalHttpServer.h"
@@ -39,6 +40,7 @@ class tst_OnlineSync : public QObject
 private Q_SLOTS:
     void initTestCase();
     void syncsSubscriptionsAndReadStateBothWays();
+    void sendsAfterRestartWhatAKilledEngineQueued();
     void tellsWhyARunFailed_data();
     void tellsWhyARunFailed();
 
@@ -63,7 +65,7 @@ void tst_OnlineSync::initTestCase()
     if (const QString missing = TinyRssServer::missing(); !missing.isEmpty())
         QSKIP(qPrintable(missing));
     QVERIFY(m_feeds.listen(QHostAddress(TinyRssServer::kFeedHost), 80));
-    for (const QString &name : QStringList{"a", "b", "c"})
+    for (const QString &name : QStringList{"a", "b", "c", "d"})
         m_feeds.serve("/" + name + ".xml", rss(name));
     QVERIFY2(m_server.start(), qPrintable(m_server.errorText()));
 }
@@ -165,6 +167,44 @@ void tst_OnlineSync::syncsSubscriptionsAndReadStateBothWays()
     QVERIFY2(m_server.startWeb(), qPrintable(m_server.errorText()));
     QCOMPARE(sync(*f.client), "synchronised");
     QCOMPARE(serverFeeds(), feed("c"));
+}
+
+void tst_OnlineSync::sendsAfterRestartWhatAKilledEngineQueued()
+{
+    m_server.sql("insert into ttrss_feeds (owner_uid, title, feed_url) select 1, 'C', '" + feed("c") +
+                 "' where not exists (select 1 from ttrss_feeds where feed_url = '" + feed("c") + "')");
+    QVERIFY2(m_server.update(), qPrintable(m_server.errorText()));
+    DaemonProcess daemon;
+    QVERIFY2(daemon.start(), qPrintable(daemon.errorText()));
+    SubscribeClientPtr client = daemon.newClient();
+    client->SetSyncSettings(1, m_server.address(), TinyRssServer::kUser, TinyRssServer::kPassword, 900);
+    client->Connect("CONFIGCONSUMER", std::make_shared<CopyingCallback>(*client));
+    QCOMPARE(sync(*client), "synchronised"); // takes the server's c, which is then fetched
+    const QString database = QDir(daemon.dataDir()).filePath("engine.sqlite");
+    const QString c1 = "select id from articles where link = 'http://example.com/c1'";
+    QTRY_VERIFY_WITH_TIMEOUT(!local(database, c1).isEmpty(), 20000);
+
+    // A read mark and a subscription, each answered, then SIGKILL: no chance to send anything.
+    QVERIFY(EngineCalls::AddSubscription(*client, "D", feed("d")) > 0);
+    auto answer = std::make_shared<CopyingCallback>(*client);
+    const Handle request = client->NewBag();
+    for (const auto &[name, value] : {std::pair{"REQUEST", "SETREADSTATE"}, {"READ", "1"}})
+        client->SetStringValue(request, name, value);
+    client->SetStringValue(request, "ARTICLEIDS", local(database, c1));
+    client->SubmitRequest(request, answer);
+    client->ReleaseHandle(request);
+    QTRY_VERIFY(!answer->received.isEmpty());
+    daemon.process().kill();
+    QVERIFY(daemon.process().waitForFinished());
+    client.reset();
+
+    QVERIFY2(daemon.start(), qPrintable(daemon.errorText()));
+    client = daemon.newClient();
+    QCOMPARE(sync(*client), "synchronised");
+    QVERIFY(serverFeeds().contains(feed("d")));
+    QCOMPARE(m_server.sql("select u.unread from ttrss_user_entries u join ttrss_entries e on e.id = u.ref_id "
+                          "where e.link = 'http://example.com/c1'"),
+             "f");
 }
 
 void tst_OnlineSync::tellsWhyARunFailed_data()
