@@ -2,7 +2,7 @@
 # Installs the Debian packages the build and tests need, only when something is missing.
 set -euo pipefail
 pkgs=(cmake g++ make pkg-config qt6-base-dev qt6-base-dev-tools libqt6sql6-sqlite libgl-dev python3 xvfb xauth qt6-webengine-dev
-      libgmime-3.0-dev libcurl4-openssl-dev dovecot-imapd dbus-daemon util-linux passwd
+      libgmime-3.0-dev libcurl4-openssl-dev libsqlite3-dev dovecot-imapd dbus-daemon util-linux passwd
       qtkeychain-qt6-dev libsecret-1-0 gnome-keyring clang-format
       libproxy-dev squid apache2-utils fonts-wqy-microhei
       xdg-utils neomutt tmux
@@ -10,7 +10,7 @@ pkgs=(cmake g++ make pkg-config qt6-base-dev qt6-base-dev-tools libqt6sql6-sqlit
       libxmlrpc-c++8-dev wordpress wordpress-theme-twentytwentythree mariadb-server php-mysql php-gd
       libsystemd-dev systemd desktop-file-utils dpkg-dev file)
 # The peers the benchmarks under bench/ measure against: only with --bench, since no test needs them.
-[ "${1:-}" = "--bench" ] && pkgs+=(newsboat rss2email gpodder curl hyperfine libsqlite3-dev valgrind linux-perf)
+[ "${1:-}" = "--bench" ] && pkgs+=(newsboat rss2email gpodder curl hyperfine valgrind linux-perf)
 missing=()
 for p in "${pkgs[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q 'install ok installed' || missing+=("$p")

@@ -5,20 +5,42 @@
 #include "SubscriptionFields.h"
 
 #include <QHash>
-#include <QJsonArray>
-#include <QJsonDocument>
 
 namespace quillon {
 
 namespace {
-QVariant dateOrNull(const QDateTime &time)
+QByteArray utf8DateOrNull(const QDateTime &time)
 {
-    return time.isValid() ? QVariant(SubscriptionFields::isoDate(time)) : QVariant();
+    return time.isValid() ? SubscriptionFields::isoDate(time).toUtf8() : QByteArray();
 }
 
+EngineDatabase::RawValue textOrNull(const QByteArray &utf8)
+{
+    return utf8.isNull() ? EngineDatabase::RawValue() : EngineDatabase::RawValue(QByteArrayView(utf8));
+}
+
+// Written by hand: QJsonDocument cost more than the look-up the array is for.
 QString jsonArray(const QStringList &texts)
 {
-    return QString::fromUtf8(QJsonDocument(QJsonArray::fromStringList(texts)).toJson(QJsonDocument::Compact));
+    QString json(1, QLatin1Char('['));
+    for (const QString &text : texts) {
+        if (json.size() > 1)
+            json += QLatin1Char(',');
+        json += QLatin1Char('"');
+        qsizetype run = 0;
+        for (qsizetype i = 0; i < text.size(); ++i) {
+            const char16_t c = text.at(i).unicode();
+            if (c >= 0x20 && c != u'"' && c != u'\\')
+                continue;
+            json.append(QStringView(text).sliced(run, i - run));
+            json += c >= 0x20 ? QStringLiteral("\\") + QChar(c)
+                              : QStringLiteral("\\u%1").arg(int(c), 4, 16, QLatin1Char('0'));
+            run = i + 1;
+        }
+        json.append(QStringView(text).sliced(run));
+        json += QLatin1Char('"');
+    }
+    return json + QLatin1Char(']');
 }
 
 QDateTime dateOf(const QVariant &column)
@@ -39,12 +61,13 @@ ArticleStore::Stored ArticleStore::store(qint32 subscriptionId, const ParsedFeed
     QSet<QString> known = knownKeys(subscriptionId, keysJson);
     Stored stored;
     const QString fetchedAt = SubscriptionFields::isoDate(now);
+    const QByteArray fetchedAtUtf8 = fetchedAt.toUtf8();
     for (qsizetype i = 0; i < feed.items.size(); ++i) {
         if (known.contains(keys.at(i)))
             continue;
         known.insert(keys.at(i)); // a feed that repeats an item stores it once
         const Article article = Article::fromParsed(feed.items.at(i));
-        if (const qint64 articleId = insert(subscriptionId, article, fetchedAt)) {
+        if (const qint64 articleId = insert(subscriptionId, article, fetchedAtUtf8)) {
             if (const auto oldest = m_oldest.find(subscriptionId);
                 oldest != m_oldest.end() && fetchedAt < *oldest)
                 *oldest = fetchedAt; // a clock set back
@@ -71,14 +94,23 @@ QSet<QString> ArticleStore::knownKeys(qint32 subscriptionId, const QString &keys
     return known;
 }
 
-qint64 ArticleStore::insert(qint32 subscriptionId, const Article &article, const QString &fetchedAt)
+qint64 ArticleStore::insert(qint32 subscriptionId, const Article &article, const QByteArray &fetchedAt)
 {
-    const auto id = m_db.insertIfNew(
-        QStringLiteral("INSERT INTO articles (subscription_id, guid, title, link, author, body, published,"
-                       " updated, fetched_at) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?)"
-                       " ON CONFLICT (subscription_id, guid) DO NOTHING"),
-        {subscriptionId, article.key, article.subject, article.url, article.author, article.body,
-         dateOrNull(article.published), dateOrNull(article.updated), fetchedAt},
+    const QByteArray key = article.key.toUtf8();
+    const QByteArray subject = article.subject.toUtf8();
+    const QByteArray url = article.url.toUtf8();
+    const QByteArray author = article.author.toUtf8();
+    const QByteArray body = article.body.toUtf8();
+    const QByteArray published = utf8DateOrNull(article.published);
+    const QByteArray updated = utf8DateOrNull(article.updated);
+    // Empty texts stay texts, as everywhere else in the store; only missing dates are NULL.
+    const auto id = m_db.insertIfNewRaw(
+        "INSERT INTO articles (subscription_id, guid, title, link, author, body, published,"
+        " updated, fetched_at) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?)"
+        " ON CONFLICT (subscription_id, guid) DO NOTHING",
+        {qint64(subscriptionId), QByteArrayView(key), QByteArrayView(subject), QByteArrayView(url),
+         QByteArrayView(author), QByteArrayView(body), textOrNull(published), textOrNull(updated),
+         QByteArrayView(fetchedAt)},
         "storing an article");
     return id.value_or(0);
 }

@@ -40,7 +40,7 @@ public:
 
 private:
     // The new article's row id, or 0 when it was stored already.
-    [[nodiscard]] qint64 insert(qint32 subscriptionId, const Article &article, const QString &fetchedAt);
+    [[nodiscard]] qint64 insert(qint32 subscriptionId, const Article &article, const QByteArray &fetchedAt);
     int insertEnclosures(qint64 articleId, const QList<ParsedEnclosure> &enclosures);
     // Of the keys (a JSON array), those stored or deleted for their age already.
     [[nodiscard]] QSet<QString> knownKeys(qint32 subscriptionId, const QString &keysJson);

@@ -5,9 +5,12 @@
 #include "SchemaMigrator.h"
 
 #include <QAtomicInteger>
+#include <QSqlDriver>
 #include <QSqlError>
 #include <QSqlQuery>
 #include <QSqlRecord>
+
+#include <sqlite3.h>
 
 namespace quillon {
 
@@ -52,6 +55,8 @@ EngineDatabase::EngineDatabase(QString filePath)
 EngineDatabase::~EngineDatabase()
 {
     // Statements must go before the connection they were prepared on.
+    for (const auto &[sql, statement] : m_rawStatements)
+        sqlite3_finalize(statement);
     m_statements.clear();
     if (m_db.isValid())
         m_db.close();
@@ -148,6 +153,56 @@ std::optional<qint64> EngineDatabase::insertIfNew(const QString &sql, const QVar
         query.numRowsAffected() > 0 ? std::optional<qint64>(query.lastInsertId().toLongLong()) : std::nullopt;
     query.finish();
     return id;
+}
+
+sqlite3 *EngineDatabase::handle() const
+{
+    // Qt's SQLite driver hands out its connection under this type name.
+    const QVariant handle = m_db.isValid() ? m_db.driver()->handle() : QVariant();
+    return handle.isValid() && qstrcmp(handle.typeName(), "sqlite3*") == 0
+               ? *static_cast<sqlite3 *const *>(handle.constData())
+               : nullptr;
+}
+
+sqlite3_stmt *EngineDatabase::rawStatement(const char *sql, const char *doing)
+{
+    sqlite3_stmt *&statement = m_rawStatements[sql];
+    if (statement)
+        return statement;
+    sqlite3 *db = handle();
+    if (!db)
+        fail(QString::fromLatin1(doing), QStringLiteral("the database is not open"));
+    if (sqlite3_prepare_v3(db, sql, -1, SQLITE_PREPARE_PERSISTENT, &statement, nullptr) != SQLITE_OK)
+        fail(QString::fromLatin1(doing), QString::fromUtf8(sqlite3_errmsg(db)));
+    return statement;
+}
+
+std::optional<qint64> EngineDatabase::insertIfNewRaw(const char *sql, std::initializer_list<RawValue> binds,
+                                                     const char *doing)
+{
+    sqlite3_stmt *statement = rawStatement(sql, doing);
+    int column = 0;
+    for (const RawValue &value : binds) {
+        ++column;
+        if (const auto *number = std::get_if<qint64>(&value))
+            sqlite3_bind_int64(statement, column, *number);
+        else if (const auto *text = std::get_if<QByteArrayView>(&value))
+            sqlite3_bind_text(statement, column, text->data() ? text->data() : "", int(text->size()),
+                              SQLITE_STATIC);
+        else
+            sqlite3_bind_null(statement, column);
+    }
+    sqlite3 *db = sqlite3_db_handle(statement);
+    const int result = sqlite3_step(statement);
+    const bool added = result == SQLITE_DONE && sqlite3_changes(db) > 0;
+    const qint64 id = added ? sqlite3_last_insert_rowid(db) : 0;
+    const QString reason = result == SQLITE_DONE ? QString() : QString::fromUtf8(sqlite3_errmsg(db));
+    // Reset at once, so the statement holds no lock and no text it was lent.
+    sqlite3_reset(statement);
+    sqlite3_clear_bindings(statement);
+    if (result != SQLITE_DONE)
+        fail(QString::fromLatin1(doing), reason);
+    return added ? std::optional<qint64>(id) : std::nullopt;
 }
 
 QList<EngineDatabase::Row> EngineDatabase::runOnce(const QString &sql, const char *doing)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArrayView>
 #include <QList>
 #include <QSqlDatabase>
 #include <QString>
@@ -8,8 +9,11 @@
 #include <memory>
 #include <optional>
 #include <unordered_map>
+#include <variant>
 
 class QSqlQuery;
+struct sqlite3;
+struct sqlite3_stmt;
 
 namespace quillon {
 
@@ -38,6 +42,13 @@ public:
     qint64 insert(const QString &sql, const QVariantList &binds, const char *doing);
     // For an insert that may be ignored (ON CONFLICT DO NOTHING): the new row's id, or nothing.
     std::optional<qint64> insertIfNew(const QString &sql, const QVariantList &binds, const char *doing);
+    // Null, an integer, or UTF-8 text that outlives the call.
+    using RawValue = std::variant<std::monostate, qint64, QByteArrayView>;
+    // insertIfNew for the hottest statement, the article insert: bound on SQLite's own interface
+    // with UTF-8 texts, where Qt's layer copied every value into a QVariant and SQLite then
+    // turned its UTF-16 back into UTF-8. sql must be a literal; it names the kept statement.
+    std::optional<qint64> insertIfNewRaw(const char *sql, std::initializer_list<RawValue> binds,
+                                         const char *doing);
     // Runs a statement once, unprepared (schema scripts, pragmas).
     QList<Row> runOnce(const QString &sql, const char *doing);
 
@@ -48,6 +59,8 @@ public:
 
 private:
     QSqlQuery &run(const QString &sql, const QVariantList &binds, const char *doing);
+    sqlite3_stmt *rawStatement(const char *sql, const char *doing);
+    [[nodiscard]] sqlite3 *handle() const;
     [[noreturn]] void fail(const QString &doing, const QString &reason) const;
     void switchOnPragmas();
     void undo();
@@ -56,6 +69,7 @@ private:
     QString m_connectionName;
     QSqlDatabase m_db;
     std::unordered_map<QString, std::unique_ptr<QSqlQuery>> m_statements;
+    std::unordered_map<const char *, sqlite3_stmt *> m_rawStatements;
     int m_transactionDepth = 0;
     bool m_rollbackOnly = false;
     bool m_open = false;

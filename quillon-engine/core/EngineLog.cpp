@@ -31,6 +31,9 @@ void EngineLog::write(qint32 level, const QString &consumerId, const QString &te
 void EngineLog::writeToFile(qint32 level, const QString &consumerId, const QString &text,
                             const QDateTime &now)
 {
+    // Called after every update: nothing is formatted for a file nobody wants.
+    if (!m_fileWanted || level < m_lowestLevel)
+        return;
     const QString time = SubscriptionFields::isoDate(now);
     appendToFile(level, QStringLiteral("%1\t%2\t%3\t%4\n").arg(time).arg(level).arg(consumerId, text));
 }

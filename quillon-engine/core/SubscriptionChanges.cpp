@@ -26,23 +26,20 @@ void SubscriptionChanges::countsChanged(const QList<qint32> &subscriptionIds)
 
 bool SubscriptionChanges::remember(qint32 subscriptionId, bool *changed)
 {
-    std::optional<BagPtr> bag;
+    std::optional<SubscriptionStore::Summary> now;
     try {
-        bag = m_subscriptions.findItemBag(subscriptionId);
+        now = m_subscriptions.summary(subscriptionId);
     } catch (const std::exception &e) {
         qCWarning(lcCore) << "cannot read subscription" << subscriptionId << e.what();
     }
-    if (!bag) {
+    if (!now) {
         m_announced.remove(subscriptionId);
         return false;
     }
-    const Summary now{(*bag)->text(QStringLiteral("TITLE")), (*bag)->text(QStringLiteral("LASTUPDATESTATUS")),
-                      (*bag)->number(QStringLiteral("ITEMREADCOUNT")),
-                      (*bag)->number(QStringLiteral("ITEMUNREADCOUNT"))};
     const auto found = m_announced.constFind(subscriptionId);
     if (changed)
-        *changed = found == m_announced.constEnd() || !(*found == now);
-    m_announced.insert(subscriptionId, now);
+        *changed = found == m_announced.constEnd() || !(*found == *now);
+    m_announced.insert(subscriptionId, *now);
     return true;
 }
 

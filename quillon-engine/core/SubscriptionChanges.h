@@ -1,14 +1,13 @@
 #pragma once
 
 #include "EngineMessenger.h"
+#include "SubscriptionStore.h"
 
 #include <QHash>
 #include <QList>
 #include <QString>
 
 namespace quillon {
-
-class SubscriptionStore;
 
 // Tells every consumer when what it shows of a subscription changed: its title, its last
 // status or its article counts ("SubscriptionChanged"). An update that changed none of these
@@ -27,22 +26,13 @@ public:
     void countsChanged(const QList<qint32> &subscriptionIds);
 
 private:
-    struct Summary
-    {
-        QString title;
-        QString status;
-        qint32 read = 0;
-        qint32 unread = 0;
-        bool operator==(const Summary &) const = default;
-    };
-
     // False for a subscription that is gone.
     bool remember(qint32 subscriptionId, bool *changed = nullptr);
     void announce(const QList<qint32> &subscriptionIds);
 
     SubscriptionStore &m_subscriptions;
     EngineMessenger m_messenger;
-    QHash<qint32, Summary> m_announced;
+    QHash<qint32, SubscriptionStore::Summary> m_announced;
 };
 
 } // namespace quillon

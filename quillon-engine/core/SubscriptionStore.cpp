@@ -14,20 +14,26 @@
 namespace quillon {
 
 namespace {
+// A subscription's read and unread article counts, two columns.
+const QString kArticleCounts =
+    QStringLiteral(" (SELECT COUNT(*) FROM articles a WHERE a.subscription_id = s.id AND a.is_read = 1),"
+                   " (SELECT COUNT(*) FROM articles a WHERE a.subscription_id = s.id AND a.is_read = 0)");
 // One statement reads everything GetItemBag returns except free properties, which are only
 // looked up when the last column says there are some.
 // The columns of a bag, then the ID; kSelectBag reads one subscription, kSelectBags several.
 const QString kBagColumns =
     QStringLiteral("SELECT s.title, s.url, s.category, s.user_name, s.password, s.update_freq, s.delete_read,"
-                   " s.delete_unread, s.last_update_status, s.last_date_check, s.next_update_time,"
-                   " (SELECT COUNT(*) FROM articles a WHERE a.subscription_id = s.id AND a.is_read = 1),"
-                   " (SELECT COUNT(*) FROM articles a WHERE a.subscription_id = s.id AND a.is_read = 0),"
-                   " (SELECT st.value FROM settings st WHERE st.consumer_id = 'OLCONSUMER'"
+                   " s.delete_unread, s.last_update_status, s.last_date_check, s.next_update_time,") +
+    kArticleCounts +
+    QStringLiteral(", (SELECT st.value FROM settings st WHERE st.consumer_id = 'OLCONSUMER'"
                    "  AND st.section = 'SubscriptionSpecifics_' || s.id AND st.key = 'FOLDERTITLE'),"
                    " (SELECT st.value FROM settings st WHERE st.consumer_id = 'OLCONSUMER'"
                    "  AND st.section = 'SubscriptionSpecifics_' || s.id AND st.key = 'DeliveryStatus'),"
                    " EXISTS (SELECT 1 FROM subscription_properties p WHERE p.subscription_id = s.id), s.id"
                    " FROM subscriptions s");
+// What a consumer's list shows, read after every update.
+const QString kSelectSummary = QStringLiteral("SELECT s.title, s.last_update_status,") + kArticleCounts +
+                               QStringLiteral(" FROM subscriptions s WHERE s.id = ?");
 const QString kSelectBag = kBagColumns + QStringLiteral(" WHERE s.id = ?");
 const QString kSelectBags = kBagColumns + QStringLiteral(" WHERE s.id IN (SELECT value FROM json_each(?))");
 constexpr int kPasswordColumn = 4;
@@ -136,6 +142,16 @@ std::optional<BagPtr> SubscriptionStore::findItemBag(qint32 id)
     if (rows.isEmpty())
         return std::nullopt;
     return bagFromRow(rows.first());
+}
+
+std::optional<SubscriptionStore::Summary> SubscriptionStore::summary(qint32 id)
+{
+    // Four values of the bag, without building it.
+    const auto rows = m_db.select(kSelectSummary, {id}, "reading a subscription's summary");
+    if (rows.isEmpty())
+        return std::nullopt;
+    const auto &row = rows.first();
+    return Summary{row.at(0).toString(), row.at(1).toString(), row.at(2).toInt(), row.at(3).toInt()};
 }
 
 QHash<qint32, BagPtr> SubscriptionStore::itemBags(const QList<qint32> &ids)

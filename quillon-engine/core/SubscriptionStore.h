@@ -63,6 +63,16 @@ public:
     [[nodiscard]] BagPtr itemBag(qint32 id);
     // The same, or nothing for an unknown ID.
     [[nodiscard]] std::optional<BagPtr> findItemBag(qint32 id);
+    // What a consumer's list shows of a subscription; nothing when it is gone.
+    struct Summary
+    {
+        QString title;
+        QString status;
+        qint32 read = 0;
+        qint32 unread = 0;
+        bool operator==(const Summary &) const = default;
+    };
+    [[nodiscard]] std::optional<Summary> summary(qint32 id);
     // The bags of those IDs that name a subscription, in one statement.
     [[nodiscard]] QHash<qint32, BagPtr> itemBags(const QList<qint32> &ids);
     // Applies each name of the bag and makes the subscription due at once.
