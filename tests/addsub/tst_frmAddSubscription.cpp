@@ -5,7 +5,7 @@
 #include "DeliverySettings.h"
 #include "FolderPlan.h"
 #include "LocalHttpServer.h"
-#include "MainWindowFixture.h"
+#include "MainWindowTest.h"
 #include "OpmlImport.h"
 #include "SubscriptionGridModel.h"
 #include "callbackSupport.h"
@@ -25,7 +25,7 @@
 
 using quillon::Handle;
 
-class tst_frmAddSubscription : public QObject
+class tst_frmAddSubscription : public MainWindowTest
 {
     Q_OBJECT
 
@@ -34,19 +34,25 @@ private:
     FeedListModel *browse(int rows, const QStringList &categories = {});
     template <typename T> T *child(const char *name) { return m_wizard->findChild<T *>(QLatin1String(name)); }
     void pressOk() { child<QPushButton>("cmdOK")->click(); }
+    // One field of every add request the wizard sent.
+    [[nodiscard]] QStringList sent(const char *field) const
+    {
+        QStringList values;
+        for (const auto &add : adds())
+            values << add.value(field);
+        return values;
+    }
 
-    std::unique_ptr<MainWindowFixture> m_fixture;
     // What the wizard submitted through the window's client: its add requests.
     [[nodiscard]] QList<QHash<QString, QString>> adds() const
     {
         QList<QHash<QString, QString>> found;
-        for (const auto &fields : m_fixture->submitted)
+        for (const auto &fields : f->submitted)
             if (fields.value("REQUEST") == QLatin1String("ADD"))
                 found << fields;
         return found;
     }
 
-    quillon::SubscribeClientPtr m_client;
     std::unique_ptr<frmAddSubscription> m_wizard;
     LocalHttpServer m_server;
 
@@ -61,34 +67,28 @@ private Q_SLOTS:
     void listTabAddsTheHighlightedRowOrWhatIsChecked();
     void leavingAListWithActionsAsksFirst();
     void directoryWalksOutlinesAndDropsStaleAnswers();
-    void importTabLoadsNestedFilesIntoNestedCategories();
-    void starterFeedsAndFileChecks();
+    void importTabAndStarterFeedsFillNestedCategories();
 };
 
 void tst_frmAddSubscription::init()
 {
-    m_fixture = std::make_unique<MainWindowFixture>();
-    QVERIFY(m_fixture->ready());
+    MainWindowTest::init();
     callbackSupport::PendingAddCount() = 0; // answers an earlier case left unheard
-    m_fixture->open();
-    m_client = m_fixture->client;
-    ClientAccess::SetEngineClient(m_client);
+    f->open();
+    ClientAccess::SetEngineClient(f->client);
 }
 
 void tst_frmAddSubscription::cleanup()
 {
     m_wizard.reset();
     ClientAccess::SetEngineClient(nullptr);
-    const auto client = m_fixture->client;
-    m_fixture.reset();
-    m_client.reset();
-    QCOMPARE(client->LiveHandleCount(), 0);
+    MainWindowTest::cleanup();
 }
 
 frmAddSubscription &tst_frmAddSubscription::openWizard(const QStringList &categories)
 {
     m_wizard = std::make_unique<frmAddSubscription>();
-    m_wizard->SetHost(m_fixture->window.get());
+    m_wizard->SetHost(f->window.get());
     m_wizard->Initialize(categories);
     m_wizard->show();
     return *m_wizard;
@@ -118,18 +118,12 @@ void tst_frmAddSubscription::urlTabSendsTheCategoryAndLoginAsChosen()
     add(0, "ann", QString());
     add(1, QString(), "secret");
     add(3, "ann", "secret");
-    const auto sent = adds();
-    QCOMPARE(sent.size(), 3);
-    QCOMPARE(sent[0].value("CATEGORY"), "-237237"); // "Automatic": the engine chooses
-    QCOMPARE(sent[0].value("USER"), "-237237");     // a name without a password: neither
-    QCOMPARE(sent[1].value("CATEGORY"), "New Subscriptions");
-    QCOMPARE(sent[1].value("PASSWORD"), "-237237");
-    QCOMPARE(sent[2].value("CATEGORY"), "Work");
-    QCOMPARE(sent[2].value("USER"), "ann");
-    QCOMPARE(sent[2].value("PASSWORD"), "secret");
+    // "Automatic" lets the engine choose; a name without a password is neither.
+    QCOMPARE(sent("CATEGORY"), (QStringList{"-237237", "New Subscriptions", "Work"}));
+    QCOMPARE(sent("USER"), (QStringList{"-237237", "-237237", "ann"}));
+    QCOMPARE(sent("PASSWORD"), (QStringList{"-237237", "-237237", "secret"}));
     // The status line names the address when no title was given.
-    QTRY_VERIFY(m_fixture->window->StatusText().startsWith("Added: ") ||
-                m_fixture->window->RefreshCount() > 0);
+    QTRY_VERIFY(f->window->StatusText().startsWith("Added: ") || f->window->RefreshCount() > 0);
 }
 
 void tst_frmAddSubscription::addedFeedIsNamedAlikeEverywhere_data()
@@ -153,7 +147,7 @@ void tst_frmAddSubscription::addedFeedIsNamedAlikeEverywhere()
     QFETCH(QString, path);
     QFETCH(QString, userTitle);
     QFETCH(QString, name);
-    m_fixture->engine.core().startUpdating();
+    f->engine.core().startUpdating();
     m_server.serve("/daily", LocalHttpServer::rss("Daily Notes", 4));
     m_server.serve("/page",
                    "<html><head><link rel=\"alternate\" type=\"application/rss+xml\" href=\"/feed\">",
@@ -163,30 +157,30 @@ void tst_frmAddSubscription::addedFeedIsNamedAlikeEverywhere()
     child<QLineEdit>("txtURL")->setText(m_server.url(path).toString());
     child<QLineEdit>("txtUserTitle")->setText(userTitle);
     pressOk();
-    QCOMPARE(m_fixture->window->StatusText(), "Uploading Requests To Server");
+    QCOMPARE(f->window->StatusText(), "Uploading Requests To Server");
     // The first update's name and counts reach the window at a tick: no reload, no restart.
-    frmMainWindow &window = *m_fixture->window;
+    frmMainWindow &window = *f->window;
     qint32 id = 0;
     QTRY_VERIFY_WITH_TIMEOUT(
         [&] {
             window.Run();
             id = window.SelectedSubscriptionId();
-            return id > 0 && m_fixture->node(name) && m_fixture->label("lblNewArticles") == "4";
+            return id > 0 && f->node(name) && f->label("lblNewArticles") == "4";
         }(),
         15000);
-    QCOMPARE(m_fixture->label("lblDetailsHeading"), "Details for '" + name + "'");
+    QCOMPARE(f->label("lblDetailsHeading"), "Details for '" + name + "'");
     const auto *grid =
         qobject_cast<SubscriptionGridModel *>(window.findChild<QTableView *>("grdSubscriptions")->model());
     QCOMPARE(grid->index(grid->RowOf(id), SubscriptionGridModel::ColumnTitle).data().toString(), name);
     // The mail delivery names its folder the same way.
-    QCOMPARE(FolderPlan::ownName(DeliverySettings(*m_fixture->other).place(id).value()), name);
-    QVERIFY(m_fixture->delivered().contains(id));
+    QCOMPARE(FolderPlan::ownName(DeliverySettings(*f->other).place(id).value()), name);
+    QVERIFY(f->delivered().contains(id));
 }
 
 void tst_frmAddSubscription::searchIsKeptAsAFeedUnderSearchFeeds()
 {
     // A local search source, beside the engine's store, that answers in RSS.
-    QFile sources(QDir(m_fixture->engine.dataFolder()).filePath("searchsources.json"));
+    QFile sources(QDir(f->engine.dataFolder()).filePath("searchsources.json"));
     QVERIFY(sources.open(QIODevice::WriteOnly));
     sources.write(QStringLiteral(R"({"sources": [{"guid": "{local}", "title": "Local", "template":
         "%1?q={keywords}&n={limit}", "defaultLimit": 10, "minLimit": 1, "maxLimit": 50}]})")
@@ -194,7 +188,7 @@ void tst_frmAddSubscription::searchIsKeptAsAFeedUnderSearchFeeds()
                       .toUtf8());
     sources.close();
     m_server.serve("/search?q=green%20tea&n=5", LocalHttpServer::rss("Results", 5));
-    m_fixture->engine.core().startUpdating();
+    f->engine.core().startUpdating();
 
     openWizard();
     child<QTabWidget>("tabController")->setCurrentIndex(2);
@@ -232,9 +226,8 @@ void tst_frmAddSubscription::listTabAddsTheHighlightedRowOrWhatIsChecked()
     QCOMPARE(child<QPushButton>("cmdOK")->text(), "&Add Selection");
     const QString highlighted = model->index(1, 1).data().toString();
     pressOk();
-    QCOMPARE(adds().size(), 1);
-    QCOMPARE(adds().first().value("URL"), highlighted);
-    QCOMPARE(adds().first().value("CATEGORY"), "-237237");
+    QCOMPARE(sent("URL"), QStringList{highlighted});
+    QCOMPARE(sent("CATEGORY"), QStringList{"-237237"});
 
     // Checked rows with the box set: each checked feed under the chosen category, removals first.
     model = browse(2, {"Work"});
@@ -245,10 +238,9 @@ void tst_frmAddSubscription::listTabAddsTheHighlightedRowOrWhatIsChecked()
     model->Toggle(model->index(2, 0));
     QCOMPARE(child<QPushButton>("cmdOK")->text(), "&Add Checked");
     pressOk();
-    const auto sent = adds().mid(1);
-    QCOMPARE(sent.size(), 2);
-    QCOMPARE(sent[0].value("URL"), model->UrlOf(model->index(0, 0)));
-    QCOMPARE(sent[1].value("CATEGORY"), "Work");
+    QCOMPARE(sent("URL").mid(1),
+             (QStringList{model->UrlOf(model->index(0, 0)), model->UrlOf(model->index(2, 0))}));
+    QCOMPARE(sent("CATEGORY").mid(1), (QStringList{"Work", "Work"}));
 }
 
 void tst_frmAddSubscription::leavingAListWithActionsAsksFirst()
@@ -261,12 +253,11 @@ void tst_frmAddSubscription::leavingAListWithActionsAsksFirst()
     model->Toggle(model->index(1, 0));
 
     // No: the tab changes, nothing is sent and the question named both feeds.
-    m_fixture->prompts.answers[int(PromptKind::YesNo)] = {7};
+    f->prompts.answers[int(PromptKind::YesNo)] = {7};
     tabs->setCurrentIndex(0);
     QCOMPARE(tabs->currentIndex(), 1); // stays until the question is answered
     QTRY_COMPARE(tabs->currentIndex(), 0);
-    QCOMPARE(m_fixture->prompts.asked.constLast().mainText,
-             "While Browsing, you have indicated 2Feeds to be added.");
+    QCOMPARE(f->prompts.asked.constLast().mainText, "While Browsing, you have indicated 2Feeds to be added.");
     QVERIFY(adds().isEmpty());
     QCOMPARE(m_wizard->CountActions().adds, 2);
 
@@ -276,13 +267,11 @@ void tst_frmAddSubscription::leavingAListWithActionsAsksFirst()
     tabs = child<QTabWidget>("tabController");
     child<QTreeView>("grdSubList")->setCurrentIndex(model->index(3, 0));
     model->Toggle(model->index(0, 0));
-    m_fixture->prompts.answers[int(PromptKind::YesNo)] = {6};
+    f->prompts.answers[int(PromptKind::YesNo)] = {6};
     tabs->setCurrentIndex(2);
     QTRY_COMPARE(tabs->currentIndex(), 2);
-    QCOMPARE(m_fixture->prompts.asked.constLast().mainText,
-             "While Browsing, you have indicated 1 feed to be added.");
-    QCOMPARE(adds().size(), 1);
-    QCOMPARE(adds().first().value("URL"), model->UrlOf(model->index(3, 0)));
+    QCOMPARE(f->prompts.asked.constLast().mainText, "While Browsing, you have indicated 1 feed to be added.");
+    QCOMPARE(sent("URL"), QStringList{model->UrlOf(model->index(3, 0))});
     QCOMPARE(m_wizard->CountActions().any(), false);
 }
 
@@ -305,7 +294,7 @@ void tst_frmAddSubscription::directoryWalksOutlinesAndDropsStaleAnswers()
         "xmlUrl=\"http://h/\"/>"
         "</outline><outline text=\"Folder\"><outline xmlUrl=\"http://untitled/\"/></outline></body></opml>",
         "text/x-opml");
-    SetConsumerSetting(*m_client, "ENGINE", QString(), "OEM_Browse_URL",
+    SetConsumerSetting(*f->client, "ENGINE", QString(), "OEM_Browse_URL",
                        m_server.url("/root.opml").toString());
     openWizard();
     child<QTabWidget>("tabController")->setCurrentIndex(1);
@@ -325,86 +314,36 @@ void tst_frmAddSubscription::directoryWalksOutlinesAndDropsStaleAnswers()
     QCOMPARE(model->FoldersAbove(model->index(0, 0, folder)), QStringList{"Folder"});
 
     // The user moves to the second list, which fails: the alert, and the tab stays usable.
-    m_fixture->prompts.answers.clear();
+    f->prompts.answers.clear();
     auto *roots = child<QTreeView>("grdRootList");
     roots->setCurrentIndex(roots->model()->index(1, 0));
-    QTRY_VERIFY_WITH_TIMEOUT(!m_fixture->prompts.asked.isEmpty(), 10000);
-    QCOMPARE(m_fixture->prompts.asked.constLast().mainText,
+    QTRY_VERIFY_WITH_TIMEOUT(!f->prompts.asked.isEmpty(), 10000);
+    QCOMPARE(f->prompts.asked.constLast().mainText,
              "Failed to retrieve the Subscription List file from the Internet.");
     // A late answer for the list the user left does not replace what is shown.
     roots->setCurrentIndex(roots->model()->index(0, 0));
     QTRY_VERIFY_WITH_TIMEOUT(model->FeedCount() == 3, 10000);
-    HandleGuard stale(*m_client, m_client->NewBag());
-    HandleGuard result(*m_client, m_client->NewBag());
-    m_client->SetStringValue(result.get(), "URL", m_server.url("/gone.opml").toString());
-    m_client->SetHandleValue(stale.get(), "Result", result.get());
+    HandleGuard stale(*f->client, f->client->NewBag());
+    HandleGuard result(*f->client, f->client->NewBag());
+    f->client->SetStringValue(result.get(), "URL", m_server.url("/gone.opml").toString());
+    f->client->SetHandleValue(stale.get(), "Result", result.get());
     m_wizard->EventSubOPMLCallback(frmAddSubscription::DirectoryTab, stale.get());
     QCOMPARE(model->FeedCount(), 3);
     // Nor does a late failure for it alert.
-    const qsizetype asked = m_fixture->prompts.asked.size();
-    HandleGuard failed(*m_client, m_client->NewBag());
-    m_client->SetStringValue(failed.get(), "URL", m_server.url("/gone.opml").toString());
+    const qsizetype asked = f->prompts.asked.size();
+    HandleGuard failed(*f->client, f->client->NewBag());
+    f->client->SetStringValue(failed.get(), "URL", m_server.url("/gone.opml").toString());
     m_wizard->EventSubOPMLCallback(frmAddSubscription::DirectoryTab, failed.get());
-    QCOMPARE(m_fixture->prompts.asked.size(), asked);
+    QCOMPARE(f->prompts.asked.size(), asked);
 }
 
-void tst_frmAddSubscription::importTabLoadsNestedFilesIntoNestedCategories()
+void tst_frmAddSubscription::importTabAndStarterFeedsFillNestedCategories()
 {
     QTemporaryDir dir;
-    const QString path = dir.filePath("My Feeds (2024).opml");
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    QString opml = QStringLiteral(
-        "<opml version=\"2.0\"><body><outline text=\"A\"><outline text=\"B\"><outline text=\"C\">");
-    for (int i = 0; i < 40; ++i)
-        opml += QStringLiteral("<outline text=\"F%1\" xmlUrl=\"http://127.0.0.1:9/f%1\"/>").arg(i);
-    opml += QStringLiteral("</outline></outline></outline><outline text=\"Top\" "
-                           "xmlUrl=\"http://127.0.0.1:9/top\"/></body></opml>");
-    file.write(opml.toUtf8());
-    file.close();
-
-    openWizard();
-    auto *tabs = child<QTabWidget>("tabController");
-    tabs->setCurrentIndex(3);
-    // An empty path asks for nothing.
-    const qsizetype before = m_fixture->submitted.size();
-    child<QPushButton>("cmdLoadFile")->click();
-    QCOMPARE(m_fixture->submitted.size(), before);
-
-    m_wizard->USMImportOPMLFile(path);
-    QCOMPARE(m_fixture->submitted.constLast().value("URL"),
-             "file://loopback/" + QString(path).replace(QLatin1Char(' '), "%20"));
-    auto *grid = child<QTreeView>("grdImportList");
-    auto *model = qobject_cast<FeedListModel *>(grid->model());
-    QTRY_VERIFY_WITH_TIMEOUT(model->FeedCount() == 41, 10000);
-    const QModelIndex a = model->index(0, 0);
-    const QModelIndex b = model->index(0, 0, a);
-    const QModelIndex c = model->index(0, 0, b);
-    QCOMPARE(a.data(FeedListModel::LevelRole).toInt(), 0);
-    QCOMPARE(b.data(FeedListModel::LevelRole).toInt(), 1);
-    QCOMPARE(c.data(FeedListModel::LevelRole).toInt(), 2);
-    QCOMPARE(model->index(0, 0, c).data(FeedListModel::LevelRole).toInt(), 4); // feeds at depth + 1
-
-    // Check all, "Automatic": the folders become the categories, sent a slice at a time.
-    child<QCheckBox>("chkImportAll")->click();
-    QCOMPARE(m_wizard->CountActions().adds, 41);
-    QSignalSpy drained(&AddRequestQueue::Instance(), &AddRequestQueue::Drained);
-    pressOk();
-    QVERIFY(drained.wait(10000));
-    const auto sent = adds();
-    QCOMPARE(sent.size(), 41);
-    QCOMPARE(sent.first().value("CATEGORY"), "A~~~B~~~C");
-    QCOMPARE(sent.constLast().value("CATEGORY"), "-237237");
-    // The main window shows them as nested folders once the answers are in.
-    QTRY_VERIFY_WITH_TIMEOUT(categoriesUtils::FindNodeByPath(m_fixture->window->Tree(), "A~~~B~~~C"), 15000);
-}
-
-void tst_frmAddSubscription::starterFeedsAndFileChecks()
-{
-    QTemporaryDir dir;
-    const auto write = [&](const char *name, const QByteArray &text) {
-        QFile f(dir.filePath(QLatin1String(name)));
-        return f.open(QIODevice::WriteOnly) && f.write(text) == text.size() ? f.fileName() : QString();
+    const auto write = [&](const QString &name, const QByteArray &text) {
+        QFile file(dir.filePath(name));
+        return file.open(QIODevice::WriteOnly) && file.write(text) == text.size() ? file.fileName()
+                                                                                  : QString();
     };
     QVERIFY(OpmlImport::IsValidOPMLFile(
         write("ok.opml", "<opml><body><outline><outline xmlUrl=\"http://x/\"/></outline></body></opml>")));
@@ -413,16 +352,53 @@ void tst_frmAddSubscription::starterFeedsAndFileChecks()
     QVERIFY(!OpmlImport::IsValidOPMLFile(write("rss.xml", "<rss><channel/></rss>")));
     QVERIFY(!OpmlImport::IsValidOPMLFile(dir.filePath("missing.opml")));
 
+    QString opml = QStringLiteral(
+        "<opml version=\"2.0\"><body><outline text=\"A\"><outline text=\"B\"><outline text=\"C\">");
+    for (int i = 0; i < 40; ++i)
+        opml += QStringLiteral("<outline text=\"F%1\" xmlUrl=\"http://127.0.0.1:9/f%1\"/>").arg(i);
+    opml += QStringLiteral("</outline></outline></outline><outline text=\"Top\" "
+                           "xmlUrl=\"http://127.0.0.1:9/top\"/></body></opml>");
+    const QString path = write("My Feeds (2024).opml", opml.toUtf8());
+    QVERIFY(!path.isEmpty());
+
+    openWizard();
+    child<QTabWidget>("tabController")->setCurrentIndex(3);
+    // An empty path asks for nothing.
+    const qsizetype before = f->submitted.size();
+    child<QPushButton>("cmdLoadFile")->click();
+    QCOMPARE(f->submitted.size(), before);
+
+    m_wizard->USMImportOPMLFile(path);
+    QCOMPARE(f->submitted.constLast().value("URL"),
+             "file://loopback/" + QString(path).replace(QLatin1Char(' '), "%20"));
+    auto *model = qobject_cast<FeedListModel *>(child<QTreeView>("grdImportList")->model());
+    QTRY_VERIFY_WITH_TIMEOUT(model->FeedCount() == 41, 10000);
+    // Folders a level each, their feeds at depth + 1.
+    QList<int> levels;
+    for (QModelIndex at = model->index(0, 0); at.isValid(); at = model->index(0, 0, at))
+        levels << at.data(FeedListModel::LevelRole).toInt();
+    QCOMPARE(levels, (QList<int>{0, 1, 2, 4}));
+
+    // Check all, "Automatic": the folders become the categories, sent a slice at a time.
+    child<QCheckBox>("chkImportAll")->click();
+    QCOMPARE(m_wizard->CountActions().adds, 41);
+    QSignalSpy drained(&AddRequestQueue::Instance(), &AddRequestQueue::Drained);
+    pressOk();
+    QVERIFY(drained.wait(10000));
+    const QStringList categories = sent("CATEGORY");
+    QCOMPARE(categories.size(), 41);
+    QCOMPARE(categories.first(), "A~~~B~~~C");
+    QCOMPARE(categories.constLast(), "-237237");
+    // The main window shows them as nested folders once the answers are in.
+    QTRY_VERIFY_WITH_TIMEOUT(categoriesUtils::FindNodeByPath(f->window->Tree(), "A~~~B~~~C"), 15000);
+
     // The shipped starter list subscribes each feed under its folder.
     QVERIFY(QFile::exists(OpmlImport::DefaultFeedsPath()));
-    QSignalSpy drained(&AddRequestQueue::Instance(), &AddRequestQueue::Drained);
-    OpmlImport::AddDefaultFeeds(m_fixture->window.get(), m_client);
+    OpmlImport::AddDefaultFeeds(f->window.get(), f->client);
     QVERIFY(drained.wait(10000));
-    const auto sent = adds();
-    QVERIFY(sent.size() >= 3);
-    QVERIFY(std::all_of(sent.cbegin(), sent.cend(), [](const auto &add) {
-        return !add.value("CATEGORY").isEmpty() && add.value("CATEGORY") != QLatin1String("-237237");
-    }));
+    const QStringList starters = sent("CATEGORY").mid(41);
+    QVERIFY(starters.size() >= 3);
+    QVERIFY(!starters.contains(QString()) && !starters.contains("-237237"));
 }
 
 QTEST_MAIN(tst_frmAddSubscription)

@@ -1,7 +1,6 @@
 #include "ArticleView.h"
+#include "EngineClientTest.h"
 #include "LocalHttpServer.h"
-#include "PromptRecorder.h"
-#include "TestEngine.h"
 #include "TestFiles.h"
 #include "WebArticleView.h"
 #include "frmPreviewSubscription.h"
@@ -37,7 +36,7 @@ QByteArray feed(int items)
 } // namespace
 
 // The preview against the real engine, a local feed server and the real embedded browser.
-class tst_frmPreviewSubscription : public QObject
+class tst_frmPreviewSubscription : public EngineClientTest
 {
     Q_OBJECT
 
@@ -48,17 +47,19 @@ private:
         return m_preview->findChild<T *>(QLatin1String(name));
     }
 
-    std::unique_ptr<TestEngine> m_engine;
-    quillon::SubscribeClientPtr m_client;
     std::unique_ptr<frmPreviewSubscription> m_preview;
     LocalHttpServer m_server;
 
 private Q_SLOTS:
     void initTestCase();
-    void init();
-    void cleanup();
+    void cleanup()
+    {
+        m_preview.reset();
+        EngineClientTest::cleanup();
+    }
     void showsTheArticlesInTheRealView();
     void feedThatCannotBeShownAlertsAndCloses();
+    void addClosesWithItsResult_data();
     void addClosesWithItsResult();
     void imagesWaitForTheReaderAndTheArticleShowsItsDetails();
     void clicksFollowOnlyWebLinks_data();
@@ -67,25 +68,11 @@ private Q_SLOTS:
 
 void tst_frmPreviewSubscription::initTestCase()
 {
+    EngineClientTest::initTestCase();
     QVERIFY(m_server.listen());
     m_server.serve("/garden", feed(3));
     m_server.serve("/empty", feed(0));
     m_server.serve("/away", "<html><body>A page the user went to</body></html>", "text/html");
-}
-
-void tst_frmPreviewSubscription::init()
-{
-    m_engine = std::make_unique<TestEngine>();
-    QVERIFY(m_engine->isReady());
-    m_client = m_engine->newClient();
-}
-
-void tst_frmPreviewSubscription::cleanup()
-{
-    m_preview.reset();
-    QCOMPARE(m_client->LiveHandleCount(), 0);
-    m_client.reset();
-    m_engine.reset();
 }
 
 frmPreviewSubscription &tst_frmPreviewSubscription::open(const QString &path, const QString &title)
@@ -102,7 +89,6 @@ void tst_frmPreviewSubscription::showsTheArticlesInTheRealView()
     QSignalSpy navigated(&preview.View(), &ArticleView::NavigationComplete);
     auto *articles = child<QTreeWidget>("grdArticles");
     QTRY_COMPARE_WITH_TIMEOUT(articles->topLevelItemCount(), 3, 15000);
-    QCOMPARE(preview.windowTitle(), QStringLiteral("Corvell - Preview for 'Garden'"));
     QCOMPARE(child<QLineEdit>("txtCount")->text(), QStringLiteral("3"));
     QCOMPARE(child<QLabel>("lblDescription")->text(), QStringLiteral("Notes from the garden"));
     QVERIFY(!child<QLabel>("txtLoading")->isVisible());
@@ -141,10 +127,10 @@ void tst_frmPreviewSubscription::showsTheArticlesInTheRealView()
 void tst_frmPreviewSubscription::feedThatCannotBeShownAlertsAndCloses()
 {
     for (const char *path : {"/empty", "/missing"}) {
-        PromptRecorder prompts;
+        m_prompts->asked.clear();
         frmPreviewSubscription &preview = open(QLatin1String(path));
-        QTRY_COMPARE_WITH_TIMEOUT(prompts.texts().size(), 1, 15000);
-        QCOMPARE(prompts.texts().first(),
+        QTRY_COMPARE_WITH_TIMEOUT(m_prompts->texts().size(), 1, 15000);
+        QCOMPARE(m_prompts->texts().first(),
                  QStringLiteral("There was an error loading the feed for preview.  Please "
                                 "check that the URL is valid."));
         QTRY_VERIFY(!preview.isVisible());
@@ -153,11 +139,29 @@ void tst_frmPreviewSubscription::feedThatCannotBeShownAlertsAndCloses()
     }
 }
 
+void tst_frmPreviewSubscription::addClosesWithItsResult_data()
+{
+    QTest::addColumn<QString>("title"); // the title the preview's caller gives
+    QTest::addColumn<QString>("caption");
+    QTest::addColumn<QString>("shownTitle");
+    QTest::newRow("none given: the feed's") << ""
+                                            << "Corvell - Preview for 'Garden'"
+                                            << "Garden";
+    QTest::newRow("the caller's") << "Mine"
+                                  << "Corvell - Preview for 'Mine'"
+                                  << "Mine";
+    QTest::newRow("the missing-value marker") << "-237237"
+                                              << "Corvell"
+                                              << "";
+}
+
 void tst_frmPreviewSubscription::addClosesWithItsResult()
 {
-    frmPreviewSubscription &preview = open(QStringLiteral("/garden"), QStringLiteral("-237237"));
+    QFETCH(QString, title);
+    frmPreviewSubscription &preview = open(QStringLiteral("/garden"), title);
     QTRY_COMPARE_WITH_TIMEOUT(child<QTreeWidget>("grdArticles")->topLevelItemCount(), 3, 15000);
-    QCOMPARE(preview.windowTitle(), QStringLiteral("Corvell"));
+    QTEST(preview.windowTitle(), "caption");
+    QTEST(child<QLineEdit>("txtTitle")->text(), "shownTitle");
     child<QPushButton>("cmdAdd")->click();
     QCOMPARE(preview.GetResults(), frmPreviewSubscription::kResultAdd);
     QVERIFY(!preview.isVisible());

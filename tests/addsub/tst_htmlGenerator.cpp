@@ -67,8 +67,6 @@ private slots:
     void emptyOrMissingTemplatesUseTheBuiltInTexts();
     void markedSectionBecomesACommentOnlyWithoutAnyBlock();
     void blocksReadTheirVariantAndReplaceInOrder();
-    void diskEnclosureAsksTheAddInToOpenTheStoredCopy();
-    void hostUrlIsTheProgramWideValueUnlessBlank();
     void enclosureFileTypeTakesMimeTypeThenExtension_data();
     void enclosureFileTypeTakesMimeTypeThenExtension();
     void shippedTemplatesFillCompletely();
@@ -108,6 +106,15 @@ void tst_htmlGenerator::everyPlaceholderIsReplacedInItsOrderIgnoringCase()
 
     f.articleId = -5;
     QVERIFY(BuildArticlePage(folder.path(), f).endsWith(trailer(-5)));
+
+    // The host address is the program-wide one unless that is blank.
+    folder.write(u"template.html"_s, u"~DATA_HOSTTITLE~ ~DATA_HOSTURL~"_s);
+    for (const QString &blank : {QString(), u" "_s, u"-237237"_s}) {
+        SetHostUrl(blank);
+        QCOMPARE(BuildArticlePage(folder.path(), f), u"Host https://fallback.example/"_s + trailer(-5));
+    }
+    SetHostUrl(u"https://corvell.example/"_s);
+    QCOMPARE(BuildArticlePage(folder.path(), f), u"Host https://corvell.example/"_s + trailer(-5));
 }
 
 void tst_htmlGenerator::emptyOrMissingTemplatesUseTheBuiltInTexts()
@@ -182,15 +189,12 @@ void tst_htmlGenerator::blocksReadTheirVariantAndReplaceInOrder()
     folder.write(u"enclosureTemplateSafe.html"_s,
                  u"~DATA_ENCLOSURETITLE~ ~DATA_ENCLOSUREURL~ ~DATA_ENCLOSUREFILETYPE~"_s);
     QCOMPARE(EnclosureBlock(lp, true, u"v.bin"_s, u"video/mp4"_s, 1), u"v.bin v.bin video"_s);
-}
 
-void tst_htmlGenerator::diskEnclosureAsksTheAddInToOpenTheStoredCopy()
-{
-    ProgramFolder folder;
+    // A stored copy is opened by the add-in, through its own template.
     const QString link =
         u"quillon://127.0.0.1:45888/qli_msg.gif?Source=HTML&Destination=OLCONSUMER&cmd=openenclosure&aid=42"_s;
-    QCOMPARE(EnclosureBlock(folder.localPath(), false, u"C:\\store\\talk.mp3"_s, u"DISK"_s, 42),
-             blockRow(folder.localPath(), link, u"~DATA_ENCLOSUREFILETYPE~"_s, u"C:\\store\\talk.mp3"_s));
+    QCOMPARE(EnclosureBlock(lp, false, u"C:\\store\\talk.mp3"_s, u"DISK"_s, 42),
+             blockRow(lp, link, u"~DATA_ENCLOSUREFILETYPE~"_s, u"C:\\store\\talk.mp3"_s));
 
     folder.write(u"template.html"_s, u"~DATA_ENCLOSURE~"_s);
     folder.write(u"enclosureTemplate.html"_s, u"[web ~DATA_ENCLOSURETITLE~]"_s);
@@ -201,21 +205,6 @@ void tst_htmlGenerator::diskEnclosureAsksTheAddInToOpenTheStoredCopy()
     f.diskEnclosure = u"talk.mp3"_s;
     QCOMPARE(BuildArticlePage(folder.path(), f),
              u"[web https://e.example/talk.mp3][disk talk.mp3 "_s + link + u"]"_s + trailer(42));
-}
-
-void tst_htmlGenerator::hostUrlIsTheProgramWideValueUnlessBlank()
-{
-    ProgramFolder folder;
-    folder.write(u"template.html"_s, u"~DATA_HOSTTITLE~ ~DATA_HOSTURL~"_s);
-    ArticleFields f = article();
-    f.hostUrlFallback = u"fb"_s;
-    for (const QString &blank : {QString(), u" "_s, u"-237237"_s}) {
-        SetHostUrl(blank);
-        QCOMPARE(BuildArticlePage(folder.path(), f), u"Corvell fb"_s + trailer(77));
-    }
-    SetHostUrl(u"https://corvell.example/"_s);
-    SetHostTitle(u"Other"_s);
-    QCOMPARE(BuildArticlePage(folder.path(), f), u"Other https://corvell.example/"_s + trailer(77));
 }
 
 void tst_htmlGenerator::enclosureFileTypeTakesMimeTypeThenExtension_data()

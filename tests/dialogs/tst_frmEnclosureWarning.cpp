@@ -3,7 +3,6 @@
 #include "PromptSeam.h"
 #include "commonUtils.h"
 #include "frmEnclosureWarning.h"
-#include "localization.h"
 
 #include <QTest>
 
@@ -27,10 +26,16 @@ private:
     }
 
 private Q_SLOTS:
-    void initTestCase() { LoadStrings(qEnvironmentVariable("QUILLON_SOURCE_DIR") + "/data/QuillonData"); }
-
     void answerIsStoredPerSubscriptionAndGloballyOnlyWhenAsked()
     {
+        // An unknown subscription asks nothing and writes nothing.
+        AnswerWith(1, true);
+        for (qint32 id : {0, -5, quillon::kMissing, 4242})
+            QCOMPARE(frmEnclosureWarning::Run(*m_client, id), 0);
+        QVERIFY(m_prompts->asked.isEmpty());
+        QCOMPARE(Media("Settings", "EnableAutoDownload"), quillon::kMissingText);
+        QCOMPARE(Media(SubscriptionSpecificsSection(4242), "EnableAutoDownload"), quillon::kMissingText);
+
         const qint32 first = AddSubscription(*m_client, "Radio Hour", "http://127.0.0.1:1/radio.xml");
         const qint32 second = AddSubscription(*m_client, "Talk Show", "http://127.0.0.1:1/talk.xml");
         QVERIFY(first > 0 && second > 0);
@@ -57,16 +62,6 @@ private Q_SLOTS:
         AnswerWith(6, false);
         QCOMPARE(frmEnclosureWarning::Run(*m_client, first), 0);
         QCOMPARE(Media(SubscriptionSpecificsSection(first), "EnableAutoDownload"), QString("0"));
-    }
-
-    void unknownSubscriptionAsksNothingAndWritesNothing()
-    {
-        AnswerWith(1, true);
-        for (qint32 id : {0, -5, quillon::kMissing, 4242})
-            QCOMPARE(frmEnclosureWarning::Run(*m_client, id), 0);
-        QVERIFY(m_prompts->asked.isEmpty());
-        QCOMPARE(Media("Settings", "EnableAutoDownload"), quillon::kMissingText);
-        QCOMPARE(Media(SubscriptionSpecificsSection(4242), "EnableAutoDownload"), quillon::kMissingText);
     }
 };
 

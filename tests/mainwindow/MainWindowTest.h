@@ -8,7 +8,7 @@
 #include <memory>
 
 // The base of the main window's tests: a fresh fixture for each test function, and no handle
-// left behind by the window.
+// left behind by the window. A test that needs more calls these from its own slots.
 class MainWindowTest : public QObject
 {
     Q_OBJECT
@@ -16,7 +16,7 @@ class MainWindowTest : public QObject
 protected:
     std::unique_ptr<MainWindowFixture> f;
 
-private Q_SLOTS:
+protected Q_SLOTS:
     void init()
     {
         f = std::make_unique<MainWindowFixture>();

@@ -18,10 +18,8 @@ class tst_EngineMessageRouter : public MainWindowTest
 private Q_SLOTS:
     void initTestCase() { QVERIFY(m_server.listen()); }
     void burstWhileIgnoringEndsInOneRefreshAtSecondFlush();
-    void ownBindingChangesLeaveTheTreeAlone();
-    void addedSubscriptionsAreFiledWithoutARefresh();
-    void queuedDownloadsAskInQueueOrder();
-    void loginAndAnswersReachTheirHandlers();
+    void ownBindingChangesAndAddsLeaveTheTreeAlone();
+    void questionsAskInQueueOrderAndAnswersReachTheirHandlers();
     void engineTerminationClosesTheWindow();
     void changesShowWithoutAReload();
 
@@ -69,23 +67,31 @@ void tst_EngineMessageRouter::burstWhileIgnoringEndsInOneRefreshAtSecondFlush()
     QCOMPARE(window.StatusText(), "Removing: Feed 0");
 }
 
-void tst_EngineMessageRouter::ownBindingChangesLeaveTheTreeAlone()
+void tst_EngineMessageRouter::ownBindingChangesAndAddsLeaveTheTreeAlone()
 {
     const qint32 id = f->add("Mine");
     frmMainWindow &window = f->open();
     const int before = window.RefreshCount();
+    const int nodes = window.Tree().count();
     const QString key = FindNodeByPath(window.Tree(), "Mine")->key();
 
-    // The engine echoes the window's own binding with it as ORIGINATOR.
+    // Adds of nothing and messages nobody knows change nothing; the engine echoes the window's
+    // own binding with it as ORIGINATOR.
     window.SetStatusText("idle");
+    f->deliver("SubscriptionAdded", {{"SUBSCRIPTIONID", 0}});
+    f->deliver("SubscriptionAdded", {{"SUBSCRIPTIONID", -237237}});
+    f->deliver("NoSuchMessage", {{"SUBSCRIPTIONID", 1}});
     f->deliver("SubscriptionBindingChanged",
                {{"ORIGINATOR", "CONFIGCONSUMER"}, {"SubscriptionBindFlag", "TRUE"}, {"SUBSCRIPTIONID", id}});
     window.Run();
     QCOMPARE(window.StatusText(), "idle");
+    QCOMPARE(window.Tree().count(), nodes);
     f->client->BindItem("OLCONSUMER", "NEWS", id, 1);
     // The engine sends in order: once a later add is filed (which needs no refresh), the echo was handled.
-    f->add("Marker");
-    QTRY_VERIFY(FindNodeByPath(window.Tree(), "Marker"));
+    f->add("Arrived", "Inbox~~~Later");
+    QTRY_VERIFY(FindNodeByPath(window.Tree(), "Inbox~~~Later~~~Arrived"));
+    QCOMPARE(window.StatusText(), "Adding: Arrived");
+    QCOMPARE(window.Tree().count(), nodes + 3);
     window.Run();
     window.Run();
     QCOMPARE(window.RefreshCount(), before);
@@ -98,32 +104,12 @@ void tst_EngineMessageRouter::ownBindingChangesLeaveTheTreeAlone()
     QCOMPARE(window.StatusText(), "Removing: Mine");
 }
 
-void tst_EngineMessageRouter::addedSubscriptionsAreFiledWithoutARefresh()
-{
-    f->add("Existing");
-    frmMainWindow &window = f->open();
-    const int before = window.RefreshCount();
-    const int nodes = window.Tree().count();
-    window.SetStatusText("idle");
-    f->deliver("SubscriptionAdded", {{"SUBSCRIPTIONID", 0}});
-    f->deliver("SubscriptionAdded", {{"SUBSCRIPTIONID", -237237}});
-    f->deliver("NoSuchMessage", {{"SUBSCRIPTIONID", 1}});
-    QCOMPARE(window.Tree().count(), nodes);
-    QCOMPARE(window.StatusText(), "idle");
-
-    f->add("Arrived", "Inbox~~~Later");
-    QTRY_VERIFY(FindNodeByPath(window.Tree(), "Inbox~~~Later~~~Arrived"));
-    QCOMPARE(window.StatusText(), "Adding: Arrived");
-    QCOMPARE(window.RefreshCount(), before);
-    QCOMPARE(window.Tree().count(), nodes + 3);
-}
-
-void tst_EngineMessageRouter::queuedDownloadsAskInQueueOrder()
+void tst_EngineMessageRouter::questionsAskInQueueOrderAndAnswersReachTheirHandlers()
 {
     const qint32 a = f->add("Alpha-1");
     const qint32 b = f->add("Bravo-2");
     const qint32 c = f->add("Charlie-3");
-    f->open();
+    frmMainWindow &window = f->open();
     // Two more arrive while the first question is open; each is asked once, in order.
     bool first = true;
     f->prompts.onAsk = [&](Prompt &prompt) {
@@ -145,19 +131,14 @@ void tst_EngineMessageRouter::queuedDownloadsAskInQueueOrder()
     f->deliver("PromptForDownload", {{"SUBSCRIPTIONID", b}});
     QCOMPARE(f->prompts.texts(PromptKind::EnclosureWarning).size(), 3);
     QCOMPARE(f->setting("MEDIACONSUMER", SubscriptionSpecificsSection(b), "EnableAutoDownload"), "1");
-}
 
-void tst_EngineMessageRouter::loginAndAnswersReachTheirHandlers()
-{
-    const qint32 id = f->add("Private");
-    frmMainWindow &window = f->open();
-    f->deliver("LoginRequired", {{"SUBSCRIPTIONID", id}});
+    f->deliver("LoginRequired", {{"SUBSCRIPTIONID", c}});
     QCOMPARE(f->prompts.texts(PromptKind::UserNameAndPassword).size(), 1);
-    QVERIFY(f->prompts.texts(PromptKind::UserNameAndPassword).first().contains("Private"));
+    QVERIFY(f->prompts.texts(PromptKind::UserNameAndPassword).first().contains("Charlie-3"));
 
     // An answer delivered through the update callback refreshes and selects its subscription.
     const qint32 other = f->add("Second");
-    window.SelectRowByID(id);
+    window.SelectRowByID(a);
     const int before = window.RefreshCount();
     HandleGuard answer(*f->client, f->client->NewBag());
     HandleGuard result(*f->client, f->client->NewBag());

@@ -67,17 +67,15 @@ void tst_SettingsEditorRules::storedTimesChooseOptionsAndShownValues()
 {
     using R = SettingsEditorRules;
     const qint32 mixed = CommonValues::kNothingCommon;
-    QCOMPARE(R::FrequencyChoice(-1), PairChoice::Default);
-    QCOMPARE(R::FrequencyChoice(quillon::kMissing), PairChoice::Default);
-    QCOMPARE(R::FrequencyChoice(0), PairChoice::Custom);
-    QCOMPARE(R::FrequencyChoice(mixed), PairChoice::None);
-    QCOMPARE(R::FrequencyShown(0, 1800), 1800);
-    QCOMPARE(R::FrequencyShown(mixed, 1800), 1800);
-    QCOMPARE(R::FrequencyShown(600, 1800), 600);
+    using enum PairChoice;
+    QCOMPARE((QList<PairChoice>{R::FrequencyChoice(-1), R::FrequencyChoice(quillon::kMissing),
+                                R::FrequencyChoice(0), R::FrequencyChoice(mixed), R::DeletionChoice(-1, -1),
+                                R::DeletionChoice(-1, 0), R::DeletionChoice(86400, mixed)}),
+             (QList<PairChoice>{Default, Default, Custom, None, Default, Custom, None}));
+    QCOMPARE((QList<qint32>{R::FrequencyShown(0, 1800), R::FrequencyShown(mixed, 1800),
+                            R::FrequencyShown(600, 1800)}),
+             (QList<qint32>{1800, 1800, 600}));
 
-    QCOMPARE(R::DeletionChoice(-1, -1), PairChoice::Default);
-    QCOMPARE(R::DeletionChoice(-1, 0), PairChoice::Custom);
-    QCOMPARE(R::DeletionChoice(86400, mixed), PairChoice::None);
     const auto never = R::DeletionShown(0, 259200);
     QVERIFY(!never.checked);
     QCOMPARE(never.seconds, 259200);

@@ -1,3 +1,4 @@
+#include "ControlTexts.h"
 #include "MainWindowTest.h"
 #include "RegistrySettings.h"
 #include "commonUtils.h"
@@ -20,22 +21,19 @@ class tst_frmMainWindow : public MainWindowTest
 {
     Q_OBJECT
 private Q_SLOTS:
-    void formLoadLogsItsStepsAndRunsFirstRunOnce();
+    void startLogsItsStepsRunsFirstRunOnceAndRestoresTheWindow();
     void loadPlacesSubscriptionsUnderTheirCategories();
     void savedTreeReadInPartKeepsItsNodesAndText();
     void detailsPaneShowsWhatTheEngineKnows();
-    void newCategoriesAreNamedInSequence();
     void renameRefusesEmptyAndSiblingNames();
     void deleteAsksUnlessSuppressedOrCtrlHeld();
     void uncheckingDecidesWhetherArticlesGo();
     void droppedNodesMoveToTheirNewCategory();
-    void keyboardDrivesTheTree();
-    void pendingEditsCanKeepTheSelection();
-    void missingFeaturesSaySoAndHooksAreUsed();
-    void sizeAndDetailsPaneAreRemembered();
+    void pendingEditsCanKeepTheSelectionAndKeysDriveTheTree();
+    void missingFeaturesSaySoHooksAreUsedAndCategoriesAreNamedInSequence();
 };
 
-void tst_frmMainWindow::formLoadLogsItsStepsAndRunsFirstRunOnce()
+void tst_frmMainWindow::startLogsItsStepsRunsFirstRunOnceAndRestoresTheWindow()
 {
     int firstRuns = 0;
     f->open();
@@ -51,8 +49,13 @@ void tst_frmMainWindow::formLoadLogsItsStepsAndRunsFirstRunOnce()
     }
     QTRY_COMPARE(GetSetting("Quillon", "Quillon", "ConfigStartupComplete"), "1");
     QCOMPARE(GetSetting("Quillon", kConfig, "ConfigAppFirstRun"), "1");
+    f->window->resize(760, 560);
+    QTRY_COMPARE(f->setting(kConfig, QString(), "MainWindowWidth"), "760");
+    QCOMPARE(f->setting(kConfig, QString(), "MainWindowHeight"), "560");
+    f->window->findChild<QCheckBox *>("chkShowDetails")->setChecked(false);
+    QCOMPARE(f->setting(kConfig, QString(), "ShowMainWindowDetails"), "0");
 
-    // The second start finds the flag and leaves the set-up alone.
+    // The second start finds the flag and leaves the set-up alone; size and details pane are kept.
     f->window.reset();
     MainWindowEntryPoints hooks;
     hooks.firstRunSetup = [&](QWidget *) { ++firstRuns; };
@@ -64,6 +67,8 @@ void tst_frmMainWindow::formLoadLogsItsStepsAndRunsFirstRunOnce()
     // The check runs once the window is shown; its end is marked by the start-up flag.
     QTRY_COMPARE(GetSetting("Quillon", "Quillon", "ConfigStartupComplete"), "1");
     QCOMPARE(firstRuns, 0);
+    QCOMPARE(second.size(), QSize(760, 560));
+    QVERIFY(second.findChild<QWidget *>("fraDetails")->isHidden());
     SaveSetting("Quillon", kConfig, "ConfigAppFirstRun", "0");
     frmMainWindow third;
     third.SetEntryPoints(hooks);
@@ -134,11 +139,9 @@ void tst_frmMainWindow::detailsPaneShowsWhatTheEngineKnows()
     f->window->DoDisplayRefresh();
 
     QVERIFY(f->window->SelectRowByID(fresh));
-    QCOMPARE(f->label("lblDetailsHeading"), "Details for 'Fresh'");
-    QCOMPARE(f->label("lblDetailsStatus"), "n/a");
-    QCOMPARE(f->label("lblDetailsLastCheck"), "Never");
-    QCOMPARE(f->label("lblDetailsNextCheck"), "Never");
-    QCOMPARE(f->label("lblDetailsUrl"), "http://127.0.0.1:9/Fresh");
+    QCOMPARE(ControlTexts::Shown(*f->window, {"lblDetailsHeading", "lblDetailsStatus", "lblDetailsLastCheck",
+                                              "lblDetailsNextCheck", "lblDetailsUrl"}),
+             (QStringList{"Details for 'Fresh'", "n/a", "Never", "Never", "http://127.0.0.1:9/Fresh"}));
 
     QVERIFY(f->window->SelectRowByID(checked));
     QCOMPARE(f->label("lblDetailsStatus"), "OK");
@@ -148,9 +151,8 @@ void tst_frmMainWindow::detailsPaneShowsWhatTheEngineKnows()
     f->select("News");
     auto *stack = f->window->findChild<QStackedWidget *>("stkDetails");
     QCOMPARE(stack->currentWidget()->objectName(), "picCategoryDetails");
-    QCOMPARE(f->label("lblDetailsHeading"), "Details for 'News'");
-    QCOMPARE(f->label("lblSubs"), "2");
-    QCOMPARE(f->label("lblCatReadArticles"), "0");
+    QCOMPARE(ControlTexts::Shown(*f->window, {"lblDetailsHeading", "lblSubs", "lblCatReadArticles"}),
+             (QStringList{"Details for 'News'", "2", "0"}));
 
     // Titles and statuses from feeds and servers are shown as written, never drawn.
     const QString markup = "<b>Loud</b><img src=\"x\">";
@@ -163,25 +165,6 @@ void tst_frmMainWindow::detailsPaneShowsWhatTheEngineKnows()
     QCOMPARE(f->label("lblDetailsStatus"), "Error: HTTP 500 <a href=\"x\">Oops</a>");
     for (const QLabel *shown : f->window->findChildren<QLabel *>())
         QCOMPARE(shown->textFormat(), Qt::PlainText);
-}
-
-void tst_frmMainWindow::newCategoriesAreNamedInSequence()
-{
-    f->add("Feed", "News");
-    f->open();
-    for (int i = 0; i < 3; ++i) {
-        f->select("News");
-        f->button("cmdNewCategory")->click();
-        QVERIFY(f->view()->IsEditingLabel());
-    }
-    QCOMPARE(TreeOutline(f->window->Tree()),
-             QStringList({"[x] News", "  [ ] Feed", "  [x] New Category", "  [x] New Category (1)",
-                          "  [x] New Category (2)"}));
-    // Beside a selected subscription means under its category; the saved tree has them all.
-    QVERIFY(f->window->SelectRowByID(1));
-    f->button("cmdNewCategory")->click();
-    QVERIFY(f->node("News~~~New Category (3)"));
-    QVERIFY(f->setting(kConfig, QString(), kSavedCategoriesKey).contains("Text(New Category (3))"));
 }
 
 void tst_frmMainWindow::renameRefusesEmptyAndSiblingNames()
@@ -244,6 +227,7 @@ void tst_frmMainWindow::deleteAsksUnlessSuppressedOrCtrlHeld()
     f->button("cmdDelete")->click();
     QCOMPARE(f->prompts.texts(PromptKind::YesNo).size(), 1);
     QCOMPARE(f->window->StatusText(), "Removing: Second");
+    QTRY_COMPARE(f->window->StatusText(), QString()); // once the engine's answer is in
     f->modifiers = Qt::NoModifier;
 
     // A category goes with everything under it; the node before it is selected then.
@@ -338,47 +322,9 @@ void tst_frmMainWindow::droppedNodesMoveToTheirNewCategory()
     QVERIFY(f->node("Sports~~~Tech")->bold());
 }
 
-void tst_frmMainWindow::keyboardDrivesTheTree()
+void tst_frmMainWindow::pendingEditsCanKeepTheSelectionAndKeysDriveTheTree()
 {
-    const qint32 id = f->add("Feed", "", true);
-    f->add("Other");
-    f->open();
-    QVERIFY(f->window->SelectRowByID(id));
-    f->view()->setFocus();
-    QTest::keyClick(f->view(), Qt::Key_Space);
-    QCOMPARE(f->node("Feed")->image(), "unchecked");
-    QTest::keyClick(f->view(), Qt::Key_F2);
-    QVERIFY(f->view()->IsEditingLabel());
-    QTest::keyClick(f->view()->focusWidget(), Qt::Key_Escape);
-    f->modifiers = Qt::ControlModifier;
-    QTest::keyClick(f->view(), Qt::Key_Delete);
-    QVERIFY(!f->node("Feed"));
-    QCOMPARE(f->view()->CurrentNode(), f->node("Other"));
-
-    // Timer1 scrolls only while a drag hovers near the top or bottom edge.
-    f->view()->resize(200, 200);
-    QMimeData mime;
-    mime.setData(CategoryTreeModel::kNodeMimeType, f->node("Other")->key().toUtf8());
-    const auto hover = [&](int y) {
-        QDragMoveEvent move(QPoint(20, y), Qt::MoveAction, &mime, Qt::LeftButton, Qt::NoModifier);
-        QCoreApplication::sendEvent(f->view()->viewport(), &move);
-        return f->view()->ScrollDirection();
-    };
-    QDragEnterEvent enter(QPoint(20, 20), Qt::MoveAction, &mime, Qt::LeftButton, Qt::NoModifier);
-    QCoreApplication::sendEvent(f->view()->viewport(), &enter);
-    auto *timer1 = f->view()->findChild<QTimer *>("Timer1");
-    QCOMPARE(hover(f->view()->viewport()->height() - 3), 1);
-    QVERIFY(timer1->isActive());
-    QCOMPARE(hover(2), -1);
-    QCOMPARE(hover(f->view()->viewport()->height() / 2), 0);
-    QVERIFY(!timer1->isActive());
-    QDragLeaveEvent leave;
-    QCoreApplication::sendEvent(f->view()->viewport(), &leave);
-}
-
-void tst_frmMainWindow::pendingEditsCanKeepTheSelection()
-{
-    const qint32 first = f->add("First");
+    const qint32 first = f->add("First", "", true);
     const qint32 second = f->add("Second");
     f->open();
     QVERIFY(f->window->SelectRowByID(first));
@@ -399,11 +345,44 @@ void tst_frmMainWindow::pendingEditsCanKeepTheSelection()
     f->view()->setCurrentIndex(f->model()->IndexOf(f->node("Second")));
     QCOMPARE(f->window->SelectedSubscriptionId(), second);
     QCOMPARE(f->prompts.texts(PromptKind::DoYouWantToSave).size(), 1);
+
+    // The keyboard checks, renames and deletes.
+    QVERIFY(f->window->SelectRowByID(first));
+    f->view()->setFocus();
+    QTest::keyClick(f->view(), Qt::Key_Space);
+    QCOMPARE(f->node("Renamed")->image(), "unchecked");
+    QTest::keyClick(f->view(), Qt::Key_F2);
+    QVERIFY(f->view()->IsEditingLabel());
+    QTest::keyClick(f->view()->focusWidget(), Qt::Key_Escape);
+    f->modifiers = Qt::ControlModifier;
+    QTest::keyClick(f->view(), Qt::Key_Delete);
+    QVERIFY(!f->node("Renamed"));
+    QCOMPARE(f->view()->CurrentNode(), f->node("Second"));
+
+    // Timer1 scrolls only while a drag hovers near the top or bottom edge.
+    f->view()->resize(200, 200);
+    QMimeData mime;
+    mime.setData(CategoryTreeModel::kNodeMimeType, f->node("Second")->key().toUtf8());
+    const auto hover = [&](int y) {
+        QDragMoveEvent move(QPoint(20, y), Qt::MoveAction, &mime, Qt::LeftButton, Qt::NoModifier);
+        QCoreApplication::sendEvent(f->view()->viewport(), &move);
+        return f->view()->ScrollDirection();
+    };
+    QDragEnterEvent enter(QPoint(20, 20), Qt::MoveAction, &mime, Qt::LeftButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(f->view()->viewport(), &enter);
+    auto *timer1 = f->view()->findChild<QTimer *>("Timer1");
+    QCOMPARE(hover(f->view()->viewport()->height() - 3), 1);
+    QVERIFY(timer1->isActive());
+    QCOMPARE(hover(2), -1);
+    QCOMPARE(hover(f->view()->viewport()->height() / 2), 0);
+    QVERIFY(!timer1->isActive());
+    QDragLeaveEvent leave;
+    QCoreApplication::sendEvent(f->view()->viewport(), &leave);
 }
 
-void tst_frmMainWindow::missingFeaturesSaySoAndHooksAreUsed()
+void tst_frmMainWindow::missingFeaturesSaySoHooksAreUsedAndCategoriesAreNamedInSequence()
 {
-    f->add("Feed");
+    f->add("Feed", "News");
     f->open();
     f->button("cmdAdd")->click();
     f->button("cmdPrefs")->click();
@@ -423,23 +402,21 @@ void tst_frmMainWindow::missingFeaturesSaySoAndHooksAreUsed()
     f->button("cmdPreviewThisFeed")->click();
     f->deliver("ImportOPML", {{"PATH", "/tmp/feeds.opml"}});
     QCOMPARE(called, QStringList({"add", "http://127.0.0.1:9/Feed", "/tmp/feeds.opml"}));
-}
 
-void tst_frmMainWindow::sizeAndDetailsPaneAreRemembered()
-{
-    frmMainWindow &window = f->open();
-    window.resize(760, 560);
-    QTRY_COMPARE(f->setting(kConfig, QString(), "MainWindowWidth"), "760");
-    QCOMPARE(f->setting(kConfig, QString(), "MainWindowHeight"), "560");
-    window.findChild<QCheckBox *>("chkShowDetails")->setChecked(false);
-    QCOMPARE(f->setting(kConfig, QString(), "ShowMainWindowDetails"), "0");
-    window.close();
-
-    frmMainWindow again;
-    again.SetClient(f->client);
-    again.show();
-    QCOMPARE(again.size(), QSize(760, 560));
-    QVERIFY(again.findChild<QWidget *>("fraDetails")->isHidden());
+    // New categories are named in sequence.
+    for (int i = 0; i < 3; ++i) {
+        f->select("News");
+        f->button("cmdNewCategory")->click();
+        QVERIFY(f->view()->IsEditingLabel());
+    }
+    QCOMPARE(TreeOutline(f->window->Tree()),
+             QStringList({"[x] News", "  [ ] Feed", "  [x] New Category", "  [x] New Category (1)",
+                          "  [x] New Category (2)"}));
+    // Beside a selected subscription means under its category; the saved tree has them all.
+    QVERIFY(f->window->SelectRowByID(1));
+    f->button("cmdNewCategory")->click();
+    QVERIFY(f->node("News~~~New Category (3)"));
+    QVERIFY(f->setting(kConfig, QString(), kSavedCategoriesKey).contains("Text(New Category (3))"));
 }
 
 QTEST_MAIN(tst_frmMainWindow)

@@ -1,15 +1,13 @@
 #include "ConsumerSettings.h"
 #include "CopyingCallback.h"
+#include "EngineClientTest.h"
 #include "ExportUI.h"
 #include "HandleGuard.h"
-#include "LocalSettings.h"
-#include "OptionsTestEngine.h"
 
 #include <QCheckBox>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QTableWidget>
-#include <QTemporaryDir>
 #include <QTest>
 
 using namespace quillon;
@@ -33,13 +31,16 @@ QStringList Outline(const ListPtr &outlines, int level = 0)
 }
 } // namespace
 
-class tst_ExportUI : public QObject
+class tst_ExportUI : public EngineClientTest
 {
     Q_OBJECT
 private Q_SLOTS:
-    void initTestCase();
     void init();
-    void cleanup();
+    void cleanup()
+    {
+        m_page.reset();
+        EngineClientTest::cleanup();
+    }
     void exportedFileReadsBackWithItsFolders();
     void replacingAFileIsAsked_data();
     void replacingAFileIsAsked();
@@ -51,26 +52,13 @@ private:
     [[nodiscard]] QTableWidget *grid() const { return m_page->findChild<QTableWidget *>("grdSubscriptions"); }
     [[nodiscard]] QStringList readBack(const QString &path);
 
-    QTemporaryDir m_folder;
-    std::unique_ptr<OptionsTestEngine> m_engine;
-    SubscribeClientPtr m_client;
     std::unique_ptr<ExportUI> m_page;
-    PromptRecorder *m_prompts = nullptr;
     QStringList m_filters;
 };
 
-void tst_ExportUI::initTestCase()
-{
-    QVERIFY(m_folder.isValid());
-    LocalSettings::SetBaseFolder(m_folder.path());
-}
-
 void tst_ExportUI::init()
 {
-    m_engine = std::make_unique<OptionsTestEngine>();
-    QVERIFY(m_engine->ready());
-    m_client = m_engine->client;
-    m_prompts = &m_engine->prompts;
+    EngineClientTest::init();
     m_filters.clear();
     const QList<std::pair<const char *, const char *>> feeds = {{"World", "News~~~World"},
                                                                 {"Local", "News"},
@@ -82,19 +70,12 @@ void tst_ExportUI::init()
                                              category) > 0);
 }
 
-void tst_ExportUI::cleanup()
-{
-    m_page.reset();
-    m_client.reset();
-    m_engine.reset();
-}
-
 void tst_ExportUI::openPage()
 {
     m_page = std::make_unique<ExportUI>(m_client);
     m_page->SetFileChooser([this](QWidget *, const QString &filter) {
         m_filters << filter;
-        return m_folder.filePath("my feeds.opml");
+        return m_settings.filePath("my feeds.opml");
     });
     m_page->show();
     QTRY_COMPARE(grid()->rowCount(), 5);
@@ -122,9 +103,9 @@ void tst_ExportUI::exportedFileReadsBackWithItsFolders()
     m_page->findChild<QLineEdit *>("txtExportTitle")->setText("Evening reading");
     pressExport();
 
-    QCOMPARE(m_filters, QStringList{ExportUI::kFilter});
-    QCOMPARE(m_filters.first(), "OPML files (*.opml)|*.opml|XML files (*.opml, *.xml, *.rss, *.atom, *.rdf)|"
-                                "*.opml;*.xml;*.rss;*.atom;*.rdf|All files (*.*)|*.*");
+    QCOMPARE(m_filters,
+             QStringList{"OPML files (*.opml)|*.opml|XML files (*.opml, *.xml, *.rss, *.atom, *.rdf)|"
+                         "*.opml;*.xml;*.rss;*.atom;*.rdf|All files (*.*)|*.*"});
     const QStringList expected = {"News/",
                                   "  World/",
                                   "    World <http://127.0.0.1:9/World>",
@@ -132,8 +113,8 @@ void tst_ExportUI::exportedFileReadsBackWithItsFolders()
                                   "Space/",
                                   "  Mars <http://127.0.0.1:9/Mars>",
                                   "Loose <http://127.0.0.1:9/Loose>"};
-    QCOMPARE(readBack(m_folder.filePath("my feeds.opml")), expected);
-    QFile file(m_folder.filePath("my feeds.opml"));
+    QCOMPARE(readBack(m_settings.filePath("my feeds.opml")), expected);
+    QFile file(m_settings.filePath("my feeds.opml"));
     QVERIFY(file.open(QIODevice::ReadOnly));
     const QByteArray text = file.readAll();
     QVERIFY(text.contains("<opml version=\"2.0\">"));
@@ -153,7 +134,7 @@ void tst_ExportUI::replacingAFileIsAsked()
 {
     QFETCH(int, answer);
     QFETCH(bool, replaced);
-    QFile old(m_folder.filePath("my feeds.opml"));
+    QFile old(m_settings.filePath("my feeds.opml"));
     QVERIFY(old.open(QIODevice::WriteOnly));
     old.write("old");
     old.close();

@@ -1,57 +1,41 @@
 #include "ClientAccess.h"
 #include "ConsumerSettings.h"
+#include "ControlTexts.h"
+#include "EngineClientTest.h"
 #include "GeneralUI.h"
 #include "HandleGuard.h"
 #include "IEPluginUI.h"
-#include "LocalSettings.h"
 #include "MailStoreOutlook.h"
 #include "NetworkUI.h"
 #include "OLDefaultsUI.h"
 #include "OnlineUI.h"
-#include "OptionsTestEngine.h"
 #include "PodcastingUI.h"
 #include "RegistrySettings.h"
 #include "SubDefaultsUI.h"
 #include "TagsUI.h"
 
-#include <QAbstractButton>
-#include <QAbstractSlider>
 #include <QApplication>
-#include <QComboBox>
 #include <QDir>
 #include <QInputDialog>
-#include <QLabel>
 #include <QLineEdit>
 #include <QProcess>
 #include <QPushButton>
-#include <QSpinBox>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
 
 using namespace quillon;
+using namespace ControlTexts;
 
 namespace {
 
 using Pairs = QList<std::pair<QString, QString>>;
 
-std::unique_ptr<ConfigPage> MakePage(const QString &name)
+// The page a row is about, made afresh.
+using PageMaker = ConfigPage *(*)();
+template <typename Page> ConfigPage *Make()
 {
-    if (name == "SubDefaultsUI")
-        return std::make_unique<SubDefaultsUI>();
-    if (name == "OnlineUI")
-        return std::make_unique<OnlineUI>();
-    if (name == "GeneralUI")
-        return std::make_unique<GeneralUI>();
-    if (name == "OLDefaultsUI")
-        return std::make_unique<OLDefaultsUI>();
-    if (name == "IEPluginUI")
-        return std::make_unique<IEPluginUI>();
-    if (name == "PodcastingUI")
-        return std::make_unique<PodcastingUI>();
-    if (name == "TagsUI")
-        return std::make_unique<TagsUI>();
-    return std::make_unique<NetworkUI>();
+    return new Page;
 }
 
 // "CONSUMER|section|key" for the engine's settings; "sync|key" for the synchronisation
@@ -87,47 +71,9 @@ void Store(SubscribeClient &client, const QString &place, const QString &value)
         SetConsumerSetting(client, at.at(0), at.at(1), at.at(2), value);
 }
 
-// A button "on"/"off", a list or slider its number, a number box with its unit's index, a
-// text; ".enabled" asks for the state.
-QString Shown(const QWidget &page, const QString &name)
-{
-    if (name.endsWith(".enabled"))
-        return page.findChild<QWidget *>(name.chopped(8))->isEnabled() ? "on" : "off";
-    QWidget *control = page.findChild<QWidget *>(name);
-    if (auto *button = qobject_cast<QAbstractButton *>(control))
-        return button->isChecked() ? "on" : "off";
-    if (auto *list = qobject_cast<QComboBox *>(control))
-        return QString::number(list->currentIndex());
-    if (auto *slider = qobject_cast<QAbstractSlider *>(control))
-        return QString::number(slider->value());
-    if (auto *spin = qobject_cast<QSpinBox *>(control))
-        return QString::number(spin->value());
-    if (auto *label = qobject_cast<QLabel *>(control))
-        return label->text();
-    const QString text = qobject_cast<QLineEdit *>(control)->text();
-    auto *unit = page.findChild<QComboBox *>(QString(name).replace(0, 3, "cbo"));
-    return unit ? text + " " + QString::number(unit->currentIndex()) : text;
-}
-
-// "click" presses a command button.
-void Edit(QWidget &page, const QString &name, const QString &value)
-{
-    QWidget *control = page.findChild<QWidget *>(name);
-    if (auto *button = qobject_cast<QAbstractButton *>(control))
-        value == "click" ? button->click() : button->setChecked(value == "on");
-    else if (auto *list = qobject_cast<QComboBox *>(control))
-        list->setCurrentIndex(value.toInt());
-    else if (auto *slider = qobject_cast<QAbstractSlider *>(control))
-        slider->setValue(value.toInt());
-    else if (auto *spin = qobject_cast<QSpinBox *>(control))
-        spin->setValue(value.toInt());
-    else
-        qobject_cast<QLineEdit *>(control)->setText(value);
-}
-
 // One row: a page over what is stored shows these values; after the edits and the window's
 // apply (SafeToApply, then Apply) these alerts were shown, this is stored and shown.
-void Row(const char *name, const QString &page, const Pairs &stored, const Pairs &shown, const Pairs &edits,
+void Row(const char *name, PageMaker page, const Pairs &stored, const Pairs &shown, const Pairs &edits,
          const QStringList &alerts, const Pairs &storedAfter, const Pairs &shownAfter = {},
          bool applies = true)
 {
@@ -136,7 +82,9 @@ void Row(const char *name, const QString &page, const Pairs &stored, const Pairs
 
 } // namespace
 
-class tst_OptionPages : public QObject
+Q_DECLARE_METATYPE(PageMaker)
+
+class tst_OptionPages : public EngineClientTest
 {
     Q_OBJECT
 private slots:
@@ -145,13 +93,12 @@ private slots:
     void pagesShowAndStoreTheirSettings();
 
 private:
-    QTemporaryDir m_settings;
     QTemporaryDir m_mail;
 };
 
 void tst_OptionPages::initTestCase()
 {
-    LocalSettings::SetBaseFolder(m_settings.path());
+    EngineClientTest::initTestCase();
     // The file-type switches tell the desktop through the user's XDG folders: these are the test's.
     qputenv("XDG_CONFIG_HOME", m_settings.filePath("config").toUtf8());
     qputenv("XDG_DATA_HOME", m_settings.filePath("data").toUtf8());
@@ -163,7 +110,7 @@ void tst_OptionPages::initTestCase()
 
 void tst_OptionPages::pagesShowAndStoreTheirSettings_data()
 {
-    QTest::addColumn<QString>("page");
+    QTest::addColumn<PageMaker>("page");
     QTest::addColumn<Pairs>("stored");
     QTest::addColumn<Pairs>("shown");
     QTest::addColumn<Pairs>("edits");
@@ -173,19 +120,19 @@ void tst_OptionPages::pagesShowAndStoreTheirSettings_data()
     QTest::addColumn<bool>("applies");
 
     const QString note = "Note: most RSS services prefer an update frequency of 1 hour or more.";
-    Row("defaults: nothing stored", "SubDefaultsUI", {},
+    Row("defaults: nothing stored", Make<SubDefaultsUI>, {},
         {{"txtUpdateFreq", "1 1"}, {"txtDelRead", "3 2"}, {"txtDelUnread", "15 2"}}, {}, {},
         {{"ENGINE||UPDATEFREQ", "3600"},
          {"ENGINE||DELETEREAD", "259200"},
          {"ENGINE||DELETEUNREAD", "1296000"}});
-    Row("defaults: never delete read", "SubDefaultsUI", {{"ENGINE||DELETEREAD", "0"}},
+    Row("defaults: never delete read", Make<SubDefaultsUI>, {{"ENGINE||DELETEREAD", "0"}},
         {{"chkDelRead", "off"}, {"txtDelRead.enabled", "off"}, {"cboDelRead.enabled", "off"}},
         {{"txtDelUnread", "16"}}, {}, {{"ENGINE||DELETEREAD", "0"}});
-    Row("defaults: 4 minutes become 5", "SubDefaultsUI", {}, {},
+    Row("defaults: 4 minutes become 5", Make<SubDefaultsUI>, {}, {},
         {{"txtUpdateFreq", "4"}, {"cboUpdateFreq", "0"}}, {note}, {{"ENGINE||UPDATEFREQ", "300"}});
 
     const QString net = "ENGINE|NetworkModule|";
-    Row("network: nothing stored", "NetworkUI", {},
+    Row("network: nothing stored", Make<NetworkUI>, {},
         {{"chkUseProxyServer", "on"},
          {"optUseIEProxySettings", "on"},
          {"chkBypassForLocals", "on"},
@@ -199,7 +146,7 @@ void tst_OptionPages::pagesShowAndStoreTheirSettings_data()
          {net + "txtSpecificProxyServer", "proxy:3128"},
          {"local|NetworkModule|chkUseProxyServer", "True"},
          {"reg|Quill On|PrefsVersion", "0.8.0"}});
-    Row("network: the password stays with the engine", "NetworkUI", {}, {},
+    Row("network: the password stays with the engine", Make<NetworkUI>, {}, {},
         {{"chkUseNetworkCredentials", "on"},
          {"optUseSpecificCredentials", "on"},
          {"txtPasswordCredentials", "pw"}},
@@ -208,7 +155,7 @@ void tst_OptionPages::pagesShowAndStoreTheirSettings_data()
          {"local|NetworkModule|txtPasswordCredentials", "-"},
          {"local|NetworkModule|chkUseNetworkCredentials", "True"}});
     const QString lastApplied = " This is with the settings last applied; apply to test your changes.";
-    Row("network: the test names the proxy and the login", "NetworkUI",
+    Row("network: the test names the proxy and the login", Make<NetworkUI>,
         {{net + "optUseIEProxySettings", "False"},
          {net + "txtSpecificProxyServer", "proxy.example:3128"},
          {net + "chkUseNetworkCredentials", "True"},
@@ -223,13 +170,13 @@ void tst_OptionPages::pagesShowAndStoreTheirSettings_data()
           "Through proxy http://proxy.example:3128 (the proxy server named in the settings), "
           "signing in as alice." +
               lastApplied}});
-    Row("network: the test goes directly to this machine", "NetworkUI", {}, {},
+    Row("network: the test goes directly to this machine", Make<NetworkUI>, {}, {},
         {{"txtTestProxyUrl", "http://127.0.0.1:8080/feed"},
          {"cmdTestProxy", "click"},
          {"chkUseProxyServer", "off"}},
         {}, {}, {{"lblTestProxyAnswer", "Direct connection (a local address, which bypasses the proxy)."}});
 
-    Row("general: deleting without a question", "GeneralUI", {},
+    Row("general: deleting without a question", Make<GeneralUI>, {},
         {{"chkLogToDisk", "on"}, {"chkSupressWarnings", "off"}}, {{"chkSupressWarnings", "on"}}, {},
         {{"reg|Quill On|SupressDeleteWarnings", "1"},
          {"ENGINE||LogToDisk", "1"},
@@ -238,22 +185,22 @@ void tst_OptionPages::pagesShowAndStoreTheirSettings_data()
     const QString nameNeeded = "Online user name needs to be at least one character.";
     for (const auto &[seconds, shown] :
          Pairs{{"7200", "2 1"}, {"86400", "1 2"}, {"5400", "90 0"}, {"-1", "1 1"}})
-        QTest::addRow("online: every %s seconds", qPrintable(seconds))
-            << "OnlineUI" << Pairs{{"sync|SyncFrequency", seconds}} << Pairs{{"txtUpdateFreq", shown}}
-            << Pairs{} << QStringList{nameNeeded} << Pairs{} << Pairs{} << true;
-    Row("online: 14 minutes", "OnlineUI", {}, {{"chkOnlineEnabled", "off"}, {"txtOnlineURL.enabled", "off"}},
+        Row(qPrintable("online: every " + seconds + " seconds"), Make<OnlineUI>,
+            {{"sync|SyncFrequency", seconds}}, {{"txtUpdateFreq", shown}}, {}, {nameNeeded}, {});
+    Row("online: 14 minutes", Make<OnlineUI>, {},
+        {{"chkOnlineEnabled", "off"}, {"txtOnlineURL.enabled", "off"}},
         {{"txtOnlineUsername", "me"},
          {"txtOnlinePassword", "four"},
          {"txtUpdateFreq", "14"},
          {"cboUpdateFreq", "0"}},
         {"Corvell online update frequency can not be less than 15 minutes."},
         {{"sync|SyncFrequency", "840"}, {"sync|SyncUser", "me"}, {"sync|SyncPassword", "four"}});
-    Row("online: only the user name is explained", "OnlineUI", {}, {},
+    Row("online: only the user name is explained", Make<OnlineUI>, {}, {},
         {{"txtOnlinePassword", "abc"}, {"txtUpdateFreq", "1"}}, {nameNeeded},
         {{"sync|SyncPassword", "abc"}, {"sync|SyncFrequency", "3600"}});
 
     const QString opener = "quillon-open.desktop";
-    Row("browser: file types, preview and inline commands", "IEPluginUI",
+    Row("browser: file types, preview and inline commands", Make<IEPluginUI>,
         {{"ENGINE|FileTypeHandling|OPML", "0"}},
         {{"chkRSS", "on"}, {"chkOPML", "off"}, {"chkInlineTopLevel", "off"}},
         {{"chkRSS", "off"}, {"chkOPML", "on"}, {"chkInlineTopLevel", "on"}}, {},
@@ -264,15 +211,15 @@ void tst_OptionPages::pagesShowAndStoreTheirSettings_data()
          {"desk|application/atom+xml", opener},
          {"desk|text/x-opml", opener},
          {"desk|x-scheme-handler/feed", opener}});
-    Row("browser: RSS switched on, the others off", "IEPluginUI", {{"ENGINE|FileTypeHandling|RSS", "0"}}, {},
-        {{"chkRSS", "on"}, {"chkATOM", "off"}, {"chkFEED", "off"}, {"chkOPML", "off"}}, {},
+    Row("browser: RSS switched on, the others off", Make<IEPluginUI>, {{"ENGINE|FileTypeHandling|RSS", "0"}},
+        {}, {{"chkRSS", "on"}, {"chkATOM", "off"}, {"chkFEED", "off"}, {"chkOPML", "off"}}, {},
         {{"desk|application/rss+xml", opener},
          {"desk|application/atom+xml", ""},
          {"desk|text/x-opml", ""},
          {"desk|x-scheme-handler/feed", ""}});
 
     const QString media = "MEDIACONSUMER|Settings|";
-    Row("enclosures: nothing stored asks, itunes, playlists named automatically", "PodcastingUI", {},
+    Row("enclosures: nothing stored asks, itunes, playlists named automatically", Make<PodcastingUI>, {},
         {{"cboPodcast", "0"},
          {"optStoreInAutoFolder", "on"},
          {"OptPromptDownload", "on"},
@@ -283,7 +230,7 @@ void tst_OptionPages::pagesShowAndStoreTheirSettings_data()
          {media + "PlaylistNamingMode", "2"},
          {media + "PromptForAutoDownload", "1"},
          {media + "EnableAutoDownload", "0"}});
-    Row("enclosures: windowsmedia is index 1; always downloading keeps auto-delete", "PodcastingUI",
+    Row("enclosures: windowsmedia is index 1; always downloading keeps auto-delete", Make<PodcastingUI>,
         {{media + "PodcastFilesToThisApp", "windowsmedia"},
          {media + "PromptForAutoDownload", "1"},
          {media + "EnableAutoDelete", "1"}},
@@ -293,15 +240,15 @@ void tst_OptionPages::pagesShowAndStoreTheirSettings_data()
          {media + "PromptForAutoDownload", "0"},
          {media + "EnableAutoDownload", "1"},
          {media + "EnableAutoDelete", "1"}});
-    Row("enclosures: answered for all with yes", "PodcastingUI",
+    Row("enclosures: answered for all with yes", Make<PodcastingUI>,
         {{media + "PromptForAutoDownload", "0"}, {media + "EnableAutoDownload", "1"}},
         {{"OptAlwaysDownload", "on"}}, {}, {}, {{media + "EnableAutoDownload", "1"}});
-    Row("enclosures: never", "PodcastingUI", {{media + "PromptForAutoDownload", "0"}},
+    Row("enclosures: never", Make<PodcastingUI>, {{media + "PromptForAutoDownload", "0"}},
         {{"optNeverDownload", "on"}}, {}, {},
         {{media + "PromptForAutoDownload", "0"}, {media + "EnableAutoDownload", "0"}});
 
     const QString tags = "IEPLUGINCONSUMER|TagServices_Delicious|";
-    Row("tags: the service's account, handed over as Delicious", "TagsUI", {{tags + "UserName", "alice"}},
+    Row("tags: the service's account, handed over as Delicious", Make<TagsUI>, {{tags + "UserName", "alice"}},
         {{"txtTagServiceUsername", "alice"},
          {"lblTagDisplayName", "Delicious"},
          {"chkTaggingEnabled", "off"},
@@ -317,7 +264,7 @@ void tst_OptionPages::pagesShowAndStoreTheirSettings_data()
         {{"txtTagServicePassword.enabled", "on"}});
 
     const QString ol = "OLCONSUMER|OutlookDefaults|";
-    Row("outlook: nothing stored", "OLDefaultsUI", {},
+    Row("outlook: nothing stored", Make<OLDefaultsUI>, {},
         {{"lblTopFolder", "The top of the mail store"},
          {"chkSubFolderName", "off"},
          {"txtSubFolderName.enabled", "off"},
@@ -333,14 +280,14 @@ void tst_OptionPages::pagesShowAndStoreTheirSettings_data()
          {ol + "TopFolderTitle", "-"},
          {"local|CONFIGCONSUMER|PrefsVersion", "0.9.6"},
          {"reg|Quillon|PrefsVersion", "-"}});
-    Row("outlook: a sub-folder needs a name", "OLDefaultsUI", {}, {},
+    Row("outlook: a sub-folder needs a name", Make<OLDefaultsUI>, {}, {},
         {{"chkSubFolderName", "on"}, {"txtSubFolderName", ""}},
         {"Please enter a folder name before proceeding."}, {{ol + "RadioSubPlacement", "-"}}, {}, false);
-    Row("outlook: no sub-folder, no name needed", "OLDefaultsUI",
+    Row("outlook: no sub-folder, no name needed", Make<OLDefaultsUI>,
         {{ol + "RadioSubPlacement", "1"}, {ol + "SubFolderTitle", "Reading"}},
         {{"chkSubFolderName", "on"}, {"txtSubFolderName", "Reading"}},
         {{"chkSubFolderName", "off"}, {"txtSubFolderName", ""}}, {}, {{ol + "RadioSubPlacement", "0"}});
-    Row("outlook: first run's sub-folder; top folder, theme and new store picked", "OLDefaultsUI",
+    Row("outlook: first run's sub-folder; top folder, theme and new store picked", Make<OLDefaultsUI>,
         {{ol + "RadioSubPlacement", "2"}, {ol + "SubFolderTitle", "Corvell for Outlook"}},
         {{"chkSubFolderName", "on"}, {"txtSubFolderName.enabled", "on"}},
         {{"cmdTopFolder", "click"},
@@ -361,18 +308,16 @@ void tst_OptionPages::pagesShowAndStoreTheirSettings_data()
                                           {"SubDeletedInOutlook", "cboOutlookDelete"},
                                           {"SubMovedInConfig", "cboConfigMove"},
                                           {"SubDeletedInConfig", "cboConfigDelete"}})
-        QTest::addRow("outlook: %s round-trips", qPrintable(key))
-            << "OLDefaultsUI"
-            << Pairs{{ol + key, "1"}, {ol + "OutlookYeildSlider", "8"}, {ol + "Article_Theme", "Full"}}
-            << Pairs{{combo, "1"}, {"sliderOutlookYeild", "8"}, {"optFullContent", "on"}}
-            << Pairs{{combo, "0"}, {"sliderOutlookYeild", "2"}} << QStringList{}
-            << Pairs{{ol + key, "0"}, {ol + "OutlookYeildSlider", "2"}, {ol + "Article_Theme", "Full"}}
-            << Pairs{} << true;
+        Row(qPrintable("outlook: " + key + " round-trips"), Make<OLDefaultsUI>,
+            {{ol + key, "1"}, {ol + "OutlookYeildSlider", "8"}, {ol + "Article_Theme", "Full"}},
+            {{combo, "1"}, {"sliderOutlookYeild", "8"}, {"optFullContent", "on"}},
+            {{combo, "0"}, {"sliderOutlookYeild", "2"}}, {},
+            {{ol + key, "0"}, {ol + "OutlookYeildSlider", "2"}, {ol + "Article_Theme", "Full"}});
 }
 
 void tst_OptionPages::pagesShowAndStoreTheirSettings()
 {
-    QFETCH(QString, page);
+    QFETCH(PageMaker, page);
     QFETCH(Pairs, stored);
     QFETCH(Pairs, shown);
     QFETCH(Pairs, edits);
@@ -380,13 +325,11 @@ void tst_OptionPages::pagesShowAndStoreTheirSettings()
     QFETCH(Pairs, storedAfter);
     QFETCH(Pairs, shownAfter);
     QFETCH(bool, applies);
-    OptionsTestEngine test;
-    QVERIFY(test.ready());
-    ClientAccess::SetEngineClient(test.client);
+    ClientAccess::SetEngineClient(m_client);
     for (const auto &[place, value] : stored)
-        Store(*test.client, place, value);
+        Store(*m_client, place, value);
 
-    std::unique_ptr<ConfigPage> options = MakePage(page);
+    std::unique_ptr<ConfigPage> options(page());
     for (const auto &[name, value] : shown)
         QVERIFY2(Shown(*options, name) == value, qPrintable(name + " shows " + Shown(*options, name)));
     QVERIFY(!options->Dirty());
@@ -404,16 +347,15 @@ void tst_OptionPages::pagesShowAndStoreTheirSettings()
         }
     });
     picker->start(10);
-    for (const auto &[name, value] : edits)
-        Edit(*options, name, value);
+    Edit(*options, edits);
     QCOMPARE(options->Dirty(), !edits.isEmpty());
     QCOMPARE(options->SafeToApply(), applies);
     if (applies)
         options->Apply();
     QCOMPARE(options->Dirty(), !applies);
-    QCOMPARE(test.prompts.texts(), alerts);
+    QCOMPARE(m_prompts->texts(), alerts);
     for (const auto &[place, value] : storedAfter)
-        QCOMPARE(Read(*test.client, place), value);
+        QCOMPARE(Read(*m_client, place), value);
     for (const auto &[name, value] : shownAfter)
         QCOMPARE(Shown(*options, name), value);
     options.reset();

@@ -1,6 +1,5 @@
 #include "ConsumerSettings.h"
-#include "LocalSettings.h"
-#include "OptionsTestEngine.h"
+#include "EngineClientTest.h"
 #include "PublishingUI.h"
 #include "PublishingUtils.h"
 
@@ -8,19 +7,20 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QTableWidget>
-#include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
 
 using namespace quillon;
 
-class tst_PublishingUI : public QObject
+class tst_PublishingUI : public EngineClientTest
 {
     Q_OBJECT
 private Q_SLOTS:
-    void initTestCase();
-    void init();
-    void cleanup();
+    void cleanup()
+    {
+        m_page.reset();
+        EngineClientTest::cleanup();
+    }
     void listShowsLiveRecordsOnly_data();
     void listShowsLiveRecordsOnly();
     void editDeleteAndQuickPublish();
@@ -30,31 +30,8 @@ private:
     [[nodiscard]] QStringList shownTitles() const;
     template <typename T> T *child(const char *name) const { return m_page->findChild<T *>(name); }
 
-    QTemporaryDir m_settings;
-    std::unique_ptr<OptionsTestEngine> m_engine;
-    SubscribeClientPtr m_client;
     std::unique_ptr<PublishingUI> m_page;
 };
-
-void tst_PublishingUI::initTestCase()
-{
-    QVERIFY(m_settings.isValid());
-    LocalSettings::SetBaseFolder(m_settings.path());
-}
-
-void tst_PublishingUI::init()
-{
-    m_engine = std::make_unique<OptionsTestEngine>();
-    QVERIFY(m_engine->ready());
-    m_client = m_engine->client;
-}
-
-void tst_PublishingUI::cleanup()
-{
-    m_page.reset();
-    m_client.reset();
-    m_engine.reset();
-}
 
 // Records 1, 2, ... with these titles; every other one takes part in quick publishing.
 void tst_PublishingUI::store(const QStringList &titles)

@@ -1,9 +1,7 @@
 #include "ConfigPage.h"
 #include "ConsumerSettings.h"
-#include "LocalSettings.h"
-#include "OptionsTestEngine.h"
+#include "EngineClientTest.h"
 #include "frmOptionsWindow.h"
-#include "localization.h"
 
 #include <QPushButton>
 #include <QTableWidget>
@@ -44,23 +42,23 @@ const QStringList kPanes = {"GeneralUI1", "OnlineUI1",      "IEPluginUI1",   "Po
 
 } // namespace
 
-class tst_frmOptionsWindow : public QObject
+class tst_frmOptionsWindow : public EngineClientTest
 {
     Q_OBJECT
 private Q_SLOTS:
-    void initTestCase();
-    void init();
-    void cleanup();
+    void cleanup()
+    {
+        m_window.reset();
+        EngineClientTest::cleanup();
+    }
     void opensOnTheSavedModule_data();
     void opensOnTheSavedModule();
     void clickOnAnotherRow_data();
     void clickOnAnotherRow();
     void closingAppliesOnlyUnappliedChanges_data();
     void closingAppliesOnlyUnappliedChanges();
-    void refusedPageStillTurnsApplyOff();
     void missingIconOrPageLeavesTheListWorking();
-    void addWizardReloadsTheCurrentPage();
-    void networkPageOpensFromTheOnlinePage();
+    void applyWizardAndNetworkPageFromTheOpenWindow();
 
 private:
     frmOptionsWindow &open(const QStringList &panes = kPanes, const QString &images = QString());
@@ -73,36 +71,9 @@ private:
     }
     void click(int row) { grid()->setCurrentCell(row, 0); }
 
-    QTemporaryDir m_settings;
-    QTemporaryDir m_images;
-    std::unique_ptr<OptionsTestEngine> m_engine;
-    SubscribeClientPtr m_client;
     OptionPageFactory m_factory;
     std::unique_ptr<frmOptionsWindow> m_window;
-    PromptRecorder *m_prompts = nullptr;
 };
-
-void tst_frmOptionsWindow::initTestCase()
-{
-    QVERIFY(m_settings.isValid() && m_images.isValid());
-    LocalSettings::SetBaseFolder(m_settings.path());
-    LoadStrings(QuillonDataFolder());
-}
-
-void tst_frmOptionsWindow::init()
-{
-    m_engine = std::make_unique<OptionsTestEngine>();
-    QVERIFY(m_engine->ready());
-    m_client = m_engine->client;
-    m_prompts = &m_engine->prompts;
-}
-
-void tst_frmOptionsWindow::cleanup()
-{
-    m_window.reset();
-    m_client.reset();
-    m_engine.reset();
-}
 
 frmOptionsWindow &tst_frmOptionsWindow::open(const QStringList &panes, const QString &images)
 {
@@ -149,9 +120,8 @@ void tst_frmOptionsWindow::opensOnTheSavedModule()
     QVERIFY(!page("NetworkUI1")->isVisible());
     QCOMPARE(grid()->rowCount(), 9);
     QVERIFY(!button("cmdApply")->isEnabled());
-    QCOMPARE(button("cmdOK")->text(), GetLocalizedString(26));
-    QCOMPARE(button("cmdCancel")->text(), GetLocalizedString(27));
-    QCOMPARE(button("cmdApply")->text(), GetLocalizedString(28));
+    QCOMPARE((QStringList{button("cmdOK")->text(), button("cmdCancel")->text(), button("cmdApply")->text()}),
+             (QStringList{GetLocalizedString(26), GetLocalizedString(27), GetLocalizedString(28)}));
     QVERIFY(m_prompts->asked.isEmpty());
 }
 
@@ -241,34 +211,14 @@ void tst_frmOptionsWindow::closingAppliesOnlyUnappliedChanges()
     QCOMPARE(GetConsumerSetting(*m_client, "CurrentOptionsModule", "", "CONFIGCONSUMER", ""), "TagsProp");
 }
 
-void tst_frmOptionsWindow::refusedPageStillTurnsApplyOff()
-{
-    open();
-    click(1);
-    ProbePage *online = page("OnlineUI1");
-    online->safe = false;
-    online->Change();
-    button("cmdApply")->click();
-    QCOMPARE(online->applies, 0);
-    QVERIFY(online->Dirty());
-    QVERIFY(!button("cmdApply")->isEnabled());
-
-    // A page that does not validate is applied without being asked.
-    click(2);
-    page("IEPluginUI1")->safe = false;
-    page("IEPluginUI1")->Change();
-    button("cmdApply")->click();
-    QCOMPARE(page("IEPluginUI1")->applies, 1);
-}
-
 void tst_frmOptionsWindow::missingIconOrPageLeavesTheListWorking()
 {
     // Icons for the first row only; no page for the tags module.
-    QVERIFY(
-        QFile::copy(QuillonDataFolder() + "/Images/GeneralProp.gif", m_images.filePath("GeneralProp.gif")));
+    QTemporaryDir images;
+    QVERIFY(QFile::copy(QuillonDataFolder() + "/Images/GeneralProp.gif", images.filePath("GeneralProp.gif")));
     QStringList panes = kPanes;
     panes.removeAll("TagsUI1");
-    open(panes, m_images.path());
+    open(panes, images.path());
 
     QCOMPARE(m_prompts->texts(PromptKind::Alert), QStringList{"element not found"});
     QVERIFY(!grid()->item(0, 0)->icon().isNull());
@@ -283,27 +233,13 @@ void tst_frmOptionsWindow::missingIconOrPageLeavesTheListWorking()
     QVERIFY(page("ExportUI1")->isVisible());
 }
 
-void tst_frmOptionsWindow::addWizardReloadsTheCurrentPage()
-{
-    open();
-    int wizards = 0;
-    m_window->SetAddSubscription([&](QWidget *owner) {
-        QCOMPARE(owner, m_window.get());
-        ++wizards;
-    });
-    bool handled = true;
-    m_window->EditConfiguration(0, handled);
-    QVERIFY(!handled);
-    QCOMPARE(wizards, 1);
-    QVERIFY(page("GeneralUI1")->messages.contains("Reload=x"));
-}
-
-void tst_frmOptionsWindow::networkPageOpensFromTheOnlinePage()
+void tst_frmOptionsWindow::applyWizardAndNetworkPageFromTheOpenWindow()
 {
     open();
     click(1);
     ProbePage *online = page("OnlineUI1");
     ProbePage *network = page("NetworkUI1");
+    // The network page opens from the online page and applies on its own.
     online->findChild<QPushButton *>("cmdNetworkSettings")->click();
     QVERIFY(network->isVisible() && !online->isVisible());
     network->Change();
@@ -313,6 +249,34 @@ void tst_frmOptionsWindow::networkPageOpensFromTheOnlinePage()
     Q_EMIT grid()->cellClicked(1, 0); // the selected row again: the module's own page
     QVERIFY(online->isVisible() && !network->isVisible());
     QCOMPARE(selectedRow(), 1);
+
+    // A refused page still turns Apply off.
+    online->safe = false;
+    online->Change();
+    button("cmdApply")->click();
+    QCOMPARE(online->applies, 0);
+    QVERIFY(online->Dirty());
+    QVERIFY(!button("cmdApply")->isEnabled());
+
+    // A page that does not validate is applied without being asked.
+    click(2);
+    ProbePage *browser = page("IEPluginUI1");
+    browser->safe = false;
+    browser->Change();
+    button("cmdApply")->click();
+    QCOMPARE(browser->applies, 1);
+
+    // The add wizard runs over the window and reloads the current page.
+    int wizards = 0;
+    m_window->SetAddSubscription([&](QWidget *owner) {
+        QCOMPARE(owner, m_window.get());
+        ++wizards;
+    });
+    bool handled = true;
+    m_window->EditConfiguration(0, handled);
+    QVERIFY(!handled);
+    QCOMPARE(wizards, 1);
+    QVERIFY(browser->messages.contains("Reload=x"));
 }
 
 QTEST_MAIN(tst_frmOptionsWindow)

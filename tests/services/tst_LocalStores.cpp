@@ -43,8 +43,7 @@ class tst_LocalStores : public QObject
 
 private slots:
     void init();
-    void missingKeysYieldTheDefault();
-    void localStoreAndVendorBranchNeverMeet();
+    void missingKeysYieldTheDefaultAndTheStoresNeverMeet();
     void registryKeysAreCreatedAndEnumerated();
     void settingsFileStaysWholeWhenTheWriterIsKilled();
     void unsavedSettingsAreReportedOncePerRun();
@@ -60,7 +59,7 @@ void tst_LocalStores::init()
     LocalSettings::SetBaseFolder(m_dir->path());
 }
 
-void tst_LocalStores::missingKeysYieldTheDefault()
+void tst_LocalStores::missingKeysYieldTheDefaultAndTheStoresNeverMeet()
 {
     QCOMPARE(GetSetting(kApp, u"Quillon"_s, u"LogFileWanted"_s, u"1"_s), u"1"_s);
     QCOMPARE(GetRegistrySetting(kBrand, u"CONFIGCONSUMER"_s, u"PrefsVersion"_s, u"None"_s), u"None"_s);
@@ -76,10 +75,7 @@ void tst_LocalStores::missingKeysYieldTheDefault()
     // A value holding a list separator must come back as the same text.
     SaveSetting(kApp, u"NetworkModule"_s, u"proxy"_s, u"a, b"_s);
     QCOMPARE(GetSetting(kApp, u"NetworkModule"_s, u"proxy"_s), u"a, b"_s);
-}
 
-void tst_LocalStores::localStoreAndVendorBranchNeverMeet()
-{
     const QString section = u"CONFIGCONSUMER"_s;
     const QString key = u"PrefsVersion"_s;
     // The Outlook defaults page reads the vendor branch under "Quillon" and writes the local store.

@@ -1,27 +1,39 @@
 #pragma once
 
 #include "EngineCalls.h"
+#include "LocalSettings.h"
 #include "PromptRecorder.h"
 #include "TestEngine.h"
+#include "localization.h"
 
 #include <QObject>
+#include <QTemporaryDir>
 #include <QTest>
 
 #include <memory>
 
-// The base of tests over a real engine: a fresh engine and a client connected as
-// ConfigConsumer for each test function, the questions asked, and no handle left behind.
-// List this header in the test's sources so that it is moc'ed.
+// The base of tests over a real engine: the program's own settings in a folder of the test's
+// and its strings loaded, a fresh engine and a client connected as ConfigConsumer for each
+// test function, the questions asked, and no handle left behind. A test that needs more calls
+// these from its own slots of the same name. List this header in the test's sources so that
+// it is moc'ed.
 class EngineClientTest : public QObject
 {
     Q_OBJECT
 
 protected:
+    QTemporaryDir m_settings;
     std::unique_ptr<TestEngine> m_engine;
     quillon::SubscribeClientPtr m_client;
     std::unique_ptr<PromptRecorder> m_prompts;
 
-private Q_SLOTS:
+protected Q_SLOTS:
+    void initTestCase()
+    {
+        QVERIFY(m_settings.isValid());
+        LocalSettings::SetBaseFolder(m_settings.path());
+        LoadStrings(QuillonDataFolder());
+    }
     void init()
     {
         m_engine = std::make_unique<TestEngine>();
