@@ -59,6 +59,9 @@ EngineHandoff::Outcome EngineHandoff::openFeed(const QString &url)
     const Answer answer = submit(QStringLiteral("OPENFEED"), QStringLiteral("URL"), url);
     if (answer.message == QLatin1String("SubscriptionAddResult"))
         return {true, QStringLiteral("Subscribed to %1").arg(url)};
+    if (answer.message == QLatin1String("AlreadySubscribed"))
+        return {true,
+                QStringLiteral("Already subscribed to %1").arg(answer.title.isEmpty() ? url : answer.title)};
     if (answer.message == QLatin1String("PreviewOffered"))
         return {true, QStringLiteral("ConfigConsumer shows a preview of %1").arg(url)};
     return {false, answer.received ? answer.error : QStringLiteral("The engine did not answer")};

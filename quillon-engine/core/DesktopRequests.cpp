@@ -5,6 +5,7 @@
 #include "Outbox.h"
 #include "SessionTable.h"
 #include "SettingsStore.h"
+#include "SubscriptionStore.h"
 
 #include <algorithm>
 
@@ -37,6 +38,13 @@ void DesktopRequests::openFeed(const Origin &origin, const PropertyBag &request)
     if (url.isEmpty())
         return refuse(origin, QStringLiteral("The feed to open has no URL"));
     const QString title = field(request, "TITLE");
+    // A link clicked twice is one subscription.
+    if (const auto id = m_subscriptions.findByUrl(url)) {
+        auto payload = m_subscriptions.itemBag(*id);
+        m_outbox.toCallback(origin.session, origin.callbackId,
+                            EngineMessages::message(QStringLiteral("AlreadySubscribed"), payload));
+        return;
+    }
     if (previewWanted() && configConsumersConnected() > 0) {
         auto payload = PropertyBag::create();
         payload->setText(QStringLiteral("URL"), url);

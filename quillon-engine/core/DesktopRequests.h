@@ -7,19 +7,21 @@ namespace quillon {
 class Outbox;
 class SessionTable;
 class SettingsStore;
+class SubscriptionStore;
 
 // What the desktop hands the engine through the opener (a feed link clicked in a browser, a
 // feed or OPML file opened from the file manager): REQUEST "OPENFEED" subscribes to a feed,
-// or lets a running ConfigConsumer preview it first; REQUEST "IMPORTOPML" passes an OPML file
-// to a running ConfigConsumer, which alone can show what to import.
+// or lets a running ConfigConsumer preview it first, unless it is subscribed already; REQUEST "IMPORTOPML"
+// passes an OPML file to a running ConfigConsumer, which alone can show what to import.
 class DesktopRequests
 {
 public:
     using Origin = RequestProcessor::Origin;
 
-    DesktopRequests(RequestProcessor &requests, SettingsStore &settings, const SessionTable &sessions,
-                    Outbox &outbox)
-        : m_requests(requests), m_settings(settings), m_sessions(sessions), m_outbox(outbox)
+    DesktopRequests(RequestProcessor &requests, SubscriptionStore &subscriptions, SettingsStore &settings,
+                    const SessionTable &sessions, Outbox &outbox)
+        : m_requests(requests), m_subscriptions(subscriptions), m_settings(settings), m_sessions(sessions),
+          m_outbox(outbox)
     {
     }
 
@@ -33,6 +35,7 @@ private:
     void refuse(const Origin &origin, const QString &error);
 
     RequestProcessor &m_requests;
+    SubscriptionStore &m_subscriptions;
     SettingsStore &m_settings;
     const SessionTable &m_sessions;
     Outbox &m_outbox;

@@ -113,6 +113,15 @@ bool SubscriptionStore::exists(qint32 id)
                 .isEmpty();
 }
 
+std::optional<qint32> SubscriptionStore::findByUrl(const QString &url)
+{
+    const auto rows = m_db.select(QStringLiteral("SELECT id FROM subscriptions WHERE url = ? LIMIT 1"), {url},
+                                  "looking up a subscription by address");
+    if (rows.isEmpty())
+        return std::nullopt;
+    return rows.constFirst().constFirst().toInt();
+}
+
 void SubscriptionStore::requireExists(qint32 id)
 {
     if (!exists(id))

@@ -56,6 +56,8 @@ public:
     // (kept when those are already set), so no password shows wherever an address is shown.
     void moveLoginsOutOfAddresses();
     [[nodiscard]] bool exists(qint32 id);
+    // The subscription to this address, if there is one.
+    [[nodiscard]] std::optional<qint32> findByUrl(const QString &url);
     // Throws EngineError naming the ID when there is no such subscription.
     void requireExists(qint32 id);
     [[nodiscard]] QList<qint32> allIds();

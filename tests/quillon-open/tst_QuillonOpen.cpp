@@ -123,8 +123,11 @@ void tst_QuillonOpen::openedAddressesReachConfigConsumer()
     auto env = QProcessEnvironment::systemEnvironment();
     env.insert("QUILLON_ENGINE_SOCKET", engine.socketName());
     opener.setProcessEnvironment(env);
-    opener.start(DaemonProcess::executable("quillon-open"), {argument});
-    QTRY_COMPARE_WITH_TIMEOUT(opener.state(), QProcess::NotRunning, 40000);
+    const auto open = [&] {
+        opener.start(DaemonProcess::executable("quillon-open"), {argument});
+        QTRY_COMPARE_WITH_TIMEOUT(opener.state(), QProcess::NotRunning, 40000);
+    };
+    open();
     QCOMPARE(opener.exitCode(), shown.isEmpty() ? 1 : 0);
     if (shown.contains('|'))
         QTRY_COMPARE_WITH_TIMEOUT(rows, shown.split('|'), 20000);
@@ -135,6 +138,11 @@ void tst_QuillonOpen::openedAddressesReachConfigConsumer()
     QTRY_COMPARE_WITH_TIMEOUT(EngineCalls::ConsumerItems(*other, "OLCONSUMER").size(), 1, 20000);
     QCOMPARE(EngineCalls::ItemText(*other, EngineCalls::ConsumerItems(*other, "*").constFirst(), "URL"),
              shown);
+    QCOMPARE(previews, windowRuns && preview == "1" ? 1 : 0);
+    // Opened again: still one subscription, and no second preview.
+    open();
+    QVERIFY(opener.readAllStandardOutput().startsWith("Already subscribed"));
+    QCOMPARE(EngineCalls::ConsumerItems(*other, "*").size(), 1);
     QCOMPARE(previews, windowRuns && preview == "1" ? 1 : 0);
     // Named by its address until the window reads the list again, then by the feed's title.
     if (windowRuns)
