@@ -106,7 +106,8 @@ void EngineCorePrivate::open()
     m_log = std::make_unique<EngineLog>(*db, logFile.isEmpty() ? folder.filePath(QStringLiteral("engine.log"))
                                                                : logFile);
     m_requests = std::make_unique<RequestProcessor>(*m_subscriptions, *m_bindings, m_outbox);
-    m_desktop = std::make_unique<DesktopRequests>(*m_requests, *m_subscriptions, *m_settings, sessions, m_outbox);
+    m_desktop =
+        std::make_unique<DesktopRequests>(*m_requests, *m_subscriptions, *m_settings, sessions, m_outbox);
     m_desktop->registerWith(*m_requests);
     m_articles = std::make_unique<ArticleStore>(*db);
     m_defaults = std::make_unique<EngineDefaults>(*m_settings);
