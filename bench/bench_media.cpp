@@ -2,12 +2,15 @@
 // Python's threaded http.server on 127.0.0.1. Timed, each on the same files in the same run:
 // the engine daemon with quillon-media from the add of the feed to the last file filed in the
 // Music folder; gPodder's command line (`gpo subscribe` + `gpo download`) when it is installed;
-// and `curl --parallel` fetching the same addresses into one folder, the floor.
-// Usage: bench_media [--files 200] [--mib 5]
+// and `curl --parallel` fetching the same addresses into one folder, the floor. Each run starts
+// after a `sync`, so no contender pays for writing back the files of the one before; the
+// figures are the medians of the runs, wall and CPU (every process the contender started).
+// Usage: bench_media [--files 200] [--mib 5] [--runs 3] [--only quillon-media]
 
 #include "DaemonProcess.h"
 #include "EngineCalls.h"
 #include "FunctionCallback.h"
+#include "ProcessCpu.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
@@ -20,7 +23,9 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <algorithm>
 #include <cstdio>
+#include <functional>
 
 using namespace quillon;
 
@@ -113,7 +118,8 @@ qint64 runOurs(const Served &served, const QString &home, int files)
 
 qint64 runCurl(const Served &served, const QString &dir)
 {
-    QStringList args = {QStringLiteral("--parallel"), QStringLiteral("-s"), QStringLiteral("--create-dirs")};
+    QStringList args = {QStringLiteral("--parallel"), QStringLiteral("-s"),
+                        QStringLiteral("--no-progress-meter"), QStringLiteral("--create-dirs")};
     for (const QString &url : served.urls)
         args << QStringLiteral("-o") << dir + QLatin1Char('/') + url.section(QLatin1Char('/'), -1) << url;
     QElapsedTimer timer;
@@ -141,14 +147,54 @@ qint64 runGpo(const Served &served, const QString &dir)
     return timer.elapsed();
 }
 
-void report(const char *who, qint64 ms, qint64 bytes)
+// One downloader's runs: wall milliseconds (-1 failed, -2 not installed) and CPU milliseconds.
+struct Contender
 {
+    const char *name;
+    std::function<qint64(const QString &dir)> run;
+    QList<qint64> wall;
+    QList<qint64> cpu;
+};
+
+qint64 median(QList<qint64> values)
+{
+    std::sort(values.begin(), values.end());
+    return values.isEmpty() ? -1 : values.at(values.size() / 2);
+}
+
+QByteArray loadAverage()
+{
+    QFile file(QStringLiteral("/proc/loadavg"));
+    return file.open(QIODevice::ReadOnly) ? file.readAll().split(' ').mid(0, 3).join(' ') : QByteArray("?");
+}
+
+void runOnce(Contender &contender, const QString &dir)
+{
+    QProcess::execute(QStringLiteral("sync"), {});
+    const qint64 cpuBefore = waitedChildrenCpuMillis();
+    const qint64 ms = contender.run(dir);
+    const qint64 cpu = waitedChildrenCpuMillis() - cpuBefore;
+    QDir(dir).removeRecursively();
+    std::printf("  %-16s %7.2f s wall %7.2f s CPU (load %s)\n", contender.name, ms / 1000.0, cpu / 1000.0,
+                loadAverage().constData());
+    std::fflush(stdout);
+    contender.wall.append(ms);
+    contender.cpu.append(cpu);
+}
+
+void report(const Contender &contender, qint64 bytes)
+{
+    const qint64 ms = contender.wall.contains(-2)   ? -2
+                      : contender.wall.contains(-1) ? -1
+                                                    : median(contender.wall);
     if (ms == -2)
-        std::printf("%-14s not installed\n", who);
+        std::printf("%-16s not installed\n", contender.name);
     else if (ms < 0)
-        std::printf("%-14s failed\n", who);
+        std::printf("%-16s failed\n", contender.name);
     else
-        std::printf("%-14s %7.2f s  %7.1f MiB/s\n", who, ms / 1000.0, double(bytes >> 20) / (ms / 1000.0));
+        std::printf("%-16s %7.2f s  %7.1f MiB/s  CPU %6.2f s (medians of %lld)\n", contender.name,
+                    ms / 1000.0, double(bytes >> 20) / (ms / 1000.0), median(contender.cpu) / 1000.0,
+                    qlonglong(contender.wall.size()));
 }
 } // namespace
 
@@ -160,7 +206,11 @@ int main(int argc, char *argv[])
                                    QStringLiteral("200"));
     const QCommandLineOption mib(QStringLiteral("mib"), QStringLiteral("MiB each"), QStringLiteral("n"),
                                  QStringLiteral("5"));
-    parser.addOptions({files, mib});
+    const QCommandLineOption runs(QStringLiteral("runs"), QStringLiteral("Runs of each"), QStringLiteral("n"),
+                                  QStringLiteral("3"));
+    const QCommandLineOption only(QStringLiteral("only"), QStringLiteral("Run only this downloader"),
+                                  QStringLiteral("name"));
+    parser.addOptions({files, mib, runs, only});
     parser.process(app);
     const int n = parser.value(files).toInt();
     const int size = parser.value(mib).toInt();
@@ -170,11 +220,21 @@ int main(int argc, char *argv[])
         std::fprintf(stderr, "bench_media: the files could not be served\n");
         return 1;
     }
-    const qint64 bytes = qint64(n) * size << 20;
-    std::printf("%d enclosures of %d MiB from %s\n", n, size, qPrintable(served.base));
-    report("curl --parallel", runCurl(served, dir.filePath(QStringLiteral("curl"))), bytes);
-    report("quillon-media", runOurs(served, dir.filePath(QStringLiteral("home")), n), bytes);
-    report("gpo", runGpo(served, dir.filePath(QStringLiteral("gpo"))), bytes);
+    std::printf("%d enclosures of %d MiB from %s, load %s\n", n, size, qPrintable(served.base),
+                loadAverage().constData());
+    QList<Contender> contenders = {
+        {"curl --parallel", [&](const QString &d) { return runCurl(served, d); }, {}, {}},
+        {"quillon-media", [&](const QString &d) { return runOurs(served, d, n); }, {}, {}},
+        {"gpo", [&](const QString &d) { return runGpo(served, d); }, {}, {}}};
+    if (parser.isSet(only))
+        contenders.removeIf(
+            [&](const Contender &c) { return !QString::fromLatin1(c.name).startsWith(parser.value(only)); });
+    for (int run = 0; run < std::max(1, parser.value(runs).toInt()); ++run) {
+        for (Contender &contender : contenders)
+            runOnce(contender, dir.filePath(QString::fromLatin1(contender.name).section(' ', 0, 0)));
+    }
+    for (const Contender &contender : contenders)
+        report(contender, qint64(n) * size << 20);
     served.process.kill();
     served.process.waitForFinished();
     return 0;

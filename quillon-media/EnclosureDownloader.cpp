@@ -6,6 +6,10 @@
 #include <QDir>
 #include <QFileInfo>
 
+namespace {
+constexpr long kReadBytes = 512 * 1024;
+} // namespace
+
 EnclosureDownloader::EnclosureDownloader(Limits limits, std::shared_ptr<quillon::FetchPolicy> policy,
                                          QObject *parent)
     : QObject(parent), m_limits(limits), m_policy(std::move(policy)),
@@ -73,6 +77,8 @@ bool EnclosureDownloader::setUp(CURL *easy, Transfer &transfer)
     curl_easy_setopt(easy, CURLOPT_LOW_SPEED_LIMIT, 1L);
     curl_easy_setopt(easy, CURLOPT_LOW_SPEED_TIME, 60L);
     curl_easy_setopt(easy, CURLOPT_USERAGENT, "quillon-media/1.0");
+    // Large reads: curl's 16 KiB woke the event loop and wrote the part for every 16 KiB.
+    curl_easy_setopt(easy, CURLOPT_BUFFERSIZE, kReadBytes);
     curl_easy_setopt(easy, CURLOPT_MAXFILESIZE_LARGE, curl_off_t(transfer.maxBytes));
     if (transfer.offset > 0)
         curl_easy_setopt(easy, CURLOPT_RESUME_FROM_LARGE, curl_off_t(transfer.offset));
