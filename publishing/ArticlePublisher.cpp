@@ -101,7 +101,7 @@ bool ArticlePublisher::AskPassword(WeblogSettings &weblog)
 bool ArticlePublisher::PostTo(const WeblogSettings &weblog, const WeblogApi::Post &post)
 {
     WeblogConnection connection(m_client);
-    WeblogApi api(connection, QUrl(weblog.postUrl));
+    WeblogApi api(connection, QUrl(weblog.postUrl), weblog.api);
     QApplication::setOverrideCursor(Qt::WaitCursor);
     const std::optional<QString> id =
         api.NewPost(weblog.blogId, weblog.user, weblog.password, post,

@@ -82,6 +82,7 @@ qint32 AddWeblog(quillon::SubscribeClient &client, const WeblogSettings &setting
         {QStringLiteral("blogUrl"), settings.blogUrl},
         {QStringLiteral("blog_id"), settings.blogId},
         {QStringLiteral("enabled"), BoolToText(settings.enabled)},
+        {QStringLiteral("api"), settings.api},
         {kTitleKey, settings.title}};
     for (const auto &[key, value] : values)
         SetRecordValue(client, number, key, value);
@@ -100,7 +101,8 @@ WeblogSettings ReadWeblog(quillon::SubscribeClient &client, qint32 number)
             value(QStringLiteral("service.post")),
             value(QStringLiteral("blogUrl")),
             value(QStringLiteral("blog_id"), QStringLiteral("1")),
-            TextToBool(value(QStringLiteral("enabled"), BoolToText(true)))};
+            TextToBool(value(QStringLiteral("enabled"), BoolToText(true))),
+            value(QStringLiteral("api"))};
 }
 
 QString ServiceName(qint32 code)

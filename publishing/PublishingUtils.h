@@ -44,6 +44,7 @@ struct WeblogSettings
     QString blogUrl;
     QString blogId;
     bool enabled = true;
+    QString api; // the interface posts go through, as the service names it; empty: by publisher
 };
 
 // Writes a new record after the last used number and returns that number.

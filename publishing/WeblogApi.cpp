@@ -9,19 +9,27 @@ namespace {
 const QString kAppKey = QStringLiteral("0123456789ABCDEF");
 } // namespace
 
-WeblogApi::WeblogApi(WeblogConnection &connection, QUrl postingAddress)
-    : m_connection(connection), m_address(std::move(postingAddress))
+WeblogApi::WeblogApi(WeblogConnection &connection, QUrl postingAddress, const QString &interfaceName)
+    : m_connection(connection), m_address(std::move(postingAddress)),
+      m_rest(interfaceName.compare(QLatin1String("WP-API"), Qt::CaseInsensitive) == 0)
 {
 }
 
-std::optional<QVariant> WeblogApi::Call(const QString &method, const QVariantList &params)
+bool WeblogApi::Start()
 {
     m_error.clear();
     m_faultCode = 0;
     if (!m_address.isValid() || m_address.scheme().isEmpty()) {
         m_error = QStringLiteral("\"%1\" is not a posting address.").arg(m_address.toString());
-        return std::nullopt;
+        return false;
     }
+    return true;
+}
+
+std::optional<QVariant> WeblogApi::Call(const QString &method, const QVariantList &params)
+{
+    if (!Start())
+        return std::nullopt;
     const WeblogConnection::Answer reply =
         m_connection.Post(m_address, XmlRpcCodec::EncodeCall(method, params), "text/xml");
     // A fault may come with an HTTP error status; its text says more than the status.
@@ -44,6 +52,8 @@ std::optional<QVariant> WeblogApi::Call(const QString &method, const QVariantLis
 
 std::optional<QList<WeblogApi::Weblog>> WeblogApi::GetUsersBlogs(const QString &user, const QString &password)
 {
+    if (m_rest)
+        return RestUsersBlogs(user, password);
     const std::optional<QVariant> answer =
         Call(QStringLiteral("blogger.getUsersBlogs"), {kAppKey, user, password});
     if (!answer)
@@ -61,6 +71,8 @@ std::optional<QList<WeblogApi::Weblog>> WeblogApi::GetUsersBlogs(const QString &
 std::optional<QString> WeblogApi::NewPost(const QString &blogId, const QString &user, const QString &password,
                                           const Post &post, bool bloggerOnly)
 {
+    if (m_rest)
+        return RestNewPost(user, password, post);
     std::optional<QVariant> answer;
     if (bloggerOnly) {
         const QString text = QStringLiteral("<title>%1</title>%2").arg(post.title.toHtmlEscaped(), post.body);

@@ -21,17 +21,18 @@ WeblogConnection::WeblogConnection(quillon::SubscribeClientPtr client, int timeo
     m_network.setRedirectPolicy(QNetworkRequest::NoLessSafeRedirectPolicy);
 }
 
-WeblogConnection::Answer WeblogConnection::Get(const QUrl &url)
+WeblogConnection::Answer WeblogConnection::Get(const QUrl &url, const QByteArray &authorization)
 {
-    return Send(QNetworkRequest(url), nullptr);
+    return Send(QNetworkRequest(url), nullptr, authorization);
 }
 
 WeblogConnection::Answer WeblogConnection::Post(const QUrl &url, const QByteArray &body,
-                                                const QByteArray &contentType)
+                                                const QByteArray &contentType,
+                                                const QByteArray &authorization)
 {
     QNetworkRequest request(url);
     request.setHeader(QNetworkRequest::ContentTypeHeader, contentType);
-    return Send(request, &body);
+    return Send(request, &body, authorization);
 }
 
 // The engine decides the route, so a weblog is reached as the feeds are.
@@ -57,17 +58,20 @@ void WeblogConnection::UseRouteFor(const QUrl &url)
     m_network.setProxy(route);
 }
 
-WeblogConnection::Answer WeblogConnection::Send(QNetworkRequest request, const QByteArray *body)
+WeblogConnection::Answer WeblogConnection::Send(QNetworkRequest request, const QByteArray *body,
+                                                const QByteArray &authorization)
 {
     UseRouteFor(request.url());
+    if (!authorization.isEmpty())
+        request.setRawHeader("Authorization", authorization);
     request.setTransferTimeout(m_timeoutMs);
     std::unique_ptr<QNetworkReply> reply(body ? m_network.post(request, *body) : m_network.get(request));
     QEventLoop wait;
     QObject::connect(reply.get(), &QNetworkReply::finished, &wait, &QEventLoop::quit);
     wait.exec(QEventLoop::ExcludeUserInputEvents);
-    Answer answer{reply->readAll(), reply->url(), QString()};
+    const int status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
+    Answer answer{reply->readAll(), reply->url(), QString(), status};
     if (reply->error() != QNetworkReply::NoError) {
-        const int status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
         answer.error = status > 0
                            ? QStringLiteral("HTTP %1 %2")
                                  .arg(status)

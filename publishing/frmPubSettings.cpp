@@ -72,7 +72,7 @@ void frmPubSettings::OnOK()
     const QUrl postUrl = PostingAddress(service, connection);
     if (postUrl.isEmpty())
         return;
-    const std::optional<QList<WeblogApi::Weblog>> weblogs = AccountWeblogs(connection, postUrl);
+    const std::optional<QList<WeblogApi::Weblog>> weblogs = AccountWeblogs(connection, service, postUrl);
     if (!weblogs)
         return;
     const QList<WeblogApi::Weblog> offered = NotConfigured(*weblogs);
@@ -123,10 +123,10 @@ void frmPubSettings::ShowNoPostingAddress(const QString &why)
               why);
 }
 
-std::optional<QList<WeblogApi::Weblog>> frmPubSettings::AccountWeblogs(WeblogConnection &connection,
-                                                                       const QUrl &postUrl)
+std::optional<QList<WeblogApi::Weblog>>
+frmPubSettings::AccountWeblogs(WeblogConnection &connection, const BlogService &service, const QUrl &postUrl)
 {
-    WeblogApi api(connection, postUrl);
+    WeblogApi api(connection, postUrl, service.api);
     std::optional<QList<WeblogApi::Weblog>> weblogs;
     {
         const BusyCursor busy;
@@ -185,7 +185,7 @@ void frmPubSettings::AddRecords(const BlogService &service, const QUrl &postUrl,
                 title = weblog.url;
             AddWeblog(*m_client, {title, ui->txtPubUsername->text(),
                                   savePassword ? ui->txtPubPassword->text() : QString(), service.code,
-                                  postUrl.toString(), weblog.url, weblog.id, true});
+                                  postUrl.toString(), weblog.url, weblog.id, true, service.api});
         }
     } catch (const std::exception &e) {
         ShowAlert(this, QStringLiteral("The weblog could not be saved."), QString::fromUtf8(e.what()));

@@ -36,8 +36,8 @@ private:
     void OnOK();
     // The address posts go to; empty after telling the user why.
     [[nodiscard]] QUrl PostingAddress(const BlogService &service, WeblogConnection &connection);
-    [[nodiscard]] std::optional<QList<WeblogApi::Weblog>> AccountWeblogs(WeblogConnection &connection,
-                                                                         const QUrl &postUrl);
+    [[nodiscard]] std::optional<QList<WeblogApi::Weblog>>
+    AccountWeblogs(WeblogConnection &connection, const BlogService &service, const QUrl &postUrl);
     [[nodiscard]] QList<WeblogApi::Weblog> NotConfigured(const QList<WeblogApi::Weblog> &weblogs) const;
     void AddRecords(const BlogService &service, const QUrl &postUrl, const QList<WeblogApi::Weblog> &chosen);
     void ShowNoPostingAddress(const QString &why);

@@ -127,6 +127,8 @@ void tst_WeblogPublishing::addWeblog_data()
         "No valid publishing URL's found.  Please check the values you entered and try again.";
     QTest::newRow("found from the weblog")
         << "WordPress" << QStringList() << home << "" << good << true << "" << 1;
+    QTest::newRow("REST found from the weblog") << "WordPress (application password)" << QStringList() << home
+                                                << "" << m_wordpress.applicationPassword() << true << "" << 1;
     QTest::newRow("after 1 and 3, 2 deleted; password not kept")
         << "MetaWeblog server" << QStringList{"One", "DELETED", "Three"} << home << "" << good << false << ""
         << 4;
@@ -135,6 +137,8 @@ void tst_WeblogPublishing::addWeblog_data()
     QTest::newRow("already configured")
         << "WordPress" << QStringList{"HOME"} << home << "" << good << true
         << "You have already configured all available Weblogs for this publisher." << 0;
+    QTest::newRow("REST, wrong password") << "WordPress (application password)" << QStringList() << home << ""
+                                          << "wrong" << true << "You are not currently logged in." << 0;
     QTest::newRow("wrong password") << "WordPress" << QStringList() << home << ""
                                     << "wrong" << true << "Incorrect username or password." << 0;
     QTest::newRow("no address given") << "WordPress" << QStringList() << ""
@@ -161,8 +165,9 @@ void tst_WeblogPublishing::addWeblog()
     needWordPress();
     for (const QString &title : stored) {
         const bool home = title == "HOME";
-        AddWeblog(*m_client, {home ? WordPressServer::kTitle : title, "someone", "", 0, "http://a.example/x",
-                              home ? m_wordpress.home().toString() : "http://a.example/" + title, "1", true});
+        AddWeblog(*m_client,
+                  {home ? WordPressServer::kTitle : title, "someone", "", 0, "http://a.example/x",
+                   home ? m_wordpress.home().toString() : "http://a.example/" + title, "1", true, ""});
     }
     QStringList offered;
     bool okAfterClear = true;
@@ -210,7 +215,9 @@ void tst_WeblogPublishing::addWeblog()
     QCOMPARE(added.user, WordPressServer::kUser);
     QCOMPARE(added.password, keepPassword ? password : QString());
     QCOMPARE(added.publisher, 0);
-    QCOMPARE(added.postUrl, m_wordpress.xmlrpc().toString());
+    const bool rest = service.endsWith("(application password)");
+    QCOMPARE(added.postUrl, (rest ? m_wordpress.restRoot() : m_wordpress.xmlrpc()).toString());
+    QCOMPARE(added.api, rest ? "WP-API" : "MetaWeblog");
     QCOMPARE(added.blogUrl, m_wordpress.home().toString());
     QCOMPARE(added.blogId, "1");
     QVERIFY(added.enabled);
@@ -266,14 +273,17 @@ void tst_WeblogPublishing::publishArticle_data()
     QTest::addColumn<QString>("password");
     QTest::addColumn<QString>("defaults"); // "as is", "edit first" or "quick"
     QTest::addColumn<QString>("alert");
+    QTest::addColumn<QString>("api");
     const QString good = WordPressServer::kPassword;
-    QTest::newRow("as is") << true << good << "as is"
-                           << "The item was published.";
-    QTest::newRow("edit first, password asked") << false << good << "edit first"
-                                                << "The item was published.";
+    const QString published = "The item was published.";
+    QTest::newRow("as is") << true << good << "as is" << published << "";
+    QTest::newRow("edit first, password asked") << false << good << "edit first" << published << "";
     QTest::newRow("quick, wrong password") << true << "wrong"
                                            << "quick"
-                                           << "The item could not be published to Field Notes.";
+                                           << "The item could not be published to Field Notes."
+                                           << "";
+    QTest::newRow("as is, through REST")
+        << true << m_wordpress.applicationPassword() << "as is" << published << "WP-API";
 }
 
 void tst_WeblogPublishing::publishArticle()
@@ -282,9 +292,11 @@ void tst_WeblogPublishing::publishArticle()
     QFETCH(QString, password);
     QFETCH(QString, defaults);
     QFETCH(QString, alert);
+    QFETCH(QString, api);
     needWordPress();
+    const QUrl postUrl = api.isEmpty() ? m_wordpress.xmlrpc() : m_wordpress.restRoot();
     AddWeblog(*m_client, {WordPressServer::kTitle, WordPressServer::kUser, keepPassword ? password : "", 0,
-                          m_wordpress.xmlrpc().toString(), m_wordpress.home().toString(), "1", true});
+                          postUrl.toString(), m_wordpress.home().toString(), "1", true, api});
     SetConsumerSetting(*m_client, "ENGINE", "Publishing_defaults", "PUBDLG_editFirst",
                        defaults == "edit first" ? "1" : "0");
     SetConsumerSetting(*m_client, "ENGINE", "Publishing_defaults", "PUBDLG_alwaysDoCurrentSettings",
@@ -358,7 +370,7 @@ QString tst_WeblogPublishing::deliveredMessage()
                   {"--socket", m_daemon->socketName(), "--maildir", m_mail.filePath("Mail"), "--once"});
     deliver.waitForFinished(60000);
     AddWeblog(*client, {WordPressServer::kTitle, WordPressServer::kUser, WordPressServer::kPassword, 0,
-                        m_wordpress.xmlrpc().toString(), m_wordpress.home().toString(), "1", true});
+                        m_wordpress.xmlrpc().toString(), m_wordpress.home().toString(), "1", true, ""});
     SetConsumerSetting(*client, "ENGINE", "Publishing_defaults", "PUBDLG_alwaysDoCurrentSettings", "1");
     SetConsumerSetting(*client, "ENGINE", "Publishing_defaults", "PUBDLG_showSuccessDialog", "0");
     return message();

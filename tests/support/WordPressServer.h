@@ -25,6 +25,13 @@ public:
 
     [[nodiscard]] QUrl home() const { return QUrl(QStringLiteral("http://127.0.0.1:%1/").arg(m_port)); }
     [[nodiscard]] QUrl xmlrpc() const { return home().resolved(QUrl(QStringLiteral("xmlrpc.php"))); }
+    // The REST interface's root as WordPress names it without pretty addresses.
+    [[nodiscard]] QUrl restRoot() const
+    {
+        return home().resolved(QUrl(QStringLiteral("index.php?rest_route=/")));
+    }
+    // The account's application password, made at the start.
+    [[nodiscard]] const QString &applicationPassword() const { return m_applicationPassword; }
     // The published posts, newest first: objects with "title", "content" and "url".
     [[nodiscard]] QJsonArray posts() const;
 
@@ -36,6 +43,7 @@ private:
     [[nodiscard]] bool startDatabase();
     [[nodiscard]] bool startPhp();
     [[nodiscard]] bool install();
+    [[nodiscard]] bool makeApplicationPassword();
     [[nodiscard]] QByteArray sql(const QString &statement,
                                  const QString &database = QStringLiteral("wordpress")) const;
     [[nodiscard]] bool fail(const QString &why);
@@ -45,4 +53,5 @@ private:
     QProcess m_php;
     quint16 m_port = 0;
     QString m_error;
+    QString m_applicationPassword;
 };
