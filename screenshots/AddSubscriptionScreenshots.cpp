@@ -166,7 +166,7 @@ int main(int argc, char *argv[])
 {
     WebArticleView::PrepareProcess();
     QApplication app(argc, argv);
-    const QDir out(argc > 1 ? QString::fromLocal8Bit(argv[1]) : QDir::currentPath());
+    const QDir out(Shots::outputFolder(argc, argv));
     QTemporaryDir settings;
     Shots::quietSettings(settings);
     TestEngine engine;

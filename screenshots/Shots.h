@@ -3,6 +3,7 @@
 #include "LocalSettings.h"
 #include "PromptSeam.h"
 
+#include <QDir>
 #include <QPixmap>
 #include <QString>
 #include <QTemporaryDir>
@@ -28,6 +29,12 @@ inline void quietSettings(const QTemporaryDir &settings)
     SaveSetting("Quillon", "Quillon", "LogFileWanted", "0");
     SaveSetting("Quillon", "CONFIGCONSUMER", "ConfigAppFirstRun", "1");
     PromptSeam::SetHandler([](Prompt &prompt) { return PromptSeam::NeutralAnswer(prompt.kind); });
+}
+
+// The folder named first on the command line, else the current one.
+inline QString outputFolder(int argc, char *argv[])
+{
+    return argc > 1 ? QString::fromLocal8Bit(argv[1]) : QDir::currentPath();
 }
 
 // Saves the picture and says which file it wrote, or could not.
