@@ -5,12 +5,20 @@
 #include <QCborArray>
 #include <QRandomGenerator>
 #include <QTest>
+#include <QtEndian>
 
 #include <limits>
 
 using namespace quillon;
 
 namespace {
+
+QByteArray framed(const QByteArray &payload)
+{
+    QByteArray header(4, Qt::Uninitialized);
+    qToBigEndian(quint32(payload.size()), header.data());
+    return header + payload;
+}
 
 PropertyValue randomValue(QRandomGenerator &random, int depth)
 {
@@ -58,18 +66,16 @@ class tst_WireCodec : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void randomNestedValuesSurviveTheWire();
+    void valuesSurviveTheWire();
     void decodeRejectsWhatIsNotAValue_data();
     void decodeRejectsWhatIsNotAValue();
-    void integerLimitsAreKept();
-    void bagInsideItselfFailsCleanly();
-    void malformedPayloadsAreRejected();
+    void payloadsAndRequestsAreChecked();
     void garbageNeverCrashes();
-    void requestsNeedIdOperationAndArguments();
     void largeAndHostileFramesStayBounded();
+    void framesSurviveAnySplitAndBadLengthsBreakTheStream();
 };
 
-void tst_WireCodec::randomNestedValuesSurviveTheWire()
+void tst_WireCodec::valuesSurviveTheWire()
 {
     QRandomGenerator random(20240611);
     for (int i = 0; i < 500; ++i) {
@@ -79,6 +85,16 @@ void tst_WireCodec::randomNestedValuesSurviveTheWire()
         // Byte-equal re-encoding also proves that the order of names was kept.
         QCOMPARE(WireCodec::encode(back).toCbor(), WireCodec::encode(value).toCbor());
     }
+    for (qint32 n : {std::numeric_limits<qint32>::min(), std::numeric_limits<qint32>::max(), kMissing, 0})
+        QCOMPARE(std::get<qint32>(throughTheWire(n)), n);
+    QVERIFY(std::holds_alternative<std::monostate>(throughTheWire({})));
+    QCOMPARE(std::get<QString>(throughTheWire(QString())), QString());
+
+    // A bag inside itself fails cleanly.
+    auto bag = PropertyBag::create();
+    bag->set("self", bag);
+    QVERIFY_THROWS_EXCEPTION(EngineError, (void)WireCodec::frame(WireCodec::reply(1, bag)));
+    bag->remove("self");
 }
 
 void tst_WireCodec::decodeRejectsWhatIsNotAValue_data()
@@ -105,23 +121,7 @@ void tst_WireCodec::decodeRejectsWhatIsNotAValue()
     QVERIFY_THROWS_EXCEPTION(EngineError, (void)WireCodec::decode(value));
 }
 
-void tst_WireCodec::integerLimitsAreKept()
-{
-    for (qint32 n : {std::numeric_limits<qint32>::min(), std::numeric_limits<qint32>::max(), kMissing, 0})
-        QCOMPARE(std::get<qint32>(throughTheWire(n)), n);
-    QVERIFY(std::holds_alternative<std::monostate>(throughTheWire({})));
-    QCOMPARE(std::get<QString>(throughTheWire(QString())), QString());
-}
-
-void tst_WireCodec::bagInsideItselfFailsCleanly()
-{
-    auto bag = PropertyBag::create();
-    bag->set("self", bag);
-    QVERIFY_THROWS_EXCEPTION(EngineError, (void)WireCodec::frame(WireCodec::reply(1, bag)));
-    bag->remove("self");
-}
-
-void tst_WireCodec::malformedPayloadsAreRejected()
+void tst_WireCodec::payloadsAndRequestsAreChecked()
 {
     const QByteArray good = QCborValue(QCborMap{{"k", 1}}).toCbor();
     const QList<QByteArray> bad = {QByteArray(), good.left(good.size() - 1), good + good,
@@ -129,6 +129,19 @@ void tst_WireCodec::malformedPayloadsAreRejected()
     QCOMPARE(WireCodec::parsePayload(good).value("k").toInteger(), 1);
     for (const QByteArray &payload : bad)
         QVERIFY_THROWS_EXCEPTION(EngineError, (void)WireCodec::parsePayload(payload));
+
+    // A request needs its id, operation and arguments.
+    const QCborMap full = WireCodec::request(5, "GetItemBag", {"NEWS", 12, 0});
+    const WireRequest request = WireCodec::readRequest(full);
+    QCOMPARE(request.id, 5);
+    QCOMPARE(request.operation, "GetItemBag");
+    QCOMPARE(request.args.size(), 3);
+    QCOMPARE(std::get<qint32>(request.args.at(1)), 12);
+    for (const QString &key : {WireCodec::kId, WireCodec::kOperation, WireCodec::kArgs}) {
+        QCborMap partial = full;
+        partial.remove(key);
+        QVERIFY_THROWS_EXCEPTION(EngineError, (void)WireCodec::readRequest(partial));
+    }
 }
 
 void tst_WireCodec::garbageNeverCrashes()
@@ -156,21 +169,6 @@ void tst_WireCodec::garbageNeverCrashes()
         }
     }
     QVERIFY(rejected > 1500);
-}
-
-void tst_WireCodec::requestsNeedIdOperationAndArguments()
-{
-    const QCborMap full = WireCodec::request(5, "GetItemBag", {"NEWS", 12, 0});
-    const WireRequest request = WireCodec::readRequest(full);
-    QCOMPARE(request.id, 5);
-    QCOMPARE(request.operation, "GetItemBag");
-    QCOMPARE(request.args.size(), 3);
-    QCOMPARE(std::get<qint32>(request.args.at(1)), 12);
-    for (const QString &key : {WireCodec::kId, WireCodec::kOperation, WireCodec::kArgs}) {
-        QCborMap partial = full;
-        partial.remove(key);
-        QVERIFY_THROWS_EXCEPTION(EngineError, (void)WireCodec::readRequest(partial));
-    }
 }
 
 void tst_WireCodec::largeAndHostileFramesStayBounded()
@@ -203,6 +201,56 @@ void tst_WireCodec::largeAndHostileFramesStayBounded()
     QVERIFY_THROWS_EXCEPTION(EngineError, (void)WireCodec::parsePayload(nested(WireCodec::kMaxDepth + 10)));
     QVERIFY_THROWS_EXCEPTION(EngineError,
                              (void)WireCodec::parsePayload(nested(100), 1000, WireCodec::kMaxRequestDepth));
+}
+
+void tst_WireCodec::framesSurviveAnySplitAndBadLengthsBreakTheStream()
+{
+    const QList<QByteArray> payloads = {QByteArray("first"), QByteArray(), QByteArray(300, 'x'),
+                                        QByteArray("\0\1", 2)};
+    QByteArray stream;
+    for (const QByteArray &payload : payloads)
+        stream += framed(payload);
+    for (int chunk = 1; chunk <= stream.size(); chunk += (chunk < 8 ? 1 : 37)) {
+        FrameReader reader;
+        QList<QByteArray> received;
+        for (qsizetype at = 0; at < stream.size(); at += chunk) {
+            reader.append(stream.mid(at, chunk));
+            while (const auto payload = reader.next())
+                received.append(*payload);
+        }
+        QCOMPARE(received, payloads);
+        QCOMPARE(reader.bufferedBytes(), 0);
+    }
+
+    // Many small frames in one read, more than the reader keeps before it drops what was read.
+    stream.clear();
+    for (int i = 0; i < 50000; ++i)
+        stream += framed(QByteArray::number(i));
+    stream += framed("tail").left(6);
+    FrameReader reader;
+    reader.append(stream);
+    int count = 0;
+    while (const auto payload = reader.next()) {
+        QCOMPARE(*payload, QByteArray::number(count));
+        ++count;
+    }
+    QCOMPARE(count, 50000);
+    QCOMPARE(reader.bufferedBytes(), 6);
+    reader.append("il");
+    QCOMPARE(reader.next().value_or(QByteArray()), QByteArray("tail"));
+
+    FrameReader limited(16);
+    limited.append(framed(QByteArray(16, 'a')));
+    QCOMPARE(limited.next().value_or(QByteArray()).size(), 16);
+    limited.append(framed(QByteArray(17, 'b')));
+    QVERIFY_THROWS_EXCEPTION(EngineError, (void)limited.next());
+    // Nothing after a bad length can be trusted, not even a good frame.
+    limited.append(framed("ok"));
+    QVERIFY_THROWS_EXCEPTION(EngineError, (void)limited.next());
+
+    FrameReader huge;
+    huge.append(QByteArray("\xff\xff\xff\xff", 4));
+    QVERIFY_THROWS_EXCEPTION(EngineError, (void)huge.next());
 }
 
 QTEST_GUILESS_MAIN(tst_WireCodec)

@@ -2,6 +2,7 @@
 
 #include "CopyingCallback.h"
 #include "EngineCalls.h"
+#include "LocalHttpServer.h"
 #include "TestEngine.h"
 
 #include <QSignalSpy>
@@ -9,6 +10,28 @@
 
 #include <memory>
 #include <utility>
+
+// Noon of 1 May 2024 UTC: where the tests' clock starts.
+inline const QDateTime kStart = QDateTime(QDate(2024, 5, 1), QTime(12, 0), Qt::UTC);
+
+// An RSS document with one item per guid; guids listed in withEnclosure carry an mp3.
+inline QByteArray rss(const QString &title, const QStringList &guids, const QStringList &withEnclosure = {})
+{
+    QString out = QStringLiteral("<?xml version=\"1.0\"?><rss version=\"2.0\"><channel><title>%1</title>"
+                                 "<link>http://example.com/</link><description>About %1</description>")
+                      .arg(title);
+    for (const QString &guid : guids) {
+        out += QStringLiteral("<item><guid>%1</guid><title>Item %1</title><link>http://example.com/%1</link>"
+                              "<description>&lt;p&gt;Body %1&lt;/p&gt;</description>")
+                   .arg(guid);
+        if (withEnclosure.contains(guid))
+            out += QStringLiteral("<enclosure url=\"http://example.com/%1.mp3\" type=\"audio/mpeg\" "
+                                  "length=\"1000\"/>")
+                       .arg(guid);
+        out += "</item>";
+    }
+    return (out + "</channel></rss>").toUtf8();
+}
 
 // A real engine on a temporary store, one client connected as "CONFIGCONSUMER" whose
 // unsolicited messages land in events, and the calls the engine tests make through it.
@@ -100,5 +123,38 @@ private:
         if (!QTest::qWaitFor([&answer]() { return !answer.received.isEmpty(); }, 20000))
             return nullptr;
         return answer.received.first();
+    }
+};
+
+// Each test function on a fresh engine whose client must have released every handle by its end;
+// feeds come from one local server.
+class EngineTestCase : public QObject
+{
+    Q_OBJECT
+
+protected:
+    QString url(const QString &path) const { return m_server.url(path).toString(); }
+    // Fetching on, on a clock that starts at kStart and moves when the test sets m_now.
+    void startUpdating()
+    {
+        m_now = kStart;
+        m_engine->startUpdating([this]() { return m_now; });
+    }
+
+    std::unique_ptr<EngineFixture> m_engine;
+    LocalHttpServer m_server;
+    QDateTime m_now = kStart;
+
+protected Q_SLOTS:
+    void initTestCase() { QVERIFY(m_server.listen()); }
+    void init()
+    {
+        m_engine = std::make_unique<EngineFixture>();
+        QVERIFY(m_engine->engine.isReady());
+    }
+    void cleanup()
+    {
+        QCOMPARE(m_engine->client->LiveHandleCount(), 0);
+        m_engine.reset();
     }
 };

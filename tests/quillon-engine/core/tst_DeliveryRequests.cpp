@@ -1,27 +1,12 @@
 #include "DeliveryRequests.h"
 #include "EngineFixture.h"
-#include "LocalHttpServer.h"
 
 using namespace quillon;
 using EngineCalls::ArticleIds;
 using EngineCalls::Texts;
 
-namespace {
-const QDateTime kStart = QDateTime(QDate(2024, 5, 1), QTime(12, 0), Qt::UTC);
-
-QByteArray feedOf(int count)
-{
-    QByteArray out = "<rss version=\"2.0\"><channel><title>Delivered</title>";
-    for (int i = 1; i <= count; ++i)
-        out += QByteArray("<item><guid>g") + QByteArray::number(i) + "</guid><title>T" +
-               QByteArray::number(i) + "</title><enclosure url=\"http://example.com/" +
-               QByteArray::number(i) + ".mp3\" type=\"audio/mpeg\"/></item>";
-    return out + "</channel></rss>";
-}
-} // namespace
-
 // The requests and messages a delivering consumer lives by, against the real engine.
-class tst_DeliveryRequests : public QObject
+class tst_DeliveryRequests : public EngineTestCase
 {
     Q_OBJECT
 
@@ -31,28 +16,21 @@ private:
                    const EngineFixture::Fields &fields = {});
     QString waitForUpdate() { return m_engine->waitForUpdates(); }
 
-    std::unique_ptr<EngineFixture> m_engine;
     SubscribeClientPtr m_consumer;
     std::shared_ptr<CopyingCallback> m_consumerEvents;
-    LocalHttpServer m_server;
-    QDateTime m_now = kStart;
 
 private Q_SLOTS:
-    void initTestCase() { QVERIFY(m_server.listen()); }
     void init();
     void cleanup();
     void boundArticlesArePendingUntilAcknowledged();
     void removalsFollowAgeAndUnbinding();
-    void requestsNeedAConnectedConsumer();
     void largeArticlesComeInSmallerBatches();
 };
 
 void tst_DeliveryRequests::init()
 {
-    m_engine = std::make_unique<EngineFixture>();
-    QVERIFY(m_engine->engine.isReady());
-    m_now = kStart;
-    m_engine->startUpdating([this]() { return m_now; });
+    EngineTestCase::init();
+    startUpdating();
     m_consumer = m_engine->engine.newClient();
     m_consumerEvents = std::make_shared<CopyingCallback>(*m_consumer);
     m_consumer->Connect("OLCONSUMER", m_consumerEvents);
@@ -62,7 +40,7 @@ void tst_DeliveryRequests::cleanup()
 {
     QCOMPARE(m_consumer->LiveHandleCount(), 0);
     m_consumer.reset();
-    m_engine.reset();
+    EngineTestCase::cleanup();
 }
 
 BagPtr tst_DeliveryRequests::deliver(const QString &kind, const QList<qint32> &ids,
@@ -73,12 +51,19 @@ BagPtr tst_DeliveryRequests::deliver(const QString &kind, const QList<qint32> &i
 
 void tst_DeliveryRequests::boundArticlesArePendingUntilAcknowledged()
 {
-    m_server.serve("/five", feedOf(5));
-    const qint32 id = m_engine->add(m_server.url("/five").toString());
+    m_server.serve("/five", rss("Delivered", {"g1", "g2", "g3", "g4", "g5"}, {"g1"}));
+    const qint32 id = m_engine->add(url("/five"));
     QCOMPARE(waitForUpdate(), "OK: 5 items, 5 new");
-    // Not bound: nothing waits, and acknowledging marks nothing.
+    // Not bound: nothing waits, and acknowledging marks nothing; junk IDs and an absurd batch size
+    // are harmless, and a client that is no connected consumer is refused.
     QCOMPARE(deliver("PENDINGARTICLES")->bag("Result")->text("ITEMCOUNT"), "0");
     QCOMPARE(deliver("ACKNOWLEDGE", {1, 2})->bag("Result")->text("ITEMCOUNT"), "0");
+    QCOMPARE(deliver("ACKNOWLEDGE", {}, {{"ARTICLEIDS", "x,-4,,99999"}})->bag("Result")->text("ITEMCOUNT"),
+             "0");
+    QCOMPARE(deliver("PENDINGARTICLES", {}, {{"LIMIT", "-7"}})->text("MESSAGE"), "PendingArticles");
+    SubscribeClientPtr stranger = m_engine->engine.newClient();
+    QCOMPARE(EngineCalls::Request(*stranger, {{"REQUEST", "PENDINGARTICLES"}})->text("MESSAGE"),
+             "RequestFailed");
 
     m_consumerEvents->received.clear();
     m_engine->client->BindItem("OLCONSUMER", "NEWS", id, 1);
@@ -95,7 +80,7 @@ void tst_DeliveryRequests::boundArticlesArePendingUntilAcknowledged()
     QCOMPARE(first.size(), 3);
     const BagPtr item = std::get<BagPtr>(batch->bag("Result")->list("ITEMS")->at(0));
     QCOMPARE(Texts(item, {"GUID", "SUBSCRIPTIONID", "READ"}), QStringList({"g1", QString::number(id), "0"}));
-    QCOMPARE(std::get<BagPtr>(item->list("ENCLOSURES")->at(0))->text("URL"), "http://example.com/1.mp3");
+    QCOMPARE(std::get<BagPtr>(item->list("ENCLOSURES")->at(0))->text("URL"), "http://example.com/g1.mp3");
     // The next batch asked for before this one is acknowledged.
     const BagPtr ahead =
         deliver("PENDINGARTICLES", {}, {{"LIMIT", "3"}, {"AFTER", QString::number(first.last())}});
@@ -120,11 +105,11 @@ void tst_DeliveryRequests::boundArticlesArePendingUntilAcknowledged()
 
 void tst_DeliveryRequests::removalsFollowAgeAndUnbinding()
 {
-    m_server.serve("/aged", feedOf(2));
-    m_server.serve("/kept", feedOf(2));
-    const qint32 aged = m_engine->add(m_server.url("/aged").toString());
+    m_server.serve("/aged", rss("Delivered", {"g1", "g2"}));
+    m_server.serve("/kept", rss("Delivered", {"g1", "g2"}));
+    const qint32 aged = m_engine->add(url("/aged"));
     waitForUpdate();
-    const qint32 kept = m_engine->add(m_server.url("/kept").toString());
+    const qint32 kept = m_engine->add(url("/kept"));
     waitForUpdate();
     for (const qint32 id : {aged, kept})
         m_engine->client->BindItem("OLCONSUMER", "NEWS", id, 1);
@@ -159,22 +144,6 @@ void tst_DeliveryRequests::removalsFollowAgeAndUnbinding()
     QCOMPARE(ArticleIds(deliver("PENDINGARTICLES")).size(), 2);
 }
 
-void tst_DeliveryRequests::requestsNeedAConnectedConsumer()
-{
-    SubscribeClientPtr stranger = m_engine->engine.newClient();
-    auto answer = std::make_shared<CopyingCallback>(*stranger);
-    const Handle bag = stranger->NewBag();
-    stranger->SetStringValue(bag, "REQUEST", "PENDINGARTICLES");
-    stranger->SubmitRequest(bag, answer);
-    stranger->ReleaseHandle(bag);
-    QTRY_COMPARE(answer->received.size(), 1);
-    QCOMPARE(answer->received.first()->text("MESSAGE"), "RequestFailed");
-    // Junk IDs and an absurd batch size are harmless.
-    QCOMPARE(deliver("ACKNOWLEDGE", {}, {{"ARTICLEIDS", "x,-4,,99999"}})->bag("Result")->text("ITEMCOUNT"),
-             "0");
-    QCOMPARE(deliver("PENDINGARTICLES", {}, {{"LIMIT", "-7"}})->text("MESSAGE"), "PendingArticles");
-}
-
 // However large the articles, one batch fits in a frame: it is cut by bytes and says MORE.
 void tst_DeliveryRequests::largeArticlesComeInSmallerBatches()
 {
@@ -183,7 +152,7 @@ void tst_DeliveryRequests::largeArticlesComeInSmallerBatches()
         big += "<item><guid>b" + QByteArray::number(i) + "</guid><description>" +
                QByteArray(1024 * 1024, 'x') + "</description></item>";
     m_server.serve("/big", big + "</channel></rss>");
-    const qint32 id = m_engine->add(m_server.url("/big").toString());
+    const qint32 id = m_engine->add(url("/big"));
     QCOMPARE(waitForUpdate(), "OK: 8 items, 8 new");
     m_engine->client->BindItem("OLCONSUMER", "NEWS", id, 1);
     QList<qint32> all;

@@ -52,12 +52,9 @@ private Q_SLOTS:
     void init();
     void cleanup();
     void addAnswersTheCallerAndTellsTheOthers();
-    void itemBagLeavesUnknownValuesOut();
-    void updateItemKeepsEveryNameAndMakesItDue();
-    void bindItemFollowsTheDeliveryRule();
-    void removeItemTakesEverythingWithIt();
-    void requestsThatCannotBeServedAreAnswered();
-    void badCallsRaiseReadableErrors();
+    void itemBagsLeaveUnknownValuesOutAndUpdatesKeepEveryName();
+    void bindingFollowsTheDeliveryRuleAndRemovalTakesEverything();
+    void badRequestsAndCallsSayWhy();
     void reopenedStoreKeepsEverything();
     void connectionsAndTermination();
 };
@@ -138,7 +135,7 @@ void tst_EngineCore::addAnswersTheCallerAndTellsTheOthers()
     QCOMPARE(ConsumerItems(*config, "MEDIACONSUMER"), QList<int>{});
 }
 
-void tst_EngineCore::itemBagLeavesUnknownValuesOut()
+void tst_EngineCore::itemBagsLeaveUnknownValuesOutAndUpdatesKeepEveryName()
 {
     auto c = client();
     const qint32 id = add(*c, "http://b/rss");
@@ -163,14 +160,9 @@ void tst_EngineCore::itemBagLeavesUnknownValuesOut()
     QCOMPARE(ItemTexts(*c, id, {"ITEMREADCOUNT", "ITEMUNREADCOUNT"}), QStringList({"1", "2"}));
 
     QVERIFY_THROWS_EXCEPTION(EngineError, c->GetItemBag(kNews, id + 100, 0));
-}
 
-void tst_EngineCore::updateItemKeepsEveryNameAndMakesItDue()
-{
-    auto c = client();
-    const qint32 id = add(*c, "http://c/atom");
+    // An update keeps every name it is given, whatever its case or type, and makes the item due.
     const QDateTime before = QDateTime::currentDateTimeUtc().addSecs(-1);
-
     const Handle values = c->NewBag();
     c->SetLongValue(values, "UPDATEFREQ", 7200);
     c->SetStringValue(values, "DELETEREAD", "86400");
@@ -193,7 +185,7 @@ void tst_EngineCore::updateItemKeepsEveryNameAndMakesItDue()
     QVERIFY_THROWS_EXCEPTION(EngineError, c->UpdateItem(kNews, id, bad));
     QVERIFY_THROWS_EXCEPTION(EngineError, c->UpdateItem(kNews, id + 100, bad));
     c->ReleaseHandle(bad);
-    QCOMPARE(ItemTexts(*c, id, {"TITLE", "UPDATEFREQ"}), QStringList({"Title of http://c/atom", "7200"}));
+    QCOMPARE(ItemTexts(*c, id, {"TITLE", "UPDATEFREQ"}), QStringList({"Title of http://b/rss", "7200"}));
 
     // A login inside an address leaves it for USER and PASSWORD; one given beside it wins.
     const qint32 secret = add(*c, "https://ann:s3cret@e/feed");
@@ -207,7 +199,7 @@ void tst_EngineCore::updateItemKeepsEveryNameAndMakesItDue()
     QCOMPARE(ItemTexts(*c, secret, {"URL", "USER"}), QStringList({"http://e/other", "carol"}));
 }
 
-void tst_EngineCore::bindItemFollowsTheDeliveryRule()
+void tst_EngineCore::bindingFollowsTheDeliveryRuleAndRemovalTakesEverything()
 {
     std::shared_ptr<CopyingCallback> events;
     auto config = client("CONFIGCONSUMER", &events);
@@ -241,12 +233,9 @@ void tst_EngineCore::bindItemFollowsTheDeliveryRule()
 
     QVERIFY_THROWS_EXCEPTION(EngineError, config->BindItem(ol, kNews, id, 2));
     QVERIFY_THROWS_EXCEPTION(EngineError, config->BindItem(ol, kNews, id + 100, 1));
-}
 
-void tst_EngineCore::removeItemTakesEverythingWithIt()
-{
-    auto c = client("CONFIGCONSUMER");
-    const qint32 id = add(*c, "http://f/feed", {"OLCONSUMER"});
+    // A removed subscription takes its bindings, settings and articles with it.
+    const auto &c = config;
     const qint32 kept = add(*c, "http://g/feed");
     const QString section = QStringLiteral("SubscriptionSpecifics_%1").arg(id);
     const QString keptSection = QStringLiteral("SubscriptionSpecifics_%1").arg(kept);
@@ -272,7 +261,7 @@ void tst_EngineCore::removeItemTakesEverythingWithIt()
     QVERIFY(add(*c, "http://h/feed") > kept);
 }
 
-void tst_EngineCore::requestsThatCannotBeServedAreAnswered()
+void tst_EngineCore::badRequestsAndCallsSayWhy()
 {
     auto c = client("CONFIGCONSUMER");
     const auto submit = [&](const QString &kind, const QString &url) {
@@ -300,10 +289,7 @@ void tst_EngineCore::requestsThatCannotBeServedAreAnswered()
     QVERIFY(unknown->received.first()->text("ERROR").contains("FROB"));
     QVERIFY(preview->received.first()->text("ERROR").contains("gopher://x"));
     QCOMPARE(ConsumerItems(*c, "*"), QList<int>{});
-}
 
-void tst_EngineCore::badCallsRaiseReadableErrors()
-{
     EngineCore &core = m_engine->core();
     const auto session = core.openSession({});
     const auto message = [&](const QString &op, const QList<PropertyValue> &args) {

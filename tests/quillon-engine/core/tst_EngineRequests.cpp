@@ -1,5 +1,4 @@
 #include "EngineFixture.h"
-#include "LocalHttpServer.h"
 #include "SearchSources.h"
 #include "TestFiles.h"
 
@@ -102,12 +101,11 @@ const QByteArray kAkregatorList =
     "</outline></body></opml>";
 } // namespace
 
-class tst_EngineRequests : public QObject
+class tst_EngineRequests : public EngineTestCase
 {
     Q_OBJECT
 
 private:
-    QString url(const QString &path) const { return m_server.url(path).toString(); }
     BagPtr fetchOpml(const QString &address)
     {
         return m_engine->request({{"REQUEST", "FETCHOPML"}, {"URL", address}});
@@ -132,18 +130,13 @@ private:
         return feedPaths(answer->bag("Result")->list("SubscriptionList"));
     }
 
-    std::unique_ptr<EngineFixture> m_engine;
-    LocalHttpServer m_server;
     QTemporaryDir m_dir;
     QTemporaryDir m_home; // the user's home, where the other readers keep their lists
 
 private Q_SLOTS:
     void initTestCase();
-    void init();
-    void cleanup();
     void previewAnswersWithTheFeedOrAnError();
     void fetchOpmlReadsFilesWebListsAndReaders();
-    void listsImportersAndSearchSources();
     void readersOfThisDesktopImportWithTheirFolders();
     void searchSubscriptionsFetchTheirSource();
     void shippedDirectoryAndSourcesAreUsable();
@@ -151,22 +144,10 @@ private Q_SLOTS:
 
 void tst_EngineRequests::initTestCase()
 {
-    QVERIFY(m_server.listen());
+    EngineTestCase::initTestCase();
     qputenv("HOME", QFile::encodeName(m_home.path()));
     qputenv("XDG_CONFIG_HOME", QFile::encodeName(m_home.filePath(".config")));
     qunsetenv("XDG_DATA_HOME");
-}
-
-void tst_EngineRequests::init()
-{
-    m_engine = std::make_unique<EngineFixture>();
-    QVERIFY(m_engine->engine.isReady());
-}
-
-void tst_EngineRequests::cleanup()
-{
-    QCOMPARE(m_engine->client->LiveHandleCount(), 0);
-    m_engine.reset();
 }
 
 void tst_EngineRequests::previewAnswersWithTheFeedOrAnError()
@@ -258,9 +239,9 @@ void tst_EngineRequests::fetchOpmlReadsFilesWebListsAndReaders()
     }
 }
 
-void tst_EngineRequests::listsImportersAndSearchSources()
+void tst_EngineRequests::readersOfThisDesktopImportWithTheirFolders()
 {
-    BagPtr answer = m_engine->request({{"REQUEST", "LIST"}, {"LIST", "IMPORT"}});
+    const BagPtr answer = m_engine->request({{"REQUEST", "LIST"}, {"LIST", "IMPORT"}});
     QCOMPARE(answer->text("MESSAGE"), "ListResult");
     const ListPtr readers = answer->bag("Result")->list("IMPORT");
     QStringList listed;
@@ -268,28 +249,10 @@ void tst_EngineRequests::listsImportersAndSearchSources()
         listed << entry(readers, int(i))->text("id") + ":" + entry(readers, int(i))->text("title");
     QCOMPARE(listed, QStringList({"newsgator:NewsGator", "intravnews:IntraVnews", "newsboat:Newsboat",
                                   "liferea:Liferea", "akregator:Akregator"}));
-    QCOMPARE(entry(readers, 1)->text("available"), "0");
     const Handle outlines = m_engine->client->ListReaderSubscriptions("newsgator");
     QCOMPARE(m_engine->client->ListCount(outlines), 0);
     m_engine->client->ReleaseHandle(outlines);
 
-    // The shipped sources, and the user's own file beside the store, which replaces by guid.
-    const QString data = m_dir.filePath("data");
-    QVERIFY(TestFiles::write(data + "/searchsources.json", kShippedSources));
-    QVERIFY(TestFiles::write(m_engine->engine.dataFolder() + "/searchsources.json", kUserSources));
-    m_engine->engine.core().setQuillonDataFolder(data);
-    answer = m_engine->request({{"REQUEST", "LIST"}, {"LIST", "SEARCHSOURCES"}});
-    const ListPtr sources = answer->bag("Result")->list("SEARCHSOURCES");
-    QCOMPARE(sources->size(), 2);
-    QCOMPARE(Texts(entry(sources, 0), {"guid", "defaultLimit", "maxLimit"}), QStringList({"g1", "10", "50"}));
-    QCOMPARE(Texts(entry(sources, 1), {"title", "minLimit"}), QStringList({"Two, mine", kMissingText}));
-
-    answer = m_engine->request({{"REQUEST", "LIST"}, {"LIST", "FROB"}});
-    QCOMPARE(answer->text("MESSAGE"), "RequestFailed");
-}
-
-void tst_EngineRequests::readersOfThisDesktopImportWithTheirFolders()
-{
     QDir(m_home.path()).removeRecursively();
     QVERIFY(QDir().mkpath(m_home.path()));
     QCOMPARE(availableReaders(), QStringList());
@@ -338,16 +301,31 @@ void tst_EngineRequests::readersOfThisDesktopImportWithTheirFolders()
 
 void tst_EngineRequests::searchSubscriptionsFetchTheirSource()
 {
+    // The shipped sources, and the user's own file beside the store, which replaces by guid.
+    const QString shipped = m_dir.filePath("data");
+    QVERIFY(TestFiles::write(shipped + "/searchsources.json", kShippedSources));
+    QVERIFY(TestFiles::write(m_engine->engine.dataFolder() + "/searchsources.json", kUserSources));
+    m_engine->engine.core().setQuillonDataFolder(shipped);
+    BagPtr answer = m_engine->request({{"REQUEST", "LIST"}, {"LIST", "SEARCHSOURCES"}});
+    const ListPtr sources = answer->bag("Result")->list("SEARCHSOURCES");
+    QCOMPARE(sources->size(), 2);
+    QCOMPARE(Texts(entry(sources, 0), {"guid", "defaultLimit", "maxLimit"}), QStringList({"g1", "10", "50"}));
+    QCOMPARE(Texts(entry(sources, 1), {"title", "minLimit"}), QStringList({"Two, mine", kMissingText}));
+
+    answer = m_engine->request({{"REQUEST", "LIST"}, {"LIST", "FROB"}});
+    QCOMPARE(answer->text("MESSAGE"), "RequestFailed");
+
+    // A search subscription fetches its source with the limits held to its bounds.
     const QString data = m_dir.filePath("search");
     QVERIFY(
         TestFiles::write(data + "/searchsources.json", QString(kLocalSource).arg(url("/search")).toUtf8()));
     m_engine->engine.core().setQuillonDataFolder(data);
-    const SearchSources sources = SearchSources::load({data + "/searchsources.json"});
-    const SearchSources::Source &source = sources.sources().first();
-    QCOMPARE(SearchSources::clampLimit(source, "500"), 50);
-    QCOMPARE(SearchSources::clampLimit(source, "2"), 5);
-    QCOMPARE(SearchSources::clampLimit(source, ""), 10);
-    QCOMPARE(SearchSources::clampLimit(source, "n/a"), 10);
+    const SearchSources local = SearchSources::load({data + "/searchsources.json"});
+    const SearchSources::Source &source = local.sources().first();
+    QList<int> limits;
+    for (const char *asked : {"500", "2", "", "n/a"})
+        limits.append(SearchSources::clampLimit(source, asked));
+    QCOMPARE(limits, QList<int>({50, 5, 10, 10}));
 
     // The address the add wizard makes with BagToText becomes a fetch of the template.
     const Handle bag = m_engine->client->NewBag();

@@ -1,6 +1,5 @@
 #include "EngineFixture.h"
 #include "GeneralSettingKeys.h"
-#include "LocalHttpServer.h"
 #include "NetworkSettingKeys.h"
 #include "SquidProxy.h"
 #include "TestFiles.h"
@@ -12,9 +11,6 @@
 using namespace quillon;
 
 namespace {
-const QDateTime kStart = QDateTime(QDate(2024, 5, 1), QTime(12, 0), Qt::UTC);
-const QByteArray kFeed = "<?xml version=\"1.0\"?><rss version=\"2.0\"><channel><title>Proxied</title>"
-                         "<item><guid>a</guid><title>A</title></item></channel></rss>";
 // A name only the proxy can resolve: a feed under it arrives only through the proxy.
 const QString kProxyOnlyHost = QStringLiteral("feeds.quillon.test");
 
@@ -29,20 +25,20 @@ const Pairs kBasicLogin = {"chkUseNetworkCredentials=True", "optCurrentlyUsersCr
 
 // The settings the option pages write, as the engine follows them: proxy and login for every
 // request, the default update frequency, the log file.
-class tst_EngineSettings : public QObject
+class tst_EngineSettings : public EngineTestCase
 {
     Q_OBJECT
 
 private:
     void writeNetwork(const Pairs &pairs, const QString &squid = {});
 
-    std::unique_ptr<EngineFixture> m_engine;
-    LocalHttpServer m_server;
-
 private Q_SLOTS:
-    void initTestCase() { QVERIFY(m_server.listen()); }
-    void init();
-    void cleanup();
+    void cleanup()
+    {
+        qunsetenv("http_proxy");
+        qunsetenv("no_proxy");
+        EngineTestCase::cleanup();
+    }
     void requestsGoTheWayThePageSays_data();
     void requestsGoTheWayThePageSays();
     void proxyForUrlExplainsTheRoute_data();
@@ -51,20 +47,6 @@ private Q_SLOTS:
     void logFileFollowsTheGeneralPage_data();
     void logFileFollowsTheGeneralPage();
 };
-
-void tst_EngineSettings::init()
-{
-    m_engine = std::make_unique<EngineFixture>();
-    QVERIFY(m_engine->engine.isReady());
-}
-
-void tst_EngineSettings::cleanup()
-{
-    qunsetenv("http_proxy");
-    qunsetenv("no_proxy");
-    QCOMPARE(m_engine->client->LiveHandleCount(), 0);
-    m_engine.reset();
-}
 
 void tst_EngineSettings::writeNetwork(const Pairs &pairs, const QString &squid)
 {
@@ -121,10 +103,10 @@ void tst_EngineSettings::requestsGoTheWayThePageSays()
     const QString tag =
         QString::fromUtf8(QTest::currentDataTag()).replace(QRegularExpression("[^A-Za-z]+"), "-");
     const QString path = QStringLiteral("/feed-%1.xml").arg(tag);
-    m_server.serve(path, kFeed);
+    m_server.serve(path, rss("Proxied", {"a"}));
     QUrl feed = m_server.url(path);
     feed.setHost(host);
-    m_engine->startUpdating([]() { return kStart; });
+    startUpdating();
     const qint32 id = m_engine->add(feed.toString());
     QCOMPARE(m_engine->waitForUpdates(), status);
     QCOMPARE(m_engine->itemBag(id)->text("LASTUPDATESTATUS"), status);
@@ -199,10 +181,10 @@ void tst_EngineSettings::proxyForUrlExplainsTheRoute()
 
 void tst_EngineSettings::defaultFrequencyMovesSubscriptionsOnIt()
 {
-    m_server.serve("/often.xml", kFeed);
-    m_engine->startUpdating([]() { return kStart; });
-    const qint32 onDefault = m_engine->add(m_server.url("/often.xml").toString());
-    const qint32 own = m_engine->add(m_server.url("/often.xml").toString());
+    m_server.serve("/often.xml", rss("Proxied", {"a"}));
+    startUpdating();
+    const qint32 onDefault = m_engine->add(url("/often.xml"));
+    const qint32 own = m_engine->add(url("/often.xml"));
     m_engine->update(own, {{"UPDATEFREQ", "600"}});
     // Claimed, fetched and recorded: the last check is what the new frequency counts from.
     QTRY_COMPARE(m_engine->itemBag(onDefault)->text("LastDateCheck"), "2024-05-01T12:00:00Z");

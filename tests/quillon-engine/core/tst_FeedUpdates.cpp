@@ -1,6 +1,5 @@
 #include "EngineFixture.h"
 #include "FeedFetcher.h"
-#include "LocalHttpServer.h"
 #include "SideConnection.h"
 
 #include <QSignalSpy>
@@ -11,27 +10,6 @@ using namespace quillon;
 using EngineCalls::Texts;
 
 namespace {
-const QDateTime kStart = QDateTime(QDate(2024, 5, 1), QTime(12, 0), Qt::UTC);
-
-// An RSS document with one item per guid; guids listed in withEnclosure carry an mp3.
-QByteArray rss(const QString &title, const QStringList &guids, const QStringList &withEnclosure = {})
-{
-    QString out = QStringLiteral("<?xml version=\"1.0\"?><rss version=\"2.0\"><channel><title>%1</title>"
-                                 "<link>http://example.com/</link><description>About %1</description>")
-                      .arg(title);
-    for (const QString &guid : guids) {
-        out += QStringLiteral("<item><guid>%1</guid><title>Item %1</title><link>http://example.com/%1</link>"
-                              "<description>&lt;p&gt;Body %1&lt;/p&gt;</description>")
-                   .arg(guid);
-        if (withEnclosure.contains(guid))
-            out += QStringLiteral("<enclosure url=\"http://example.com/%1.mp3\" type=\"audio/mpeg\" "
-                                  "length=\"1000\"/>")
-                       .arg(guid);
-        out += "</item>";
-    }
-    return (out + "</channel></rss>").toUtf8();
-}
-
 // Holds every fetch until the test answers it.
 class HeldFetcher : public FeedFetcher
 {
@@ -54,47 +32,27 @@ public:
 };
 } // namespace
 
-class tst_FeedUpdates : public QObject
+class tst_FeedUpdates : public EngineTestCase
 {
     Q_OBJECT
 
 private:
-    // Waits until the engine has finished count more updates; returns the last status.
     QString waitForUpdates(int count = 1) { return m_engine->waitForUpdates(count); }
-    QString url(const QString &path) const { return m_server.url(path).toString(); }
     void setArticleRead(const QString &guid);
 
-    std::unique_ptr<EngineFixture> m_engine;
-    LocalHttpServer m_server;
-    QDateTime m_now;
-
 private Q_SLOTS:
-    void initTestCase() { QVERIFY(m_server.listen()); }
-    void init();
-    void cleanup();
+    void init()
+    {
+        EngineTestCase::init();
+        startUpdating();
+    }
     void newSubscriptionIsFetchedCountedAndTitled();
-    void conditionalRefetchStoresNothingNew();
-    void loginIsAskedForOn401();
-    void malformedFeedKeepsWhatWasRead();
+    void refetchesSendOnlyTheValidatorsOfAWholeCopy();
     void deletionAgesAreEnforced();
     void newEnclosuresAskForADownloadDecision();
     void schedulerHandsOutEachDueSubscriptionOnce();
     void webPageLeadsToTheFeedItAdvertises();
 };
-
-void tst_FeedUpdates::init()
-{
-    m_engine = std::make_unique<EngineFixture>();
-    QVERIFY(m_engine->engine.isReady());
-    m_now = kStart;
-    m_engine->startUpdating([this]() { return m_now; });
-}
-
-void tst_FeedUpdates::cleanup()
-{
-    QCOMPARE(m_engine->client->LiveHandleCount(), 0);
-    m_engine.reset();
-}
 
 void tst_FeedUpdates::setArticleRead(const QString &guid)
 {
@@ -108,9 +66,8 @@ void tst_FeedUpdates::newSubscriptionIsFetchedCountedAndTitled()
     const qint32 id = m_engine->add(url("/news"));
     QCOMPARE(waitForUpdates(), "OK: 3 items, 3 new");
 
-    BagPtr bag = m_engine->itemBag(id);
-    QCOMPARE(Texts(bag, {"TITLE", "LASTUPDATESTATUS", "ITEMUNREADCOUNT", "ITEMREADCOUNT", "LastDateCheck",
-                         "NEXTUPDATETIME"}),
+    QCOMPARE(Texts(m_engine->itemBag(id), {"TITLE", "LASTUPDATESTATUS", "ITEMUNREADCOUNT", "ITEMREADCOUNT",
+                                           "LastDateCheck", "NEXTUPDATETIME"}),
              QStringList({"Daily & News", "OK: 3 items, 3 new", "3", "0", "2024-05-01T12:00:00Z",
                           "2024-05-01T13:00:00Z"}));
 
@@ -130,6 +87,24 @@ void tst_FeedUpdates::newSubscriptionIsFetchedCountedAndTitled()
     QCOMPARE(m_engine->itemBag(named)->text("TITLE"), "Mine");
     QCOMPARE(m_engine->itemBag(byAddress)->text("TITLE"), "Daily & News");
 
+    // A feed behind a login asks for one once, and is read as soon as it is given.
+    LocalHttpServer::Route route;
+    route.body = rss("Private", {"a"});
+    route.user = "ann";
+    route.password = "secret";
+    m_server.setRoute("/private", route);
+    const qint32 locked = m_engine->add(url("/private"));
+    QCOMPARE(waitForUpdates(), "Error: HTTP 401 Unauthorized");
+    // A failed fetch keeps the subscription's hour like a good one.
+    QCOMPARE(m_engine->itemBag(locked)->text("NEXTUPDATETIME"), "2024-05-01T13:00:00Z");
+    QTRY_COMPARE(m_engine->events->named("LoginRequired").size(), 1);
+    QCOMPARE(m_engine->events->named("LoginRequired").first()->bag("Result")->number("SUBSCRIPTIONID"),
+             locked);
+
+    m_engine->update(locked, {{"USER", "ann"}, {"PASSWORD", "secret"}});
+    QCOMPARE(waitForUpdates(), "OK: 1 item, 1 new");
+    QCOMPARE(m_engine->events->named("LoginRequired").size(), 1);
+
     // The engine's own frequency stands in for a subscription's -1.
     m_engine->setSetting("ENGINE", QString(), "UPDATEFREQ", "7200");
     m_engine->update(id);
@@ -139,7 +114,7 @@ void tst_FeedUpdates::newSubscriptionIsFetchedCountedAndTitled()
              "RequestFailed");
 }
 
-void tst_FeedUpdates::conditionalRefetchStoresNothingNew()
+void tst_FeedUpdates::refetchesSendOnlyTheValidatorsOfAWholeCopy()
 {
     LocalHttpServer::Route route;
     route.body = rss("Tagged", {"a", "b"});
@@ -152,9 +127,8 @@ void tst_FeedUpdates::conditionalRefetchStoresNothingNew()
     m_engine->update(id);
     QCOMPARE(waitForUpdates(), "Not modified");
     QCOMPARE(m_server.lastHeader("/tagged", "if-none-match"), QByteArray("\"v1\""));
-    BagPtr bag = m_engine->itemBag(id);
-    QCOMPARE(bag->text("ITEMUNREADCOUNT"), "2");
-    QCOMPARE(bag->text("LastDateCheck"), "2024-05-01T12:01:00Z");
+    QCOMPARE(Texts(m_engine->itemBag(id), {"ITEMUNREADCOUNT", "LastDateCheck"}),
+             QStringList({"2", "2024-05-01T12:01:00Z"}));
 
     route.body = rss("Tagged", {"a", "b", "c"});
     route.etag = "\"v2\"";
@@ -167,43 +141,19 @@ void tst_FeedUpdates::conditionalRefetchStoresNothingNew()
     m_engine->update(id, {{"URL", url("/tagged?moved")}});
     waitForUpdates();
     QVERIFY(m_server.lastHeader("/tagged?moved", "if-none-match").isEmpty());
-}
 
-void tst_FeedUpdates::loginIsAskedForOn401()
-{
-    LocalHttpServer::Route route;
-    route.body = rss("Private", {"a"});
-    route.user = "ann";
-    route.password = "secret";
-    m_server.setRoute("/private", route);
-    const qint32 id = m_engine->add(url("/private"));
-    QCOMPARE(waitForUpdates(), "Error: HTTP 401 Unauthorized");
-    // A failed fetch keeps the subscription's hour like a good one.
-    QCOMPARE(m_engine->itemBag(id)->text("NEXTUPDATETIME"), "2024-05-01T13:00:00Z");
-    QTRY_COMPARE(m_engine->events->named("LoginRequired").size(), 1);
-    QCOMPARE(m_engine->events->named("LoginRequired").first()->bag("Result")->number("SUBSCRIPTIONID"), id);
-
-    m_engine->update(id, {{"USER", "ann"}, {"PASSWORD", "secret"}});
-    QCOMPARE(waitForUpdates(), "OK: 1 item, 1 new");
-    QCOMPARE(m_engine->events->named("LoginRequired").size(), 1);
-}
-
-void tst_FeedUpdates::malformedFeedKeepsWhatWasRead()
-{
     QByteArray broken = rss("Broken", {"a", "b"});
     broken.replace("</channel></rss>", "<item><title>C</ti");
-    LocalHttpServer::Route route;
     route.body = broken;
     route.etag = "\"broken\"";
     m_server.setRoute("/broken", route);
-    const qint32 id = m_engine->add(url("/broken"));
+    const qint32 brokenId = m_engine->add(url("/broken"));
     const QString status = waitForUpdates();
-    QVERIFY2(status.startsWith("Error: malformed feed at line 1"), qPrintable(status));
-    QVERIFY2(status.endsWith("(2 items kept)"), qPrintable(status));
-    QCOMPARE(m_engine->itemBag(id)->text("ITEMUNREADCOUNT"), "2");
-
+    QVERIFY2(status.startsWith("Error: malformed feed at line 1") && status.endsWith("(2 items kept)"),
+             qPrintable(status));
+    QCOMPARE(m_engine->itemBag(brokenId)->text("ITEMUNREADCOUNT"), "2");
     // Nothing of a broken copy is trusted: the next fetch asks for the whole document.
-    m_engine->update(id);
+    m_engine->update(brokenId);
     waitForUpdates();
     QVERIFY(m_server.lastHeader("/broken", "if-none-match").isEmpty());
 }
@@ -223,9 +173,7 @@ void tst_FeedUpdates::deletionAgesAreEnforced()
     m_now = kStart.addSecs(700);
     m_engine->update(id);
     QCOMPARE(waitForUpdates(), "OK: 3 items, 0 new");
-    BagPtr bag = m_engine->itemBag(id);
-    QCOMPARE(bag->text("ITEMUNREADCOUNT"), "0");
-    QCOMPARE(bag->text("ITEMREADCOUNT"), "1");
+    QCOMPARE(Texts(m_engine->itemBag(id), {"ITEMUNREADCOUNT", "ITEMREADCOUNT"}), QStringList({"0", "1"}));
 
     m_server.serve("/aging", rss("Aging", {"a", "b", "c", "d"}));
     m_now = kStart.addSecs(800);
@@ -237,9 +185,7 @@ void tst_FeedUpdates::deletionAgesAreEnforced()
     m_now = kStart.addSecs(900);
     m_engine->update(id, {{"DELETEREAD", "-1"}});
     waitForUpdates();
-    bag = m_engine->itemBag(id);
-    QCOMPARE(bag->text("ITEMREADCOUNT"), "0");
-    QCOMPARE(bag->text("ITEMUNREADCOUNT"), "1");
+    QCOMPARE(Texts(m_engine->itemBag(id), {"ITEMUNREADCOUNT", "ITEMREADCOUNT"}), QStringList({"1", "0"}));
 }
 
 void tst_FeedUpdates::newEnclosuresAskForADownloadDecision()
@@ -323,9 +269,6 @@ void tst_FeedUpdates::schedulerHandsOutEachDueSubscriptionOnce()
     QCOMPARE(fetcher->urls.last(), m_server.url("/two"));
 }
 
-QTEST_GUILESS_MAIN(tst_FeedUpdates)
-#include "tst_FeedUpdates.moc"
-
 void tst_FeedUpdates::webPageLeadsToTheFeedItAdvertises()
 {
     const QByteArray atom =
@@ -344,9 +287,8 @@ void tst_FeedUpdates::webPageLeadsToTheFeedItAdvertises()
     m_server.serve("/feeds/site.atom?a=1&b=2", atom, "application/atom+xml");
     const qint32 id = m_engine->add(url("/blog"));
     QCOMPARE(waitForUpdates(), "OK: 1 item, 1 new");
-    BagPtr bag = m_engine->itemBag(id);
-    QCOMPARE(bag->text("URL"), url("/feeds/site.atom?a=1&b=2"));
-    QCOMPARE(bag->text("TITLE"), "Site Feed");
+    QCOMPARE(Texts(m_engine->itemBag(id), {"URL", "TITLE"}),
+             QStringList({url("/feeds/site.atom?a=1&b=2"), "Site Feed"}));
 
     // A page that links no feed, on a site with none at the usual places, says so.
     m_server.serve("/plain", "<html><body>No feeds here</body></html>", "text/html");
@@ -363,3 +305,6 @@ void tst_FeedUpdates::webPageLeadsToTheFeedItAdvertises()
     QCOMPARE(waitForUpdates(), "OK: 1 item, 1 new");
     QCOMPARE(m_engine->itemBag(guessed)->text("URL"), url("/feed.xml"));
 }
+
+QTEST_GUILESS_MAIN(tst_FeedUpdates)
+#include "tst_FeedUpdates.moc"

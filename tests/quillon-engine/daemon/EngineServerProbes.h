@@ -27,14 +27,12 @@
 #include <QTimer>
 #include <QtEndian>
 
-#ifdef Q_OS_UNIX
 #include <pwd.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
 #include <unistd.h>
-#endif
 
 #ifdef QUILLON_TEST_DBUS
 #include <QDBusConnection>
@@ -58,8 +56,7 @@ inline QByteArray framed(const QByteArray &payload)
 
 inline QByteArray requestFrame(qint64 id, const QString &operation, const QCborArray &args)
 {
-    const QCborMap request{
-        {QStringLiteral("id"), id}, {QStringLiteral("op"), operation}, {QStringLiteral("args"), args}};
+    const QCborMap request{{"id", id}, {"op", operation}, {"args", args}};
     return framed(QCborValue(request).toCbor());
 }
 
@@ -87,7 +84,6 @@ inline bool isClosedAfter(const QString &socketName, const QByteArray &bytes)
     return raw.state() == QLocalSocket::UnconnectedState || raw.waitForDisconnected(5000);
 }
 
-#ifdef Q_OS_UNIX
 inline int modeOf(const QString &path)
 {
     struct stat info
@@ -125,13 +121,12 @@ inline QByteArray probeAs(uid_t uid, gid_t gid, const QString &mode, const QStri
     QProcess local;
     QProcess &probe = keep ? *keep : local;
     QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-    env.insert(QStringLiteral("QUILLON_PROBE"), mode);
-    env.insert(QStringLiteral("QUILLON_PROBE_PATH"), path);
-    env.insert(QStringLiteral("HOME"), QStringLiteral("/nonexistent"));
+    env.insert("QUILLON_PROBE", mode);
+    env.insert("QUILLON_PROBE_PATH", path);
+    env.insert("HOME", "/nonexistent");
     probe.setProcessEnvironment(env);
-    probe.start(QStringLiteral("setpriv"),
-                {QStringLiteral("--reuid=%1").arg(uid), QStringLiteral("--regid=%1").arg(gid),
-                 QStringLiteral("--clear-groups"), QCoreApplication::applicationFilePath()});
+    probe.start("setpriv", {QStringLiteral("--reuid=%1").arg(uid), QStringLiteral("--regid=%1").arg(gid),
+                            "--clear-groups", QCoreApplication::applicationFilePath()});
     if (!probe.waitForStarted(5000))
         return "not started";
     QByteArray said;
@@ -143,9 +138,7 @@ inline QByteArray probeAs(uid_t uid, gid_t gid, const QString &mode, const QStri
         probe.waitForFinished(5000);
     return said.trimmed();
 }
-#endif
 
-#ifdef Q_OS_UNIX
 // Run as another user by anotherUserCannotStopImpersonateOrRead: says one line and ends.
 inline int probeMain(const QString &mode, const QString &path)
 {
@@ -174,13 +167,12 @@ inline int probeMain(const QString &mode, const QString &path)
         say("unreachable");
         return 0;
     }
-    socket.write(requestFrame(1, QStringLiteral("Log"), {QStringLiteral("stranger"), 1}));
+    socket.write(requestFrame(1, "Log", {"stranger", 1}));
     socket.flush();
     FrameReader reader;
     say(readFrame(socket, reader).isEmpty() ? "refused" : "answered");
     return 0;
 }
-#endif
 
 } // namespace EngineServerProbes
 
@@ -199,7 +191,7 @@ public Q_SLOTS:
     uint Notify(const QString &, uint, const QString &, const QString &summary, const QString &body,
                 const QStringList &, const QVariantMap &, int)
     {
-        shown.append(summary + QStringLiteral(": ") + body);
+        shown.append(summary + ": " + body);
         return uint(shown.size());
     }
 };
