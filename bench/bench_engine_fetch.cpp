@@ -185,27 +185,44 @@ void printRound(QTextStream &out, const char *label, const Round &round)
         << ")\n";
 }
 
-// The in-process rounds, `runs` times; answers the median CPU of each round (-1 where none ran).
-std::array<qint64, 3> reportRounds(QTextStream &out, const Options &options, const QStringList &urls,
-                                   const QString &feedDir)
+// Every run's figures, gathered for medians and ranges.
+struct Figures
 {
-    out << options.feeds << " feeds of 20 items, wall and CPU time of this process\n";
-    std::array<QList<qint64>, 3> cpu;
-    for (int run = 0; run < options.runs; ++run) {
-        const std::optional<Rounds> rounds = runRounds(options.base, urls, feedDir);
-        if (!rounds) {
-            out << "the engine's store did not open below " << options.base << "\n";
-            return {-1, -1, -1};
-        }
-        printRound(out, "empty store:       ", rounds->empty);
-        printRound(out, "304 Not Modified:  ", rounds->unchanged);
-        printRound(out, "re-sent in full:   ", rounds->resent);
-        out.flush();
-        cpu[0].append(rounds->empty.cpuMs);
-        cpu[1].append(rounds->unchanged.cpuMs);
-        cpu[2].append(rounds->resent.cpuMs);
+    std::array<QList<qint64>, 3> roundCpu; // empty store, "304", re-sent
+    QList<qint64> engineWall, engineCpu, peerWall, peerCpu;
+    QHash<QString, QList<qint64>> floor; // engine_floor.sh's keys
+
+    [[nodiscard]] qint64 median(const QString &key) const { return Spread::of(floor.value(key)).median; }
+};
+
+const QStringList kFloorKeys = {QStringLiteral("curl_parallel_cpu_ms"), QStringLiteral("xml_cpu_ms"),
+                                QStringLiteral("insert_cpu_ms"), QStringLiteral("curl_serial_304_cpu_ms"),
+                                QStringLiteral("curl_parallel_wall_ms")};
+
+// The three in-process rounds once, printed and gathered; false when the store did not open.
+bool roundsOnce(QTextStream &out, const Options &options, const QStringList &urls, const QString &feedDir,
+                Figures &figures)
+{
+    const std::optional<Rounds> rounds = runRounds(options.base, urls, feedDir);
+    if (!rounds) {
+        out << "the engine's store did not open below " << options.base << "\n";
+        return false;
     }
-    return {Spread::of(cpu[0]).median, Spread::of(cpu[1]).median, Spread::of(cpu[2]).median};
+    printRound(out, "empty store:       ", rounds->empty);
+    printRound(out, "304 Not Modified:  ", rounds->unchanged);
+    printRound(out, "re-sent in full:   ", rounds->resent);
+    out.flush();
+    figures.roundCpu[0].append(rounds->empty.cpuMs);
+    figures.roundCpu[1].append(rounds->unchanged.cpuMs);
+    figures.roundCpu[2].append(rounds->resent.cpuMs);
+    return true;
+}
+
+void printRoundMedians(QTextStream &out, const Figures &figures)
+{
+    out << "in-process rounds, CPU median (range): empty store " << Spread::of(figures.roundCpu[0]).text()
+        << ", 304 " << Spread::of(figures.roundCpu[1]).text() << ", re-sent "
+        << Spread::of(figures.roundCpu[2]).text() << "\n";
 }
 
 // The subscriptions added to a store that has fetched nothing, for the daemon's runs.
@@ -225,70 +242,43 @@ QString ratio(double ours, double theirs)
     return QString::number(theirs / std::max(1.0, ours), 'f', 1);
 }
 
-// The floor pieces, measured `runs` times (medians), beside the engine's CPU.
-void reportFloor(QTextStream &out, const Options &options, FetchRace &race, const QString &feedDir,
-                 const std::array<qint64, 3> &roundCpu, qint64 daemonCpu)
+void floorOnce(FetchRace &race, const QString &feedDir, Figures &figures)
 {
     QFile(feedDir + QStringLiteral("/CONDITIONAL")).open(QIODevice::WriteOnly); // serial curl gets "304"
-    const QStringList keys = {QStringLiteral("curl_parallel_cpu_ms"), QStringLiteral("xml_cpu_ms"),
-                              QStringLiteral("insert_cpu_ms"), QStringLiteral("curl_serial_304_cpu_ms"),
-                              QStringLiteral("curl_parallel_wall_ms")};
-    QHash<QString, QList<qint64>> figures;
-    for (int run = 0; run < options.runs; ++run) {
-        const QHash<QString, double> floor =
-            race.floor(QStringLiteral(QUILLON_BENCH_DIR "/engine_floor.sh"),
-                       QCoreApplication::applicationDirPath() + QStringLiteral("/bench_engine_floor"),
-                       feedDir + QStringLiteral("/feeds"));
-        for (const QString &key : keys)
-            figures[key].append(floor.contains(key) ? qint64(floor.value(key) + 0.5) : -1);
-    }
-    for (const QString &key : keys)
-        out << "floor " << key << ": " << Spread::of(figures.value(key)).text() << "\n";
-    const qint64 sum = Spread::of(figures.value(keys.at(0))).median +
-                       Spread::of(figures.value(keys.at(1))).median +
-                       Spread::of(figures.value(keys.at(2))).median;
-    const qint64 serial = Spread::of(figures.value(keys.at(3))).median;
-    out << "floor (parallel curl + XML pass + inserts): " << sum << " ms CPU; engine round "
-        << ratio(sum, roundCpu[0]) << " times it, engine daemon " << ratio(sum, daemonCpu) << " times it\n";
-    out << "\"304\" round: " << roundCpu[1] << " ms CPU, " << ratio(serial, roundCpu[1])
-        << " times serial curl's " << serial << " ms\n";
+    const QHash<QString, double> floor =
+        race.floor(QStringLiteral(QUILLON_BENCH_DIR "/engine_floor.sh"),
+                   QCoreApplication::applicationDirPath() + QStringLiteral("/bench_engine_floor"),
+                   feedDir + QStringLiteral("/feeds"));
+    for (const QString &key : kFloorKeys)
+        figures.floor[key].append(floor.contains(key) ? qint64(floor.value(key) + 0.5) : -1);
 }
 
-void reportRace(QTextStream &out, const Options &options, const QStringList &urls, const QString &feedDir,
-                const std::array<qint64, 3> &roundCpu)
+// The engine daemon and newsboat, alternated: the engine first in even runs.
+void sidesOnce(QTextStream &out, FetchRace &race, int run, bool newsboat, Figures &figures)
 {
-    QTemporaryDir seed(options.base + QStringLiteral("/quillon-fetch-seed-XXXXXX"));
-    if (!seedStore(seed.path(), urls)) {
-        out << "the seed store did not open below " << options.base << "\n";
-        return;
-    }
-    FetchRace race(options.base, seed.path(), urls, int(urls.size()) * 20);
-    const QString binDir = QCoreApplication::applicationDirPath();
-    QList<qint64> engineWall, engineCpu, peerWall, peerCpu;
-    const bool newsboat = FetchRace::hasNewsboat();
-    if (!newsboat)
-        out << "newsboat (peer): skipped, it is not installed\n";
-    for (int run = 0; run < options.runs; ++run) {
-        // Alternated: the engine first in even runs, newsboat first in odd ones.
-        for (int side = 0; side < 2; ++side) {
-            if ((side + run) % 2 == 0) {
-                const ProcessRun ours = race.engine(binDir + QStringLiteral("/quillon-engine"));
-                out << "run " << run + 1 << " engine daemon:  " << ours.wallMs << " ms wall, " << ours.cpuMs
-                    << " ms CPU\n";
-                engineWall.append(ours.wallMs);
-                engineCpu.append(ours.cpuMs);
-            } else if (newsboat) {
-                const ProcessRun theirs = race.newsboat();
-                out << "run " << run + 1 << " newsboat:       " << theirs.wallMs << " ms wall, "
-                    << theirs.cpuMs << " ms CPU\n";
-                peerWall.append(theirs.wallMs);
-                peerCpu.append(theirs.cpuMs);
-            }
-            out.flush();
+    for (int side = 0; side < 2; ++side) {
+        if ((side + run) % 2 == 0) {
+            const ProcessRun ours =
+                race.engine(QCoreApplication::applicationDirPath() + QStringLiteral("/quillon-engine"));
+            out << "run " << run + 1 << " engine daemon:  " << ours.wallMs << " ms wall, " << ours.cpuMs
+                << " ms CPU\n";
+            figures.engineWall.append(ours.wallMs);
+            figures.engineCpu.append(ours.cpuMs);
+        } else if (newsboat) {
+            const ProcessRun theirs = race.newsboat();
+            out << "run " << run + 1 << " newsboat:       " << theirs.wallMs << " ms wall, " << theirs.cpuMs
+                << " ms CPU\n";
+            figures.peerWall.append(theirs.wallMs);
+            figures.peerCpu.append(theirs.cpuMs);
         }
+        out.flush();
     }
-    const Spread ew = Spread::of(engineWall), ec = Spread::of(engineCpu);
-    const Spread pw = Spread::of(peerWall), pc = Spread::of(peerCpu);
+}
+
+void printRace(QTextStream &out, const Options &options, const Figures &figures, bool newsboat)
+{
+    const Spread ew = Spread::of(figures.engineWall), ec = Spread::of(figures.engineCpu);
+    const Spread pw = Spread::of(figures.peerWall), pc = Spread::of(figures.peerCpu);
     out << "engine daemon, median (range) of " << options.runs << ": wall " << ew.text() << ", CPU "
         << ec.text() << "\n";
     if (newsboat) {
@@ -297,8 +287,41 @@ void reportRace(QTextStream &out, const Options &options, const QStringList &url
         out << "ahead of newsboat (medians): " << ratio(ew.median, pw.median) << " times by wall, "
             << ratio(ec.median, pc.median) << " times by CPU\n";
     }
-    out.flush();
-    reportFloor(out, options, race, feedDir, roundCpu, ec.median);
+    for (const QString &key : kFloorKeys)
+        out << "floor " << key << ": " << Spread::of(figures.floor.value(key)).text() << "\n";
+    const qint64 sum = figures.median(kFloorKeys.at(0)) + figures.median(kFloorKeys.at(1)) +
+                       figures.median(kFloorKeys.at(2));
+    const qint64 serial = figures.median(kFloorKeys.at(3));
+    const qint64 empty = Spread::of(figures.roundCpu[0]).median;
+    const qint64 unchanged = Spread::of(figures.roundCpu[1]).median;
+    out << "floor (parallel curl + XML pass + inserts): " << sum << " ms CPU; engine round "
+        << ratio(sum, empty) << " times it, engine daemon " << ratio(sum, ec.median) << " times it\n";
+    out << "\"304\" round: " << unchanged << " ms CPU, " << ratio(serial, unchanged)
+        << " times serial curl's " << serial << " ms\n";
+}
+
+// Each run: the in-process rounds, both whole processes and the floor, so that a change of the
+// machine's load falls on every piece alike.
+void reportRace(QTextStream &out, const Options &options, const QStringList &urls, const QString &feedDir)
+{
+    QTemporaryDir seed(options.base + QStringLiteral("/quillon-fetch-seed-XXXXXX"));
+    if (!seedStore(seed.path(), urls)) {
+        out << "the seed store did not open below " << options.base << "\n";
+        return;
+    }
+    FetchRace race(options.base, seed.path(), urls, int(urls.size()) * 20);
+    const bool newsboat = FetchRace::hasNewsboat();
+    if (!newsboat)
+        out << "newsboat (peer): skipped, it is not installed\n";
+    Figures figures;
+    for (int run = 0; run < options.runs; ++run) {
+        if (!roundsOnce(out, options, urls, feedDir, figures))
+            return;
+        sidesOnce(out, race, run, newsboat, figures);
+        floorOnce(race, feedDir, figures);
+    }
+    printRoundMedians(out, figures);
+    printRace(out, options, figures, newsboat);
 }
 } // namespace
 
@@ -326,9 +349,18 @@ int main(int argc, char *argv[])
         out << "setup failed: " << urls.size() << " feeds in the list\n";
         return 1;
     }
-    const std::array<qint64, 3> roundCpu = reportRounds(out, options, urls, feedDir);
-    if (options.peer)
-        reportRace(out, options, urls, feedDir, roundCpu);
+    out << options.feeds << " feeds of 20 items; in-process rounds: wall and CPU time of this process\n";
+    if (options.peer) {
+        reportRace(out, options, urls, feedDir);
+    } else {
+        Figures figures;
+        for (int run = 0; run < options.runs; ++run) {
+            if (!roundsOnce(out, options, urls, feedDir, figures))
+                return 1;
+        }
+        if (options.runs > 1)
+            printRoundMedians(out, figures);
+    }
     server.kill();
     server.waitForFinished();
     return 0;
