@@ -64,8 +64,7 @@ private Q_SLOTS:
     void addedFeedIsNamedAlikeEverywhere_data();
     void addedFeedIsNamedAlikeEverywhere();
     void searchIsKeptAsAFeedUnderSearchFeeds();
-    void listTabAddsTheHighlightedRowOrWhatIsChecked();
-    void leavingAListWithActionsAsksFirst();
+    void listTabAsksBeforeLeavingActionsAndAddsWhatIsChosen();
     void directoryWalksOutlinesAndDropsStaleAnswers();
     void importTabAndStarterFeedsFillNestedCategories();
 };
@@ -210,42 +209,9 @@ void tst_frmAddSubscription::searchIsKeptAsAFeedUnderSearchFeeds()
     QTRY_COMPARE_WITH_TIMEOUT(m_server.requestCount("/search?q=green%20tea&n=5"), 1, 15000);
 }
 
-void tst_frmAddSubscription::listTabAddsTheHighlightedRowOrWhatIsChecked()
+void tst_frmAddSubscription::listTabAsksBeforeLeavingActionsAndAddsWhatIsChosen()
 {
-    // The shipped directory browses with no network: its root list, then row 0's feeds.
-    FeedListModel *model = browse(2, {"Work"});
-    QVERIFY(model);
-    QVERIFY(child<QTreeView>("grdRootList")->model()->rowCount() >= 4);
-    QCOMPARE(child<QTreeView>("grdRootList")->model()->headerData(0, Qt::Horizontal).toString(),
-             "Feed Lists");
-
-    // Nothing checked and the category box clear: the highlighted row alone, with no category.
-    child<QComboBox>("cboCategories_BrowseTab")->setCurrentIndex(3);
-    child<QCheckBox>("chkCategories_BrowseTab")->setChecked(false);
-    child<QTreeView>("grdSubList")->setCurrentIndex(model->index(1, 0));
-    QCOMPARE(child<QPushButton>("cmdOK")->text(), "&Add Selection");
-    const QString highlighted = model->index(1, 1).data().toString();
-    pressOk();
-    QCOMPARE(sent("URL"), QStringList{highlighted});
-    QCOMPARE(sent("CATEGORY"), QStringList{"-237237"});
-
-    // Checked rows with the box set: each checked feed under the chosen category, removals first.
-    model = browse(2, {"Work"});
-    QVERIFY(model);
-    child<QCheckBox>("chkCategories_BrowseTab")->setChecked(true);
-    child<QComboBox>("cboCategories_BrowseTab")->setCurrentIndex(3);
-    model->Toggle(model->index(0, 0));
-    model->Toggle(model->index(2, 0));
-    QCOMPARE(child<QPushButton>("cmdOK")->text(), "&Add Checked");
-    pressOk();
-    QCOMPARE(sent("URL").mid(1),
-             (QStringList{model->UrlOf(model->index(0, 0)), model->UrlOf(model->index(2, 0))}));
-    QCOMPARE(sent("CATEGORY").mid(1), (QStringList{"Work", "Work"}));
-}
-
-void tst_frmAddSubscription::leavingAListWithActionsAsksFirst()
-{
-    FeedListModel *model = browse(3);
+    FeedListModel *model = browse(3, {"Work"});
     QVERIFY(model);
     auto *tabs = child<QTabWidget>("tabController");
     child<QTreeView>("grdSubList")->setCurrentIndex(model->index(3, 0));
@@ -262,7 +228,7 @@ void tst_frmAddSubscription::leavingAListWithActionsAsksFirst()
     QCOMPARE(m_wizard->CountActions().adds, 2);
 
     // Yes empties the queue first, so what is sent is the list's current row: kept as it is.
-    model = browse(3);
+    model = browse(3, {"Work"});
     QVERIFY(model);
     tabs = child<QTabWidget>("tabController");
     child<QTreeView>("grdSubList")->setCurrentIndex(model->index(3, 0));
@@ -273,6 +239,36 @@ void tst_frmAddSubscription::leavingAListWithActionsAsksFirst()
     QCOMPARE(f->prompts.asked.constLast().mainText, "While Browsing, you have indicated 1 feed to be added.");
     QCOMPARE(sent("URL"), QStringList{model->UrlOf(model->index(3, 0))});
     QCOMPARE(m_wizard->CountActions().any(), false);
+
+    // The shipped directory browses with no network: its root list, then row 0's feeds.
+    model = browse(3, {"Work"});
+    QVERIFY(model);
+    QVERIFY(child<QTreeView>("grdRootList")->model()->rowCount() >= 4);
+    QCOMPARE(child<QTreeView>("grdRootList")->model()->headerData(0, Qt::Horizontal).toString(),
+             "Feed Lists");
+
+    // Nothing checked and the category box clear: the highlighted row alone, with no category.
+    child<QComboBox>("cboCategories_BrowseTab")->setCurrentIndex(3);
+    child<QCheckBox>("chkCategories_BrowseTab")->setChecked(false);
+    child<QTreeView>("grdSubList")->setCurrentIndex(model->index(1, 0));
+    QCOMPARE(child<QPushButton>("cmdOK")->text(), "&Add Selection");
+    const QString highlighted = model->index(1, 1).data().toString();
+    pressOk();
+    QCOMPARE(sent("URL").mid(1), QStringList{highlighted});
+    QCOMPARE(sent("CATEGORY").mid(1), QStringList{"-237237"});
+
+    // Checked rows with the box set: each checked feed under the chosen category, removals first.
+    model = browse(3, {"Work"});
+    QVERIFY(model);
+    child<QCheckBox>("chkCategories_BrowseTab")->setChecked(true);
+    child<QComboBox>("cboCategories_BrowseTab")->setCurrentIndex(3);
+    model->Toggle(model->index(0, 0));
+    model->Toggle(model->index(2, 0));
+    QCOMPARE(child<QPushButton>("cmdOK")->text(), "&Add Checked");
+    pressOk();
+    QCOMPARE(sent("URL").mid(2),
+             (QStringList{model->UrlOf(model->index(0, 0)), model->UrlOf(model->index(2, 0))}));
+    QCOMPARE(sent("CATEGORY").mid(2), (QStringList{"Work", "Work"}));
 }
 
 void tst_frmAddSubscription::directoryWalksOutlinesAndDropsStaleAnswers()

@@ -40,7 +40,7 @@ private Q_SLOTS:
 
 private:
     [[nodiscard]] QStringList shown(const QStringList &names) const { return Shown(*m_editor, names); }
-    void edit(const QList<std::pair<QString, QString>> &edits) { Edit(*m_editor, edits); }
+    void edit(const QStringList &edits) { Edit(*m_editor, edits); }
     template <typename T> T *child(const char *name)
     {
         T *widget = m_editor->findChild<T *>(name);
@@ -123,10 +123,9 @@ void tst_SubscriptionSettingsEditor::timesAreStoredInSecondsShownInTheLargestUni
                                 "txtDelUnread"};
     QCOMPARE(shown(fields), (QStringList{"on", "2 1", "off", "3 2", "15 2"}));
 
-    edit({{"optSpecificFreq", "click"}, {"txtUpdateFreq", "1"}, {"cboUpdateFreq", "2"}});
+    edit({"optSpecificFreq=click", "txtUpdateFreq=1", "cboUpdateFreq=2"});
     QCOMPARE(shown({"txtUpdateFreq.enabled"}), QStringList{"on"});
-    edit(
-        {{"optCustomDelete", "click"}, {"chkDelRead", "off"}, {"txtDelUnread", "36"}, {"cboDelUnread", "1"}});
+    edit({"optCustomDelete=click", "chkDelRead=off", "txtDelUnread=36", "cboDelUnread=1"});
     QCOMPARE(shown({"txtDelRead.enabled"}), QStringList{"off"});
     QVERIFY(m_editor->ApplyEdits());
     QCOMPARE(
@@ -145,7 +144,7 @@ void tst_SubscriptionSettingsEditor::timesAreStoredInSecondsShownInTheLargestUni
     QCOMPARE(shown({"txtUpdateFreq"}), QStringList{"2 1"});
 
     // Below five minutes is warned about and corrected; exactly five passes without a word.
-    edit({{"optSpecificFreq", "click"}, {"txtUpdateFreq", "4"}, {"cboUpdateFreq", "0"}});
+    edit({"optSpecificFreq=click", "txtUpdateFreq=4", "cboUpdateFreq=0"});
     QVERIFY(m_editor->ApplyEdits());
     QCOMPARE(m_prompts->asked.size(), 1);
     QCOMPARE(m_prompts->asked[0].kind, PromptKind::Alert);
@@ -157,7 +156,7 @@ void tst_SubscriptionSettingsEditor::timesAreStoredInSecondsShownInTheLargestUni
     QCOMPARE(shown({"txtUpdateFreq"}), QStringList{"5 0"});
     QCOMPARE(itemLong(id, "UPDATEFREQ"), 300);
     QVERIFY(!m_editor->Dirty());
-    edit({{"txtUpdateFreq", "5"}});
+    edit({"txtUpdateFreq=5"});
     QVERIFY(m_editor->ApplyEdits());
     QCOMPARE(m_prompts->asked.size(), 1);
 }
@@ -210,19 +209,19 @@ void tst_SubscriptionSettingsEditor::loginNeedsBothFieldsAndANewTitleGoesToOutlo
     QCOMPARE(setting("OLCONSUMER", id, "FOLDERTITLE"), kMissingText);
     QVERIFY(titles.isEmpty());
 
-    edit({{"txtUserNameField", "alice"}});
+    edit({"txtUserNameField=alice"});
     QVERIFY(m_editor->ApplyEdits());
     QCOMPARE(itemText(id, "USER"), kMissingText);
-    edit({{"txtPasswordField", "s3cret"}});
+    edit({"txtPasswordField=s3cret"});
     QVERIFY(m_editor->ApplyEdits());
     QCOMPARE((QStringList{itemText(id, "USER"), itemText(id, "PASSWORD")}), (QStringList{"alice", "s3cret"}));
     loadSubscription(id, "Old name");
     QCOMPARE(shown({"txtUserNameField"}), QStringList{"alice"});
-    edit({{"txtUserNameField", ""}});
+    edit({"txtUserNameField="});
     QVERIFY(m_editor->ApplyEdits());
     QCOMPARE(itemText(id, "USER"), QString("alice"));
 
-    edit({{"txtSubTitle", "New name"}});
+    edit({"txtSubTitle=New name"});
     QVERIFY(m_editor->ApplyEdits());
     QCOMPARE(setting("OLCONSUMER", id, "FOLDERTITLE"), QString("New name"));
     QCOMPARE(titles.size(), 1);
@@ -237,9 +236,7 @@ void tst_SubscriptionSettingsEditor::commitAsksAndFollowsTheAnswer()
     QCOMPARE(m_editor->CommitCurrentEdits(true), 0);
     QVERIFY(m_prompts->asked.isEmpty());
 
-    const auto change = [this] {
-        edit({{"optSpecificFreq", "click"}, {"txtUpdateFreq", "3"}, {"cboUpdateFreq", "1"}});
-    };
+    const auto change = [this] { edit({"optSpecificFreq=click", "txtUpdateFreq=3", "cboUpdateFreq=1"}); };
     change();
     m_prompts->answer = 2;
     QCOMPARE(m_editor->CommitCurrentEdits(true), 2);
@@ -279,7 +276,7 @@ void tst_SubscriptionSettingsEditor::failedApplyStopsAndSaysWhy()
     };
 
     // A number field holding words stops before anything is written.
-    edit({{"optCustomDelete", "click"}, {"txtDelUnread", "ten"}});
+    edit({"optCustomDelete=click", "txtDelUnread=ten"});
     QVERIFY(!m_editor->ApplyEdits());
     QCOMPARE(m_prompts->asked.size(), 1);
     QVERIFY2(m_prompts->asked[0].extendedText.contains("\"ten\" is not a whole number"),
@@ -288,7 +285,7 @@ void tst_SubscriptionSettingsEditor::failedApplyStopsAndSaysWhy()
     QCOMPARE(deleteUnread(), (QList<qint32>{-1, -1, -1}));
 
     // An engine failure ends the apply: the subscriptions before it keep what was written.
-    edit({{"txtDelUnread", "10"}});
+    edit({"txtDelUnread=10"});
     refused = ids[1];
     QVERIFY(!m_editor->ApplyEdits());
     QCOMPARE(m_prompts->asked.size(), 2);
@@ -303,7 +300,7 @@ void tst_SubscriptionSettingsEditor::outlookTabNeedsAFolderForTheSpecificChoice(
     loadSubscription(id);
     QCOMPARE(shown({"optStoreInParentFolder", "cmdStoreInSpecificFolder.enabled"}),
              (QStringList{"on", "off"}));
-    edit({{"optStoreInSpecificFolder", "click"}});
+    edit({"optStoreInSpecificFolder=click"});
     QCOMPARE(shown({"cmdStoreInSpecificFolder.enabled"}), QStringList{"on"});
     QVERIFY(!m_editor->ApplyEdits());
     QCOMPARE(m_prompts->asked.size(), 1);
@@ -312,15 +309,15 @@ void tst_SubscriptionSettingsEditor::outlookTabNeedsAFolderForTheSpecificChoice(
     QCOMPARE(setting("OLCONSUMER", id, "StoreLocationOption"), kMissingText);
 
     // Without Outlook the chooser says so and the choice stays as it was.
-    edit({{"cmdStoreInSpecificFolder", "click"}});
+    edit({"cmdStoreInSpecificFolder=click"});
     QCOMPARE(m_prompts->asked.size(), 2);
     QCOMPARE(m_prompts->asked[1].mainText, QString("Outlook is not available."));
     QCOMPARE(shown({"lblStoreInSpecificFolder"}), QStringList{""});
 
     SetOutlookProvider([] { return std::make_shared<OneFolderOutlook>(); });
-    edit({{"cmdStoreInSpecificFolder", "click"}});
+    edit({"cmdStoreInSpecificFolder=click"});
     QCOMPARE(shown({"lblStoreInSpecificFolder"}), QStringList{"\\Feeds\\News"});
-    edit({{"chkSubNamedFolder", "off"}, {"optFullContent", "click"}});
+    edit({"chkSubNamedFolder=off", "optFullContent=click"});
     QVERIFY(m_editor->ApplyEdits());
     QStringList stored;
     for (const char *key :
@@ -333,7 +330,7 @@ void tst_SubscriptionSettingsEditor::outlookTabNeedsAFolderForTheSpecificChoice(
     m_editor->LoadSelection({EditorSelection::Kind::Category, "Mixed", {}, {id, other}});
     QCOMPARE(shown({"optStoreInParentFolder", "optStoreInSpecificFolder"}), (QStringList{"off", "off"}));
     m_prompts->asked.clear();
-    edit({{"optStoreInSpecificFolder", "click"}});
+    edit({"optStoreInSpecificFolder=click"});
     QVERIFY(!m_editor->ApplyEdits());
     QCOMPARE(m_prompts->asked[0].extendedText, QString("No folder selected for this Category."));
 }
@@ -354,7 +351,7 @@ void tst_SubscriptionSettingsEditor::searchSubscriptionWritesANewAddressWithOrWi
     QVERIFY(m_editor->ApplyEdits()); // nothing changed: the address stays
     QCOMPARE(itemText(id, "URL"), url);
 
-    edit({{"txtSearchString", "rss & atom"}, {"txtSearchLimit", "500"}});
+    edit({"txtSearchString=rss & atom", "txtSearchLimit=500"});
     QVERIFY(m_editor->ApplyEdits());
     QCOMPARE(itemText(id, "URL"), QString("search?guid=%7Bnews%7D&keywords=rss%20%26%20atom&limit=100"));
 
@@ -377,7 +374,7 @@ void tst_SubscriptionSettingsEditor::searchSubscriptionWritesANewAddressWithOrWi
     QCOMPARE(client->PendingCallbackCount(), waiting + 1);
     QTRY_COMPARE(client->PendingCallbackCount(), waiting);
     QCOMPARE(child<QComboBox>("cboSearchSources")->count(), 0);
-    edit({{"txtSearchString", "dogs"}});
+    edit({"txtSearchString=dogs"});
     QVERIFY(m_editor->ApplyEdits());
     QCOMPARE(itemText(other, "URL"), QString("search?guid=g1&keywords=dogs"));
 }

@@ -8,10 +8,8 @@
 #include <QSpinBox>
 #include <QStringList>
 
-#include <utility>
-
 // A form's controls read and set by objectName, as one text each, so that a test states a
-// whole form in one list.
+// whole form in one list of "name=value" entries.
 namespace ControlTexts {
 
 // A button "on"/"off", a list or slider its number, a number box with its unit's index, a
@@ -64,10 +62,27 @@ inline void Edit(QWidget &form, const QString &name, const QString &value)
         qobject_cast<QLineEdit *>(control)->setText(value);
 }
 
-inline void Edit(QWidget &form, const QList<std::pair<QString, QString>> &edits)
+// Entries "name=value": their names, and their values in the same order.
+inline QStringList Names(const QStringList &entries)
 {
-    for (const auto &[name, value] : edits)
-        Edit(form, name, value);
+    QStringList names;
+    for (const QString &entry : entries)
+        names << entry.section(QLatin1Char('='), 0, 0);
+    return names;
+}
+
+inline QStringList Values(const QStringList &entries)
+{
+    QStringList values;
+    for (const QString &entry : entries)
+        values << entry.section(QLatin1Char('='), 1);
+    return values;
+}
+
+inline void Edit(QWidget &form, const QStringList &edits)
+{
+    for (const QString &edit : edits)
+        Edit(form, edit.section(QLatin1Char('='), 0, 0), edit.section(QLatin1Char('='), 1));
 }
 
 } // namespace ControlTexts
