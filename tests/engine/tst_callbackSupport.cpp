@@ -1,15 +1,10 @@
 #include "CBAddSub.h"
 #include "ClientAccess.h"
-#include "EngineCalls.h"
+#include "EngineClientTest.h"
 #include "HandleGuard.h"
-#include "LocalSettings.h"
-#include "TestEngine.h"
 #include "callbackSupport.h"
 
-#include <QTemporaryDir>
-
 #include <QStringList>
-#include <QTest>
 
 using namespace quillon;
 using namespace EngineCalls;
@@ -28,12 +23,11 @@ public:
     int refreshes = 0;
 };
 
-class tst_callbackSupport : public QObject
+class tst_callbackSupport : public EngineClientTest
 {
     Q_OBJECT
 private Q_SLOTS:
     void init();
-    void cleanup();
     void threeAutoBoundAddsReportTwiceThenRefresh();
     void answerWithoutResultOrIdOnlyForwards();
     void addWithoutAutoBindKeepsCounterRaised();
@@ -41,26 +35,15 @@ private Q_SLOTS:
     void bagsMirrorTheLocalStore();
 
 private:
-    std::unique_ptr<TestEngine> m_engine;
-    SubscribeClientPtr m_client;
     FakeWindow m_window;
 };
 
 void tst_callbackSupport::init()
 {
-    m_engine = std::make_unique<TestEngine>();
-    QVERIFY(m_engine->isReady());
-    m_client = m_engine->newClient();
+    EngineClientTest::init();
     callbackSupport::PendingAddCount() = 0;
     m_window.statusTexts.clear();
     m_window.forwarded = m_window.refreshes = 0;
-}
-
-void tst_callbackSupport::cleanup()
-{
-    QCOMPARE(m_client->LiveHandleCount(), 0);
-    m_client.reset();
-    m_engine.reset();
 }
 
 void tst_callbackSupport::threeAutoBoundAddsReportTwiceThenRefresh()
@@ -143,8 +126,6 @@ void tst_callbackSupport::updateAllTouchesOnlyDeliveredSubscriptions()
 
 void tst_callbackSupport::bagsMirrorTheLocalStore()
 {
-    QTemporaryDir folder;
-    LocalSettings::SetBaseFolder(folder.path());
     SaveSetting("Quillon", "NetworkModule", "ProxyPort", "8080");
 
     HandleGuard defaults(*m_client, m_client->NewBag());
@@ -161,7 +142,6 @@ void tst_callbackSupport::bagsMirrorTheLocalStore()
     m_client->SetStringValue(loaded.get(), "ProxyHost", "proxy.local");
     ClientAccess::SaveBagToSettings(*m_client, loaded.get(), "NetworkModule");
     QCOMPARE(GetSetting("Quillon", "NetworkModule", "ProxyHost"), "proxy.local");
-    LocalSettings::SetBaseFolder(QString());
 }
 
 QTEST_MAIN(tst_callbackSupport)
