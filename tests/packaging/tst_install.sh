@@ -12,6 +12,7 @@ root="$tmp/root"
 DESTDIR="$root" cmake --install "$build" --prefix /usr >/dev/null
 for file in usr/bin/configconsumer usr/bin/quillon-engine usr/bin/quillon-deliver usr/bin/quillon-services \
   usr/bin/quillon-open usr/share/applications/quillon-open.desktop usr/share/man/man1/quillon-open.1.gz \
+  usr/bin/quillon-publish usr/share/man/man1/quillon-publish.1.gz \
   usr/share/quillon/QuillonData/configstrings.xml usr/share/applications/configconsumer.desktop \
   usr/share/icons/hicolor/48x48/apps/configconsumer.png usr/share/man/man1/quillon-engine.1.gz \
   usr/lib/systemd/user/quillon-engine.socket usr/lib/systemd/user/quillon-deliver.service \
