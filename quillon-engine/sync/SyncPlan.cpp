@@ -43,6 +43,24 @@ QString articleKey(const QString &feedUrl, const QString &what, const QString &v
 }
 } // namespace
 
+QStringList SyncPlan::feedsToCompare(const SyncSnapshot &snapshot, const QList<RemoteFeed> &feeds)
+{
+    QHash<QString, int> unreadHere; // by feed address, for feeds with articles here
+    QSet<QString> changedHere;
+    for (const LocalArticle &article : snapshot.articles) {
+        unreadHere[article.feedUrl] += article.read ? 0 : 1;
+        if (snapshot.readChangedHere.contains(article.id))
+            changedHere.insert(article.feedUrl);
+    }
+    QStringList ids;
+    for (const RemoteFeed &feed : feeds) {
+        const auto here = unreadHere.constFind(feed.url);
+        if (here != unreadHere.cend() && (*here != feed.unread || changedHere.contains(feed.url)))
+            ids.append(feed.id);
+    }
+    return ids;
+}
+
 SyncPlan::ReadStates SyncPlan::readStates(const SyncSnapshot &snapshot, const QList<RemoteFeed> &feeds,
                                           const QList<RemoteArticle> &articles)
 {

@@ -35,6 +35,11 @@ public:
 
     [[nodiscard]] static Subscriptions subscriptions(const SyncSnapshot &snapshot,
                                                      const QList<RemoteFeed> &remote);
+    // The server's feeds whose read states need comparing: those with articles here whose unread
+    // count differs from the server's (or the server gives none), and those with read marks
+    // queued here. Every other feed agrees already, so a run that changes nothing costs no headlines.
+    [[nodiscard]] static QStringList feedsToCompare(const SyncSnapshot &snapshot,
+                                                    const QList<RemoteFeed> &feeds);
     // Articles are matched within their feed by link, else by guid.
     [[nodiscard]] static ReadStates readStates(const SyncSnapshot &snapshot, const QList<RemoteFeed> &feeds,
                                                const QList<RemoteArticle> &articles);

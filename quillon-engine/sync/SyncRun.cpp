@@ -48,7 +48,8 @@ void SyncRun::sendUnsubscription(int index)
 
 void SyncRun::readArticles()
 {
-    m_service.articles([this](const QList<RemoteArticle> &articles) { articlesRead(articles); });
+    m_service.articles(SyncPlan::feedsToCompare(m_snapshot, m_result.remote),
+                       [this](const QList<RemoteArticle> &articles) { articlesRead(articles); });
 }
 
 void SyncRun::articlesRead(const QList<RemoteArticle> &articles)

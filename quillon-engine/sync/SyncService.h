@@ -37,7 +37,9 @@ public:
     // A feed the server does not take is logged and skipped, not a failure.
     virtual void subscribe(const LocalSubscription &subscription, Done done) = 0;
     virtual void unsubscribe(const RemoteFeed &feed, Done done) = 0;
-    virtual void articles(std::function<void(const QList<RemoteArticle> &)> done) = 0;
+    // The articles of these feeds (IDs of the server's), with their read state.
+    virtual void articles(const QStringList &feedIds,
+                          std::function<void(const QList<RemoteArticle> &)> done) = 0;
     virtual void setRead(const QStringList &articleIds, bool read, Done done) = 0;
     // The API address that answered; empty before open() succeeded.
     [[nodiscard]] virtual QString apiAddress() const = 0;

@@ -15,6 +15,7 @@ struct RemoteFeed
     QString url;
     QString title;
     QString category;
+    int unread = -1; // the server's count of unread articles, -1 when it gives none
 };
 
 // One article the server holds, with its read state.

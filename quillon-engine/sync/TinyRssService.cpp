@@ -13,6 +13,8 @@ namespace {
 constexpr int kHeadlinePage = 200;
 // Enough for 100,000 articles; a server that keeps paging past it is not followed further.
 constexpr int kMostHeadlinePages = 500;
+// Beyond this many feeds, paging through every headline takes fewer calls than one feed at a time.
+constexpr int kMostFeedsOneByOne = 50;
 constexpr int kTimeoutMs = 30000;
 
 enum class Answer { Api, NotApi, Unreachable };
@@ -187,7 +189,8 @@ void TinyRssService::feeds(std::function<void(const QList<RemoteFeed> &)> done)
                 feeds.append({feed.value(QLatin1String("id")).toVariant().toString(),
                               feed.value(QLatin1String("feed_url")).toString(),
                               serverTitle(feed.value(QLatin1String("title")).toString()),
-                              m_categoryTitles.value(feed.value(QLatin1String("cat_id")).toInt())});
+                              m_categoryTitles.value(feed.value(QLatin1String("cat_id")).toInt()),
+                              feed.value(QLatin1String("unread")).toInt(-1)});
             }
             done(feeds);
         });
@@ -231,21 +234,29 @@ void TinyRssService::unsubscribe(const RemoteFeed &feed, Done done)
     call(request, [done = std::move(done)](const QJsonValue &) { done(); });
 }
 
-void TinyRssService::articles(std::function<void(const QList<RemoteArticle> &)> done)
+void TinyRssService::articles(const QStringList &feedIds,
+                              std::function<void(const QList<RemoteArticle> &)> done)
 {
     m_articles.clear();
-    headlinesFrom(0, std::move(done));
+    m_feedsLeft.clear();
+    if (feedIds.isEmpty())
+        return done(m_articles);
+    if (feedIds.size() > kMostFeedsOneByOne)
+        return headlinesFrom(-4, 0, std::move(done));
+    for (const QString &id : feedIds)
+        m_feedsLeft.append(id.toInt());
+    headlinesFrom(m_feedsLeft.takeFirst(), 0, std::move(done));
 }
 
-void TinyRssService::headlinesFrom(int skip, std::function<void(const QList<RemoteArticle> &)> done)
+void TinyRssService::headlinesFrom(int feed, int skip, std::function<void(const QList<RemoteArticle> &)> done)
 {
     const QJsonObject request{{QStringLiteral("op"), QStringLiteral("getHeadlines")},
-                              {QStringLiteral("feed_id"), -4},
+                              {QStringLiteral("feed_id"), feed},
                               {QStringLiteral("view_mode"), QStringLiteral("all_articles")},
                               {QStringLiteral("limit"), kHeadlinePage},
                               {QStringLiteral("skip"), skip},
                               {QStringLiteral("show_content"), false}};
-    call(request, [this, skip, done = std::move(done)](const QJsonValue &content) {
+    call(request, [this, feed, skip, done = std::move(done)](const QJsonValue &content) {
         const QJsonArray page = content.toArray();
         for (const QJsonValue &value : page) {
             const QJsonObject headline = value.toObject();
@@ -255,9 +266,11 @@ void TinyRssService::headlinesFrom(int skip, std::function<void(const QList<Remo
                                headline.value(QLatin1String("guid")).toString(),
                                !headline.value(QLatin1String("unread")).toBool()});
         }
-        if (page.size() < kHeadlinePage || skip / kHeadlinePage >= kMostHeadlinePages)
+        if (page.size() == kHeadlinePage && skip / kHeadlinePage < kMostHeadlinePages)
+            return headlinesFrom(feed, skip + kHeadlinePage, done);
+        if (m_feedsLeft.isEmpty())
             return done(m_articles);
-        headlinesFrom(skip + kHeadlinePage, done);
+        headlinesFrom(m_feedsLeft.takeFirst(), 0, done);
     });
 }
 

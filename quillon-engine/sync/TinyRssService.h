@@ -20,7 +20,8 @@ public:
     void feeds(std::function<void(const QList<RemoteFeed> &)> done) override;
     void subscribe(const LocalSubscription &subscription, Done done) override;
     void unsubscribe(const RemoteFeed &feed, Done done) override;
-    void articles(std::function<void(const QList<RemoteArticle> &)> done) override;
+    void articles(const QStringList &feedIds,
+                  std::function<void(const QList<RemoteArticle> &)> done) override;
     void setRead(const QStringList &articleIds, bool read, Done done) override;
     [[nodiscard]] QString apiAddress() const override { return m_api.toString(); }
 
@@ -34,7 +35,8 @@ private:
     void tryLogin(Done done);
     void loginAnswered(QNetworkReply *reply, Done done);
     void categories(std::function<void()> done);
-    void headlinesFrom(int skip, std::function<void(const QList<RemoteArticle> &)> done);
+    // Pages of headlines of one feed (-4: all of them) from skip on, then of the feeds left.
+    void headlinesFrom(int feed, int skip, std::function<void(const QList<RemoteArticle> &)> done);
     [[nodiscard]] int categoryIdFor(const QString &path) const;
 
     QNetworkAccessManager m_network;
@@ -44,6 +46,7 @@ private:
     QString m_session;
     QHash<int, QString> m_categoryTitles;
     QList<RemoteArticle> m_articles;
+    QList<int> m_feedsLeft;
 };
 
 } // namespace quillon
