@@ -3,8 +3,9 @@
 //
 //   options_screenshots <folder> [ModuleRegistryName...]   (all modules when none is named)
 //
-// Writes options-window.png, options-network.png (the page no row shows) and
-// options-<module>.png ("GeneralProp" gives options-general.png).
+// Writes options-window.png, options-network.png (the page no row shows),
+// options-<module>.png ("GeneralProp" gives options-general.png) and, after a run refused for
+// a wrong password, options-online-failed.png.
 
 #include "ClientAccess.h"
 #include "ConsumerSettings.h"
@@ -14,6 +15,7 @@
 #include "Shots.h"
 #include "StandardOptionPages.h"
 #include "TestEngine.h"
+#include "TinyRssServer.h"
 #include "frmOptionsWindow.h"
 #include "localization.h"
 
@@ -58,17 +60,35 @@ void addSampleState(SubscribeClient &client)
     SetConsumerSetting(client, "OLCONSUMER", "OutlookDefaults", "RadioSubPlacement", "1");
 }
 
-// The online page shows a run's outcome: against QUILLON_SYNC_SERVER (user QUILLON_SYNC_USER,
-// password QUILLON_SYNC_PASSWORD) when given, else against an address where nobody answers.
-void synchroniseOnce(SubscribeClient &client)
+// The account the online page synchronises with: QUILLON_SYNC_SERVER (user QUILLON_SYNC_USER,
+// password QUILLON_SYNC_PASSWORD) when given, else a Tiny Tiny RSS started here when it can
+// run, else an address where nobody answers.
+struct SyncAccount
 {
-    client.SetSyncSettings(1, qEnvironmentVariable("QUILLON_SYNC_SERVER", "http://127.0.0.1:1/"),
-                           qEnvironmentVariable("QUILLON_SYNC_USER", "ann"),
-                           qEnvironmentVariable("QUILLON_SYNC_PASSWORD", "secret"), 3600);
+    QString server, user, password;
+};
+
+SyncAccount syncAccount(TinyRssServer &local)
+{
+    if (!qEnvironmentVariableIsEmpty("QUILLON_SYNC_SERVER"))
+        return {qEnvironmentVariable("QUILLON_SYNC_SERVER"), qEnvironmentVariable("QUILLON_SYNC_USER", "ann"),
+                qEnvironmentVariable("QUILLON_SYNC_PASSWORD", "secret")};
+    if (TinyRssServer::missing().isEmpty() && local.start())
+        return {local.address(), TinyRssServer::kUser, TinyRssServer::kPassword};
+    return {QStringLiteral("http://127.0.0.1:1/"), QStringLiteral("ann"), QStringLiteral("secret")};
+}
+
+// The online page shows the outcome of the run made here.
+void synchroniseOnce(SubscribeClient &client, const SyncAccount &account)
+{
+    const auto ended = [&client] {
+        return GetConsumerSetting(client, "SyncTime", QString(), "ENGINE", "OnlineSync");
+    };
+    const QString before = ended();
+    client.SetSyncSettings(1, account.server, account.user, account.password, 3600);
     client.SyncNow();
-    const QDeadlineTimer deadline(30000);
-    while (GetConsumerSetting(client, "SyncTime", QString(), "ENGINE", "OnlineSync").isEmpty() &&
-           !deadline.hasExpired())
+    const QDeadlineTimer deadline(60000);
+    while (ended() == before && !deadline.hasExpired())
         QCoreApplication::processEvents(QEventLoop::AllEvents, 50);
 }
 
@@ -113,6 +133,9 @@ bool shoot(const SubscribeClientPtr &client, const OptionPageFactory &pages, con
 int main(int argc, char *argv[])
 {
     Shots::preparePlatform();
+    TinyRssServer::enterPrivateNetwork(argv); // the sync server runs only where it could fetch feeds
+    if (qEnvironmentVariableIsEmpty("QUILLON_SOURCE_DIR"))
+        qputenv("QUILLON_SOURCE_DIR", QUILLON_SOURCE_DIR); // the sync server's script
     QApplication app(argc, argv);
     if (argc < 2) {
         std::fprintf(stderr, "usage: options_screenshots <folder> [ModuleRegistryName...]\n");
@@ -128,7 +151,9 @@ int main(int argc, char *argv[])
     const SubscribeClientPtr client = engine.newClient();
     client->Connect("CONFIGCONSUMER", std::make_shared<EngineCalls::IgnoreMessages>());
     addSampleState(*client);
-    synchroniseOnce(*client);
+    TinyRssServer server;
+    SyncAccount account = syncAccount(server);
+    synchroniseOnce(*client, account);
     // Pages bound by a field table reach the engine through the process's client.
     ClientAccess::SetEngineClient(client);
     OptionPageFactory pages;
@@ -147,6 +172,11 @@ int main(int argc, char *argv[])
     for (const QString &module : modules) {
         const QString name = QString(module).remove("Prop").toLower();
         saved = shoot(client, pages, module, folder.filePath("options-" + name + ".png")) && saved;
+    }
+    if (modules.contains("OnlineProp")) {
+        account.password = QStringLiteral("not the password");
+        synchroniseOnce(*client, account);
+        saved = shoot(client, pages, "OnlineProp", folder.filePath("options-online-failed.png")) && saved;
     }
     return saved ? 0 : 1;
 }
