@@ -23,8 +23,7 @@ private Q_SLOTS:
     void initTestCase();
     void cleanup();
     void bagsListsAndHandlesStayOnTheClient();
-    void settingsRoundTripWithDefaults();
-    void bulkReadAndReadAheadStayCurrent();
+    void settingsAndItemReadsStayCurrent();
     void crashedEngineIsFoundAgain();
     // Last: it stops the engine.
     void stoppingTellsConnectedConsumers();
@@ -138,42 +137,38 @@ void tst_SubscribeClientContract::bagsListsAndHandlesStayOnTheClient()
     client->Log("after a failure", 1);
 }
 
-void tst_SubscribeClientContract::settingsRoundTripWithDefaults()
-{
-    auto writer = newClient();
-    auto reader = newClient();
-    const QString section = "ConfigDefaults";
-    const Handle values = writer->NewBag();
-    writer->SetStringValue(values, "ContractFirstRun", "1");
-    writer->SetStringValue(values, "ContractName", "Zoë");
-    writer->SetSettings("CONFIGCONSUMER", section, values);
-    writer->ReleaseHandle(values);
-
-    // Names are read without regard to case; what was never written comes back as given.
-    const Handle keys = reader->NewBag();
-    reader->SetStringValue(keys, "contractfirstrun", "0");
-    reader->SetStringValue(keys, "ContractName", QString());
-    reader->SetStringValue(keys, "ContractNeverSet", kMissingText);
-    reader->SetLongValue(keys, "ContractNumber", 30);
-    const Handle stored = reader->GetSettings("CONFIGCONSUMER", section, keys);
-    QCOMPARE(reader->GetStringValue(stored, "contractfirstrun"), "1");
-    QCOMPARE(reader->GetStringValue(stored, "ContractName"), "Zoë");
-    QCOMPARE(reader->GetStringValue(stored, "ContractNeverSet"), kMissingText);
-    QCOMPARE(reader->GetLongValue(stored, "ContractNumber"), 30);
-
-    // Settings are kept per consumer and section.
-    const Handle otherConsumer = reader->GetSettings("OLCONSUMER", section, keys);
-    QCOMPARE(reader->GetStringValue(otherConsumer, "contractfirstrun"), "0");
-    const Handle otherSection = reader->GetSettings("CONFIGCONSUMER", QString(), keys);
-    QCOMPARE(reader->GetStringValue(otherSection, "ContractName"), QString());
-    for (const Handle handle : {keys, stored, otherConsumer, otherSection})
-        reader->ReleaseHandle(handle);
-}
-
-void tst_SubscribeClientContract::bulkReadAndReadAheadStayCurrent()
+void tst_SubscribeClientContract::settingsAndItemReadsStayCurrent()
 {
     auto client = newClient();
     auto other = newClient();
+    const QString section = "ConfigDefaults";
+    const Handle values = client->NewBag();
+    client->SetStringValue(values, "ContractFirstRun", "1");
+    client->SetStringValue(values, "ContractName", "Zoë");
+    client->SetSettings("CONFIGCONSUMER", section, values);
+    client->ReleaseHandle(values);
+
+    // Names are read without regard to case; what was never written comes back as given.
+    const Handle keys = other->NewBag();
+    other->SetStringValue(keys, "contractfirstrun", "0");
+    other->SetStringValue(keys, "ContractName", QString());
+    other->SetStringValue(keys, "ContractNeverSet", kMissingText);
+    other->SetLongValue(keys, "ContractNumber", 30);
+    const Handle stored = other->GetSettings("CONFIGCONSUMER", section, keys);
+    QCOMPARE(other->GetStringValue(stored, "contractfirstrun"), "1");
+    QCOMPARE(other->GetStringValue(stored, "ContractName"), "Zoë");
+    QCOMPARE(other->GetStringValue(stored, "ContractNeverSet"), kMissingText);
+    QCOMPARE(other->GetLongValue(stored, "ContractNumber"), 30);
+
+    // Settings are kept per consumer and section.
+    const Handle otherConsumer = other->GetSettings("OLCONSUMER", section, keys);
+    QCOMPARE(other->GetStringValue(otherConsumer, "contractfirstrun"), "0");
+    const Handle otherSection = other->GetSettings("CONFIGCONSUMER", QString(), keys);
+    QCOMPARE(other->GetStringValue(otherSection, "ContractName"), QString());
+    for (const Handle handle : {keys, stored, otherConsumer, otherSection})
+        other->ReleaseHandle(handle);
+
+    // Items: one bag per ID asked, in order; an unknown ID gives an empty bag.
     const qint32 a = AddSubscription(*client, "A", "http://127.0.0.1:9/a");
     const qint32 b = AddSubscription(*client, "B", "http://127.0.0.1:9/b");
     QVERIFY(a > 0 && b > 0);
@@ -184,8 +179,6 @@ void tst_SubscribeClientContract::bulkReadAndReadAheadStayCurrent()
         by.UpdateItem(kNews, id, changes);
         by.ReleaseHandle(changes);
     };
-
-    // One bag per ID asked, in order; an unknown ID gives an empty bag.
     const Handle ids = client->NewList();
     for (const qint32 id : {b, 999999, a})
         client->ListAppend(ids, QString::number(id));

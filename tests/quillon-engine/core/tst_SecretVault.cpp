@@ -14,33 +14,27 @@ using namespace quillon;
 
 namespace {
 
-// A keyring whose writes wait until the test answers them.
+// A keyring whose writes wait until the test answers them. The vault owns it; the test keeps a
+// pointer to read what was written and to answer.
 class HeldKeyring : public SecretKeyring
 {
 public:
-    struct State
-    {
-        QByteArray entry;
-        bool readFails = false;
-        QList<Written> waiting;
-        QByteArray lastWrite;
-    };
-    explicit HeldKeyring(std::shared_ptr<State> state) : m_state(std::move(state)) {}
-
     bool read(const QString &, QByteArray *data, QString *error) override
     {
-        *data = m_state->entry;
+        *data = entry;
         *error = "locked";
-        return !m_state->readFails;
+        return !readFails;
     }
     void write(const QString &, const QByteArray &data, Written done) override
     {
-        m_state->lastWrite = data;
-        m_state->waiting.append(std::move(done));
+        lastWrite = data;
+        waiting.append(std::move(done));
     }
 
-private:
-    std::shared_ptr<State> m_state;
+    QByteArray entry;
+    bool readFails = false;
+    QList<Written> waiting;
+    QByteArray lastWrite;
 };
 
 } // namespace
@@ -66,8 +60,9 @@ void tst_SecretVault::movesAPasswordOnlyOnceTheKeyringHasIt()
     settings.setValue("BLOG", "Main", "Password", "blog");
     settings.setValue("BLOG", "Main", "User", "ann");
 
-    auto state = std::make_shared<HeldKeyring::State>();
-    SecretVault vault(db, std::make_unique<HeldKeyring>(state));
+    auto keyring = std::make_unique<HeldKeyring>();
+    HeldKeyring *state = keyring.get();
+    SecretVault vault(db, std::move(keyring));
     subscriptions.setVault(&vault);
     settings.setVault(&vault);
     QString error;
@@ -92,8 +87,8 @@ void tst_SecretVault::movesAPasswordOnlyOnceTheKeyringHasIt()
             .toString();
     };
     QCOMPARE(column(), "second");
-    QCOMPARE(settings.value("blog", "MAIN", "password"),
-             "blog"); // moved, and found again whatever the case of its name
+    // Moved, and found again whatever the case of its name.
+    QCOMPARE(settings.value("blog", "MAIN", "password"), "blog");
 
     // A refusal leaves the password in the database, where it still works.
     QTRY_COMPARE(state->waiting.size(), 1);
@@ -126,24 +121,26 @@ void tst_SecretVault::aKeyringThatCannotBeReadChangesNothing()
     SettingsStore settings(db);
     settings.setValue("ENGINE", "OnlineSync", "SyncPassword", "kept");
     std::vector<std::unique_ptr<SecretVault>> vaults;
-    QList<std::shared_ptr<HeldKeyring::State>> states;
+    QList<HeldKeyring *> states;
     for (const QByteArray &entry : {QByteArray(), QByteArray("not json")}) {
-        states.append(std::make_shared<HeldKeyring::State>());
-        states.last()->readFails = entry.isEmpty();
-        states.last()->entry = entry;
-        vaults.push_back(std::make_unique<SecretVault>(db, std::make_unique<HeldKeyring>(states.last())));
+        auto keyring = std::make_unique<HeldKeyring>();
+        keyring->readFails = entry.isEmpty();
+        keyring->entry = entry;
+        states.append(keyring.get());
+        vaults.push_back(std::make_unique<SecretVault>(db, std::move(keyring)));
         QString error;
         QVERIFY(!vaults.back()->load(&error));
         QVERIFY(!error.isEmpty());
         vaults.back()->changed();
     }
     // A readable vault changed after them sweeps after any sweep they might have started.
-    auto witness = std::make_shared<HeldKeyring::State>();
-    SecretVault readable(db, std::make_unique<HeldKeyring>(witness));
+    auto keyring = std::make_unique<HeldKeyring>();
+    HeldKeyring *witness = keyring.get();
+    SecretVault readable(db, std::move(keyring));
     QString error;
     QVERIFY(readable.load(&error));
     QTRY_COMPARE(witness->waiting.size(), 1);
-    for (const auto &state : states)
+    for (const HeldKeyring *state : states)
         QVERIFY(state->waiting.isEmpty()); // nothing overwrites what the keyring may hold
     QCOMPARE(settings.value("ENGINE", "OnlineSync", "SyncPassword"), "kept");
 }
