@@ -36,11 +36,7 @@ int main(int argc, char *argv[])
 {
     Shots::preparePlatform();
     QApplication app(argc, argv);
-    if (argc < 2) {
-        std::fprintf(stderr, "usage: firstrun_screenshots <folder>\n");
-        return 2;
-    }
-    const QDir folder(QString::fromLocal8Bit(argv[1]));
+    const QDir folder(Shots::outputFolder(argc, argv));
     QTemporaryDir settings;
     Shots::quietSettings(settings);
     bool ok = true;

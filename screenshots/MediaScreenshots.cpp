@@ -111,11 +111,7 @@ int main(int argc, char *argv[])
 {
     Shots::preparePlatform();
     QApplication app(argc, argv);
-    if (argc < 2) {
-        std::fprintf(stderr, "usage: media_screenshots <folder>\n");
-        return 1;
-    }
-    const QDir folder(QString::fromLocal8Bit(argv[1]));
+    const QDir folder(Shots::outputFolder(argc, argv));
     QTemporaryDir home;
     makeHome(home);
     QTemporaryDir settings;

@@ -137,11 +137,7 @@ int main(int argc, char *argv[])
     if (qEnvironmentVariableIsEmpty("QUILLON_SOURCE_DIR"))
         qputenv("QUILLON_SOURCE_DIR", QUILLON_SOURCE_DIR); // the sync server's script
     QApplication app(argc, argv);
-    if (argc < 2) {
-        std::fprintf(stderr, "usage: options_screenshots <folder> [ModuleRegistryName...]\n");
-        return 1;
-    }
-    const QDir folder(QString::fromLocal8Bit(argv[1]));
+    const QDir folder(Shots::outputFolder(argc, argv));
     QTemporaryDir settings;
     Shots::quietSettings(settings);
     LoadStrings(QuillonDataFolder());
