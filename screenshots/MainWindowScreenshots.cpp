@@ -4,11 +4,11 @@
 //
 //   mainwindow_screenshots <folder>     (writes mainwindow-*.png there)
 
-#include "CBConnect.h"
 #include "ConsumerSettings.h"
 #include "EngineCalls.h"
 #include "FeedFetcher.h"
 #include "Shots.h"
+#include "ShownMainWindow.h"
 #include "SubscriptionTreeView.h"
 #include "TestEngine.h"
 #include "categoriesUtils.h"
@@ -142,13 +142,7 @@ int main(int argc, char *argv[])
     SetConsumerSetting(*feeds, "CONFIGCONSUMER", QString(), "ShowUrlColumn", "1");
 
     frmMainWindow window;
-    const SubscribeClientPtr client = engine.newClient();
-    auto callback = std::make_shared<CBConnect>();
-    callback->Setup(&window);
-    client->Connect("CONFIGCONSUMER", callback);
-    window.SetClient(client);
-    window.resize(1100, 720);
-    window.show();
+    Shots::showMainWindow(window, engine);
 
     // The feeds arrive while the window is open and their first updates come in as they would.
     qint32 selected = 0;

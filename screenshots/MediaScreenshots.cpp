@@ -4,12 +4,12 @@
 //
 //   media_screenshots <folder>     (writes media-*.png there)
 
-#include "CBConnect.h"
 #include "ConsumerSettings.h"
 #include "EngineCalls.h"
 #include "LocalHttpServer.h"
 #include "MediaAgent.h"
 #include "Shots.h"
+#include "ShownMainWindow.h"
 #include "TestEngine.h"
 #include "frmMainWindow.h"
 
@@ -138,13 +138,7 @@ int main(int argc, char *argv[])
         return 1;
 
     frmMainWindow window;
-    const SubscribeClientPtr client = engine.newClient();
-    auto callback = std::make_shared<CBConnect>();
-    callback->Setup(&window);
-    client->Connect("CONFIGCONSUMER", callback);
-    window.SetClient(client);
-    window.resize(1100, 720);
-    window.show();
+    Shots::showMainWindow(window, engine);
 
     const qint32 podcast = EngineCalls::AddSubscription(*feeds, "Morning Briefing",
                                                         server.url("/briefing.xml").toString(), "Podcasts");
