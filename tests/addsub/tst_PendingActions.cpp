@@ -3,6 +3,7 @@
 #include "FeedListModel.h"
 #include "PendingActions.h"
 #include "SearchTab.h"
+#include "TestRows.h"
 
 #include <QComboBox>
 #include <QSignalSpy>
@@ -32,22 +33,19 @@ void tst_PendingActions::questionNamesTheCountsAsWritten_data()
     QTest::addColumn<QString>("kind");
     const QString one = QStringLiteral("Would you like to apply this change?");
     const QString many = QStringLiteral("Would you like to apply these changes?");
-    QTest::newRow("one add") << "Browsing" << 1 << 0
-                             << "While Browsing, you have indicated 1 feed to be added." << one << "adds";
-    QTest::newRow("three adds") << "Importing" << 3 << 0
-                                << "While Importing, you have indicated 3Feeds to be added." << one << "adds";
-    QTest::newRow("adds and removals")
-        << "Browsing" << 2 << 4 << "While Browsing, you have indicated 2Feeds to add, and 4Feeds to remove."
-        << many << "adds & removals";
+    const QString adds = "adds", both = "adds & removals", removals = "removals";
+    row("one add", "Browsing", 1, 0, "While Browsing, you have indicated 1 feed to be added.", one, adds);
+    row("three adds", "Importing", 3, 0, "While Importing, you have indicated 3Feeds to be added.", one,
+        adds);
+    row("adds and removals", "Browsing", 2, 4,
+        "While Browsing, you have indicated 2Feeds to add, and 4Feeds to remove.", many, both);
     // One removal is written into the adds text, on purpose.
-    QTest::newRow("adds and one removal")
-        << "Browsing" << 5 << 1 << "While Browsing, you have indicated 1 feed to add, and to remove." << many
-        << "adds & removals";
-    QTest::newRow("removals only") << "Importing" << 0 << 2
-                                   << "While Importing, you have indicated 2Feeds to be removed." << one
-                                   << "removals";
-    QTest::newRow("one removal only")
-        << "Browsing" << 0 << 1 << "While Browsing, you have indicated to be removed." << one << "removals";
+    row("adds and one removal", "Browsing", 5, 1,
+        "While Browsing, you have indicated 1 feed to add, and to remove.", many, both);
+    row("removals only", "Importing", 0, 2, "While Importing, you have indicated 2Feeds to be removed.", one,
+        removals);
+    row("one removal only", "Browsing", 0, 1, "While Browsing, you have indicated to be removed.", one,
+        removals);
 }
 
 void tst_PendingActions::questionNamesTheCountsAsWritten()
@@ -130,10 +128,8 @@ void tst_PendingActions::categoryPositionsAndAddresses()
     const QStringList categories{QStringLiteral("Work"), QStringLiteral("Work~~~Tools")};
     QComboBox box;
     CategoryChoices::Fill(box, categories);
-    QCOMPARE(box.count(), 5);
-    QCOMPARE(box.itemText(0), QStringLiteral("Automatic"));
-    QCOMPARE(box.itemText(1), QStringLiteral("New Subscriptions"));
-    QCOMPARE(box.itemText(4), QStringLiteral("Work~~~Tools"));
+    QCOMPARE((QStringList{box.itemText(0), box.itemText(1), box.itemText(4), QString::number(box.count())}),
+             (QStringList{"Automatic", "New Subscriptions", "Work~~~Tools", "5"}));
     QStringList chosen;
     for (int row : {0, 2, 3, 4, 5})
         chosen << CategoryChoices::CategoryAt(row, categories);

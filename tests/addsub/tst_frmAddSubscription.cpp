@@ -8,6 +8,8 @@
 #include "MainWindowTest.h"
 #include "OpmlImport.h"
 #include "SubscriptionGridModel.h"
+#include "TestFiles.h"
+#include "TestRows.h"
 #include "callbackSupport.h"
 #include "categoriesUtils.h"
 #include "frmAddSubscription.h"
@@ -34,23 +36,14 @@ private:
     FeedListModel *browse(int rows, const QStringList &categories = {});
     template <typename T> T *child(const char *name) { return m_wizard->findChild<T *>(QLatin1String(name)); }
     void pressOk() { child<QPushButton>("cmdOK")->click(); }
-    // One field of every add request the wizard sent.
+    // One field of every add request the wizard submitted through the window's client.
     [[nodiscard]] QStringList sent(const char *field) const
     {
         QStringList values;
-        for (const auto &add : adds())
-            values << add.value(field);
-        return values;
-    }
-
-    // What the wizard submitted through the window's client: its add requests.
-    [[nodiscard]] QList<QHash<QString, QString>> adds() const
-    {
-        QList<QHash<QString, QString>> found;
         for (const auto &fields : f->submitted)
             if (fields.value("REQUEST") == QLatin1String("ADD"))
-                found << fields;
-        return found;
+                values << fields.value(field);
+        return values;
     }
 
     std::unique_ptr<frmAddSubscription> m_wizard;
@@ -130,15 +123,9 @@ void tst_frmAddSubscription::addedFeedIsNamedAlikeEverywhere_data()
     QTest::addColumn<QString>("path");
     QTest::addColumn<QString>("userTitle");
     QTest::addColumn<QString>("name");
-    QTest::newRow("title given") << "/daily"
-                                 << "My Daily"
-                                 << "My Daily";
-    QTest::newRow("no title") << "/daily"
-                              << ""
-                              << "Daily Notes";
-    QTest::newRow("feed found through a web page") << "/page"
-                                                   << ""
-                                                   << "Page Feed";
+    row("title given", "/daily", "My Daily", "My Daily");
+    row("no title", "/daily", "", "Daily Notes");
+    row("feed found through a web page", "/page", "", "Page Feed");
 }
 
 void tst_frmAddSubscription::addedFeedIsNamedAlikeEverywhere()
@@ -179,13 +166,11 @@ void tst_frmAddSubscription::addedFeedIsNamedAlikeEverywhere()
 void tst_frmAddSubscription::searchIsKeptAsAFeedUnderSearchFeeds()
 {
     // A local search source, beside the engine's store, that answers in RSS.
-    QFile sources(QDir(f->engine.dataFolder()).filePath("searchsources.json"));
-    QVERIFY(sources.open(QIODevice::WriteOnly));
-    sources.write(QStringLiteral(R"({"sources": [{"guid": "{local}", "title": "Local", "template":
+    QVERIFY(TestFiles::write(QDir(f->engine.dataFolder()).filePath("searchsources.json"),
+                             QStringLiteral(R"({"sources": [{"guid": "{local}", "title": "Local", "template":
         "%1?q={keywords}&n={limit}", "defaultLimit": 10, "minLimit": 1, "maxLimit": 50}]})")
-                      .arg(m_server.url("/search").toString())
-                      .toUtf8());
-    sources.close();
+                                 .arg(m_server.url("/search").toString())
+                                 .toUtf8()));
     m_server.serve("/search?q=green%20tea&n=5", LocalHttpServer::rss("Results", 5));
     f->engine.core().startUpdating();
 
@@ -201,18 +186,17 @@ void tst_frmAddSubscription::searchIsKeptAsAFeedUnderSearchFeeds()
     child<QLineEdit>("txtSearchLimit")->setText("5");
     pressOk();
 
-    const auto add = adds().constLast();
-    QCOMPARE(add.value("TITLE"), "Search Local for 'green tea'");
-    QCOMPARE(add.value("CATEGORY"), "Search Feeds");
-    QVERIFY2(add.value("URL").startsWith("search?"), qPrintable(add.value("URL")));
+    QCOMPARE(sent("TITLE"), QStringList{"Search Local for 'green tea'"});
+    QCOMPARE(sent("CATEGORY"), QStringList{"Search Feeds"});
+    QVERIFY2(sent("URL").constLast().startsWith("search?"), qPrintable(sent("URL").constLast()));
     // The engine fetches the search through the source's template.
     QTRY_COMPARE_WITH_TIMEOUT(m_server.requestCount("/search?q=green%20tea&n=5"), 1, 15000);
 }
 
 void tst_frmAddSubscription::listTabAsksBeforeLeavingActionsAndAddsWhatIsChosen()
 {
-    FeedListModel *model = browse(3, {"Work"});
-    QVERIFY(model);
+    FeedListModel *model = nullptr;
+    QVERIFY((model = browse(3, {"Work"})));
     auto *tabs = child<QTabWidget>("tabController");
     child<QTreeView>("grdSubList")->setCurrentIndex(model->index(3, 0));
     model->Toggle(model->index(0, 0));
@@ -224,12 +208,11 @@ void tst_frmAddSubscription::listTabAsksBeforeLeavingActionsAndAddsWhatIsChosen(
     QCOMPARE(tabs->currentIndex(), 1); // stays until the question is answered
     QTRY_COMPARE(tabs->currentIndex(), 0);
     QCOMPARE(f->prompts.asked.constLast().mainText, "While Browsing, you have indicated 2Feeds to be added.");
-    QVERIFY(adds().isEmpty());
+    QVERIFY(sent("URL").isEmpty());
     QCOMPARE(m_wizard->CountActions().adds, 2);
 
     // Yes empties the queue first, so what is sent is the list's current row: kept as it is.
-    model = browse(3, {"Work"});
-    QVERIFY(model);
+    QVERIFY((model = browse(3, {"Work"})));
     tabs = child<QTabWidget>("tabController");
     child<QTreeView>("grdSubList")->setCurrentIndex(model->index(3, 0));
     model->Toggle(model->index(0, 0));
@@ -241,8 +224,7 @@ void tst_frmAddSubscription::listTabAsksBeforeLeavingActionsAndAddsWhatIsChosen(
     QCOMPARE(m_wizard->CountActions().any(), false);
 
     // The shipped directory browses with no network: its root list, then row 0's feeds.
-    model = browse(3, {"Work"});
-    QVERIFY(model);
+    QVERIFY((model = browse(3, {"Work"})));
     QVERIFY(child<QTreeView>("grdRootList")->model()->rowCount() >= 4);
     QCOMPARE(child<QTreeView>("grdRootList")->model()->headerData(0, Qt::Horizontal).toString(),
              "Feed Lists");
@@ -258,8 +240,7 @@ void tst_frmAddSubscription::listTabAsksBeforeLeavingActionsAndAddsWhatIsChosen(
     QCOMPARE(sent("CATEGORY").mid(1), QStringList{"-237237"});
 
     // Checked rows with the box set: each checked feed under the chosen category, removals first.
-    model = browse(3, {"Work"});
-    QVERIFY(model);
+    QVERIFY((model = browse(3, {"Work"})));
     child<QCheckBox>("chkCategories_BrowseTab")->setChecked(true);
     child<QComboBox>("cboCategories_BrowseTab")->setCurrentIndex(3);
     model->Toggle(model->index(0, 0));
@@ -337,9 +318,7 @@ void tst_frmAddSubscription::importTabAndStarterFeedsFillNestedCategories()
 {
     QTemporaryDir dir;
     const auto write = [&](const QString &name, const QByteArray &text) {
-        QFile file(dir.filePath(name));
-        return file.open(QIODevice::WriteOnly) && file.write(text) == text.size() ? file.fileName()
-                                                                                  : QString();
+        return TestFiles::write(dir.filePath(name), text) ? dir.filePath(name) : QString();
     };
     QVERIFY(OpmlImport::IsValidOPMLFile(
         write("ok.opml", "<opml><body><outline><outline xmlUrl=\"http://x/\"/></outline></body></opml>")));

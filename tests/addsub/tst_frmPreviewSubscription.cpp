@@ -2,11 +2,11 @@
 #include "EngineClientTest.h"
 #include "LocalHttpServer.h"
 #include "TestFiles.h"
+#include "TestRows.h"
 #include "WebArticleView.h"
 #include "frmPreviewSubscription.h"
 
 #include <QApplication>
-#include <QFile>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -96,9 +96,7 @@ void tst_frmPreviewSubscription::showsTheArticlesInTheRealView()
     // The first article is written beside the templates and drawn by the real view.
     QTRY_VERIFY_WITH_TIMEOUT(!navigated.isEmpty(), 30000);
     QVERIFY(navigated.first().at(1).toBool());
-    QFile page(preview.PreviewPagePath());
-    QVERIFY(page.open(QIODevice::ReadOnly));
-    const QString html = QString::fromUtf8(page.readAll());
+    const QString html = QString::fromUtf8(TestFiles::read(preview.PreviewPagePath()));
     QVERIFY(html.contains(QStringLiteral("Article 0")) && html.contains(QStringLiteral("Tomatoes")));
     QVERIFY(html.trimmed().endsWith(QStringLiteral("<!-- qliArticleID=0 -->")));
     QTRY_VERIFY(!preview.View().Title().isEmpty());
@@ -144,15 +142,9 @@ void tst_frmPreviewSubscription::addClosesWithItsResult_data()
     QTest::addColumn<QString>("title"); // the title the preview's caller gives
     QTest::addColumn<QString>("caption");
     QTest::addColumn<QString>("shownTitle");
-    QTest::newRow("none given: the feed's") << ""
-                                            << "Corvell - Preview for 'Garden'"
-                                            << "Garden";
-    QTest::newRow("the caller's") << "Mine"
-                                  << "Corvell - Preview for 'Mine'"
-                                  << "Mine";
-    QTest::newRow("the missing-value marker") << "-237237"
-                                              << "Corvell"
-                                              << "";
+    row("none given: the feed's", "", "Corvell - Preview for 'Garden'", "Garden");
+    row("the caller's", "Mine", "Corvell - Preview for 'Mine'", "Mine");
+    row("the missing-value marker", "-237237", "Corvell", "");
 }
 
 void tst_frmPreviewSubscription::addClosesWithItsResult()
@@ -199,12 +191,12 @@ void tst_frmPreviewSubscription::clicksFollowOnlyWebLinks_data()
 {
     QTest::addColumn<QString>("link");
     QTest::addColumn<bool>("followed");
-    QTest::newRow("a feed's item link to a local file") << "file:///etc/passwd" << false;
-    QTest::newRow("script") << "javascript:alert(1)" << false;
-    QTest::newRow("data") << "data:text/html,<p>x</p>" << false;
-    QTest::newRow("the program's data") << "quillon-data:directory/root.opml" << false;
-    QTest::newRow("web") << "https://example.com/story" << true;
-    QTest::newRow("web, upper case") << "HTTP://example.com/story" << true;
+    row("a feed's item link to a local file", "file:///etc/passwd", false);
+    row("script", "javascript:alert(1)", false);
+    row("data", "data:text/html,<p>x</p>", false);
+    row("the program's data", "quillon-data:directory/root.opml", false);
+    row("web", "https://example.com/story", true);
+    row("web, upper case", "HTTP://example.com/story", true);
 }
 
 void tst_frmPreviewSubscription::clicksFollowOnlyWebLinks()

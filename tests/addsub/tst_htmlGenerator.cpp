@@ -1,3 +1,5 @@
+#include "TestFiles.h"
+#include "TestRows.h"
 #include "commonUtils.h"
 #include "htmlGenerator.h"
 
@@ -23,9 +25,7 @@ public:
     QString localPath() const { return LocalPath(m_dir.path()); }
     void write(const QString &name, const QString &text) const
     {
-        QFile file(localPath() + name);
-        QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
-        file.write(text.toUtf8());
+        QVERIFY(TestFiles::write(localPath() + name, text.toUtf8()));
     }
 
 private:
@@ -212,17 +212,15 @@ void tst_htmlGenerator::enclosureFileTypeTakesMimeTypeThenExtension_data()
     QTest::addColumn<QString>("url");
     QTest::addColumn<QString>("mime");
     QTest::addColumn<QString>("icon");
-    QTest::newRow("mime wins") << u"https://x/a.pdf"_s << u"audio/mpeg"_s << u"audio"_s;
-    QTest::newRow("mime with parameters") << u"x"_s << u" Video/MP4; codecs=avc1"_s << u"video"_s;
-    QTest::newRow("office document") << u"x"_s << u"application/vnd.ms-powerpoint"_s << u"document"_s;
-    QTest::newRow("archive mime") << u"x"_s << u"application/x-7z-compressed"_s << u"archive"_s;
-    QTest::newRow("generic mime, extension")
-        << u"https://x/p.JPG"_s << u"application/octet-stream"_s << u"image"_s;
-    QTest::newRow("query ignored") << u"https://x/get.php/show.m4a?file=a.zip#t=1"_s << QString()
-                                   << u"audio"_s;
-    QTest::newRow("dot only in host") << u"https://cdn.example.org/episode"_s << QString() << u"file"_s;
-    QTest::newRow("archive extension") << u"https://x/src.tar.gz"_s << QString() << u"archive"_s;
-    QTest::newRow("unknown") << u"https://x/a.xyz"_s << u"application/x-thing"_s << u"file"_s;
+    row("mime wins", u"https://x/a.pdf"_s, u"audio/mpeg"_s, u"audio"_s);
+    row("mime with parameters", u"x"_s, u" Video/MP4; codecs=avc1"_s, u"video"_s);
+    row("office document", u"x"_s, u"application/vnd.ms-powerpoint"_s, u"document"_s);
+    row("archive mime", u"x"_s, u"application/x-7z-compressed"_s, u"archive"_s);
+    row("generic mime, extension", u"https://x/p.JPG"_s, u"application/octet-stream"_s, u"image"_s);
+    row("query ignored", u"https://x/get.php/show.m4a?file=a.zip#t=1"_s, QString(), u"audio"_s);
+    row("dot only in host", u"https://cdn.example.org/episode"_s, QString(), u"file"_s);
+    row("archive extension", u"https://x/src.tar.gz"_s, QString(), u"archive"_s);
+    row("unknown", u"https://x/a.xyz"_s, u"application/x-thing"_s, u"file"_s);
 }
 
 void tst_htmlGenerator::enclosureFileTypeTakesMimeTypeThenExtension()

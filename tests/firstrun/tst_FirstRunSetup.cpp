@@ -1,7 +1,9 @@
 #include "AddRequestQueue.h"
 #include "FirstRunSetup.h"
 #include "LocalHttpServer.h"
-#include "MainWindowFixture.h"
+#include "MainWindowTest.h"
+#include "TestFiles.h"
+#include "TestRows.h"
 #include "categoriesUtils.h"
 #include "frmWelcome.h"
 
@@ -12,23 +14,18 @@
 
 // The first start over the real engine: readers found on disk, the welcome dialog answered as a
 // user would, and what ends up stored and requested.
-class tst_FirstRunSetup : public QObject
+class tst_FirstRunSetup : public MainWindowTest
 {
     Q_OBJECT
 private Q_SLOTS:
     void initTestCase();
     void init();
-    void cleanup();
     void choicesAreStoredAndRequested_data();
     void choicesAreStoredAndRequested();
 
 private:
-    // Writes a file below the test's home folder.
-    void write(const QString &relativePath, const QByteArray &text);
-
     QTemporaryDir m_home;
     LocalHttpServer m_server;
-    std::unique_ptr<MainWindowFixture> f;
 };
 
 void tst_FirstRunSetup::initTestCase()
@@ -50,32 +47,17 @@ void tst_FirstRunSetup::init()
 {
     QDir(m_home.path()).removeRecursively();
     QVERIFY(QDir().mkpath(m_home.path()));
-    f = std::make_unique<MainWindowFixture>();
-    QVERIFY(f->ready());
+    MainWindowTest::init();
     // The starter list, served from here instead of the shipped one.
-    write("starter.opml", "<opml version=\"2.0\"><body><outline text=\"News\">"
-                          "<outline text=\"World\" xmlUrl=\"" +
-                              m_server.url("/world.xml").toEncoded() +
-                              "\"/></outline><outline text=\"Science\" xmlUrl=\"" +
-                              m_server.url("/science.xml").toEncoded() + "\"/></body></opml>");
+    QVERIFY(TestFiles::write(
+        m_home.filePath("starter.opml"),
+        "<opml version=\"2.0\"><body><outline text=\"News\"><outline text=\"World\" xmlUrl=\"" +
+            m_server.url("/world.xml").toEncoded() + "\"/></outline><outline text=\"Science\" xmlUrl=\"" +
+            m_server.url("/science.xml").toEncoded() + "\"/></body></opml>"));
     SetConsumerSetting(*f->other, "ENGINE", QString(), "OEM_Starter_URL", m_home.filePath("starter.opml"));
     f->engine.core().startUpdating();
     f->open();
     QTRY_COMPARE(GetSetting("Quillon", "Quillon", "ConfigStartupComplete"), "1");
-}
-
-void tst_FirstRunSetup::cleanup()
-{
-    f.reset();
-}
-
-void tst_FirstRunSetup::write(const QString &relativePath, const QByteArray &text)
-{
-    const QString path = m_home.filePath(relativePath);
-    QVERIFY(QDir().mkpath(QFileInfo(path).absolutePath()));
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    QCOMPARE(file.write(text), text.size());
 }
 
 void tst_FirstRunSetup::choicesAreStoredAndRequested_data()
@@ -88,32 +70,24 @@ void tst_FirstRunSetup::choicesAreStoredAndRequested_data()
     QTest::addColumn<QStringList>("stored");   // "consumer/section/key=value"
     QTest::addColumn<bool>("starterFeeds");
 
-    const QStringList mailbox = {"OLCONSUMER/OutlookDefaults/MakeNewPST_fileName=-237237",
-                                 "OLCONSUMER/OutlookDefaults/RadioSubPlacement=2",
-                                 "OLCONSUMER/OutlookDefaults/SubFolderTitle=Corvell for Outlook"};
-    QTest::newRow("no reader found, defaults accepted")
-        << false << QStringList() << true << QStringList() << QStringList()
-        << mailbox + QStringList{"ENGINE/FileTypeHandling/RSS=1", "ENGINE/FileTypeHandling/OPML=1"} << true;
-    QTest::newRow("starter feeds and an import both chosen")
-        << true << QStringList{"chkStarterFeeds"} << true
-        << QStringList{"Import my subscriptions from Newsboat"} << QStringList() << mailbox << true;
-    QTest::newRow("import only, a new store, no OPML files")
-        << true << QStringList{"chkNewPST", "chkOPML"} << true
-        << QStringList{"Import my subscriptions from Newsboat"} << QStringList{"newsboat"}
-        << QStringList{"OLCONSUMER/OutlookDefaults/MakeNewPST_fileName=Corvell.pst",
-                       "OLCONSUMER/OutlookDefaults/MakeNewPST_DisplayName=Corvell for Outlook",
-                       "OLCONSUMER/OutlookDefaults/MakeNewPST_mode=0",
-                       "OLCONSUMER/OutlookDefaults/RadioSubPlacement=-237237",
-                       "ENGINE/FileTypeHandling/OPML=0",
-                       "ENGINE/FileTypeHandling/FEED=1"}
-        << false;
-    QTest::newRow("dialog closed keeps nothing")
-        << true << QStringList() << false << QStringList{"Import my subscriptions from Newsboat"}
-        << QStringList()
-        << QStringList{"ENGINE/FileTypeHandling/RSS=-237237",
-                       "OLCONSUMER/OutlookDefaults/MakeNewPST_fileName=-237237",
-                       "OLCONSUMER/OutlookDefaults/RadioSubPlacement=-237237"}
-        << false;
+    const QString ol = "OLCONSUMER/OutlookDefaults/", types = "ENGINE/FileTypeHandling/";
+    const QStringList none, newsboat = {"Import my subscriptions from Newsboat"};
+    const QStringList mailbox = {ol + "MakeNewPST_fileName=-237237", ol + "RadioSubPlacement=2",
+                                 ol + "SubFolderTitle=Corvell for Outlook"};
+    row("no reader found, defaults accepted", false, none, true, none, none,
+        mailbox + QStringList{types + "RSS=1", types + "OPML=1"}, true);
+    row("starter feeds and an import both chosen", true, QStringList{"chkStarterFeeds"}, true, newsboat, none,
+        mailbox, true);
+    row("import only, a new store, no OPML files", true, QStringList{"chkNewPST", "chkOPML"}, true, newsboat,
+        QStringList{"newsboat"},
+        QStringList{ol + "MakeNewPST_fileName=Corvell.pst", ol + "MakeNewPST_DisplayName=Corvell for Outlook",
+                    ol + "MakeNewPST_mode=0", ol + "RadioSubPlacement=-237237", types + "OPML=0",
+                    types + "FEED=1"},
+        false);
+    row("dialog closed keeps nothing", true, none, false, newsboat, none,
+        QStringList{types + "RSS=-237237", ol + "MakeNewPST_fileName=-237237",
+                    ol + "RadioSubPlacement=-237237"},
+        false);
 }
 
 void tst_FirstRunSetup::choicesAreStoredAndRequested()
@@ -126,7 +100,8 @@ void tst_FirstRunSetup::choicesAreStoredAndRequested()
     QFETCH(QStringList, stored);
     QFETCH(bool, starterFeeds);
     if (newsboatFound)
-        write(".newsboat/urls", m_server.url("/world.xml").toEncoded() + "\n");
+        QVERIFY(TestFiles::write(m_home.filePath(".newsboat/urls"),
+                                 m_server.url("/world.xml").toEncoded() + "\n"));
 
     QStringList importsRun;
     FirstRunSetup setup(*f->window, f->client, [&](const QString &id) { importsRun << id; });
@@ -161,7 +136,6 @@ void tst_FirstRunSetup::choicesAreStoredAndRequested()
     QVERIFY(drained.wait(10000));
     QTRY_VERIFY_WITH_TIMEOUT(categoriesUtils::FindNodeByPath(f->window->Tree(), "News"), 10000);
     QTRY_VERIFY_WITH_TIMEOUT(m_server.requestCount("/science.xml") > 0, 10000);
-    QCOMPARE(f->client->LiveHandleCount(), 0);
 }
 
 QTEST_MAIN(tst_FirstRunSetup)

@@ -2,6 +2,7 @@
 #include "LinkedSubscribeClient.h"
 #include "PromptRecorder.h"
 #include "TestEngine.h"
+#include "TestRows.h"
 #include "frmCreatePST.h"
 
 #include <QCheckBox>
@@ -27,19 +28,13 @@ void tst_frmCreatePST::acceptsOnlyANameAndALocation_data()
     QTest::addColumn<bool>("move");
     QTest::addColumn<QStringList>("stored"); // name, folder, file, mode; empty when refused
 
-    QTest::newRow("nothing chosen") << ""
-                                    << "" << false << QStringList();
-    QTest::newRow("a name without a location") << "Feeds"
-                                               << "" << false << QStringList();
-    QTest::newRow("blank name") << "   "
-                                << "/srv/mail/x.pst" << false << QStringList();
-    QTest::newRow("the chosen file names it")
-        << ""
-        << "/srv/mail/News of the day.pst" << false
-        << QStringList{"News of the day", "/srv/mail", "News of the day.pst", "0"};
-    QTest::newRow("a typed name stays, mail moves")
-        << "Feeds"
-        << "/srv/mail/archive.pst" << true << QStringList{"Feeds", "/srv/mail", "archive.pst", "1"};
+    row("nothing chosen", "", "", false, QStringList());
+    row("a name without a location", "Feeds", "", false, QStringList());
+    row("blank name", "   ", "/srv/mail/x.pst", false, QStringList());
+    row("the chosen file names it", "", "/srv/mail/News of the day.pst", false,
+        QStringList{"News of the day", "/srv/mail", "News of the day.pst", "0"});
+    row("a typed name stays, mail moves", "Feeds", "/srv/mail/archive.pst", true,
+        QStringList{"Feeds", "/srv/mail", "archive.pst", "1"});
 }
 
 void tst_frmCreatePST::acceptsOnlyANameAndALocation()

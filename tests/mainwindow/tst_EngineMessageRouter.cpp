@@ -19,8 +19,7 @@ private Q_SLOTS:
     void initTestCase() { QVERIFY(m_server.listen()); }
     void burstWhileIgnoringEndsInOneRefreshAtSecondFlush();
     void ownBindingChangesAndAddsLeaveTheTreeAlone();
-    void questionsAskInQueueOrderAndAnswersReachTheirHandlers();
-    void engineTerminationClosesTheWindow();
+    void questionsAndAnswersReachTheirHandlersUntilTheEngineEnds();
     void changesShowWithoutAReload();
 
 private:
@@ -104,7 +103,7 @@ void tst_EngineMessageRouter::ownBindingChangesAndAddsLeaveTheTreeAlone()
     QCOMPARE(window.StatusText(), "Removing: Mine");
 }
 
-void tst_EngineMessageRouter::questionsAskInQueueOrderAndAnswersReachTheirHandlers()
+void tst_EngineMessageRouter::questionsAndAnswersReachTheirHandlersUntilTheEngineEnds()
 {
     const qint32 a = f->add("Alpha-1");
     const qint32 b = f->add("Bravo-2");
@@ -149,17 +148,13 @@ void tst_EngineMessageRouter::questionsAskInQueueOrderAndAnswersReachTheirHandle
     callback->DeliverResult(answer.get());
     QCOMPARE(window.RefreshCount(), before + 1);
     QCOMPARE(window.SelectedSubscriptionId(), other);
-}
 
-void tst_EngineMessageRouter::engineTerminationClosesTheWindow()
-{
-    frmMainWindow &window = f->open();
+    // An import brings a minimized window back; the engine's end closes it.
     QSignalSpy unloaded(&window, &frmMainWindow::Unloaded);
     window.showMinimized();
     f->deliver("ImportOPML", {{"PATH", "/tmp/list.opml"}});
     QVERIFY(!window.isMinimized());
     QVERIFY(window.StatusText().endsWith("/tmp/list.opml"));
-
     f->engine.core().announceTermination();
     QTRY_COMPARE(unloaded.count(), 1);
     QVERIFY(!window.isVisible());

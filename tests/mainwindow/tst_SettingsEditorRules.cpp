@@ -22,12 +22,12 @@ private Q_SLOTS:
 void tst_SettingsEditorRules::commonValueIsSharedValueOrMixedMarker()
 {
     using CommonValues::Common;
-    QCOMPARE(Common(QList<qint32>{3600, 3600}), 3600);
-    QCOMPARE(Common(QList<qint32>{3600, 3600, 7200}), CommonValues::kNothingCommon);
-    QCOMPARE(Common(QList<qint32>{}), quillon::kMissing);
-    QCOMPARE(Common(QStringList{"Plain", "Plain"}), QString("Plain"));
-    QCOMPARE(Common(QStringList{"Plain", "plain"}), QString("NothingCommon"));
-    QCOMPARE(Common(QStringList{}), QString("-237237"));
+    QCOMPARE((QList<qint32>{Common(QList<qint32>{3600, 3600}), Common(QList<qint32>{3600, 3600, 7200}),
+                            Common(QList<qint32>{})}),
+             (QList<qint32>{3600, CommonValues::kNothingCommon, quillon::kMissing}));
+    QCOMPARE((QStringList{Common(QStringList{"Plain", "Plain"}), Common(QStringList{"Plain", "plain"}),
+                          Common(QStringList{})}),
+             (QStringList{"Plain", "NothingCommon", "-237237"}));
 }
 
 void tst_SettingsEditorRules::typedTimesMustBeWholeNumbers_data()
@@ -77,11 +77,9 @@ void tst_SettingsEditorRules::storedTimesChooseOptionsAndShownValues()
              (QList<qint32>{1800, 1800, 600}));
 
     const auto never = R::DeletionShown(0, 259200);
-    QVERIFY(!never.checked);
-    QCOMPARE(never.seconds, 259200);
     const auto custom = R::DeletionShown(86400, 259200);
-    QVERIFY(custom.checked);
-    QCOMPARE(custom.seconds, 86400);
+    QVERIFY(!never.checked && custom.checked);
+    QCOMPARE((QList<qint32>{never.seconds, custom.seconds}), (QList<qint32>{259200, 86400}));
 
     QVERIFY(MinimumFrequency::Below(299));
     QVERIFY(!MinimumFrequency::Below(300));
@@ -95,9 +93,8 @@ void tst_SettingsEditorRules::searchAddressesAndLimits()
 
     const SearchUrl parsed =
         SearchUrl::Parse("search?guid=%7Bsrc%7D&keywords=cats%20%26%20dogs%2Bmore&limit=20");
-    QCOMPARE(parsed.guid, QString("{src}"));
-    QCOMPARE(parsed.keywords, QString("cats & dogs+more"));
-    QCOMPARE(parsed.limit, QString("20"));
+    QCOMPARE((QStringList{parsed.guid, parsed.keywords, parsed.limit}),
+             (QStringList{"{src}", "cats & dogs+more", "20"}));
     QCOMPARE(SearchUrl::Parse("search").guid, QString());
 
     for (const char *none : {"", " ", "0", "-237237"})
@@ -105,11 +102,10 @@ void tst_SettingsEditorRules::searchAddressesAndLimits()
     QVERIFY(SearchUrl::LimitCounts("25"));
 
     const SearchSource bounded{"g", "t", "25", "10", "100"};
-    QCOMPARE(SearchUrl::ClampLimit(5, bounded), 10);
-    QCOMPARE(SearchUrl::ClampLimit(500, bounded), 100);
-    QCOMPARE(SearchUrl::ClampLimit(50, bounded), 50);
     const SearchSource unbounded{"g", "t", "25", "0", "-237237"};
-    QCOMPARE(SearchUrl::ClampLimit(500, unbounded), 500);
+    QCOMPARE((QList<int>{SearchUrl::ClampLimit(5, bounded), SearchUrl::ClampLimit(500, bounded),
+                         SearchUrl::ClampLimit(50, bounded), SearchUrl::ClampLimit(500, unbounded)}),
+             (QList<int>{10, 100, 50, 500}));
 }
 
 QTEST_GUILESS_MAIN(tst_SettingsEditorRules)

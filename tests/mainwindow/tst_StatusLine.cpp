@@ -13,10 +13,6 @@ class tst_StatusLine : public MainWindowTest
 private Q_SLOTS:
     void endsTellingTheTruth_data();
     void endsTellingTheTruth();
-
-private:
-    void add(int count, int refusedAt);
-    void import(int count);
 };
 
 void tst_StatusLine::endsTellingTheTruth_data()
@@ -36,41 +32,32 @@ void tst_StatusLine::endsTellingTheTruth()
     QFETCH(QString, action);
     QFETCH(int, count);
     QFETCH(int, refusedAt);
-    callbackSupport::PendingAddCount() = 0;
-    if (action == QLatin1String("add"))
-        add(count, refusedAt);
-    else
-        import(count);
-}
-
-void tst_StatusLine::add(int count, int refusedAt)
-{
     QFETCH(QString, expected);
+    callbackSupport::PendingAddCount() = 0;
     frmMainWindow &window = f->open();
     const int before = window.RefreshCount();
+    QSignalSpy counts(&AddProgress::Instance(), &AddProgress::CountChanged);
+    const bool add = action == QLatin1String("add");
+    QList<AddRequestQueue::Request> imports;
     for (int i = 0; i < count; ++i) {
         const QString url = i == refusedAt ? QString() : QStringLiteral("http://127.0.0.1:9/%1").arg(i);
-        callbackSupport::RequestAddSubscription(&window, f->client, QStringLiteral("Feed %1").arg(i), url,
-                                                true, {}, {}, {});
+        if (add)
+            callbackSupport::RequestAddSubscription(&window, f->client, QStringLiteral("Feed %1").arg(i), url,
+                                                    true, {}, {}, {});
+        else
+            imports.append({QString(), url, QStringLiteral("Imported")});
     }
-    QTRY_COMPARE_WITH_TIMEOUT(window.StatusText(), expected, 15000);
-    QVERIFY(!AddProgress::Instance().Running());
-    // A refused add leaves the pending counter raised, so only a clean run refreshes the window.
-    QCOMPARE(window.RefreshCount(), before + (refusedAt < 0 ? 1 : 0));
-}
-
-void tst_StatusLine::import(int count)
-{
-    QFETCH(QString, expected);
-    frmMainWindow &window = f->open();
-    QSignalSpy counts(&AddProgress::Instance(), &AddProgress::CountChanged);
-    QList<AddRequestQueue::Request> requests;
-    for (int i = 0; i < count; ++i)
-        requests.append(
-            {QString(), QStringLiteral("http://127.0.0.1:9/%1").arg(i), QStringLiteral("Imported")});
-    AddRequestQueue::Instance().Enqueue(&window, f->client, requests);
-    window.SetStatusText(QStringLiteral("Uploading Requests To Server"));
-    QTRY_COMPARE_WITH_TIMEOUT(window.StatusText(), expected, 60000);
+    if (!add) {
+        AddRequestQueue::Instance().Enqueue(&window, f->client, imports);
+        window.SetStatusText(QStringLiteral("Uploading Requests To Server"));
+    }
+    QTRY_COMPARE_WITH_TIMEOUT(window.StatusText(), expected, (add ? 15000 : 60000));
+    if (add) {
+        QVERIFY(!AddProgress::Instance().Running());
+        // A refused add leaves the pending counter raised, so only a clean run refreshes the window.
+        QCOMPARE(window.RefreshCount(), before + (refusedAt < 0 ? 1 : 0));
+        return;
+    }
     QVERIFY(!counts.isEmpty());
     QVERIFY(counts.last().first().toString().startsWith(QLatin1String("Importing ")));
     QVERIFY(counts.last().first().toString().endsWith(QStringLiteral(" of %1...").arg(count)));

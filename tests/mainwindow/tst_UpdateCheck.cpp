@@ -1,6 +1,7 @@
 #include "LocalHttpServer.h"
 #include "LocalSettings.h"
 #include "RegistrySettings.h"
+#include "TestRows.h"
 #include "UpdateCheck.h"
 #include "frmAbout.h"
 
@@ -42,19 +43,16 @@ void tst_UpdateCheck::answersSayWhatWasFound_data()
     QTest::addColumn<bool>("closedPort");
     QTest::addColumn<QString>("said");
 
-    QTest::newRow("newer, with its page")
-        << 200 << QByteArray("0.2.0\nhttps://example.org/get\n") << false
-        << "Version 0.2.0 is available. Get it from https://example.org/get";
-    QTest::newRow("newer, a page that is no web address")
-        << 200 << QByteArray("1.0\nfile:///etc/passwd") << false << "Version 1.0 is available.";
-    QTest::newRow("the same version")
-        << 200 << QByteArray("0.1.0\n") << false << "You have the newest version.";
-    QTest::newRow("a web page instead")
-        << 200 << QByteArray("<html>moved</html>") << false
-        << "The update server's answer was not understood. Please try again later.";
-    QTest::newRow("not found") << 404 << QByteArray() << false << "The update server could not be reached (";
-    QTest::newRow("nobody listening")
-        << 200 << QByteArray() << true << "The update server could not be reached (";
+    const QString unreachable = "The update server could not be reached (";
+    row("newer, with its page", 200, QByteArray("0.2.0\nhttps://example.org/get\n"), false,
+        "Version 0.2.0 is available. Get it from https://example.org/get");
+    row("newer, a page that is no web address", 200, QByteArray("1.0\nfile:///etc/passwd"), false,
+        "Version 1.0 is available.");
+    row("the same version", 200, QByteArray("0.1.0\n"), false, "You have the newest version.");
+    row("a web page instead", 200, QByteArray("<html>moved</html>"), false,
+        "The update server's answer was not understood. Please try again later.");
+    row("not found", 404, QByteArray(), false, unreachable);
+    row("nobody listening", 200, QByteArray(), true, unreachable);
 }
 
 void tst_UpdateCheck::answersSayWhatWasFound()

@@ -1,10 +1,10 @@
 #include "ControlTexts.h"
 #include "MainWindowTest.h"
 #include "RegistrySettings.h"
+#include "TestFiles.h"
 #include "commonUtils.h"
 
 #include <QCheckBox>
-#include <QFile>
 #include <QLineEdit>
 #include <QMimeData>
 #include <QStackedWidget>
@@ -37,9 +37,7 @@ void tst_frmMainWindow::startLogsItsStepsRunsFirstRunOnceAndRestoresTheWindow()
 {
     int firstRuns = 0;
     f->open();
-    QFile log(f->logPath());
-    QVERIFY(log.open(QIODevice::ReadOnly));
-    const QString text = QString::fromUtf8(log.readAll());
+    const QString text = QString::fromUtf8(TestFiles::read(f->logPath()));
     qsizetype at = 0;
     for (const char *step :
          {"load localization strings", "Size Window", "ShowMainWindowDetails", "SetupComboBoxes",
@@ -328,9 +326,7 @@ void tst_frmMainWindow::pendingEditsCanKeepTheSelectionAndKeysDriveTheTree()
     const qint32 second = f->add("Second");
     f->open();
     QVERIFY(f->window->SelectRowByID(first));
-    auto *title = f->window->findChild<QLineEdit *>("txtSubTitle");
-    QVERIFY(title);
-    title->setText("Renamed");
+    f->window->findChild<QLineEdit *>("txtSubTitle")->setText("Renamed");
     QVERIFY(f->button("cmdApply")->isEnabled());
 
     f->prompts.answers[int(PromptKind::DoYouWantToSave)] = {2};

@@ -1,8 +1,7 @@
 #include "ConsumerSettings.h"
-#include "CopyingCallback.h"
 #include "EngineClientTest.h"
 #include "ExportUI.h"
-#include "HandleGuard.h"
+#include "TestFiles.h"
 
 #include <QCheckBox>
 #include <QLineEdit>
@@ -83,15 +82,11 @@ void tst_ExportUI::openPage()
 
 QStringList tst_ExportUI::readBack(const QString &path)
 {
-    HandleGuard request(*m_client, m_client->NewBag());
-    m_client->SetStringValue(request.get(), "REQUEST", "FETCHOPML");
-    m_client->SetStringValue(request.get(), "CLASS", "NEWS");
-    m_client->SetStringValue(request.get(), "URL", "file://loopback/" + QString(path).replace(' ', "%20"));
-    auto answer = std::make_shared<CopyingCallback>(*m_client);
-    m_client->SubmitRequest(request.get(), answer);
-    if (!QTest::qWaitFor([&] { return !answer->received.isEmpty(); }, 10000))
-        return {"no answer"};
-    const BagPtr result = answer->received.first()->bag("Result");
+    const BagPtr result =
+        EngineCalls::Request(*m_client, {{"REQUEST", "FETCHOPML"},
+                                         {"CLASS", "NEWS"},
+                                         {"URL", "file://loopback/" + QString(path).replace(' ', "%20")}})
+            ->bag("Result");
     return result ? Outline(result->list("SubscriptionList")) : QStringList{"no result"};
 }
 
@@ -114,9 +109,7 @@ void tst_ExportUI::exportedFileReadsBackWithItsFolders()
                                   "  Mars <http://127.0.0.1:9/Mars>",
                                   "Loose <http://127.0.0.1:9/Loose>"};
     QCOMPARE(readBack(m_settings.filePath("my feeds.opml")), expected);
-    QFile file(m_settings.filePath("my feeds.opml"));
-    QVERIFY(file.open(QIODevice::ReadOnly));
-    const QByteArray text = file.readAll();
+    const QByteArray text = TestFiles::read(m_settings.filePath("my feeds.opml"));
     QVERIFY(text.contains("<opml version=\"2.0\">"));
     QVERIFY(text.contains("<title>Evening reading</title>"));
     QCOMPARE(GetConsumerSetting(*m_client, "LastExportTitle", "", "CONFIGCONSUMER", ""), "Evening reading");
@@ -134,10 +127,7 @@ void tst_ExportUI::replacingAFileIsAsked()
 {
     QFETCH(int, answer);
     QFETCH(bool, replaced);
-    QFile old(m_settings.filePath("my feeds.opml"));
-    QVERIFY(old.open(QIODevice::WriteOnly));
-    old.write("old");
-    old.close();
+    QVERIFY(TestFiles::write(m_settings.filePath("my feeds.opml"), "old"));
     m_prompts->answer = answer;
     openPage();
     // Nothing checked: nothing is asked for.
@@ -146,8 +136,7 @@ void tst_ExportUI::replacingAFileIsAsked()
     check(4);
     pressExport();
     QCOMPARE(m_prompts->texts(PromptKind::YesNo), QStringList{"The file my feeds.opml already exists."});
-    QVERIFY(old.open(QIODevice::ReadOnly));
-    QCOMPARE(old.readAll().startsWith("<?xml"), replaced);
+    QCOMPARE(TestFiles::read(m_settings.filePath("my feeds.opml")).startsWith("<?xml"), replaced);
 }
 
 QTEST_MAIN(tst_ExportUI)

@@ -2,6 +2,7 @@
 #include "EngineClientTest.h"
 #include "PublishingUI.h"
 #include "PublishingUtils.h"
+#include "TestRows.h"
 
 #include <QApplication>
 #include <QLineEdit>
@@ -58,15 +59,13 @@ void tst_PublishingUI::listShowsLiveRecordsOnly_data()
     QTest::addColumn<QStringList>("shown");
     QTest::addColumn<QStringList>("quickPublish");
     QTest::addColumn<int>("next");
-    QTest::newRow("none stored") << QStringList() << QStringList() << QStringList() << 1;
-    QTest::newRow("2 of 3 deleted") << QStringList{"One", "DELETED", "Three"}
-                                    << QStringList{"One / Other", "Three / Blogger"}
-                                    << QStringList{"One", "Three"} << 4;
-    QTest::newRow("only deleted") << QStringList{"DELETED"} << QStringList() << QStringList() << 2;
-    QTest::newRow("services by name")
-        << QStringList{"A", "B", "C", "D"}
-        << QStringList{"A / Other", "B / TypePad", "C / Blogger", "D / LiveJournal"} << QStringList{"A", "C"}
-        << 5;
+    const QStringList none;
+    row("none stored", none, none, none, 1);
+    row("2 of 3 deleted", QStringList{"One", "DELETED", "Three"},
+        QStringList{"One / Other", "Three / Blogger"}, QStringList{"One", "Three"}, 4);
+    row("only deleted", QStringList{"DELETED"}, none, none, 2);
+    row("services by name", QStringList{"A", "B", "C", "D"},
+        QStringList{"A / Other", "B / TypePad", "C / Blogger", "D / LiveJournal"}, QStringList{"A", "C"}, 5);
 }
 
 void tst_PublishingUI::listShowsLiveRecordsOnly()

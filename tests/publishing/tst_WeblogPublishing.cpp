@@ -1,14 +1,12 @@
 #include "ArticlePublisher.h"
 #include "ConsumerSettings.h"
 #include "DaemonProcess.h"
-#include "EngineCalls.h"
+#include "EngineClientTest.h"
 #include "LocalHttpServer.h"
-#include "LocalSettings.h"
 #include "MessagePublisher.h"
-#include "PromptRecorder.h"
 #include "PublishingUtils.h"
-#include "TestEngine.h"
 #include "TestFiles.h"
+#include "TestRows.h"
 #include "WordPressServer.h"
 #include "frmPrePublish.h"
 #include "frmPubSettings.h"
@@ -37,34 +35,27 @@ template <typename T = QAbstractButton> T *child(QWidget *dialog, const QString 
 } // namespace
 
 // Adding weblogs and posting to them against a real WordPress; the pre-publish dialog alone.
-class tst_WeblogPublishing : public QObject
+class tst_WeblogPublishing : public EngineClientTest
 {
     Q_OBJECT
 private Q_SLOTS:
     void initTestCase()
     {
-        QVERIFY(m_settings.isValid());
-        LocalSettings::SetBaseFolder(m_settings.path());
+        EngineClientTest::initTestCase();
         if (!m_wordpress.start())
             qWarning() << "WordPress tests are skipped:" << m_wordpress.errorText();
         connect(&m_watch, &QTimer::timeout, this, &tst_WeblogPublishing::answerDialogs);
     }
     void init()
     {
-        m_engine = std::make_unique<TestEngine>();
-        QVERIFY(m_engine->isReady());
-        m_client = m_engine->newClient();
-        m_client->Connect("CONFIGCONSUMER", std::make_shared<EngineCalls::IgnoreMessages>());
-        m_prompts = std::make_unique<PromptRecorder>();
+        EngineClientTest::init();
         m_scripts.clear();
         m_watch.start(20);
     }
     void cleanup()
     {
         m_watch.stop();
-        m_prompts.reset();
-        m_client.reset();
-        m_engine.reset();
+        EngineClientTest::cleanup();
     }
     void addWeblog_data();
     void addWeblog();
@@ -99,11 +90,7 @@ private:
         return GetConsumerSetting(*m_client, key, "unset", "ENGINE", "Publishing_defaults");
     }
 
-    QTemporaryDir m_settings;
     WordPressServer m_wordpress;
-    std::unique_ptr<TestEngine> m_engine;
-    SubscribeClientPtr m_client;
-    std::unique_ptr<PromptRecorder> m_prompts;
     QHash<QByteArray, std::function<void(QWidget *)>> m_scripts;
     QTimer m_watch;
     std::unique_ptr<DaemonProcess> m_daemon;
@@ -125,31 +112,22 @@ void tst_WeblogPublishing::addWeblog_data()
     const QString good = WordPressServer::kPassword;
     const QString noUrl =
         "No valid publishing URL's found.  Please check the values you entered and try again.";
-    QTest::newRow("found from the weblog")
-        << "WordPress" << QStringList() << home << "" << good << true << "" << 1;
-    QTest::newRow("REST found from the weblog") << "WordPress (application password)" << QStringList() << home
-                                                << "" << m_wordpress.applicationPassword() << true << "" << 1;
-    QTest::newRow("after 1 and 3, 2 deleted; password not kept")
-        << "MetaWeblog server" << QStringList{"One", "DELETED", "Three"} << home << "" << good << false << ""
-        << 4;
-    QTest::newRow("Other asks for the posting address") << "Other" << QStringList() << ""
-                                                        << "" << good << true << "" << 1;
-    QTest::newRow("already configured")
-        << "WordPress" << QStringList{"HOME"} << home << "" << good << true
-        << "You have already configured all available Weblogs for this publisher." << 0;
-    QTest::newRow("REST, wrong password") << "WordPress (application password)" << QStringList() << home << ""
-                                          << "wrong" << true << "You are not currently logged in." << 0;
-    QTest::newRow("wrong password") << "WordPress" << QStringList() << home << ""
-                                    << "wrong" << true << "Incorrect username or password." << 0;
-    QTest::newRow("no address given") << "WordPress" << QStringList() << ""
-                                      << "" << good << true << noUrl << 0;
-    QTest::newRow("page without RSD link") << "WordPress" << QStringList() << home + "readme.html"
-                                           << "" << good << true << noUrl << 0;
-    QTest::newRow("server unreachable") << "WordPress" << QStringList() << ""
-                                        << "http://127.0.0.1:9/xmlrpc.php" << good << true
-                                        << "The weblog server at http://127.0.0.1:9/xmlrpc.php" << 0;
-    QTest::newRow("no services") << "" << QStringList() << home << "" << good << true
-                                 << "No valid publishers found." << 0;
+    const QString rest = "WordPress (application password)";
+    const QStringList none;
+    row("found from the weblog", "WordPress", none, home, "", good, true, "", 1);
+    row("REST found from the weblog", rest, none, home, "", m_wordpress.applicationPassword(), true, "", 1);
+    row("after 1 and 3, 2 deleted; password not kept", "MetaWeblog server",
+        QStringList{"One", "DELETED", "Three"}, home, "", good, false, "", 4);
+    row("Other asks for the posting address", "Other", none, "", "", good, true, "", 1);
+    row("already configured", "WordPress", QStringList{"HOME"}, home, "", good, true,
+        "You have already configured all available Weblogs for this publisher.", 0);
+    row("REST, wrong password", rest, none, home, "", "wrong", true, "You are not currently logged in.", 0);
+    row("wrong password", "WordPress", none, home, "", "wrong", true, "Incorrect username or password.", 0);
+    row("no address given", "WordPress", none, "", "", good, true, noUrl, 0);
+    row("page without RSD link", "WordPress", none, home + "readme.html", "", good, true, noUrl, 0);
+    row("server unreachable", "WordPress", none, "", "http://127.0.0.1:9/xmlrpc.php", good, true,
+        "The weblog server at http://127.0.0.1:9/xmlrpc.php", 0);
+    row("no services", "", none, home, "", good, true, "No valid publishers found.", 0);
 }
 
 void tst_WeblogPublishing::addWeblog()
@@ -230,13 +208,12 @@ void tst_WeblogPublishing::prePublishDialog_data()
     QTest::addColumn<QStringList>("clicks");
     QTest::addColumn<QStringList>("captions"); // at opening, then after each click of an option
     QTest::addColumn<QString>("storedEditFirst");
-    QTest::newRow("edit first, then as is")
-        << false << QStringList{"optEditItem", "optPublishAsIs", "optEditItem", "cmdPublish"}
-        << QStringList{"Publish", "Create", "Publish", "Create"} << "1";
-    QTest::newRow("cancel stores nothing") << false << QStringList{"optEditItem", "chkIncludeAd", "cmdCancel"}
-                                           << QStringList{"Publish", "Create", "Create"} << "unset";
-    QTest::newRow("save mode") << true << QStringList{"optEditItem", "cmdPublish"}
-                               << QStringList{"Save", "Save"} << "1";
+    row("edit first, then as is", false,
+        QStringList{"optEditItem", "optPublishAsIs", "optEditItem", "cmdPublish"},
+        QStringList{"Publish", "Create", "Publish", "Create"}, "1");
+    row("cancel stores nothing", false, QStringList{"optEditItem", "chkIncludeAd", "cmdCancel"},
+        QStringList{"Publish", "Create", "Create"}, "unset");
+    row("save mode", true, QStringList{"optEditItem", "cmdPublish"}, QStringList{"Save", "Save"}, "1");
 }
 
 void tst_WeblogPublishing::prePublishDialog()
@@ -276,14 +253,11 @@ void tst_WeblogPublishing::publishArticle_data()
     QTest::addColumn<QString>("api");
     const QString good = WordPressServer::kPassword;
     const QString published = "The item was published.";
-    QTest::newRow("as is") << true << good << "as is" << published << "";
-    QTest::newRow("edit first, password asked") << false << good << "edit first" << published << "";
-    QTest::newRow("quick, wrong password") << true << "wrong"
-                                           << "quick"
-                                           << "The item could not be published to Field Notes."
-                                           << "";
-    QTest::newRow("as is, through REST")
-        << true << m_wordpress.applicationPassword() << "as is" << published << "WP-API";
+    row("as is", true, good, "as is", published, "");
+    row("edit first, password asked", false, good, "edit first", published, "");
+    row("quick, wrong password", true, "wrong", "quick", "The item could not be published to Field Notes.",
+        "");
+    row("as is, through REST", true, m_wordpress.applicationPassword(), "as is", published, "WP-API");
 }
 
 void tst_WeblogPublishing::publishArticle()
@@ -381,12 +355,10 @@ void tst_WeblogPublishing::publishDeliveredMessage_data()
     QTest::addColumn<QString>("how"); // "pipe" and "file" run quillon-publish; else the message changed so
     QTest::addColumn<int>("result");
     QTest::addColumn<QString>("error");
-    QTest::newRow("piped to quillon-publish") << "pipe" << 0 << "";
-    QTest::newRow("named to quillon-publish") << "file" << 0 << "";
-    QTest::newRow("not a delivered message")
-        << "foreign" << 2 << "This is not a message the mail delivery wrote";
-    QTest::newRow("article no longer kept")
-        << "gone" << 2 << "\"Dry spell\" is no longer among the articles of River News";
+    row("piped to quillon-publish", "pipe", 0, "");
+    row("named to quillon-publish", "file", 0, "");
+    row("not a delivered message", "foreign", 2, "This is not a message the mail delivery wrote");
+    row("article no longer kept", "gone", 2, "\"Dry spell\" is no longer among the articles of River News");
 }
 
 void tst_WeblogPublishing::publishDeliveredMessage()

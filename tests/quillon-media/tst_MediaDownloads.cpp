@@ -5,11 +5,11 @@
 #include "LocalHttpServer.h"
 #include "LocalSettings.h"
 #include "MediaAgent.h"
-#include "MediaHome.h"
 #include "Playlists.h"
 #include "PrivateSessionBus.h"
 #include "PromptRecorder.h"
 #include "TestFiles.h"
+#include "TestRows.h"
 #include "frmMainWindow.h"
 #include "localization.h"
 
@@ -21,6 +21,7 @@
 #include <QScopeGuard>
 #include <QSignalSpy>
 #include <QStandardPaths>
+#include <QTemporaryDir>
 
 #include <algorithm>
 
@@ -65,15 +66,16 @@ class tst_MediaDownloads : public QObject
 
 private:
     void serveShow(int cutAfter = -1, const QString &feedPath = "/show");
-    void setGeneral(const QStringList &settings);
+    // "key=value" settings of the enclosures' general section, through the given client or the engine's own.
+    void setGeneral(const QStringList &settings, SubscribeClient *client = nullptr);
     void startAgent();
     // Adds the show and waits for its first fetch.
     qint32 addShow();
-    [[nodiscard]] QString file(const QString &relative) const { return m_home->path(relative); }
+    [[nodiscard]] QString file(const QString &relative) const { return m_home->filePath(relative); }
     [[nodiscard]] static QStringList recordedFiles(SubscribeClient &client, qint32 id);
 
     std::unique_ptr<LocalHttpServer> m_server; // one per test, so its counts are the test's own
-    std::unique_ptr<MediaHome> m_home;
+    std::unique_ptr<QTemporaryDir> m_home;
     std::unique_ptr<EngineFixture> m_engine;
     std::unique_ptr<MediaAgent> m_agent;
     std::unique_ptr<QSignalSpy> m_caughtUp;
@@ -87,7 +89,6 @@ private Q_SLOTS:
     void filesEachKindWhereTheSettingsSay();
     void askedInTheWindowAndTakenAtOnce_data();
     void askedInTheWindowAndTakenAtOnce();
-    void cutDownloadResumesWithRange();
     void agedArticleTakesItsFileWithAutoDelete();
     void killedMediaLosesNothingAndDownloadsNothingTwice();
     void handsDownloadsToARunningPlayer_data();
@@ -96,7 +97,15 @@ private Q_SLOTS:
 
 void tst_MediaDownloads::init()
 {
-    m_home = std::make_unique<MediaHome>();
+    // A home of its own whose user-dirs.dirs names its media folders unlike the usual ones, so
+    // that filing by the XDG rules shows.
+    m_home = std::make_unique<QTemporaryDir>();
+    qputenv("HOME", m_home->path().toUtf8());
+    qputenv("XDG_CONFIG_HOME", file(".config").toUtf8());
+    qputenv("XDG_DATA_HOME", file(".local/share").toUtf8());
+    QVERIFY(TestFiles::write(file(".config/user-dirs.dirs"),
+                             "XDG_MUSIC_DIR=\"$HOME/Tunes\"\nXDG_VIDEOS_DIR=\"$HOME/Films\"\n"
+                             "XDG_PICTURES_DIR=\"$HOME/Photos\"\n"));
     m_server = std::make_unique<LocalHttpServer>();
     QVERIFY(m_server->listen());
     m_engine = std::make_unique<EngineFixture>();
@@ -139,11 +148,11 @@ void tst_MediaDownloads::serveShow(int cutAfter, const QString &feedPath)
     m_server->serve(feedPath, (feed + QStringLiteral("</channel></rss>")).toUtf8());
 }
 
-void tst_MediaDownloads::setGeneral(const QStringList &settings)
+void tst_MediaDownloads::setGeneral(const QStringList &settings, SubscribeClient *client)
 {
     for (const QString &setting : settings)
-        m_engine->setSetting("MEDIACONSUMER", "Settings", setting.section('=', 0, 0),
-                             setting.section('=', 1));
+        EngineCalls::SetSetting(client ? *client : *m_engine->client, "MEDIACONSUMER", "Settings",
+                                setting.section('=', 0, 0), setting.section('=', 1));
 }
 
 void tst_MediaDownloads::startAgent()
@@ -192,22 +201,22 @@ void tst_MediaDownloads::filesEachKindWhereTheSettingsSay_data()
     QTest::addColumn<QStringList>("settings");
     QTest::addColumn<QStringList>("existing"); // files there before, holding "old"
     QTest::addColumn<QStringList>("expected"); // files that get the served bytes
+    QTest::addColumn<int>("cutAfter");         // each answer stops after this many bytes of its body
     const QStringList always = {"EnableAutoDownload=1", "PromptForAutoDownload=0"};
     const QString downloads = ".local/share/Corvell/Downloads/";
     const QStringList filed = {"Tunes/Show/a.mp3", "Films/Show/v.mp4", "Photos/Show/p.jpg",
                                downloads + "Show/d.pdf"};
-    QTest::newRow("always, one folder per subscription") << always << QStringList() << filed;
-    QTest::newRow("always, flat, music not in Music")
-        << always + QStringList{"OrganizeBySubscriptionTitle=0", "StoreMusicInMyMusic=0"} << QStringList()
-        << QStringList{downloads + "a.mp3", "Films/v.mp4", "Photos/p.jpg", downloads + "d.pdf"};
-    QTest::newRow("overwrite off keeps both")
-        << always << QStringList{"Tunes/Show/a.mp3"} << QStringList{"Tunes/Show/a (2).mp3"} + filed.mid(1);
-    QTest::newRow("overwrite on replaces")
-        << always + QStringList{"OverwriteFiles=1"} << QStringList{"Tunes/Show/a.mp3"} << filed;
-    QTest::newRow("playlist and player")
-        << always + QStringList{"PlaceIntoPlaylist=1", "EnablePodcasting=1"} << QStringList() << filed;
-    QTest::newRow("never") << QStringList{"EnableAutoDownload=0", "PromptForAutoDownload=0"} << QStringList()
-                           << QStringList();
+    const QStringList none, old = {"Tunes/Show/a.mp3"};
+    row("always, one folder per subscription", always, none, filed, -1);
+    row("always, flat, music not in Music",
+        always + QStringList{"OrganizeBySubscriptionTitle=0", "StoreMusicInMyMusic=0"}, none,
+        QStringList{downloads + "a.mp3", "Films/v.mp4", "Photos/p.jpg", downloads + "d.pdf"}, -1);
+    row("overwrite off keeps both", always, old, QStringList{"Tunes/Show/a (2).mp3"} + filed.mid(1), -1);
+    row("overwrite on replaces", always + QStringList{"OverwriteFiles=1"}, old, filed, -1);
+    row("playlist and player", always + QStringList{"PlaceIntoPlaylist=1", "EnablePodcasting=1"}, none, filed,
+        -1);
+    row("never", QStringList{"EnableAutoDownload=0", "PromptForAutoDownload=0"}, none, none, -1);
+    row("cut downloads resume with a range", always, none, filed, 20000);
 }
 
 void tst_MediaDownloads::filesEachKindWhereTheSettingsSay()
@@ -215,9 +224,11 @@ void tst_MediaDownloads::filesEachKindWhereTheSettingsSay()
     QFETCH(QStringList, settings);
     QFETCH(QStringList, existing);
     QFETCH(QStringList, expected);
+    QFETCH(int, cutAfter);
     setGeneral(settings);
     for (const QString &old : existing)
         QVERIFY(TestFiles::write(file(old), "old"));
+    serveShow(cutAfter);
     startAgent();
     const qsizetype before = m_caughtUp->size();
     const qint32 id = addShow();
@@ -226,11 +237,15 @@ void tst_MediaDownloads::filesEachKindWhereTheSettingsSay()
     for (const QString &relative : expected) {
         paths.append(file(relative));
         const QString served = QFileInfo(QString(relative).remove(" (2)")).fileName();
-        QTRY_COMPARE_WITH_TIMEOUT(TestFiles::read(paths.last()), body(served), 10000);
+        QTRY_COMPARE_WITH_TIMEOUT(TestFiles::read(paths.last()), body(served), 15000);
         QVERIFY(!QFileInfo::exists(EnclosureDownloader::partOf(paths.last())));
     }
     paths.sort();
     QTRY_COMPARE(recordedFiles(*m_engine->client, id), paths); // the article pages can point at the files
+    if (cutAfter > 0) {                                        // 48 KiB in three pieces
+        QCOMPARE(m_server->requestCount("/files/a.mp3"), 3);
+        QCOMPARE(m_server->lastHeader("/files/a.mp3", "range"), QByteArray("bytes=40000-"));
+    }
     if (expected.isEmpty()) {
         QTRY_VERIFY(m_caughtUp->size() > before);
         QCOMPARE(m_server->requestCount("/files/a.mp3") + m_server->requestCount("/files/d.pdf"), 0);
@@ -301,19 +316,6 @@ void tst_MediaDownloads::askedInTheWindowAndTakenAtOnce()
     LocalSettings::SetBaseFolder(QString());
 }
 
-void tst_MediaDownloads::cutDownloadResumesWithRange()
-{
-    setGeneral({"EnableAutoDownload=1", "PromptForAutoDownload=0"});
-    serveShow(20000); // each answer stops after 20000 bytes of its body
-    startAgent();
-    QVERIFY(addShow() > 0);
-    QTRY_VERIFY_WITH_TIMEOUT(QFileInfo::exists(file("Tunes/Show/a.mp3")), 15000);
-    QCOMPARE(QCryptographicHash::hash(TestFiles::read(file("Tunes/Show/a.mp3")), QCryptographicHash::Sha256),
-             QCryptographicHash::hash(body("a.mp3"), QCryptographicHash::Sha256));
-    QCOMPARE(m_server->requestCount("/files/a.mp3"), 3); // 48 KiB in three pieces
-    QCOMPARE(m_server->lastHeader("/files/a.mp3", "range"), QByteArray("bytes=40000-"));
-}
-
 void tst_MediaDownloads::agedArticleTakesItsFileWithAutoDelete()
 {
     setGeneral({"EnableAutoDownload=1", "PromptForAutoDownload=0", "EnableAutoDelete=1"});
@@ -337,8 +339,7 @@ void tst_MediaDownloads::killedMediaLosesNothingAndDownloadsNothingTwice()
     DaemonProcess daemon;
     QVERIFY2(daemon.start(), qPrintable(daemon.errorText()));
     SubscribeClientPtr client = daemon.newClient();
-    EngineCalls::SetSetting(*client, "MEDIACONSUMER", "Settings", "EnableAutoDownload", "1");
-    EngineCalls::SetSetting(*client, "MEDIACONSUMER", "Settings", "PromptForAutoDownload", "0");
+    setGeneral({"EnableAutoDownload=1", "PromptForAutoDownload=0"}, client.get());
     LocalHttpServer::Route stuck;
     stuck.neverAnswer = true;
     m_server->setRoute("/files/v.mp4", stuck);
@@ -397,9 +398,8 @@ void tst_MediaDownloads::handsDownloadsToARunningPlayer()
     DaemonProcess daemon;
     QVERIFY2(daemon.start(), qPrintable(daemon.errorText()));
     SubscribeClientPtr client = daemon.newClient();
-    for (const auto &[key, value] : {std::pair{"EnableAutoDownload", "1"}, {"PromptForAutoDownload", "0"}})
-        EngineCalls::SetSetting(*client, "MEDIACONSUMER", "Settings", key, value);
-    EngineCalls::SetSetting(*client, "MEDIACONSUMER", "Settings", "EnablePodcasting", podcasting);
+    setGeneral({"EnableAutoDownload=1", "PromptForAutoDownload=0", "EnablePodcasting=" + podcasting},
+               client.get());
     QProcess media;
     media.setProcessEnvironment(bus.environment());
     media.start(DaemonProcess::executable("quillon-media"),
@@ -408,7 +408,7 @@ void tst_MediaDownloads::handsDownloadsToARunningPlayer()
     const qint32 show = EngineCalls::AddSubscription(*client, "Show", m_server->url("/show").toString());
     QTRY_COMPARE_WITH_TIMEOUT(recordedFiles(*client, show).size(), 4, 20000);
 
-    EngineCalls::SetSetting(*client, "MEDIACONSUMER", "Settings", "EnablePodcasting", "1");
+    setGeneral({"EnablePodcasting=1"}, client.get());
     serveShow(-1, "/late");
     const qint32 late = EngineCalls::AddSubscription(*client, "Late", m_server->url("/late").toString());
     QTRY_COMPARE_WITH_TIMEOUT(player.opened.size(), podcasting == "1" ? 8 : 4, 20000);
