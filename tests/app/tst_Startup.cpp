@@ -186,15 +186,7 @@ void tst_Startup::servicesOutliveTheWindow()
         QSKIP("systemd-socket-activate is not installed");
     LocalHttpServer feeds;
     QVERIFY(feeds.listen());
-    const auto serve = [&feeds](int items) {
-        QByteArray body = "<rss version=\"2.0\"><channel><title>Kept</title>";
-        for (int i = 1; i <= items; ++i)
-            body += QStringLiteral("<item><title>Item %1</title><guid>kept-%1</guid></item>").arg(i).toUtf8();
-        LocalHttpServer::Route route;
-        route.body = body + "</channel></rss>";
-        feeds.setRoute("/kept.xml", route);
-    };
-    serve(1);
+    feeds.serve("/kept.xml", LocalHttpServer::rss("Kept", 1));
     // A runtime folder no systemd user manager answers in.
     m_servicesEnv = Environment();
     m_servicesEnv.insert("XDG_RUNTIME_DIR", m_dir.path());
@@ -233,7 +225,7 @@ void tst_Startup::servicesOutliveTheWindow()
     // Window gone: engine, delivery and downloads live, and a new article is still delivered.
     for (const QByteArray &pid : pids.first(3))
         QCOMPARE(::kill(pid.toInt(), 0), 0);
-    serve(2);
+    feeds.serve("/kept.xml", LocalHttpServer::rss("Kept", 2));
     const quillon::Handle nothing = client->NewBag();
     client->UpdateItem("NEWS", id, nothing); // due now
     client->ReleaseHandle(nothing);

@@ -1,10 +1,11 @@
 #include "DovecotServer.h"
 
+#include "ServerProcess.h"
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QStandardPaths>
-#include <QTcpServer>
 #include <QTcpSocket>
 #include <QTest>
 
@@ -89,12 +90,8 @@ bool DovecotServer::start(QString *why)
             "dovecot is not installed (Debian package dovecot-imapd; scripts/setup-deps.sh installs it)");
         return false;
     }
-    if (m_port == 0) {
-        QTcpServer probe; // a free port for the listener
-        if (!probe.listen(QHostAddress::LocalHost))
-            return false;
-        m_port = probe.serverPort();
-    }
+    if (m_port == 0 && (m_port = ServerProcess::freePort()) == 0)
+        return false;
 #ifdef Q_OS_UNIX
     // Mail belongs to dovecot's account when the test runs as root (dovecot refuses uid 0).
     quint32 uid = ::getuid(), gid = ::getgid();

@@ -57,23 +57,19 @@ void tst_CLog::createsTheFileAppendsTabSeparatedLinesUnlessSwitchedOff()
     QVERIFY(!QFile::exists(m_logPath));
     CLog::SaveMessage(u"one"_s, u"two"_s, u"three"_s);
     CLog::SaveMessage(u"second"_s);
-    const QStringList lines = logLines(m_logPath);
-    QCOMPARE(lines.size(), 2);
-    const QStringList fields = lines.first().split(QLatin1Char('\t'));
-    QCOMPARE(fields.size(), 4);
-    QVERIFY(!fields.at(0).isEmpty());
-    QCOMPARE(fields.mid(1), QStringList({"one", "two", "three"}));
-    QCOMPARE(lines.at(1).split(QLatin1Char('\t')).mid(1), QStringList({"second", "", ""}));
-
     // Switched off, only forced lines are written.
     SaveSetting(kApp, kApp, u"LogFileWanted"_s, u"0"_s);
     CLog::SaveMessage(u"dropped"_s);
-    QCOMPARE(logLines(m_logPath).size(), 2);
     CLog::SaveMessage(u"forced"_s, QString(), QString(), true);
-    QCOMPARE(logLines(m_logPath).size(), 3);
     SaveSetting(kApp, kApp, u"LogFileWanted"_s, u"1"_s);
     CLog::SaveMessage(u"wanted"_s);
-    QCOMPARE(logLines(m_logPath).size(), 4);
+
+    QStringList fields;
+    for (const QString &line : logLines(m_logPath)) {
+        QVERIFY(!line.section(u'\t', 0, 0).isEmpty()); // the time
+        fields << line.section(u'\t', 1);
+    }
+    QCOMPARE(fields, QStringList({"one\ttwo\tthree", "second\t\t", "forced\t\t", "wanted\t\t"}));
 }
 
 void tst_CLog::defaultPathIsInTheUserFolderWhichIsCreated()

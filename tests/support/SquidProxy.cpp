@@ -1,12 +1,10 @@
 #include "SquidProxy.h"
 
-#include <QDeadlineTimer>
+#include "ServerProcess.h"
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QTcpServer>
-#include <QTcpSocket>
-#include <QThread>
 
 #include <pwd.h>
 #include <unistd.h>
@@ -14,12 +12,6 @@
 namespace {
 const QString kSquid = QStringLiteral("/usr/sbin/squid");
 const QString kHelpers = QStringLiteral("/usr/lib/squid/");
-
-quint16 freePort()
-{
-    QTcpServer probe;
-    return probe.listen(QHostAddress::LocalHost, 0) ? probe.serverPort() : 0;
-}
 
 // Squid started as root runs as "proxy": its folder must be that user's.
 QString takeOverForSquid(const QString &folder)
@@ -40,7 +32,7 @@ QString takeOverForSquid(const QString &folder)
 
 SquidProxy::~SquidProxy()
 {
-    stop();
+    ServerProcess::stop(m_squid, 10000);
 }
 
 QString SquidProxy::missing()
@@ -57,7 +49,7 @@ QString SquidProxy::missing()
 
 bool SquidProxy::start(Login login, const QHash<QString, QString> &hosts)
 {
-    m_port = freePort();
+    m_port = ServerProcess::freePort();
     if (!m_dir.isValid() || m_port == 0 || !writeFiles(login, hosts))
         return false;
     if (const QString refused = takeOverForSquid(m_dir.path()); !refused.isEmpty()) {
@@ -66,7 +58,12 @@ bool SquidProxy::start(Login login, const QHash<QString, QString> &hosts)
     }
     m_squid.setProcessChannelMode(QProcess::MergedChannels);
     m_squid.start(kSquid, {"-N", "-f", m_dir.filePath("squid.conf")});
-    return waitUntilListening();
+    if (ServerProcess::waitUntilListening(m_squid, m_port))
+        return true;
+    m_error = m_squid.state() == QProcess::NotRunning
+                  ? "squid stopped: " + QString::fromLocal8Bit(m_squid.readAll())
+                  : "squid did not listen within 20 seconds";
+    return false;
 }
 
 bool SquidProxy::writeFiles(Login login, const QHash<QString, QString> &hosts)
@@ -100,24 +97,6 @@ bool SquidProxy::writeFiles(Login login, const QHash<QString, QString> &hosts)
     return true;
 }
 
-bool SquidProxy::waitUntilListening()
-{
-    const QDeadlineTimer deadline(20000);
-    while (!deadline.hasExpired()) {
-        if (m_squid.state() == QProcess::NotRunning) {
-            m_error = "squid stopped: " + QString::fromLocal8Bit(m_squid.readAll());
-            return false;
-        }
-        QTcpSocket probe;
-        probe.connectToHost(QHostAddress::LocalHost, m_port);
-        if (probe.waitForConnected(200))
-            return true;
-        m_squid.waitForFinished(100);
-    }
-    m_error = "squid did not listen within 20 seconds";
-    return false;
-}
-
 QString SquidProxy::address() const
 {
     return QStringLiteral("127.0.0.1:%1").arg(m_port);
@@ -127,15 +106,4 @@ QByteArray SquidProxy::accessLog() const
 {
     QFile log(m_dir.filePath("access.log"));
     return log.open(QIODevice::ReadOnly) ? log.readAll() : QByteArray();
-}
-
-void SquidProxy::stop()
-{
-    if (m_squid.state() == QProcess::NotRunning)
-        return;
-    m_squid.terminate();
-    if (!m_squid.waitForFinished(10000)) {
-        m_squid.kill();
-        m_squid.waitForFinished(2000);
-    }
 }

@@ -34,8 +34,6 @@ public:
 
 private:
     [[nodiscard]] bool writeFiles(Login login, const QHash<QString, QString> &hosts);
-    [[nodiscard]] bool waitUntilListening();
-    void stop();
 
     QTemporaryDir m_dir;
     QProcess m_squid;

@@ -1,11 +1,12 @@
 #include "TinyRssServer.h"
 
+#include "ServerProcess.h"
+
 #include <QCoreApplication>
 #include <QDeadlineTimer>
 #include <QFileInfo>
 #include <QNetworkInterface>
 #include <QProcess>
-#include <QTcpServer>
 
 #include <unistd.h>
 
@@ -41,9 +42,7 @@ void TinyRssServer::enterPrivateNetwork(char **argv)
 
 bool TinyRssServer::start()
 {
-    QTcpServer probe;
-    m_port = probe.listen(QHostAddress::LocalHost, 0) ? probe.serverPort() : 0;
-    probe.close();
+    m_port = ServerProcess::freePort();
     return script({"start", QString::number(m_port)});
 }
 

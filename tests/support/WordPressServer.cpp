@@ -1,5 +1,7 @@
 #include "WordPressServer.h"
 
+#include "ServerProcess.h"
+
 #include <QDeadlineTimer>
 #include <QEventLoop>
 #include <QFile>
@@ -7,36 +9,15 @@
 #include <QJsonDocument>
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
-#include <QTcpServer>
-#include <QTcpSocket>
 #include <QUrlQuery>
 
 #include <memory>
 #include <utility>
 
-namespace {
-quint16 freePort()
-{
-    QTcpServer probe;
-    return probe.listen(QHostAddress::LocalHost, 0) ? probe.serverPort() : 0;
-}
-
-void stopProcess(QProcess &process)
-{
-    if (process.state() == QProcess::NotRunning)
-        return;
-    process.terminate();
-    if (!process.waitForFinished(15000)) {
-        process.kill();
-        process.waitForFinished(3000);
-    }
-}
-} // namespace
-
 WordPressServer::~WordPressServer()
 {
-    stopProcess(m_php);
-    stopProcess(m_database);
+    ServerProcess::stop(m_php);
+    ServerProcess::stop(m_database);
 }
 
 QString WordPressServer::missing()
@@ -105,7 +86,7 @@ QByteArray WordPressServer::sql(const QString &statement, const QString &databas
 
 bool WordPressServer::startPhp()
 {
-    m_port = freePort();
+    m_port = ServerProcess::freePort();
     const QString config = m_dir.filePath(QStringLiteral("wp-config.php"));
     QFile file(config);
     if (m_port == 0 || !file.open(QIODevice::WriteOnly))
@@ -127,15 +108,8 @@ bool WordPressServer::startPhp()
     m_php.setStandardOutputFile(m_dir.filePath(QStringLiteral("php.log")));
     m_php.start(QStringLiteral("php"), {"-S", QStringLiteral("127.0.0.1:%1").arg(m_port), "-t",
                                         QStringLiteral("/usr/share/wordpress")});
-    const QDeadlineTimer deadline(20000);
-    while (!deadline.hasExpired() && m_php.state() != QProcess::NotRunning) {
-        QTcpSocket probe;
-        probe.connectToHost(QHostAddress::LocalHost, m_port);
-        if (probe.waitForConnected(200))
-            return true;
-        m_php.waitForFinished(100);
-    }
-    return fail(QStringLiteral("php -S did not listen on port %1").arg(m_port));
+    return ServerProcess::waitUntilListening(m_php, m_port) ||
+           fail(QStringLiteral("php -S did not listen on port %1").arg(m_port));
 }
 
 bool WordPressServer::install()

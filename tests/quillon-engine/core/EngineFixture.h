@@ -48,20 +48,17 @@ public:
     // Submits a request bag made of fields and waits for its answer (null when none came).
     quillon::BagPtr request(const Fields &fields)
     {
-        const quillon::Handle bag = client->NewBag();
-        for (const auto &[name, value] : fields)
-            client->SetStringValue(bag, name, value);
-        auto answer = std::make_shared<CopyingCallback>(*client);
-        client->SubmitRequest(bag, answer);
-        client->ReleaseHandle(bag);
-        return waitFor(*answer);
+        const quillon::BagPtr answer = EngineCalls::Request(*client, fields);
+        return answer->names().isEmpty() ? nullptr : answer;
     }
 
     quillon::BagPtr preview(const QString &url)
     {
         auto answer = std::make_shared<CopyingCallback>(*client);
         client->RequestPreview("NEWS", url, answer);
-        return waitFor(*answer);
+        return QTest::qWaitFor([&answer] { return !answer->received.isEmpty(); }, 20000)
+                   ? answer->received.first()
+                   : nullptr;
     }
 
     // Adds a subscription and returns its ID (0 when the add failed).
@@ -116,14 +113,6 @@ public:
     quillon::SubscribeClientPtr client;
     std::shared_ptr<CopyingCallback> events;
     std::unique_ptr<QSignalSpy> updates;
-
-private:
-    static quillon::BagPtr waitFor(const CopyingCallback &answer)
-    {
-        if (!QTest::qWaitFor([&answer]() { return !answer.received.isEmpty(); }, 20000))
-            return nullptr;
-        return answer.received.first();
-    }
 };
 
 // Each test function on a fresh engine whose client must have released every handle by its end;
