@@ -11,6 +11,7 @@
 #include "EngineCore.h"
 #include "FeedServer.h"
 #include "FetchRace.h"
+#include "InstructionCount.h"
 #include "ProcessCpu.h"
 
 #include <QCoreApplication>
@@ -27,11 +28,6 @@
 #include <QTextStream>
 #include <QThread>
 #include <QTimer>
-
-#if __has_include(<valgrind/callgrind.h>)
-#include <valgrind/callgrind.h>
-#define QUILLON_CALLGRIND 1
-#endif
 
 #include <algorithm>
 #include <array>
@@ -57,25 +53,6 @@ void addSubscriptions(EngineCore &core, EngineCore::SessionId session, const QSt
         request->setText(QStringLiteral("URL"), url);
         core.call(session, QStringLiteral("SubmitRequest"), {request, qint32(0)});
     }
-}
-
-// Counting instructions only while a round runs; nothing outside callgrind.
-void countFrom()
-{
-#ifdef QUILLON_CALLGRIND
-    CALLGRIND_ZERO_STATS;
-    CALLGRIND_START_INSTRUMENTATION;
-#endif
-}
-
-void countUntil(const char *round)
-{
-#ifdef QUILLON_CALLGRIND
-    CALLGRIND_STOP_INSTRUMENTATION;
-    CALLGRIND_DUMP_STATS_AT(round);
-#else
-    Q_UNUSED(round)
-#endif
 }
 
 // Lets everything due be fetched and waits until `expected` updates have finished.

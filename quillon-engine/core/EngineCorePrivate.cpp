@@ -207,10 +207,15 @@ void EngineCorePrivate::updateFinished(qint32 subscriptionId, const QString &sta
         }
         m_scheduler->poke();
     }
-    // Counting what consumers wait for costs more than a whole "304": only after a change.
-    if (articlesChanged)
-        m_delivery->announce(subscriptionId, true);
-    m_changes->afterUpdate(subscriptionId);
+    // Counting what consumers wait for costs more than a whole "304": only after a change. Both
+    // reads only serve connected clients.
+    if (!sessions.anyConnected()) {
+        m_changes->forget(subscriptionId);
+    } else {
+        if (articlesChanged)
+            m_delivery->announce(subscriptionId, true);
+        m_changes->afterUpdate(subscriptionId);
+    }
     if (!status.isEmpty() && updated)
         updated(subscriptionId, status);
 }

@@ -4,6 +4,8 @@
 
 #include <QList>
 
+#include <algorithm>
+
 namespace quillon {
 
 SessionTable::SessionId SessionTable::open(MessageSink sink)
@@ -47,6 +49,11 @@ QStringList SessionTable::connectedConsumers() const
             consumers.append(s.consumerId);
     }
     return consumers;
+}
+
+bool SessionTable::anyConnected() const
+{
+    return std::any_of(m_sessions.cbegin(), m_sessions.cend(), [](const Session &s) { return s.connected; });
 }
 
 void SessionTable::send(SessionId session, qint32 callbackId, const BagPtr &message) const

@@ -28,6 +28,7 @@ public:
     // Empty when the session has not connected.
     [[nodiscard]] QString consumerOf(SessionId session) const;
     [[nodiscard]] QStringList connectedConsumers() const;
+    [[nodiscard]] bool anyConnected() const;
 
     // To one callback of a session; ignored for callback 0 or a closed session.
     void send(SessionId session, qint32 callbackId, const BagPtr &message) const;

@@ -22,6 +22,8 @@ public:
 
     // After an update of the subscription: announces it when it differs from what was last announced.
     void afterUpdate(qint32 subscriptionId);
+    // After an update nobody was connected to hear of: the next client hears of the next one.
+    void forget(qint32 subscriptionId) { m_announced.remove(subscriptionId); }
     // Their counts changed (read marks): announced in one message.
     void countsChanged(const QList<qint32> &subscriptionIds);
 

@@ -115,8 +115,14 @@ qsizetype EntityRepair::skipPast(qsizetype from, QStringView terminator) const
     return at < 0 ? -1 : at + terminator.size();
 }
 
-// Where the body starts: after the document type declaration if there is one, else 0.
-qsizetype EntityRepair::readDoctype()
+bool EntityRepair::hasDoctype(const QString &text)
+{
+    return EntityRepair(text).doctypeStart() >= 0;
+}
+
+// Where the document type declaration starts, past the XML declaration, comments and
+// processing instructions before it; -1 when there is none.
+qsizetype EntityRepair::doctypeStart() const
 {
     qsizetype i = 0;
     while (i < m_in.size()) {
@@ -130,9 +136,16 @@ qsizetype EntityRepair::readDoctype()
         else
             break;
         if (i < 0)
-            return 0;
+            return -1;
     }
-    if (!QStringView(m_in).mid(i).startsWith(u"<!DOCTYPE"))
+    return QStringView(m_in).mid(i).startsWith(u"<!DOCTYPE") ? i : -1;
+}
+
+// Where the body starts: after the document type declaration if there is one, else 0.
+qsizetype EntityRepair::readDoctype()
+{
+    qsizetype i = doctypeStart();
+    if (i < 0)
         return 0;
     for (i += 9; i < m_in.size(); ++i) {
         const QChar c = m_in[i];

@@ -22,10 +22,13 @@ public:
     };
 
     [[nodiscard]] static Result repair(const QString &text);
+    // Whether the prolog holds a document type declaration, whose entities only repair() sizes.
+    [[nodiscard]] static bool hasDoctype(const QString &text);
 
 private:
     explicit EntityRepair(const QString &text) : m_in(text) {}
 
+    qsizetype doctypeStart() const;
     qsizetype readDoctype();
     qsizetype readInternalSubset(qsizetype i);
     qsizetype readEntityDeclaration(qsizetype i);

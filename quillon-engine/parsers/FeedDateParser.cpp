@@ -1,5 +1,7 @@
 #include "FeedDateParser.h"
 
+#include <QVarLengthArray>
+
 #include <optional>
 
 namespace quillon {
@@ -23,6 +25,22 @@ constexpr NamedZone kZones[] = {
 
 constexpr QStringView kMonths[] = {u"jan", u"feb", u"mar", u"apr", u"may", u"jun",
                                    u"jul", u"aug", u"sep", u"oct", u"nov", u"dec"};
+
+// Whether token, in any case, is `upper`, which is upper-case ASCII. Every date's weekday is
+// tried against the zone names: Qt's comparison without case cost more than the rest of a date.
+bool equalsAsciiUpper(QStringView token, QStringView upper)
+{
+    if (token.size() != upper.size())
+        return false;
+    for (qsizetype i = 0; i < token.size(); ++i) {
+        const char16_t c = token[i].unicode();
+        if (c >= 0x80) // folds such as U+017F to 's' are Qt's to know
+            return token.compare(upper, Qt::CaseInsensitive) == 0;
+        if ((c >= u'a' && c <= u'z' ? c - 0x20 : c) != upper[i].unicode())
+            return false;
+    }
+    return true;
+}
 
 int monthFromName(QStringView token)
 {
@@ -53,7 +71,7 @@ std::optional<int> zoneMinutes(QStringView token)
     if (token.size() > 4)
         return std::nullopt;
     for (const NamedZone &zone : kZones) {
-        if (token.size() == zone.name.size() && token.compare(zone.name, Qt::CaseInsensitive) == 0)
+        if (equalsAsciiUpper(token, zone.name))
             return zone.minutes;
     }
     if (token.size() == 1 && token[0].isLetter())
@@ -124,9 +142,10 @@ std::optional<QTime> timeFromToken(QStringView token)
     return time.isValid() ? std::optional<QTime>(time) : std::nullopt;
 }
 
-QList<QStringView> tokensOf(QStringView text)
+// Dates have about six tokens: kept off the heap.
+QVarLengthArray<QStringView, 8> tokensOf(QStringView text)
 {
-    QList<QStringView> tokens;
+    QVarLengthArray<QStringView, 8> tokens;
     qsizetype start = -1;
     for (qsizetype i = 0; i <= text.size(); ++i) {
         const bool separator = i == text.size() || text[i].isSpace() || text[i] == u',';

@@ -8,10 +8,11 @@
 
 namespace quillon {
 
-ParsedFeed FeedParser::parse(const QByteArray &bytes, const QString &contentType, const QUrl &baseUrl)
+namespace {
+
+ParsedFeed read(const XmlSource::Prepared &prepared, const QUrl &baseUrl, bool lastTry)
 {
     ParsedFeed feed;
-    XmlSource::Prepared prepared = XmlSource::prepare(bytes, contentType);
     feed.encoding = prepared.encoding;
     feed.encodingFallback = prepared.encodingFallback;
     feed.repairs = prepared.repairs;
@@ -37,9 +38,26 @@ ParsedFeed FeedParser::parse(const QByteArray &bytes, const QString &contentType
     if (xml.hasError()) {
         feed.error = XmlSource::classifyError(xml, prepared.text);
         feed.errorText = XmlSource::describeError(xml);
-        qCDebug(lcParsers) << "feed not well-formed:" << feed.errorText;
+        if (lastTry)
+            qCDebug(lcParsers) << "feed not well-formed:" << feed.errorText;
     }
     return feed;
+}
+
+} // namespace
+
+ParsedFeed FeedParser::parse(const QByteArray &bytes, const QString &contentType, const QUrl &baseUrl)
+{
+    XmlSource::Prepared prepared = XmlSource::decode(bytes, contentType);
+    // Most feeds need no mending, and looking for what to mend costs a pass over the whole
+    // document: the text is read as it came first, and mended and read again only on a fault.
+    if (prepared.error == ParseError::None && XmlSource::readsAsMended(prepared.text)) {
+        ParsedFeed feed = read(prepared, baseUrl, false);
+        if (feed.error == ParseError::None)
+            return feed;
+    }
+    XmlSource::mend(prepared);
+    return read(prepared, baseUrl, true);
 }
 
 } // namespace quillon

@@ -3,6 +3,7 @@
 #include "HtmlEntities.h"
 #include "LinkResolver.h"
 
+#include <QHash>
 #include <QSet>
 
 #include <algorithm>
@@ -63,6 +64,24 @@ template <const auto &Set> bool isOneOf(QStringView name)
 {
     static const QSet<QStringView> names(std::begin(Set), std::end(Set));
     return names.contains(name);
+}
+
+enum ElementKind : quint8 { Allowed = 1, Void = 2, DroppedWithContent = 4 };
+
+// What the element tables say of a name, in one look-up instead of one per table.
+quint8 elementKind(QStringView name)
+{
+    static const QHash<QStringView, quint8> kinds = [] {
+        QHash<QStringView, quint8> table;
+        for (const QStringView element : kAllowedElements)
+            table[element] |= Allowed;
+        for (const QStringView element : kVoidElements)
+            table[element] |= Void;
+        for (const QStringView element : kDroppedWithContent)
+            table[element] |= DroppedWithContent;
+        return table;
+    }();
+    return kinds.value(name);
 }
 
 bool isAsciiLetter(QChar c)
@@ -194,39 +213,61 @@ QString HtmlNormalizer::normalize(QStringView html, const QUrl &base)
 {
     HtmlNormalizer normalizer(html, base);
     normalizer.normalize();
-    return normalizer.m_out.trimmed();
+    if (!normalizer.m_out.isNull())
+        return normalizer.m_out.trimmed();
+    // Already in its normal form, the common case. Never a null text: that would be stored as NULL.
+    const QStringView trimmed = html.trimmed();
+    return trimmed.isNull() ? QString(QLatin1String("")) : trimmed.toString();
 }
 
+// Text, references and tags already in their normal form are not copied one by one: the
+// output takes the input up to the next piece that changes, in one go.
 void HtmlNormalizer::normalize()
 {
-    m_out.reserve(m_in.size() + 16);
     const char16_t *data = m_in.utf16();
     const qsizetype size = m_in.size();
     qsizetype i = 0;
     while (i < size) {
-        qsizetype next = i;
-        while (next < size && data[next] != u'<' && data[next] != u'&')
-            ++next;
-        m_out.append(m_in.mid(i, next - i));
-        if (next >= size)
+        while (i < size && data[i] != u'<' && data[i] != u'&')
+            ++i;
+        if (i >= size)
             break;
-        i = data[next] == u'&' ? handleAmpersand(next) : handleMarkup(next);
+        i = data[i] == u'&' ? handleAmpersand(i) : handleMarkup(i);
     }
+    if (!m_out.isNull())
+        m_out.append(m_in.mid(m_copied));
+}
+
+// The input from `from` to `to` does not reach the output as written; what replaces it is
+// appended next.
+void HtmlNormalizer::replace(qsizetype from, qsizetype to)
+{
+    if (m_out.isNull())
+        m_out.reserve(m_in.size() + 16);
+    m_out.append(m_in.mid(m_copied, from - m_copied));
+    m_copied = to;
+}
+
+qsizetype HtmlNormalizer::drop(qsizetype from, qsizetype to)
+{
+    replace(from, to);
+    return to;
 }
 
 qsizetype HtmlNormalizer::handleAmpersand(qsizetype i)
 {
     const qsizetype length = referenceLength(m_in, i);
     if (length == 0) {
+        replace(i, i + 1);
         m_out.append(u"&amp;");
         return i + 1;
     }
-    m_out.append(m_in.mid(i, length));
     return i + length;
 }
 
 qsizetype HtmlNormalizer::escapeLessThan(qsizetype i)
 {
+    replace(i, i + 1);
     m_out.append(u"&lt;");
     return i + 1;
 }
@@ -245,7 +286,7 @@ qsizetype HtmlNormalizer::handleMarkup(qsizetype i)
     if (next == u'?') {
         const qsizetype close = m_in.indexOf(u'>', i);
         if (close >= 0)
-            return close + 1; // processing instructions mean nothing here
+            return drop(i, close + 1); // processing instructions mean nothing here
         m_noMoreTags = true;
         return escapeLessThan(i);
     }
@@ -259,17 +300,14 @@ qsizetype HtmlNormalizer::handleDeclaration(qsizetype i)
     if (rest.startsWith(u"<!--")) {
         const qsizetype close = m_in.indexOf(u"-->", i + 4);
         if (close >= 0)
-            return close + 3;
+            return drop(i, close + 3);
         m_noMoreTags = true;
         return escapeLessThan(i);
     }
     if (rest.size() < 3 || !isAsciiLetter(rest[2]))
         return escapeLessThan(i);
     const qsizetype close = m_in.indexOf(u'>', i);
-    if (close >= 0)
-        return close + 1;
-    m_out.append(rest);
-    return m_in.size();
+    return close >= 0 ? drop(i, close + 1) : m_in.size(); // an unfinished one stays as written
 }
 
 qsizetype HtmlNormalizer::handleEndTag(qsizetype i)
@@ -282,8 +320,14 @@ qsizetype HtmlNormalizer::handleEndTag(qsizetype i)
         m_noMoreTags = true;
         return escapeLessThan(i);
     }
-    const QString name = lowerName(m_in.mid(i + 2, nameEnd - i - 2));
-    if (!isOneOf<kVoidElements>(name) && isOneOf<kAllowedElements>(name)) {
+    const QStringView written = m_in.mid(i + 2, nameEnd - i - 2);
+    const QString name = lowerName(written);
+    const quint8 kind = elementKind(name);
+    const bool kept = (kind & Allowed) && !(kind & Void);
+    if (kept && close == nameEnd && name == written)
+        return close + 1; // "</p>" as it should be
+    replace(i, close + 1);
+    if (kept) {
         m_out.append(u"</");
         m_out.append(name);
         m_out.append(u'>');
@@ -298,18 +342,32 @@ qsizetype HtmlNormalizer::handleStartTag(qsizetype i)
         m_noMoreTags = true;
         return escapeLessThan(i);
     }
-    if (isOneOf<kDroppedWithContent>(tag.name)) {
+    tag.kind = elementKind(tag.name);
+    if (tag.kind & DroppedWithContent) {
         // Gone with everything up to their end tag: code, frames, or text no reader should see.
-        if (tag.selfClosing || isOneOf<kVoidElements>(tag.name))
-            return tag.end;
+        if (tag.selfClosing || (tag.kind & Void))
+            return drop(i, tag.end);
         const qsizetype close = m_in.indexOf(QStringLiteral("</") + tag.name, tag.end, Qt::CaseInsensitive);
         const qsizetype past = close < 0 ? -1 : m_in.indexOf(u'>', close);
-        return past < 0 ? m_in.size() : past + 1;
+        return drop(i, past < 0 ? m_in.size() : past + 1);
     }
-    if (!isOneOf<kAllowedElements>(tag.name))
-        return tag.end; // the tag goes, its text stays
+    if (!(tag.kind & Allowed))
+        return drop(i, tag.end); // the tag goes, its text stays
+    if (isWrittenAsEmitted(tag, i))
+        return tag.end;
+    replace(i, tag.end);
     emitStartTag(tag);
     return tag.end;
+}
+
+// Whether a tag without attributes is written just as emitStartTag() would write it.
+bool HtmlNormalizer::isWrittenAsEmitted(const Tag &tag, qsizetype i) const
+{
+    const QStringView written = m_in.mid(i, tag.end - i);
+    if (!tag.attributes.isEmpty() || written.mid(1, tag.name.size()) != tag.name)
+        return false;
+    const QStringView close = written.mid(1 + tag.name.size());
+    return (tag.kind & Void) ? close == u" />" : (!tag.selfClosing && close == u">");
 }
 
 HtmlNormalizer::Tag HtmlNormalizer::readStartTag(qsizetype i) const
@@ -392,7 +450,7 @@ void HtmlNormalizer::emitStartTag(Tag &tag)
         appendEscaped(m_out, attribute.value);
         m_out.append(u'"');
     }
-    if (isOneOf<kVoidElements>(tag.name)) {
+    if (tag.kind & Void) {
         m_out.append(u" />");
     } else if (tag.selfClosing) {
         m_out.append(u"></");

@@ -31,11 +31,14 @@ private:
         QList<Attribute> attributes;
         bool selfClosing = false;
         qsizetype end = -1; // index after '>'; -1 when the tag never closes
+        quint8 kind = 0;    // what the element tables say of the name
     };
 
     HtmlNormalizer(QStringView in, const QUrl &base) : m_in(in), m_base(base) {}
 
     void normalize();
+    void replace(qsizetype from, qsizetype to);
+    qsizetype drop(qsizetype from, qsizetype to);
     qsizetype handleAmpersand(qsizetype i);
     qsizetype handleMarkup(qsizetype i);
     qsizetype handleDeclaration(qsizetype i);
@@ -43,6 +46,7 @@ private:
     qsizetype handleStartTag(qsizetype i);
     Tag readStartTag(qsizetype i) const;
     qsizetype readAttribute(qsizetype i, Tag &tag) const;
+    [[nodiscard]] bool isWrittenAsEmitted(const Tag &tag, qsizetype i) const;
     void emitStartTag(Tag &tag);
     [[nodiscard]] bool keepAttribute(const Attribute &attribute) const;
     [[nodiscard]] QString resolved(const QString &uri) const;
@@ -50,7 +54,8 @@ private:
 
     QStringView m_in;
     QUrl m_base;
-    QString m_out;
+    QString m_out;             // stays null while the input needs no change
+    qsizetype m_copied = 0;    // how much of the input the output holds, changed or not
     bool m_noMoreTags = false; // a tag ran off the end: later '<' cannot close either
 };
 

@@ -3,6 +3,7 @@
 #include "CharsetDecoder.h"
 #include "EntityRepair.h"
 #include "PrefixRepair.h"
+#include "TextSearch.h"
 
 #include <QXmlStreamReader>
 
@@ -19,9 +20,46 @@ bool hasMarkup(const QString &text)
     return text.contains(u'<');
 }
 
+// The reader takes "&#0000000065;"; mending escapes its '&', as it reads no more than 9 digits.
+bool hasLongCharacterReference(QStringView text)
+{
+    for (qsizetype at = findTerminator(text, u"&#", 0); at >= 0; at = findTerminator(text, u"&#", at + 2)) {
+        qsizetype i = at + 2;
+        if (i < text.size() && text[i] == u'x')
+            ++i;
+        const qsizetype digitsStart = i;
+        while (i < text.size() && text[i].isLetterOrNumber() && i - digitsStart < 9)
+            ++i;
+        if (i - digitsStart >= 9)
+            return true;
+    }
+    return false;
+}
+
+// Mending declares the prefix of anything that looks like an element there ("<?pi <a:b?>").
+bool hasMarkupInInstruction(QStringView text)
+{
+    for (qsizetype at = text.indexOf(u'?'); at > 0; at = text.indexOf(u'?', at + 1)) {
+        if (text[at - 1] != u'<')
+            continue;
+        const qsizetype end = findTerminator(text, u"?>", at + 1);
+        if (end < 0 || text.mid(at, end - at).contains(u'<'))
+            return true;
+        at = end;
+    }
+    return false;
+}
+
 } // namespace
 
 XmlSource::Prepared XmlSource::prepare(const QByteArray &bytes, const QString &contentType)
+{
+    Prepared prepared = decode(bytes, contentType);
+    mend(prepared);
+    return prepared;
+}
+
+XmlSource::Prepared XmlSource::decode(const QByteArray &bytes, const QString &contentType)
 {
     Prepared prepared;
     CharsetDecoder::Result decoded = CharsetDecoder::decode(bytes, contentType);
@@ -32,22 +70,36 @@ XmlSource::Prepared XmlSource::prepare(const QByteArray &bytes, const QString &c
         prepared.errorText = QStringLiteral("The document is empty or is not XML.");
         return prepared;
     }
-    EntityRepair::Result repaired = EntityRepair::repair(decoded.text);
+    prepared.text = std::move(decoded.text);
+    return prepared;
+}
+
+void XmlSource::mend(Prepared &prepared)
+{
+    if (prepared.error != ParseError::None)
+        return;
+    EntityRepair::Result repaired = EntityRepair::repair(prepared.text);
     if (repaired.unreadableDtd) {
         prepared.error = ParseError::NotWellFormed;
         prepared.errorText = QStringLiteral("The document type declaration is incomplete or malformed.");
-        return prepared;
-    }
-    if (repaired.expansion > kMaxTotalExpansion) {
+    } else if (repaired.expansion > kMaxTotalExpansion) {
         prepared.error = ParseError::EntityExpansion;
         prepared.errorText =
             QStringLiteral("The document's entities would expand to more than %1 characters.")
                 .arg(kMaxTotalExpansion);
-        return prepared;
+    }
+    if (prepared.error != ParseError::None) {
+        prepared.text.clear();
+        return;
     }
     prepared.text = std::move(repaired.text);
     prepared.repairs = repaired.repairs + PrefixRepair::declareMissing(prepared.text);
-    return prepared;
+}
+
+bool XmlSource::readsAsMended(const QString &text)
+{
+    return !EntityRepair::hasDoctype(text) && !hasLongCharacterReference(text) &&
+           !hasMarkupInInstruction(text);
 }
 
 void XmlSource::configure(QXmlStreamReader &reader)

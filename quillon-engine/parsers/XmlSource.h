@@ -25,6 +25,14 @@ public:
     };
 
     [[nodiscard]] static Prepared prepare(const QByteArray &bytes, const QString &contentType);
+    // prepare() in two steps, for a caller that first tries the text as it came.
+    [[nodiscard]] static Prepared decode(const QByteArray &bytes, const QString &contentType);
+    static void mend(Prepared &prepared);
+    // Whether a reader that accepts the decoded text reads just what it would read once mended:
+    // true unless the text has a document type declaration, a character reference of nine
+    // digits or more, or a '<' inside a processing instruction. Whole-document looks for '&'
+    // and '?', several times cheaper than mending.
+    [[nodiscard]] static bool readsAsMended(const QString &text);
     // Limits entity expansion on a reader about to read prepared text.
     static void configure(QXmlStreamReader &reader);
     // "line 3, column 7: <reason>", or a plain sentence for an empty document.
