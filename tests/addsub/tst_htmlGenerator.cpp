@@ -227,8 +227,7 @@ void tst_htmlGenerator::enclosureFileTypeTakesMimeTypeThenExtension()
 {
     QFETCH(QString, url);
     QFETCH(QString, mime);
-    QFETCH(QString, icon);
-    QCOMPARE(EnclosureFileType(url, mime), icon);
+    QTEST(EnclosureFileType(url, mime), "icon");
 }
 
 void tst_htmlGenerator::shippedTemplatesFillCompletely()

@@ -126,7 +126,6 @@ void tst_ExportUI::replacingAFileIsAsked_data()
 void tst_ExportUI::replacingAFileIsAsked()
 {
     QFETCH(int, answer);
-    QFETCH(bool, replaced);
     QVERIFY(TestFiles::write(m_settings.filePath("my feeds.opml"), "old"));
     m_prompts->answer = answer;
     openPage();
@@ -136,7 +135,7 @@ void tst_ExportUI::replacingAFileIsAsked()
     check(4);
     pressExport();
     QCOMPARE(m_prompts->texts(PromptKind::YesNo), QStringList{"The file my feeds.opml already exists."});
-    QCOMPARE(TestFiles::read(m_settings.filePath("my feeds.opml")).startsWith("<?xml"), replaced);
+    QTEST(TestFiles::read(m_settings.filePath("my feeds.opml")).startsWith("<?xml"), "replaced");
 }
 
 QTEST_MAIN(tst_ExportUI)

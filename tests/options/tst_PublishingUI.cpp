@@ -72,15 +72,13 @@ void tst_PublishingUI::listShowsLiveRecordsOnly()
 {
     QFETCH(QStringList, stored);
     QFETCH(QStringList, shown);
-    QFETCH(QStringList, quickPublish);
-    QFETCH(int, next);
     store(stored);
     m_page = std::make_unique<PublishingUI>(m_client);
     QCOMPARE(shownTitles(), shown);
     QCOMPARE(child<QPushButton>("cmdEditBlog")->isEnabled(), !shown.isEmpty());
     QCOMPARE(child<QPushButton>("cmdDeleteBlog")->isEnabled(), !shown.isEmpty());
-    QCOMPARE(PublishingUtils::EnumerateWeblogs(*m_client, true, "blog_name"), quickPublish);
-    QCOMPARE(PublishingUtils::NextRecordNumber(*m_client), next);
+    QTEST(PublishingUtils::EnumerateWeblogs(*m_client, true, "blog_name"), "quickPublish");
+    QTEST(PublishingUtils::NextRecordNumber(*m_client), "next");
     QVERIFY(!m_page->Dirty());
 }
 
