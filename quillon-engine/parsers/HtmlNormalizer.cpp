@@ -224,15 +224,21 @@ QString HtmlNormalizer::normalize(QStringView html, const QUrl &base)
 // output takes the input up to the next piece that changes, in one go.
 void HtmlNormalizer::normalize()
 {
-    const char16_t *data = m_in.utf16();
+    // Qt's search for one character is vectorised. Each next place (the end when there is
+    // none) is kept until passed, so the input is searched once for each character.
     const qsizetype size = m_in.size();
-    qsizetype i = 0;
-    while (i < size) {
-        while (i < size && data[i] != u'<' && data[i] != u'&')
-            ++i;
-        if (i >= size)
-            break;
-        i = data[i] == u'&' ? handleAmpersand(i) : handleMarkup(i);
+    const auto next = [this, size](char16_t c, qsizetype from) {
+        const qsizetype at = m_in.indexOf(c, from);
+        return at < 0 ? size : at;
+    };
+    qsizetype ampersand = next(u'&', 0);
+    qsizetype lessThan = next(u'<', 0);
+    for (qsizetype i = 0; qMin(ampersand, lessThan) < size;) {
+        i = ampersand < lessThan ? handleAmpersand(ampersand) : handleMarkup(lessThan);
+        if (ampersand < i)
+            ampersand = next(u'&', i);
+        if (lessThan < i)
+            lessThan = next(u'<', i);
     }
     if (!m_out.isNull())
         m_out.append(m_in.mid(m_copied));
@@ -337,6 +343,8 @@ qsizetype HtmlNormalizer::handleEndTag(qsizetype i)
 
 qsizetype HtmlNormalizer::handleStartTag(qsizetype i)
 {
+    if (const qsizetype end = plainTagEnd(i))
+        return end;
     Tag tag = readStartTag(i);
     if (tag.end < 0) {
         m_noMoreTags = true;
@@ -358,6 +366,18 @@ qsizetype HtmlNormalizer::handleStartTag(qsizetype i)
     replace(i, tag.end);
     emitStartTag(tag);
     return tag.end;
+}
+
+// Where a start tag such as "<p>" ends when it is kept just as written: a lower-case allowed
+// element, not void, without attributes. 0 for any other tag, which readStartTag() reads.
+qsizetype HtmlNormalizer::plainTagEnd(qsizetype i) const
+{
+    qsizetype p = i + 1;
+    while (p < m_in.size() && isTagNameChar(m_in[p]) && !(m_in[p] >= u'A' && m_in[p] <= u'Z'))
+        ++p;
+    if (p >= m_in.size() || m_in[p] != u'>')
+        return 0;
+    return elementKind(m_in.mid(i + 1, p - i - 1)) == Allowed ? p + 1 : 0;
 }
 
 // Whether a tag without attributes is written just as emitStartTag() would write it.

@@ -44,6 +44,7 @@ private:
     qsizetype handleDeclaration(qsizetype i);
     qsizetype handleEndTag(qsizetype i);
     qsizetype handleStartTag(qsizetype i);
+    [[nodiscard]] qsizetype plainTagEnd(qsizetype i) const;
     Tag readStartTag(qsizetype i) const;
     qsizetype readAttribute(qsizetype i, Tag &tag) const;
     [[nodiscard]] bool isWrittenAsEmitted(const Tag &tag, qsizetype i) const;
