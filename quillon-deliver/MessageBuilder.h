@@ -5,7 +5,7 @@
 
 #include <QByteArray>
 
-// Makes the RFC 5322 message of an article with GMime: a Message-ID that depends only on
+// Makes the RFC 5322 message of an article: a Message-ID that depends only on
 // the feed's address and the article's key, so a message delivered again is recognisably the
 // same; headers a mail filter can use; a text part, an HTML part or both as the theme says.
 class MessageBuilder

@@ -1,3 +1,5 @@
+#include "GMimeSupport.h"
+
 #include "ArticleHtml.h"
 #include "FolderPlan.h"
 #include "MailReaderConfig.h"
@@ -15,28 +17,7 @@
 Q_DECLARE_METATYPE(FolderDefaults)
 Q_DECLARE_METATYPE(SubscriptionPlace)
 
-namespace {
-// The header block as a mail program reads it: lines unfolded, encoded-words decoded.
-QStringList decodedHeaders(const QByteArray &message)
-{
-    QString head = QString::fromUtf8(message.left(message.indexOf("\n\n")));
-    head.replace(QRegularExpression(QStringLiteral("\n[ \t]+")), QStringLiteral(" "));
-    static const QRegularExpression word(QStringLiteral("=\\?([^?]+)\\?([bBqQ])\\?([^?]*)\\?="));
-    QStringList lines;
-    for (const QString &line : head.split(QLatin1Char('\n'))) {
-        QString decoded = line;
-        for (auto m = word.match(decoded); m.hasMatch(); m = word.match(decoded)) {
-            QByteArray bytes = m.captured(3).toLatin1();
-            bytes = m.captured(2).compare(QLatin1String("b"), Qt::CaseInsensitive) == 0
-                        ? QByteArray::fromBase64(bytes)
-                        : QByteArray::fromPercentEncoding(bytes.replace('_', ' '), '=');
-            decoded.replace(m.capturedStart(), m.capturedLength(), QString::fromUtf8(bytes));
-        }
-        lines += decoded.split(QRegularExpression(QStringLiteral("\r\n|\r|\n")));
-    }
-    return lines;
-}
-} // namespace
+using GMimeSupport::Owned;
 
 // The folder and content rules, without an engine.
 class tst_FolderPlan : public QObject
@@ -50,8 +31,8 @@ private Q_SLOTS:
     void namesStayApartAndFit();
     void themeFallsBackToDefaults();
     void messageIsStableAndFilterable();
-    void hostileFeedDataStaysInert_data();
-    void hostileFeedDataStaysInert();
+    void feedDataReadsBackAndStaysInert_data();
+    void feedDataReadsBackAndStaysInert();
     void neomuttListsEveryDeliveredFolder();
 };
 
@@ -170,11 +151,7 @@ void tst_FolderPlan::messageIsStableAndFilterable()
 
     const QByteArray both = builder.build(a);
     QVERIFY(both.contains("Message-Id: <" + MessageBuilder::messageId(a) + ">"));
-    QVERIFY(both.contains("From: Example Feed <feed-4@quillon.invalid>"));
-    QVERIFY(both.contains("Date: Wed, 01 May 2024 10:00:00 +0000"));
     QVERIFY(both.contains("X-Feed-URL: http://example.com/rss"));
-    QVERIFY(both.contains("multipart/alternative"));
-    QVERIFY(both.contains("Subject: =?")); // the subject is encoded
     QVERIFY(!both.contains("\r\n"));
     QVERIFY(builder.build(a, MessageBuilder::LineEnds::Network).contains("\r\n"));
     QCOMPARE(MessageBuilder::textPart(a),
@@ -204,59 +181,87 @@ void tst_FolderPlan::messageIsStableAndFilterable()
     QVERIFY(html.page(a).contains(QStringLiteral("src=\"http://example.com/p.png\"")));
 }
 
-void tst_FolderPlan::hostileFeedDataStaysInert_data()
+void tst_FolderPlan::feedDataReadsBackAndStaysInert_data()
 {
     QTest::addColumn<QString>("field");
     QTest::addColumn<QString>("value");
+    QTest::addColumn<QString>("shown"); // the header as a mail program shows it, when not as written
     const QString evil =
-        QStringLiteral("=?utf-8?B?%1?=")
-            .arg(QString::fromLatin1(QByteArray("Evil\r\nBcc: victim@example.com").toBase64()));
-    QTest::newRow("encoded subject") << "subject" << evil;
-    QTest::newRow("encoded feed title") << "feedTitle" << evil;
-    QTest::newRow("encoded twice")
-        << "subject"
-        << QStringLiteral("=?utf-8?Q?%1?=").arg(QString(evil).replace("=", "=3D").replace("?", "=3F"));
-    QTest::newRow("raw line break in author") << "author"
-                                              << "Ann\r\nBcc: victim@example.com";
-    QTest::newRow("script article link") << "link"
-                                         << "javascript:alert(1)";
-    QTest::newRow("script enclosure") << "enclosure"
-                                      << "JavaScript:alert(1)";
-    QTest::newRow("script and data in the body")
-        << "body"
-        << R"x(<a href="javascript:alert(1)">x</a><a href="data:text/html,x">y</a>)x";
-    QTest::newRow("remote image") << "body"
-                                  << R"(<p><img src="http://tracker.example/p.gif" alt="pixel"></p>)";
-    QTest::newRow("remote media and background")
-        << "body"
-        << R"(<table background="http://t.example/b.gif"><tr><td><video poster="http://t.example/p.jpg")"
-           R"( src="http://t.example/v.mp4"></video></td></tr></table>)";
+        QString::fromLatin1("=?utf-8?B?" + QByteArray("Evil\r\nBcc: victim@example.com").toBase64() + "?=");
+    const QString bcc = QStringLiteral("Evil Bcc: victim@example.com");
+    const QString twice = QString(evil).replace("=", "=3D").replace("?", "=3F");
+    const QString cjk(40, QChar(0x65b0));
+    const QString delimiter = "--=_" + QString::fromLatin1(MessageBuilder::messageId({}).left(32));
+    row("encoded subject", "subject", evil, bcc);
+    row("encoded feed title", "feedTitle", evil, bcc);
+    row("encoded twice", "subject", QStringLiteral("=?utf-8?Q?%1?=").arg(twice), bcc);
+    row("raw line break in author", "author", "Evil\r\nBcc: victim@example.com", bcc);
+    row("non-ASCII subject", "subject", "Grüße aus Köln – „Zitat“ ½ €", "");
+    row("CJK feed title", "feedTitle", cjk, "");
+    row("long CJK author", "author", cjk + " " + cjk + cjk, "");
+    row("long subject", "subject", QStringLiteral("a long subject of many words ").repeated(6).trimmed(), "");
+    row("one word longer than a line may be", "subject", QString(1200, 'x'), "");
+    row("specials in feed title", "feedTitle", R"(Ann "A" (news), <x> \ y)", "");
+    row("empty body", "body", "", "");
+    row("very long lines", "body", "<p>" + QString(3000, 'x') + "</p>" + QString(2000, 'y'), "");
+    row("8-bit text with blanks before breaks", "body", "<pre>Ünïcödé café  \n½ €\t\n</pre>", "");
+    row("CJK body", "body", "<p>" + cjk.repeated(20) + "</p>", "");
+    row("lone CR and LF in an enclosure line", "enclosure", "http://example.com/a\rb\nc d.mp3", "");
+    row("the delimiter in the text", "body", "<pre>\n" + delimiter + "\n" + delimiter + "--\n</pre>", "");
+    row("script article link", "link", "javascript:alert(1)", "");
+    row("script enclosure", "enclosure", "JavaScript:alert(1)", "");
+    row("script and data in the body", "body",
+        R"x(<a href="javascript:alert(1)">x</a><a href="data:text/html,x">y</a>)x", "");
+    row("remote image", "body", R"(<p><img src="http://tracker.example/p.gif" alt="pixel"></p>)", "");
+    row("remote media and background", "body",
+        R"(<table background="http://t.example/b.gif"><tr><td><video poster="http://t.example/p.jpg")"
+        R"( src="http://t.example/v.mp4"></video></td></tr></table>)",
+        "");
 }
 
-// Whatever a feed writes, a mail program sees no extra header and no script, and fetches nothing.
-void tst_FolderPlan::hostileFeedDataStaysInert()
+// Whatever a feed writes, a mail program reads the article back exactly, sees no extra header
+// and no script, and fetches nothing.
+void tst_FolderPlan::feedDataReadsBackAndStaysInert()
 {
     QFETCH(QString, field);
     QFETCH(QString, value);
+    QFETCH(QString, shown);
     ArticleMessage a;
     a.subscriptionId = 4;
     a.subject = QStringLiteral("Plain");
     a.feedTitle = QStringLiteral("Feed");
     a.bodyHtml = QStringLiteral("<p>Text</p>");
-    if (field == "enclosure")
-        a.enclosures = {{value, QStringLiteral("audio/mpeg"), 1}};
-    const QHash<QString, QString *> fields = {{"subject", &a.subject},
-                                              {"feedTitle", &a.feedTitle},
-                                              {"author", &a.author},
-                                              {"link", &a.link},
-                                              {"body", &a.bodyHtml}};
-    if (fields.contains(field))
-        *fields.value(field) = value;
+    a.date = QDateTime(QDate(2024, 5, 1), QTime(10, 0), Qt::UTC);
+    a.enclosures = {{field == "enclosure" ? value : "http://example.com/a.mp3", "audio/mpeg", 1}};
+    const QStringList names = {"subject", "feedTitle", "author", "link", "body"};
+    QString *const texts[] = {&a.subject, &a.feedTitle, &a.author, &a.link, &a.bodyHtml};
+    if (names.contains(field))
+        *texts[names.indexOf(field)] = value;
     const ArticleHtml html;
-    const QByteArray message = MessageBuilder(html).build(a);
-    for (const QString &line : decodedHeaders(message))
-        QVERIFY2(!line.startsWith(QLatin1String("Bcc"), Qt::CaseInsensitive), qPrintable(line));
     const QString page = html.page(a);
+    const QByteArray message = MessageBuilder(html).build(a);
+    GMimeSupport::initialiseOnce();
+    Owned<GMimeStream> stream(g_mime_stream_mem_new_with_buffer(message.constData(), gsize(message.size())));
+    Owned<GMimeParser> parser(g_mime_parser_new_with_stream(stream.get()));
+    Owned<GMimeMessage> read(g_mime_parser_construct_message(parser.get(), nullptr));
+    QVERIFY(read && !g_mime_object_get_header(GMIME_OBJECT(read.get()), "Bcc"));
+    QCOMPARE(QString::fromUtf8(g_mime_message_get_subject(read.get())),
+             field == "subject" && !shown.isEmpty() ? shown : a.subject);
+    InternetAddress *from = internet_address_list_get_address(g_mime_message_get_from(read.get()), 0);
+    QCOMPARE(QString::fromUtf8(internet_address_get_name(from)),
+             field == "feedTitle" && !shown.isEmpty() ? shown : a.feedTitle);
+    QCOMPARE(internet_address_mailbox_get_addr(INTERNET_ADDRESS_MAILBOX(from)), "feed-4@quillon.invalid");
+    if (field == "author")
+        QCOMPARE(QString::fromUtf8(g_mime_object_get_header(GMIME_OBJECT(read.get()), "X-Article-Author")),
+                 shown.isEmpty() ? a.author : shown);
+    QCOMPARE(qint64(g_date_time_to_unix(g_mime_message_get_date(read.get()))), a.date.toSecsSinceEpoch());
+    GMimeMultipart *parts = GMIME_MULTIPART(g_mime_message_get_mime_part(read.get()));
+    QCOMPARE(g_mime_multipart_get_count(parts), 2);
+    for (const auto &[i, body] : {std::pair{0, MessageBuilder::textPart(a)}, std::pair{1, page}}) {
+        const std::unique_ptr<char, decltype(&g_free)> text(
+            g_mime_text_part_get_text(GMIME_TEXT_PART(g_mime_multipart_get_part(parts, i))), g_free);
+        QCOMPARE(QByteArray(text.get()), body.toUtf8()); // decoded, byte for byte
+    }
     static const QRegularExpression script(QStringLiteral("(href|src)=\"\\s*(javascript|data):"),
                                            QRegularExpression::CaseInsensitiveOption);
     QVERIFY2(!script.match(page).hasMatch(), qPrintable(page));

