@@ -189,16 +189,13 @@ void tst_WeblogPublishing::addWeblog()
     QCOMPARE(offered, QStringList{WordPressServer::kTitle});
     QVERIFY(!okAfterClear);
     const WeblogSettings added = ReadWeblog(*m_client, number);
-    QCOMPARE(added.title, WordPressServer::kTitle);
-    QCOMPARE(added.user, WordPressServer::kUser);
-    QCOMPARE(added.password, keepPassword ? password : QString());
-    QCOMPARE(added.publisher, 0);
     const bool rest = service.endsWith("(application password)");
-    QCOMPARE(added.postUrl, (rest ? m_wordpress.restRoot() : m_wordpress.xmlrpc()).toString());
-    QCOMPARE(added.api, rest ? "WP-API" : "MetaWeblog");
-    QCOMPARE(added.blogUrl, m_wordpress.home().toString());
-    QCOMPARE(added.blogId, "1");
-    QVERIFY(added.enabled);
+    QCOMPARE(
+        (QStringList{added.title, added.user, added.password, QString::number(added.publisher), added.postUrl,
+                     added.api, added.blogUrl, added.blogId, added.enabled ? "enabled" : "disabled"}),
+        (QStringList{WordPressServer::kTitle, WordPressServer::kUser, keepPassword ? password : QString(),
+                     "0", (rest ? m_wordpress.restRoot() : m_wordpress.xmlrpc()).toString(),
+                     rest ? "WP-API" : "MetaWeblog", m_wordpress.home().toString(), "1", "enabled"}));
     QCOMPARE(NextRecordNumber(*m_client), number + 1);
 }
 
