@@ -184,11 +184,11 @@ void EngineCorePrivate::syncApplied(const SyncJournal::Applied &applied)
 {
     if (!applied.added.isEmpty() || !applied.removed.isEmpty())
         m_scheduler->poke();
-    if (applied.countsChanged.isEmpty())
-        return;
     // Marks taken from the server reach the tree's counts and the delivered messages.
-    m_changes->countsChanged(applied.countsChanged);
-    m_delivery->announceReadMarks();
+    if (!applied.countsChanged.isEmpty())
+        m_changes->countsChanged(applied.countsChanged.values());
+    if (applied.readChanged > 0)
+        m_delivery->announceReadMarks();
 }
 
 void EngineCorePrivate::updateFinished(qint32 subscriptionId, const QString &status, bool articlesChanged)

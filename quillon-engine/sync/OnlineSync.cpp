@@ -65,17 +65,20 @@ void OnlineSync::runNow()
 void OnlineSync::start()
 {
     const BagPtr stored = SyncSettings(m_settings).read();
-    if (stored->number(QStringLiteral("SyncRemote")) == 0) {
-        finish({{SyncOutcome::Kind::SwitchedOff, {}}, {}, {}, {}});
-        return;
-    }
-    try {
-        m_run = std::make_unique<SyncRun>(*m_service, m_journal.snapshot(),
-                                          [this](const SyncRun::Result &result) { finish(result); });
-    } catch (const std::exception &e) {
-        finish({{SyncOutcome::Kind::Failed, QString::fromLocal8Bit(e.what())}, {}, {}, {}});
-        return;
-    }
+    if (stored->number(QStringLiteral("SyncRemote")) == 0)
+        return finish({{SyncOutcome::Kind::SwitchedOff, {}}, {}, {}, {}});
+    auto reader = std::make_shared<SyncSnapshotReader>(m_journal.snapshotReader());
+    m_slices.run([reader](const QDeadlineTimer &deadline) { return reader->readSome(deadline); },
+                 [this, reader] { startRun(*reader); });
+}
+
+void OnlineSync::startRun(SyncSnapshotReader &reader)
+{
+    if (!reader.error().isEmpty())
+        return finish({{SyncOutcome::Kind::Failed, reader.error()}, {}, {}, {}});
+    m_run = std::make_unique<SyncRun>(
+        *m_service, reader.take(), [this](const QList<qint32> &ids) { return m_journal.articlesOf(ids); },
+        [this](const SyncRun::Result &result) { finish(result); });
     m_run->start(account());
 }
 
@@ -89,21 +92,87 @@ SyncAccount OnlineSync::account() const
 
 void OnlineSync::finish(const SyncRun::Result &result)
 {
-    SyncJournal::Applied applied;
-    SyncOutcome outcome = result.outcome;
-    if (outcome.ok() && m_run) {
-        try {
-            applied = m_journal.apply(m_run->snapshot(), result.subscriptions, result.reads, result.remote,
-                                      m_clock());
-            m_settings.setValue(kConsumer, kSection, kApi, m_service->apiAddress());
-        } catch (const std::exception &e) {
-            outcome = {SyncOutcome::Kind::Failed, QString::fromLocal8Bit(e.what())};
-        }
+    m_outcome = result.outcome;
+    m_applied = {};
+    m_announced = 0;
+    if (!m_outcome.ok() || !m_run)
+        return conclude();
+    m_pending =
+        SyncJournal::pending(m_run->snapshot(), result.subscriptions, result.reads, result.remote, m_clock());
+    m_slices.run([this](const QDeadlineTimer &deadline) { return applySome(deadline); },
+                 [this] {
+                     m_counts = m_applied.countsChanged.values();
+                     m_slices.run([this](const QDeadlineTimer &deadline) { return announceSome(deadline); },
+                                  [this] { conclude(); });
+                 });
+}
+
+bool OnlineSync::applySome(const QDeadlineTimer &deadline)
+{
+    try {
+        if (!m_journal.applySome(m_pending, m_applied, deadline))
+            return false;
+        m_settings.setValue(kConsumer, kSection, kApi, m_service->apiAddress());
+    } catch (const std::exception &e) {
+        m_outcome = {SyncOutcome::Kind::Failed, QString::fromLocal8Bit(e.what())};
     }
-    record(outcome, applied);
-    announce(applied);
+    return true;
+}
+
+bool OnlineSync::announceSome(const QDeadlineTimer &deadline)
+{
+    do {
+        if (!announceNext())
+            return true;
+    } while (!deadline.hasExpired());
+    return false;
+}
+
+bool OnlineSync::announceNext()
+{
+    const QList<qint32> &added = m_applied.added;
+    const QList<qint32> &removed = m_applied.removed;
+    if (m_announced < added.size() + removed.size()) {
+        const qsizetype index = m_announced++;
+        if (index < added.size())
+            announceAdded(added.at(index));
+        else // The main window refreshes its tree on a binding change; a removed subscription is unbound.
+            m_messenger.toConnected(EngineMessages::bindingChanged(kConsumer, QStringLiteral("OLCONSUMER"),
+                                                                   false, removed.at(index - added.size())));
+        return true;
+    }
+    if (m_counts.isEmpty())
+        return false;
+    // The counts of a few subscriptions at a time; the last part brings the read marks to delivery.
+    const qsizetype size = std::min(m_counts.size(), kCountsAtOnce);
+    SyncJournal::Applied part;
+    part.countsChanged = QSet<qint32>(m_counts.cend() - size, m_counts.cend());
+    m_counts.resize(m_counts.size() - size);
+    if (m_counts.isEmpty())
+        part.readChanged = m_applied.readChanged;
+    m_changed(part);
+    return true;
+}
+
+void OnlineSync::announceAdded(qint32 id)
+{
+    try {
+        if (const auto bag = m_subscriptions.findItemBag(id))
+            m_messenger.toConnected(EngineMessages::message(QStringLiteral("SubscriptionAdded"),
+                                                            EngineMessages::addedPayload(**bag)));
+    } catch (const std::exception &e) {
+        qCWarning(lcSync) << "cannot announce subscription" << id << e.what();
+    }
+}
+
+void OnlineSync::conclude()
+{
+    // Read counts went in parts already.
+    m_changed({m_applied.added, m_applied.removed, 0, {}});
+    record(m_outcome, m_applied);
+    m_pending = {};
     m_running = false;
-    Q_EMIT runFinished(outcome.text());
+    Q_EMIT runFinished(m_outcome.text());
     if (std::exchange(m_again, false))
         runNow();
 }
@@ -125,20 +194,6 @@ void OnlineSync::record(const SyncOutcome &outcome, const SyncJournal::Applied &
         qCWarning(lcSync) << "cannot keep the outcome:" << e.what();
     }
     qCInfo(lcSync).noquote() << line;
-}
-
-void OnlineSync::announce(const SyncJournal::Applied &applied)
-{
-    for (const qint32 id : applied.added) {
-        if (const auto bag = m_subscriptions.findItemBag(id))
-            m_messenger.toConnected(EngineMessages::message(QStringLiteral("SubscriptionAdded"),
-                                                            EngineMessages::addedPayload(**bag)));
-    }
-    // The main window refreshes its tree on a binding change; a removed subscription is unbound.
-    for (const qint32 id : applied.removed)
-        m_messenger.toConnected(
-            EngineMessages::bindingChanged(kConsumer, QStringLiteral("OLCONSUMER"), false, id));
-    m_changed(applied);
 }
 
 BagPtr OnlineSync::settingsBag() const

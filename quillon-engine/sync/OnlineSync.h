@@ -2,6 +2,7 @@
 
 #include "EngineMessenger.h"
 #include "PropertyBag.h"
+#include "SlicedWork.h"
 #include "SyncJournal.h"
 #include "SyncRun.h"
 #include "SyncService.h"
@@ -28,9 +29,12 @@ class OnlineSync : public QObject
 public:
     using Clock = std::function<QDateTime()>;
     // A run changed subscriptions or read marks here: fetch and schedule again, tell consumers.
+    // Called in parts: the counts a few subscriptions at a time, the subscriptions at the end.
     using Changed = std::function<void(const SyncJournal::Applied &applied)>;
 
     static constexpr int kShortestFrequency = 900;
+    // Subscriptions whose counts one message tells, about a millisecond's work.
+    static constexpr qsizetype kCountsAtOnce = 50;
 
     OnlineSync(SyncJournal journal, SettingsStore &settings, SubscriptionStore &subscriptions, EngineLog &log,
                const Clock &clock, EngineMessenger messenger, Changed changed);
@@ -52,9 +56,16 @@ Q_SIGNALS:
 
 private:
     void start();
+    void startRun(SyncSnapshotReader &reader);
     void finish(const SyncRun::Result &result);
+    [[nodiscard]] bool applySome(const QDeadlineTimer &deadline);
+    // Tells consumers what the run added and removed here, a slice at a time.
+    [[nodiscard]] bool announceSome(const QDeadlineTimer &deadline);
+    // False when nothing is left.
+    bool announceNext();
+    void announceAdded(qint32 id);
+    void conclude();
     void record(const SyncOutcome &outcome, const SyncJournal::Applied &applied);
-    void announce(const SyncJournal::Applied &applied);
     [[nodiscard]] SyncAccount account() const;
 
     SyncJournal m_journal;
@@ -69,6 +80,13 @@ private:
     QTimer m_timer;
     bool m_running = false;
     bool m_again = false;
+    // The run that ended, while its changes here are applied.
+    SyncOutcome m_outcome;
+    SyncJournal::Pending m_pending;
+    SyncJournal::Applied m_applied;
+    qsizetype m_announced = 0;
+    QList<qint32> m_counts; // subscriptions whose counts are still to tell
+    SlicedWork m_slices;
 };
 
 } // namespace quillon

@@ -16,7 +16,7 @@ SyncPlan::Subscriptions SyncPlan::subscriptions(const SyncSnapshot &snapshot, co
         if (remoteUrls.contains(local.url))
             continue;
         const bool removedThere =
-            snapshot.agreedUrls.contains(local.url) && !snapshot.subscribedHere.contains(local.url);
+            snapshot.agreed.contains(local.url) && !snapshot.subscribedHere.contains(local.url);
         if (removedThere)
             plan.removeHere.append(local.id);
         else
@@ -27,7 +27,7 @@ SyncPlan::Subscriptions SyncPlan::subscriptions(const SyncSnapshot &snapshot, co
             continue;
         localUrls.insert(feed.url);
         const bool removedHere =
-            snapshot.agreedUrls.contains(feed.url) || snapshot.unsubscribedHere.contains(feed.url);
+            snapshot.agreed.contains(feed.url) || snapshot.unsubscribedHere.contains(feed.url);
         if (removedHere)
             plan.unsubscribeRemote.append(feed);
         else
@@ -43,54 +43,47 @@ QString articleKey(const QString &feedUrl, const QString &what, const QString &v
 }
 } // namespace
 
-QStringList SyncPlan::feedsToCompare(const SyncSnapshot &snapshot, const QList<RemoteFeed> &feeds)
+QList<RemoteFeed> SyncPlan::feedsToCompare(const SyncSnapshot &snapshot, const QList<RemoteFeed> &feeds)
 {
-    QHash<QString, int> unreadHere; // by feed address, for feeds with articles here
-    QSet<QString> changedHere;
-    for (const LocalArticle &article : snapshot.articles) {
-        unreadHere[article.feedUrl] += article.read ? 0 : 1;
-        if (snapshot.readChangedHere.contains(article.id))
-            changedHere.insert(article.feedUrl);
-    }
-    QStringList ids;
+    QList<RemoteFeed> compared;
     for (const RemoteFeed &feed : feeds) {
-        const auto here = unreadHere.constFind(feed.url);
-        if (here != unreadHere.cend() && (*here != feed.unread || changedHere.contains(feed.url)))
-            ids.append(feed.id);
+        const auto here = snapshot.unreadByFeed.constFind(feed.url);
+        if (here != snapshot.unreadByFeed.cend() &&
+            (*here != feed.unread || snapshot.feedsChangedHere.contains(feed.url)))
+            compared.append(feed);
     }
-    return ids;
+    return compared;
 }
 
-SyncPlan::ReadStates SyncPlan::readStates(const SyncSnapshot &snapshot, const QList<RemoteFeed> &feeds,
-                                          const QList<RemoteArticle> &articles)
+void SyncPlan::compareReadStates(const SyncSnapshot &snapshot, const QList<RemoteFeed> &feeds,
+                                 const QList<LocalArticle> &local, const QList<RemoteArticle> &remote,
+                                 ReadStates &into)
 {
-    QHash<QString, const LocalArticle *> local;
-    for (const LocalArticle &article : snapshot.articles) {
+    QHash<QString, const LocalArticle *> byKey;
+    for (const LocalArticle &article : local) {
         if (!article.link.isEmpty())
-            local.insert(articleKey(article.feedUrl, QStringLiteral("link"), article.link), &article);
-        local.insert(articleKey(article.feedUrl, QStringLiteral("guid"), article.guid), &article);
+            byKey.insert(articleKey(article.feedUrl, QStringLiteral("link"), article.link), &article);
+        byKey.insert(articleKey(article.feedUrl, QStringLiteral("guid"), article.guid), &article);
     }
     QHash<QString, QString> feedUrls;
     for (const RemoteFeed &feed : feeds)
         feedUrls.insert(feed.id, feed.url);
 
-    ReadStates plan;
-    for (const RemoteArticle &remote : articles) {
-        const QString feedUrl = feedUrls.value(remote.feedId);
-        const LocalArticle *match = local.value(articleKey(feedUrl, QStringLiteral("link"), remote.link));
+    for (const RemoteArticle &article : remote) {
+        const QString feedUrl = feedUrls.value(article.feedId);
+        const LocalArticle *match = byKey.value(articleKey(feedUrl, QStringLiteral("link"), article.link));
         if (!match)
-            match = local.value(articleKey(feedUrl, QStringLiteral("guid"), remote.guid));
+            match = byKey.value(articleKey(feedUrl, QStringLiteral("guid"), article.guid));
         if (feedUrl.isEmpty() || !match)
             continue;
         const auto changed = snapshot.readChangedHere.constFind(match->id);
         if (changed == snapshot.readChangedHere.cend()) {
-            if (remote.read != match->read)
-                plan.setHere.insert(match->id, remote.read);
-        } else if (*changed != remote.read) {
-            (*changed ? plan.markReadRemote : plan.markUnreadRemote).append(remote.id);
+            if (article.read != match->read)
+                into.setHere.insert(match->id, article.read);
+        } else if (*changed != article.read) {
+            (*changed ? into.markReadRemote : into.markUnreadRemote).append(article.id);
         }
     }
-    return plan;
 }
 
 } // namespace quillon

@@ -38,11 +38,13 @@ public:
     // The server's feeds whose read states need comparing: those with articles here whose unread
     // count differs from the server's (or the server gives none), and those with read marks
     // queued here. Every other feed agrees already, so a run that changes nothing costs no headlines.
-    [[nodiscard]] static QStringList feedsToCompare(const SyncSnapshot &snapshot,
-                                                    const QList<RemoteFeed> &feeds);
-    // Articles are matched within their feed by link, else by guid.
-    [[nodiscard]] static ReadStates readStates(const SyncSnapshot &snapshot, const QList<RemoteFeed> &feeds,
-                                               const QList<RemoteArticle> &articles);
+    [[nodiscard]] static QList<RemoteFeed> feedsToCompare(const SyncSnapshot &snapshot,
+                                                          const QList<RemoteFeed> &feeds);
+    // Adds what the read states of some compared feeds ask for: local are their articles here,
+    // remote the server's. Articles are matched within their feed by link, else by guid.
+    static void compareReadStates(const SyncSnapshot &snapshot, const QList<RemoteFeed> &feeds,
+                                  const QList<LocalArticle> &local, const QList<RemoteArticle> &remote,
+                                  ReadStates &into);
 };
 
 } // namespace quillon

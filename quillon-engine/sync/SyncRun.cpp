@@ -2,8 +2,9 @@
 
 namespace quillon {
 
-SyncRun::SyncRun(SyncService &service, SyncSnapshot snapshot, Finished finished)
-    : m_service(service), m_snapshot(std::move(snapshot)), m_finished(std::move(finished))
+SyncRun::SyncRun(SyncService &service, SyncSnapshot snapshot, ArticlesOf articlesOf, Finished finished)
+    : m_service(service), m_snapshot(std::move(snapshot)), m_articlesOf(std::move(articlesOf)),
+      m_finished(std::move(finished))
 {
 }
 
@@ -48,13 +49,67 @@ void SyncRun::sendUnsubscription(int index)
 
 void SyncRun::readArticles()
 {
-    m_service.articles(SyncPlan::feedsToCompare(m_snapshot, m_result.remote),
-                       [this](const QList<RemoteArticle> &articles) { articlesRead(articles); });
+    m_compared = SyncPlan::feedsToCompare(m_snapshot, m_result.remote);
+    QStringList ids;
+    for (const RemoteFeed &feed : std::as_const(m_compared))
+        ids.append(feed.id);
+    m_comparedIds = QSet<QString>(ids.cbegin(), ids.cend());
+    m_service.articles(ids, [this](const QList<RemoteArticle> &articles) { articlesRead(articles); });
 }
 
 void SyncRun::articlesRead(const QList<RemoteArticle> &articles)
 {
-    m_result.reads = SyncPlan::readStates(m_snapshot, m_result.remote, articles);
+    m_remoteArticles = articles;
+    for (const LocalSubscription &local : std::as_const(m_snapshot.subscriptions))
+        m_idsByUrl[local.url].append(local.id);
+    m_slices.run([this](const QDeadlineTimer &deadline) { return compareSome(deadline); },
+                 [this] { sendReadMarks(); });
+}
+
+bool SyncRun::compareSome(const QDeadlineTimer &deadline)
+{
+    do {
+        if (m_grouped < m_remoteArticles.size())
+            groupNext();
+        else if (m_comparedDone < m_compared.size())
+            compareNext();
+        else
+            return true;
+    } while (!deadline.hasExpired());
+    return false;
+}
+
+void SyncRun::groupNext()
+{
+    const qsizetype end = std::min(m_remoteArticles.size(), m_grouped + kGroupedAtOnce);
+    for (; m_grouped < end; ++m_grouped) {
+        RemoteArticle &article = m_remoteArticles[m_grouped];
+        if (m_comparedIds.contains(article.feedId))
+            m_remoteByFeed[article.feedId].append(std::move(article));
+        else
+            article = {}; // freed here, a slice at a time, not all at the end
+    }
+}
+
+void SyncRun::compareNext()
+{
+    // The next few feeds, one at least, with their articles here and on the server.
+    QList<RemoteFeed> feeds;
+    QList<qint32> ids;
+    QList<RemoteArticle> remote;
+    while (m_comparedDone < m_compared.size() && (feeds.isEmpty() || remote.size() < kArticlesAtOnce)) {
+        const RemoteFeed &feed = m_compared.at(m_comparedDone++);
+        feeds.append(feed);
+        ids.append(m_idsByUrl.value(feed.url));
+        remote.append(m_remoteByFeed.take(feed.id));
+    }
+    SyncPlan::compareReadStates(m_snapshot, feeds, m_articlesOf(ids), remote, m_result.reads);
+}
+
+void SyncRun::sendReadMarks()
+{
+    m_remoteArticles.clear();
+    m_remoteByFeed.clear();
     m_service.setRead(m_result.reads.markReadRemote, true, [this] {
         m_service.setRead(m_result.reads.markUnreadRemote, false, [this] { m_finished(m_result); });
     });

@@ -45,13 +45,15 @@ struct LocalArticle
     bool read = false;
 };
 
-// What the engine holds when a run starts: its subscriptions, the articles of those, the
-// subscriptions both sides had after the last run, and the changes queued since.
+// What the engine holds when a run starts: its subscriptions, how many of their articles are
+// unread, the subscriptions both sides had after the last run, and the changes queued since.
+// The articles themselves are read only for the feeds a run compares.
 struct SyncSnapshot
 {
     QList<LocalSubscription> subscriptions;
-    QList<LocalArticle> articles;
-    QSet<QString> agreedUrls;
+    QHash<QString, int> unreadByFeed; // by address, feeds with articles here only
+    QSet<QString> feedsChangedHere;   // with read marks queued
+    QHash<QString, QString> agreed;   // address to the server's ID, after the last run
     QSet<QString> subscribedHere;
     QSet<QString> unsubscribedHere;
     // Read (true) or unread (false), by article ID, the latest change of each.

@@ -268,8 +268,9 @@ void TinyRssService::headlinesFrom(int feed, int skip, std::function<void(const 
         }
         if (page.size() == kHeadlinePage && skip / kHeadlinePage < kMostHeadlinePages)
             return headlinesFrom(feed, skip + kHeadlinePage, done);
+        // Handed over, so the run frees them piece by piece as it compares.
         if (m_feedsLeft.isEmpty())
-            return done(m_articles);
+            return done(std::exchange(m_articles, {}));
         headlinesFrom(m_feedsLeft.takeFirst(), 0, done);
     });
 }
