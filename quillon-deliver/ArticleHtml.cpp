@@ -7,7 +7,6 @@
 
 #include <QDir>
 #include <QFile>
-#include <QRegularExpression>
 #include <QUrl>
 
 namespace {
@@ -38,6 +37,47 @@ QString mailBody(const QString &html, bool showImages)
 {
     const QString safe = quillon::HtmlNormalizer::normalize(html);
     return showImages ? safe : quillon::RemoteContent::asLinks(safe);
+}
+
+bool isAsciiSpace(QChar c)
+{
+    return c == u' ' || c == u'\t' || c == u'\n' || c == u'\v' || c == u'\f' || c == u'\r';
+}
+
+// A tag's text (between "<" and ">") that ends a paragraph of the text part.
+bool endsParagraph(QStringView tag)
+{
+    static const QLatin1String names[] = {
+        QLatin1String("br"),          QLatin1String("/p"),  QLatin1String("p"),   QLatin1String("/div"),
+        QLatin1String("/li"),         QLatin1String("/h1"), QLatin1String("/h2"), QLatin1String("/h3"),
+        QLatin1String("/h4"),         QLatin1String("/h5"), QLatin1String("/h6"), QLatin1String("/tr"),
+        QLatin1String("/blockquote"), QLatin1String("/pre")};
+    qsizetype start = 0;
+    while (start < tag.size() && isAsciiSpace(tag[start]))
+        ++start;
+    const QStringView rest = tag.sliced(start);
+    const char16_t first = rest.isEmpty() ? u' ' : rest.front().unicode() | 0x20; // lower case
+    if (first != u'/' && first != u'b' && first != u'p')
+        return false;
+    for (const QLatin1String name : names) {
+        if (!rest.startsWith(name, Qt::CaseInsensitive))
+            continue;
+        const QChar next = rest.size() > name.size() ? rest[name.size()] : QChar(u' ');
+        if (!(next.isLetterOrNumber() && next.unicode() < 0x80) && next != u'_')
+            return true;
+    }
+    return false;
+}
+
+// The first "<" from open on, before close (the first ">" after open), that starts a
+// paragraph-ending tag, as a search for such tags finds it; -1 when none does.
+qsizetype blockTagStart(QStringView html, qsizetype open, qsizetype close)
+{
+    for (qsizetype at = open; at >= 0 && at < close; at = html.indexOf(u'<', at + 1)) {
+        if (endsParagraph(html.sliced(at + 1, close - at - 1)))
+            return at;
+    }
+    return -1;
 }
 } // namespace
 
@@ -81,16 +121,39 @@ QString ArticleHtml::page(const ArticleMessage &article) const
     return quillon::ArticlePage::fill(m_template, values, quillon::ArticlePage::Pass::Once);
 }
 
+// One pass instead of a split and a replace with regular expressions (a fifth of a message's
+// CPU): tags become blanks, a paragraph ends at <br>, <p> and the end of a block.
 QString ArticleHtml::plainText(const QString &html)
 {
-    static const QRegularExpression blocks(
-        QStringLiteral("<\\s*(br|/p|p|/div|/li|/h[1-6]|/tr|/blockquote|/pre)\\b[^>]*>"),
-        QRegularExpression::CaseInsensitiveOption);
+    const QStringView view(html);
     QStringList paragraphs;
-    for (const QString &chunk : html.split(blocks)) {
-        const QString text = quillon::ArticleText::stripHtml(chunk);
+    QString chunk;
+    const auto endParagraph = [&] {
+        const QString text = quillon::ArticleText::decodeReferences(chunk).simplified();
         if (!text.isEmpty())
             paragraphs.append(text);
+        chunk.clear();
+    };
+    for (qsizetype i = 0; i < view.size();) {
+        const qsizetype open = view.indexOf(u'<', i);
+        const qsizetype close = open < 0 ? -1 : view.indexOf(u'>', open + 1);
+        if (close < 0) {
+            chunk += view.sliced(i);
+            break;
+        }
+        chunk += view.sliced(i, open - i);
+        const qsizetype block = blockTagStart(view, open, close);
+        if (block > open) {
+            chunk += view.sliced(open, block - open); // "<" that opens no tag: text
+            i = block;
+            continue;
+        }
+        if (block == open)
+            endParagraph();
+        else
+            chunk += QLatin1Char(' ');
+        i = close + 1;
     }
+    endParagraph();
     return paragraphs.join(QStringLiteral("\n\n"));
 }

@@ -13,8 +13,7 @@ public:
     [[nodiscard]] static QString html(const ParsedText &text);
     // Tags dropped, character references decoded, runs of white space made one blank.
     [[nodiscard]] static QString stripHtml(const QString &html);
-
-private:
+    // Named and numeric character references decoded; anything else kept as it is.
     [[nodiscard]] static QString decodeReferences(const QString &text);
 };
 
