@@ -142,8 +142,9 @@ void tst_SubscriptionSettingsEditor::timesAreStoredInSecondsShownInTheLargestUni
     QVERIFY(m_editor->ApplyEdits());
     QCOMPARE(m_prompts->texts(PromptKind::Alert),
              QStringList{"Note: most RSS services prefer an update frequency of 1 hour or more."});
-    QVERIFY(m_prompts->asked[0].extendedText.endsWith(
-        "Please set the update time to a value greater than 5 minutes."));
+    QCOMPARE(m_prompts->asked[0].extendedText,
+             "This update frequency is less than the minimum update frequency. Please set the update time to "
+             "a value greater than 5 minutes.");
     QCOMPARE(shown({"txtUpdateFreq"}), QStringList{"5 0"});
     QCOMPARE(itemLong(id, "UPDATEFREQ"), 300);
     QVERIFY(!m_editor->Dirty());
