@@ -33,8 +33,8 @@ public:
     using Changed = std::function<void(const SyncJournal::Applied &applied)>;
 
     static constexpr int kShortestFrequency = 900;
-    // Subscriptions whose counts one message tells, about a millisecond's work.
-    static constexpr qsizetype kCountsAtOnce = 50;
+    // Subscriptions whose counts one message tells, about half a millisecond's work.
+    static constexpr qsizetype kCountsAtOnce = 25;
 
     OnlineSync(SyncJournal journal, SettingsStore &settings, SubscriptionStore &subscriptions, EngineLog &log,
                const Clock &clock, EngineMessenger messenger, Changed changed);

@@ -23,7 +23,7 @@ void SlicedWork::post()
 
 void SlicedWork::next()
 {
-    if (!m_slice(QDeadlineTimer(kSliceMs)))
+    if (!m_slice(QDeadlineTimer(kSliceMs, Qt::PreciseTimer)))
         return post();
     m_slice = {};
     // Done may start the next work on this same object.

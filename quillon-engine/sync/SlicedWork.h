@@ -18,7 +18,7 @@ public:
     // answers true once nothing is left. It must not throw: the event loop calls it.
     using Slice = std::function<bool(const QDeadlineTimer &deadline)>;
 
-    static constexpr int kSliceMs = 2;
+    static constexpr int kSliceMs = 1;
 
     // Replaces any work under way; done runs after the last slice.
     void run(Slice slice, std::function<void()> done);

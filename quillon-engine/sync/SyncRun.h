@@ -32,8 +32,8 @@ public:
 
 private:
     // Pieces of a slice: well under a millisecond each.
-    static constexpr qsizetype kArticlesAtOnce = 100;
-    static constexpr qsizetype kGroupedAtOnce = 500;
+    static constexpr qsizetype kArticlesAtOnce = 50;
+    static constexpr qsizetype kGroupedAtOnce = 250;
 
     void feedsRead(const QList<RemoteFeed> &remote);
     void sendSubscription(int index);

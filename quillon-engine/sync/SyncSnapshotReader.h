@@ -24,7 +24,7 @@ public:
     [[nodiscard]] SyncSnapshot take() { return std::move(m_snapshot); }
 
 private:
-    static constexpr int kPage = 100;
+    static constexpr int kPage = 50;
 
     // Each reads one page and answers whether it was the last.
     bool readQueue();
