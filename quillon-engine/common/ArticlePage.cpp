@@ -2,7 +2,6 @@
 
 #include <QList>
 #include <QLocale>
-#include <QRegularExpression>
 
 #include <algorithm>
 #include <utility>
@@ -49,23 +48,34 @@ QString fillInOrder(QString page, const Fills &fills)
     return page;
 }
 
+bool isPlaceholderChar(QChar c)
+{
+    const char16_t u = c.unicode() | 0x20; // lower case
+    return (u >= u'a' && u <= u'z') || c == u'_';
+}
+
+// Every "~NAME~" replaced in one scan of the template, so text a value brings is never filled.
 QString fillOnce(const QString &page, const Fills &fills)
 {
-    static const QRegularExpression placeholder(QStringLiteral("~[A-Z_]+~"),
-                                                QRegularExpression::CaseInsensitiveOption);
+    const QStringView view(page);
     QString out;
     out.reserve(page.size() + 1024);
     qsizetype last = 0;
-    for (auto it = placeholder.globalMatch(page); it.hasNext();) {
-        const auto match = it.next();
-        out += QStringView(page).mid(last, match.capturedStart() - last);
-        last = match.capturedEnd();
-        const QString name = match.captured().toUpper();
+    for (qsizetype open = view.indexOf(u'~'); open >= 0; open = view.indexOf(u'~', open + 1)) {
+        qsizetype close = open + 1;
+        while (close < view.size() && isPlaceholderChar(view[close]))
+            ++close;
+        if (close == open + 1 || close == view.size() || view[close] != u'~')
+            continue;
+        out += view.sliced(last, open - last);
+        last = close + 1;
+        const QString name = view.sliced(open, last - open).toString().toUpper();
         const auto fill =
             std::find_if(fills.cbegin(), fills.cend(), [&name](const auto &f) { return f.first == name; });
         out += fill != fills.cend() ? fill->second : QString();
+        open = close;
     }
-    out += QStringView(page).mid(last);
+    out += view.sliced(last);
     return out;
 }
 
