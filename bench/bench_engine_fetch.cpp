@@ -11,6 +11,8 @@
 #include "EngineCore.h"
 #include "FeedServer.h"
 #include "FetchRace.h"
+#include "FunctionCallback.h"
+#include "InProcessLink.h"
 #include "InstructionCount.h"
 #include "ProcessCpu.h"
 
@@ -51,6 +53,8 @@ void addSubscriptions(EngineCore &core, EngineCore::SessionId session, const QSt
         auto request = PropertyBag::create();
         request->setText(QStringLiteral("REQUEST"), QStringLiteral("ADD"));
         request->setText(QStringLiteral("URL"), url);
+        // Bound to the delivery consumer, as a user who has every feed delivered has them.
+        request->setText(QStringLiteral("ConsumerIDs"), QStringLiteral("OLCONSUMER"));
         core.call(session, QStringLiteral("SubmitRequest"), {request, qint32(0)});
     }
 }
@@ -144,6 +148,9 @@ std::optional<Rounds> runRounds(const QString &base, const QStringList &urls, co
         return std::nullopt;
     const auto session = core.openSession({});
     addSubscriptions(core, session, urls);
+    // The delivery consumer connected throughout, its messages dropped, as in real use.
+    const auto consumer = LinkedSubscribeClient::create(std::make_unique<InProcessLink>(&core));
+    consumer->Connect(QStringLiteral("OLCONSUMER"), std::make_shared<FunctionCallback>([](Handle) {}));
     Rounds rounds;
     const int feeds = int(urls.size());
     rounds.empty = runRound(core, feeds, "empty store");
