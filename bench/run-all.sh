@@ -4,6 +4,7 @@
 # Usage: bench/run-all.sh [build folder] > run.log   (as root: the sync benchmark needs a
 # network namespace of its own; the delivery benchmark writes below a fresh top-level folder)
 set -uo pipefail
+cd "$(dirname "$0")/.." # the sync benchmark reads the test servers' scripts from here
 build=${1:-build}
 bin="$build/bin"
 export QUILLON_BIN_DIR="$bin" QT_QPA_PLATFORM=offscreen
@@ -17,7 +18,7 @@ step() {
   echo "--- exit $?, $((SECONDS - start)) s, load after: $(cut -d' ' -f1-3 /proc/loadavg)"
 }
 
-echo "run of $(git -C "$(dirname "$0")" rev-parse --short HEAD) on $(nproc) cores, $(date -u)"
+echo "run of $(git rev-parse --short HEAD) on $(nproc) cores, $(date -u)"
 step "$bin/bench_engine_itembag" 10000
 step "$bin/bench_client_roundtrip" 10000
 step "$bin/bench_wire_bag"
