@@ -15,9 +15,9 @@ namespace {
 const QString kLineBreak = QStringLiteral("\r\n");
 
 // Appends without building temporaries; saving is dominated by these appends.
-template <typename... Parts> void append(QString &out, const Parts &...parts)
+template <typename... Pieces> void append(QString &out, const Pieces &...pieces)
 {
-    ((out += parts), ...);
+    ((out += pieces), ...);
 }
 
 QString boolText(bool value)

@@ -19,7 +19,7 @@ EnclosureDownloader::EnclosureDownloader(Limits limits, std::shared_ptr<quillon:
 
 EnclosureDownloader::~EnclosureDownloader()
 {
-    // Parts stay where they are for the next run.
+    // Partial files stay where they are for the next run.
     for (auto it = m_running.begin(); it != m_running.end(); ++it) {
         m_multi.stop(it.key());
         m_multi.give(it.key());
