@@ -164,11 +164,8 @@ bool previewShot(const quillon::SubscribeClientPtr &client, const LocalHttpServe
 
 int main(int argc, char *argv[])
 {
-    WebArticleView::PrepareProcess();
-    QApplication app(argc, argv);
-    const QDir out(Shots::outputFolder(argc, argv));
-    QTemporaryDir settings;
-    Shots::quietSettings(settings);
+    const Shots::Program program(argc, argv, WebArticleView::PrepareProcess);
+    const QDir &out = program.folder;
     TestEngine engine;
     LocalHttpServer server;
     if (!engine.isReady() || !server.listen())

@@ -34,11 +34,8 @@ bool shoot(QDialog &dialog, const QString &path)
 
 int main(int argc, char *argv[])
 {
-    Shots::preparePlatform();
-    QApplication app(argc, argv);
-    const QDir folder(Shots::outputFolder(argc, argv));
-    QTemporaryDir settings;
-    Shots::quietSettings(settings);
+    const Shots::Program program(argc, argv);
+    const QDir &folder = program.folder;
     bool ok = true;
 
     frmWelcome welcome;

@@ -126,12 +126,9 @@ bool save(QWidget &window, const QDir &folder, const QString &name)
 
 int main(int argc, char *argv[])
 {
-    Shots::preparePlatform();
-    QApplication app(argc, argv);
-    const QDir folder(Shots::outputFolder(argc, argv));
     QStandardPaths::setTestModeEnabled(true);
-    QTemporaryDir settings;
-    Shots::quietSettings(settings);
+    const Shots::Program program(argc, argv);
+    const QDir &folder = program.folder;
 
     TestEngine engine;
     if (!engine.isReady())

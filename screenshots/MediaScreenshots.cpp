@@ -109,13 +109,10 @@ bool waitFor(const std::function<bool()> &condition, const char *what)
 
 int main(int argc, char *argv[])
 {
-    Shots::preparePlatform();
-    QApplication app(argc, argv);
-    const QDir folder(Shots::outputFolder(argc, argv));
     QTemporaryDir home;
     makeHome(home);
-    QTemporaryDir settings;
-    Shots::quietSettings(settings);
+    const Shots::Program program(argc, argv);
+    const QDir &folder = program.folder;
 
     LocalHttpServer server;
     TestEngine engine;

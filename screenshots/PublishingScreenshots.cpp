@@ -43,11 +43,8 @@ void fill(QDialog &dialog, const char *name, const QString &text)
 
 int main(int argc, char *argv[])
 {
-    Shots::preparePlatform();
-    QApplication app(argc, argv);
-    const QDir folder(Shots::outputFolder(argc, argv));
-    QTemporaryDir settings;
-    Shots::quietSettings(settings);
+    const Shots::Program program(argc, argv);
+    const QDir &folder = program.folder;
     TestEngine engine;
     quillon::SubscribeClientPtr client = engine.newClient();
     client->Connect(QStringLiteral("CONFIGCONSUMER"), std::make_shared<EngineCalls::IgnoreMessages>());

@@ -3,6 +3,7 @@
 #include "LocalSettings.h"
 #include "PromptSeam.h"
 
+#include <QApplication>
 #include <QDir>
 #include <QPixmap>
 #include <QString>
@@ -44,5 +45,25 @@ inline bool save(const QPixmap &picture, const QString &path)
     std::printf("%s %s\n", saved ? "wrote" : "could not write", qPrintable(path));
     return saved;
 }
+
+// The start every picture program shares: what must come before the application (by default
+// the offscreen platform), the application, the output folder and quiet settings.
+class Program
+{
+public:
+    Program(int &argc, char *argv[], void (*beforeApplication)() = preparePlatform)
+        : m_prepared((beforeApplication(), true)), m_app(argc, argv), folder(outputFolder(argc, argv))
+    {
+        quietSettings(m_settings);
+    }
+
+private:
+    bool m_prepared;
+    QApplication m_app;
+    QTemporaryDir m_settings;
+
+public:
+    const QDir folder;
+};
 
 } // namespace Shots

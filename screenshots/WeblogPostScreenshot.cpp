@@ -53,11 +53,8 @@ void setUpWeblog(quillon::SubscribeClient &client, const WordPressServer &wordpr
 
 int main(int argc, char *argv[])
 {
-    WebArticleView::PrepareProcess();
-    QApplication app(argc, argv);
-    const QDir out(Shots::outputFolder(argc, argv));
-    QTemporaryDir settings;
-    Shots::quietSettings(settings);
+    const Shots::Program program(argc, argv, WebArticleView::PrepareProcess);
+    const QDir &out = program.folder;
     WordPressServer wordpress;
     if (!wordpress.start()) {
         std::fprintf(stderr, "WordPress cannot run here: %s\n", qPrintable(wordpress.errorText()));
