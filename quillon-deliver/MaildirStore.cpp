@@ -20,12 +20,6 @@ const QRegularExpression &ourName()
     return re;
 }
 
-bool writeFile(const QString &path, const QByteArray &bytes)
-{
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly | QIODevice::Truncate) && file.write(bytes) == bytes.size() &&
-           file.flush();
-}
 } // namespace
 
 QString MaildirStore::folderPath(const Folder &folder) const
@@ -35,17 +29,38 @@ QString MaildirStore::folderPath(const Folder &folder) const
     return QDir(m_root).filePath(QLatin1Char('.') + folder.join(QLatin1Char('.')));
 }
 
-bool MaildirStore::makeMaildir(const QString &dir, QString *error) const
+bool MaildirStore::makeMaildir(const QString &dir, QString *error, bool *made) const
 {
+    // A folder whose new/ this call made held nothing of ours before.
+    const bool fresh = QDir().mkpath(dir) && QDir(dir).mkdir(QStringLiteral("new"));
     for (const char *sub : {"cur", "new", "tmp"}) {
-        if (!QDir().mkpath(QDir(dir).filePath(QLatin1String(sub)))) {
-            if (error)
-                *error = QStringLiteral("Cannot create the mail folder %1").arg(dir);
-            return false;
-        }
+        if ((fresh && qstrcmp(sub, "new") == 0) || QDir().mkpath(QDir(dir).filePath(QLatin1String(sub))))
+            continue;
+        if (error)
+            *error = QStringLiteral("Cannot create the mail folder %1").arg(dir);
+        return false;
     }
-    if (dir != m_root && !QFile::exists(QDir(dir).filePath(QStringLiteral("maildirfolder"))))
-        writeFile(QDir(dir).filePath(QStringLiteral("maildirfolder")), {});
+    if (made)
+        *made = fresh;
+    if (dir != m_root && (fresh || !QFile::exists(QDir(dir).filePath(QStringLiteral("maildirfolder")))))
+        DurableFile::write(QDir(dir).filePath(QStringLiteral("maildirfolder")), {});
+    return true;
+}
+
+bool MaildirStore::makeLevels(const Folder &folder, bool trustMade, QString *error)
+{
+    // Parents too, so that a mail program can open every level.
+    for (qsizetype depth = 1; depth <= folder.size(); ++depth) {
+        const QString dir = folderPath(folder.mid(0, depth));
+        bool made = false;
+        if (trustMade && m_made.contains(dir))
+            continue;
+        if (!makeMaildir(dir, error, &made))
+            return false;
+        if (made)
+            m_keys.insert(dir, {});
+        m_made.insert(dir);
+    }
     return true;
 }
 
@@ -136,14 +151,17 @@ QSet<QString> &MaildirStore::knownKeys(const QString &dir)
 bool MaildirStore::add(const Folder &folder, const QString &key, const QByteArray &message, QString *error)
 {
     const QString dir = folderPath(folder);
-    QSet<QString> &keys = knownKeys(dir);
-    if (keys.contains(key))
-        return true;
-    if (!QFileInfo::exists(QDir(dir).filePath(QStringLiteral("new"))) && !create(folder, error))
+    // The mail program's configuration is rewritten once a batch, not for every folder made.
+    m_unlisted = (!m_made.contains(dir) && !folder.isEmpty()) || m_unlisted;
+    if (!makeLevels(folder, true, error))
         return false;
+    if (knownKeys(dir).contains(key))
+        return true;
     const QString name = fileName(key);
     const QString tmpPath = QDir(dir).filePath(QStringLiteral("tmp/") + name);
-    if (!writeFile(tmpPath, message)) {
+    // A folder deleted meanwhile (in the mail program) is made again, as a new one is.
+    if (!DurableFile::write(tmpPath, message) &&
+        !(makeLevels(folder, false, nullptr) && DurableFile::write(tmpPath, message))) {
         if (error)
             *error = QStringLiteral("Cannot write %1").arg(tmpPath);
         QFile::remove(tmpPath);
@@ -151,7 +169,7 @@ bool MaildirStore::add(const Folder &folder, const QString &key, const QByteArra
     }
     const QString newDir = QDir(dir).filePath(QStringLiteral("new"));
     m_pending.append({tmpPath, QDir(newDir).filePath(name), newDir});
-    keys.insert(key);
+    knownKeys(dir).insert(key);
     return true;
 }
 
@@ -169,7 +187,7 @@ MailStore::CommitJob MaildirStore::commitJob()
         QSet<QString> dirs;
         bool ok = true;
         for (const Pending &p : pending) {
-            if (!QFile::rename(p.tmpPath, p.newPath)) {
+            if (!DurableFile::rename(p.tmpPath, p.newPath)) {
                 ok = false;
                 if (error)
                     *error = QStringLiteral("Cannot move %1 into new/").arg(p.tmpPath);
@@ -184,8 +202,12 @@ MailStore::CommitJob MaildirStore::commitJob()
 
 void MaildirStore::afterCommit(bool ok)
 {
-    if (!ok)
+    if (!ok) {
         m_keys.clear(); // read them again from disk
+        m_made.clear();
+    }
+    if (std::exchange(m_unlisted, false))
+        listFolders();
 }
 
 bool MaildirStore::remove(const Folder &folder, const QString &key)
@@ -264,6 +286,7 @@ void MaildirStore::dropIfEmpty(const QString &dir)
     }
     QDir(dir).removeRecursively();
     m_keys.remove(dir);
+    m_made.remove(dir);
     listFolders();
 }
 
@@ -287,11 +310,8 @@ bool MaildirStore::exists(const Folder &folder)
 
 bool MaildirStore::create(const Folder &folder, QString *error)
 {
-    // Parents too, so that a mail program can open every level.
-    for (qsizetype depth = 1; depth <= folder.size(); ++depth) {
-        if (!makeMaildir(folderPath(folder.mid(0, depth)), error))
-            return false;
-    }
+    if (!makeLevels(folder, false, error))
+        return false;
     listFolders();
     return true;
 }
@@ -316,9 +336,8 @@ QList<MailStore::Folder> MaildirStore::changedFolders(const QList<Folder> &watch
     for (const Folder &folder : watched) {
         const QString dir = folderPath(folder);
         // A rename inside cur/ or new/ (a new flag, a message taken) changes that directory.
-        const qint64 stamp =
-            QFileInfo(QDir(dir).filePath(QStringLiteral("cur"))).lastModified().toMSecsSinceEpoch() ^
-            (QFileInfo(QDir(dir).filePath(QStringLiteral("new"))).lastModified().toMSecsSinceEpoch() << 1);
+        const qint64 stamp = DurableFile::changeStamp(QDir(dir).filePath(QStringLiteral("cur"))) ^
+                             (DurableFile::changeStamp(QDir(dir).filePath(QStringLiteral("new"))) << 1);
         const auto it = m_stamps.constFind(dir);
         if (it == m_stamps.cend() || *it != stamp)
             changed.append(folder);
@@ -367,7 +386,7 @@ void MaildirStore::tag(const Folder &folder, qint32 subscriptionId)
 {
     const QString path = QDir(folderPath(folder)).filePath(kTagFile);
     if (!QFile::exists(path))
-        writeFile(path, QByteArray::number(subscriptionId));
+        DurableFile::write(path, QByteArray::number(subscriptionId));
 }
 
 std::optional<MailStore::Folder> MaildirStore::findTagged(qint32 subscriptionId)

@@ -51,7 +51,10 @@ private:
     // Our messages in a folder: key -> path, from cur/ and new/.
     [[nodiscard]] QHash<QString, QString> messages(const QString &dir) const;
     QSet<QString> &knownKeys(const QString &dir);
-    [[nodiscard]] bool makeMaildir(const QString &dir, QString *error) const;
+    // made: whether the folder was new (so nothing of ours is in it).
+    [[nodiscard]] bool makeMaildir(const QString &dir, QString *error, bool *made = nullptr) const;
+    // The folder and every level above it; trustMade skips those made before.
+    [[nodiscard]] bool makeLevels(const Folder &folder, bool trustMade, QString *error);
     [[nodiscard]] QStringList madeRoots() const;
     void rememberRoot() const;
     // One pass of a move; how many of ours are still in source.
@@ -69,7 +72,9 @@ private:
     QString m_rootsRecord;
     QList<Pending> m_pending;
     QHash<QString, QSet<QString>> m_keys; // by folder directory
+    QSet<QString> m_made;                 // folder directories known to be whole Maildirs
     QHash<QString, qint64> m_stamps;      // last seen change stamp, by folder directory
     QStringList m_listed;                 // folder directories the configuration names
     bool m_configWritten = false;
+    bool m_unlisted = false; // folders made since the configuration was written
 };
