@@ -56,16 +56,15 @@ ArticleStore::Stored ArticleStore::store(qint32 subscriptionId, const ParsedFeed
     keys.reserve(feed.items.size());
     for (const ParsedItem &item : feed.items)
         keys.append(Article::keyOf(item));
-    const QString keysJson = jsonArray(keys);
     // One look-up for the whole feed: most fetches bring nothing new.
-    QSet<QString> known = knownKeys(subscriptionId, keysJson);
+    Known known = knownKeys(subscriptionId, keys);
     Stored stored;
     const QString fetchedAt = SubscriptionFields::isoDate(now);
     const QByteArray fetchedAtUtf8 = fetchedAt.toUtf8();
     for (qsizetype i = 0; i < feed.items.size(); ++i) {
-        if (known.contains(keys.at(i)))
+        if (known.keys.contains(keys.at(i)))
             continue;
-        known.insert(keys.at(i)); // a feed that repeats an item stores it once
+        known.keys.insert(keys.at(i)); // a feed that repeats an item stores it once
         const Article article = Article::fromParsed(feed.items.at(i));
         if (const qint64 articleId = insert(subscriptionId, article, fetchedAtUtf8)) {
             if (const auto oldest = m_oldest.find(subscriptionId);
@@ -75,14 +74,37 @@ ArticleStore::Stored ArticleStore::store(qint32 subscriptionId, const ParsedFeed
             stored.newEnclosures += insertEnclosures(articleId, article.enclosures);
         }
     }
-    if (complete)
-        forgetPurgedKeysNotIn(subscriptionId, keysJson);
+    // The first articles of a subscription are its oldest: no look for them at the age check.
+    if (known.stored == 0 && stored.added > 0)
+        m_oldest.insert(subscriptionId, fetchedAt);
+    if (complete && known.anyPurged)
+        forgetPurgedKeysNotIn(subscriptionId, jsonArray(keys));
     return stored;
 }
 
-QSet<QString> ArticleStore::knownKeys(qint32 subscriptionId, const QString &keysJson)
+// Most subscriptions hold a few dozen keys: reading them all costs a fraction of looking the
+// feed's keys up, which a subscription with a long history still gets.
+ArticleStore::Known ArticleStore::knownKeys(qint32 subscriptionId, const QStringList &keys)
 {
-    QSet<QString> known;
+    const qsizetype most = 100 + 2 * keys.size();
+    const auto all = m_db.select(QStringLiteral("SELECT guid, 0 FROM articles WHERE subscription_id = ?"
+                                                " UNION ALL SELECT guid, 1 FROM purged_articles"
+                                                " WHERE subscription_id = ? LIMIT ?"),
+                                 {subscriptionId, subscriptionId, most + 1}, "reading stored keys");
+    Known known;
+    if (all.size() <= most) {
+        known.anyPurged = false;
+        known.stored = 0;
+        for (const auto &row : all) {
+            known.keys.insert(row.at(0).toString());
+            if (row.at(1).toInt() != 0)
+                known.anyPurged = true;
+            else
+                ++known.stored;
+        }
+        return known;
+    }
+    const QString keysJson = jsonArray(keys);
     const auto rows =
         m_db.select(QStringLiteral("SELECT guid FROM articles WHERE subscription_id = ?"
                                    " AND guid IN (SELECT value FROM json_each(?))"
@@ -90,7 +112,7 @@ QSet<QString> ArticleStore::knownKeys(qint32 subscriptionId, const QString &keys
                                    " AND guid IN (SELECT value FROM json_each(?))"),
                     {subscriptionId, keysJson, subscriptionId, keysJson}, "looking up stored articles");
     for (const auto &row : rows)
-        known.insert(row.at(0).toString());
+        known.keys.insert(row.at(0).toString());
     return known;
 }
 

@@ -42,8 +42,13 @@ private:
     // The new article's row id, or 0 when it was stored already.
     [[nodiscard]] qint64 insert(qint32 subscriptionId, const Article &article, const QByteArray &fetchedAt);
     int insertEnclosures(qint64 articleId, const QList<ParsedEnclosure> &enclosures);
-    // Of the keys (a JSON array), those stored or deleted for their age already.
-    [[nodiscard]] QSet<QString> knownKeys(qint32 subscriptionId, const QString &keysJson);
+    struct Known
+    {
+        QSet<QString> keys;    // stored or deleted for their age already; at least those of the feed
+        bool anyPurged = true; // false only when the subscription is known to hold no deleted keys
+        qsizetype stored = -1; // articles the subscription holds, when they were all read
+    };
+    [[nodiscard]] Known knownKeys(qint32 subscriptionId, const QStringList &keys);
     void forgetPurgedKeysNotIn(qint32 subscriptionId, const QString &keysJson);
     [[nodiscard]] QHash<qint64, QList<ParsedEnclosure>> enclosuresOf(qint32 subscriptionId);
 

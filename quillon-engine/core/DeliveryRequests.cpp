@@ -214,11 +214,11 @@ void DeliveryRequests::setEnclosureFile(const Origin &origin, const PropertyBag 
     answer(origin, QStringLiteral("EnclosureFileSet"), countPayload(changed));
 }
 
-void DeliveryRequests::announce(qint32 subscriptionId, bool afterUpdate)
+void DeliveryRequests::announce(qint32 subscriptionId, bool newEnclosures)
 {
     QList<DeliveryStore::Counts> waiting;
     try {
-        waiting = m_store.waiting(subscriptionId, afterUpdate);
+        waiting = m_store.waiting(subscriptionId, newEnclosures);
     } catch (const std::exception &e) {
         qCWarning(lcCore) << "cannot count deliveries of subscription" << subscriptionId << e.what();
         return;

@@ -34,8 +34,9 @@ public:
 
     void registerWith(RequestProcessor &requests);
     // Tells the consumers bound to the subscription what waits for them there, if anything;
-    // after an update also the media consumer, whom a binding does not concern.
-    void announce(qint32 subscriptionId, bool afterUpdate);
+    // after an update that stored enclosures also the media consumer, whom a binding does not
+    // concern.
+    void announce(qint32 subscriptionId, bool newEnclosures);
     // Tells each consumer that has read marks of articles it received to carry into its store.
     void announceReadMarks();
 

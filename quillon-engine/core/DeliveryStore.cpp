@@ -187,6 +187,8 @@ void DeliveryStore::setDeliveryStatus(const QString &consumerId, qint32 subscrip
                      {consumerId, section, kDeliveryStatusKey, status}, "recording a delivery status");
 }
 
+// Run after every update that stored articles. The parts' rows never coincide (bound consumers,
+// unbound ones, the media consumer's pending count), so they are not merged: no temporary table.
 QList<DeliveryStore::Counts> DeliveryStore::waiting(qint32 subscriptionId, bool withMedia)
 {
     QString sql =
@@ -197,13 +199,13 @@ QList<DeliveryStore::Counts> DeliveryStore::waiting(qint32 subscriptionId, bool 
                        " (SELECT COUNT(*) FROM delivery_removals r WHERE r.consumer_id = b.consumer_id"
                        "  AND r.subscription_id = b.subscription_id)"
                        " FROM bindings b WHERE b.subscription_id = ?"
-                       " UNION SELECT r.consumer_id, 0, COUNT(*) FROM delivery_removals r"
+                       " UNION ALL SELECT r.consumer_id, 0, COUNT(*) FROM delivery_removals r"
                        " WHERE r.subscription_id = ? AND NOT EXISTS (SELECT 1 FROM bindings b"
                        " WHERE b.consumer_id = r.consumer_id AND b.subscription_id = r.subscription_id)"
                        " GROUP BY r.consumer_id");
     QVariantList values = {subscriptionId, subscriptionId};
     if (withMedia) {
-        sql += QStringLiteral(" UNION SELECT ?, COUNT(*), 0 FROM articles a WHERE a.subscription_id = ?"
+        sql += QStringLiteral(" UNION ALL SELECT ?, COUNT(*), 0 FROM articles a WHERE a.subscription_id = ?"
                               " AND EXISTS (SELECT 1 FROM article_enclosures e WHERE e.article_id = a.id)"
                               " AND NOT EXISTS (SELECT 1 FROM delivered_articles d"
                               " WHERE d.consumer_id = ? AND d.article_id = a.id)");

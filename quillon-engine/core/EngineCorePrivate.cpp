@@ -155,7 +155,9 @@ void EngineCorePrivate::createFetching()
     m_delivery->registerWith(*m_requests);
     m_updater = std::make_unique<FeedUpdater>(
         m_db->filePath(), *m_subscriptions, *m_defaults, fetcher, resolver, messenger(), now,
-        [this](qint32 id, const QString &status, bool changed) { updateFinished(id, status, changed); });
+        [this](qint32 id, const QString &status, bool changed, bool enclosures) {
+            updateFinished(id, status, changed, enclosures);
+        });
     m_scheduler = std::make_unique<FeedScheduler>(*m_db, *m_subscriptions, *m_defaults, now,
                                                   [this](qint32 id) { m_updater->update(id); });
     if (m_updating)
@@ -191,7 +193,8 @@ void EngineCorePrivate::syncApplied(const SyncJournal::Applied &applied)
         m_delivery->announceReadMarks();
 }
 
-void EngineCorePrivate::updateFinished(qint32 subscriptionId, const QString &status, bool articlesChanged)
+void EngineCorePrivate::updateFinished(qint32 subscriptionId, const QString &status, bool articlesChanged,
+                                       bool newEnclosures)
 {
     if (!status.isEmpty()) {
         const bool failed = status.startsWith(QLatin1String("Error"));
@@ -213,7 +216,7 @@ void EngineCorePrivate::updateFinished(qint32 subscriptionId, const QString &sta
         m_changes->forget(subscriptionId);
     } else {
         if (articlesChanged)
-            m_delivery->announce(subscriptionId, true);
+            m_delivery->announce(subscriptionId, newEnclosures);
         m_changes->afterUpdate(subscriptionId);
     }
     if (!status.isEmpty() && updated)

@@ -107,7 +107,8 @@ private:
     void openVault(EngineDatabase &db);
     void createFetching();
     [[nodiscard]] EngineMessenger messenger();
-    void updateFinished(qint32 subscriptionId, const QString &status, bool articlesChanged);
+    void updateFinished(qint32 subscriptionId, const QString &status, bool articlesChanged,
+                        bool newEnclosures);
     void syncApplied(const SyncJournal::Applied &applied);
 
     std::unique_ptr<EngineDatabase> m_db;

@@ -163,7 +163,8 @@ FeedStoreWorker::Outcome FeedStoreWorker::store(Stores &s, qint32 subscriptionId
                                                  feed.ok() ? result.etag : QString(),
                                                  feed.ok() ? result.lastModified : QString()});
     // Asked only if the media consumer holds no answer yet; that is looked up after the commit.
-    return {subscriptionId, status, stored.newEnclosures > 0, false, stored.added > 0 || purged > 0};
+    return {subscriptionId,          status, stored.newEnclosures > 0, false, stored.added > 0 || purged > 0,
+            stored.newEnclosures > 0};
 }
 
 int FeedStoreWorker::purgeOld(Stores &s, qint32 subscriptionId, const Plan &plan)

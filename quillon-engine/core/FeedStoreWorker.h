@@ -40,6 +40,8 @@ public:
         bool loginRequired = false;
         // Articles were stored or deleted: consumers may have deliveries waiting.
         bool articlesChanged = false;
+        // Of them, some brought enclosures: the media consumer may have downloads waiting.
+        bool newEnclosures = false;
     };
     // Called on the worker's thread with the outcomes of one commit, in order; the receiver
     // passes them on to its own thread.

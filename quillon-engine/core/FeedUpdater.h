@@ -29,7 +29,8 @@ class FeedUpdater : public QObject
 public:
     using Clock = std::function<QDateTime()>;
     // Called once per update with the status it ended with.
-    using Finished = std::function<void(qint32 subscriptionId, const QString &status, bool articlesChanged)>;
+    using Finished = std::function<void(qint32 subscriptionId, const QString &status, bool articlesChanged,
+                                        bool newEnclosures)>;
 
     FeedUpdater(const QString &databasePath, SubscriptionStore &subscriptions, EngineDefaults &defaults,
                 const std::unique_ptr<FeedFetcher> &fetcher, const AddressResolver &resolver,

@@ -352,16 +352,21 @@ QDateTime SubscriptionStore::earliestNextUpdate()
 
 void SubscriptionStore::recordFetch(qint32 id, const FetchRecord &record)
 {
-    m_db.execute(QStringLiteral("UPDATE subscriptions SET last_update_status = ?, last_date_check = ?,"
-                                " next_update_time = ? WHERE id = ?"),
-                 {record.status, SubscriptionFields::isoDate(record.checkedAt),
-                  SubscriptionFields::isoDate(record.nextUpdate), id},
-                 "recording a fetch");
-    if (!record.setValidators)
+    QVariantList binds = {record.status, SubscriptionFields::isoDate(record.checkedAt),
+                          SubscriptionFields::isoDate(record.nextUpdate), id};
+    if (!record.setValidators) {
+        m_db.execute(QStringLiteral("UPDATE subscriptions SET last_update_status = ?, last_date_check = ?,"
+                                    " next_update_time = ? WHERE id = ?"),
+                     binds, "recording a fetch");
         return;
+    }
+    // One statement: every update records its fetch, and each write of the row costs alike.
     const auto orNull = [](const QString &text) { return text.isEmpty() ? QVariant() : QVariant(text); };
-    m_db.execute(QStringLiteral("UPDATE subscriptions SET etag = ?, last_modified = ? WHERE id = ?"),
-                 {orNull(record.etag), orNull(record.lastModified), id}, "keeping a feed's validators");
+    binds.insert(3, orNull(record.etag));
+    binds.insert(4, orNull(record.lastModified));
+    m_db.execute(QStringLiteral("UPDATE subscriptions SET last_update_status = ?, last_date_check = ?,"
+                                " next_update_time = ?, etag = ?, last_modified = ? WHERE id = ?"),
+                 binds, "recording a fetch and the feed's validators");
 }
 
 void SubscriptionStore::fillTitle(qint32 id, const QString &title)

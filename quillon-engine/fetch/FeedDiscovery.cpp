@@ -10,15 +10,27 @@ namespace {
 // Feeds are advertised in the head; a page's first 512 KiB is plenty to find them.
 constexpr qsizetype kScanLimit = 512 * 1024;
 
-QString leadingText(const QByteArray &body)
+// The document's first element, lower-cased, past byte order marks, the XML declaration,
+// processing instructions and comments: read for every fetch, so on bytes, in the first KiB.
+QByteArray leadingElement(const QByteArray &body)
 {
-    QString start = QString::fromUtf8(body.left(1024)).trimmed().toLower();
-    if (start.startsWith(QChar(0xFEFF)))
-        start.remove(0, 1);
-    // Skip the XML declaration and comments before the first element.
-    static const QRegularExpression prolog(QStringLiteral(R"re(^(\s*(<\?[^>]*\?>|<!--.*?-->))*\s*)re"),
-                                           QRegularExpression::DotMatchesEverythingOption);
-    return start.remove(prolog);
+    QByteArrayView rest = QByteArrayView(body).first(std::min<qsizetype>(body.size(), 1024));
+    for (;;) {
+        rest = rest.trimmed();
+        if (rest.startsWith("\xEF\xBB\xBF")) {
+            rest = rest.sliced(3);
+            continue;
+        }
+        const bool instruction = rest.startsWith("<?");
+        if (!instruction && !rest.startsWith("<!--"))
+            break;
+        const QByteArrayView close = instruction ? QByteArrayView("?>") : QByteArrayView("-->");
+        const qsizetype end = rest.indexOf(close, instruction ? 2 : 4);
+        if (end < 0)
+            break;
+        rest = rest.sliced(end + close.size());
+    }
+    return rest.first(std::min<qsizetype>(rest.size(), 16)).toByteArray().toLower();
 }
 
 QHash<QString, QString> attributes(const QString &tag)
@@ -51,14 +63,14 @@ bool isFeedType(const QString &type)
 bool LooksLikeHtml(const QByteArray &body, const QString &contentType)
 {
     const QString type = contentType.section(QLatin1Char(';'), 0, 0).trimmed().toLower();
-    const QString start = leadingText(body);
+    const QByteArray start = leadingElement(body);
     // A feed served as text/html is still a feed.
-    if (start.startsWith(QLatin1String("<rss")) || start.startsWith(QLatin1String("<feed")) ||
-        start.startsWith(QLatin1String("<rdf:rdf")) || start.startsWith(QLatin1String("<opml")))
+    if (start.startsWith("<rss") || start.startsWith("<feed") || start.startsWith("<rdf:rdf") ||
+        start.startsWith("<opml"))
         return false;
     if (type == QLatin1String("text/html") || type == QLatin1String("application/xhtml+xml"))
         return true;
-    return start.startsWith(QLatin1String("<!doctype html")) || start.startsWith(QLatin1String("<html"));
+    return start.startsWith("<!doctype html") || start.startsWith("<html");
 }
 
 QList<QUrl> AdvertisedFeeds(const QByteArray &html, const QUrl &page, qsizetype most)

@@ -186,6 +186,18 @@ void tst_FeedUpdates::articlesAgeOutAndNewEnclosuresAskOnce()
     waitForUpdates();
     QCOMPARE(Texts(m_engine->itemBag(id), {"ITEMUNREADCOUNT", "ITEMREADCOUNT"}), QStringList({"1", "0"}));
 
+    // A long history is looked up by the feed's keys rather than read whole: the same outcome.
+    QStringList many;
+    for (int i = 0; i < 150; ++i)
+        many.append(QStringLiteral("m%1").arg(i));
+    m_server.serve("/aging", rss("Aging", many));
+    m_engine->update(id);
+    QCOMPARE(waitForUpdates(), "OK: 150 items, 150 new");
+    // a and b left the feed meanwhile, so they are new again; m0 and m149 are not.
+    m_server.serve("/aging", rss("Aging", {"a", "b", "m0", "m149", "n"}));
+    m_engine->update(id);
+    QCOMPARE(waitForUpdates(), "OK: 5 items, 3 new");
+
     // New enclosures ask for a download decision, once per subscription without its own answer.
     m_server.serve("/cast", rss("Cast", {"e1", "t1"}, {"e1"}));
     const qint32 cast = m_engine->add(url("/cast"));

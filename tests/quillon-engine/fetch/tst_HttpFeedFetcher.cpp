@@ -1,4 +1,5 @@
 #include "DiscoveringFetcher.h"
+#include "FeedDiscovery.h"
 #include "FetchPolicy.h"
 #include "HttpFeedFetcher.h"
 #include "LocalHttpServer.h"
@@ -46,6 +47,8 @@ private Q_SLOTS:
     void waitsForAFreeConnection();
     void discoveryWorkIsBounded_data();
     void discoveryWorkIsBounded();
+    void pagesAreToldFromFeeds_data();
+    void pagesAreToldFromFeeds();
 
 private:
     LocalHttpServer m_server;
@@ -270,6 +273,31 @@ void tst_HttpFeedFetcher::discoveryWorkIsBounded()
     QVERIFY2(clock.elapsed() < 15000, qPrintable(QString::number(clock.elapsed())));
     QVERIFY(m_server.totalRequestCount() - before <= 12);
     QVERIFY2(result.reason.endsWith(QLatin1String("links to no feed")), qPrintable(result.reason));
+}
+
+void tst_HttpFeedFetcher::pagesAreToldFromFeeds_data()
+{
+    QTest::addColumn<QByteArray>("body");
+    QTest::addColumn<QString>("type");
+    QTest::addColumn<bool>("page");
+    row("feed served as a page", QByteArray("<rss version=\"2.0\">"), QString("text/html"), false);
+    row("marks, prolog, comments",
+        QByteArray(" \xEF\xBB\xBF<?xml version=\"1.0\"?>\n<!-- a > b -->\n<?s x?><FEED>"),
+        QString("text/html; charset=utf-8"), false);
+    row("doctype, any type", QByteArray("<!DOCTYPE HTML><html>"), QString("application/octet-stream"), true);
+    row("page after a comment", QByteArray("<!-- c --><Html lang=en>"), QString(), true);
+    row("page by its type", QByteArray("<body>hello"), QString("Text/HTML"), true);
+    row("unclosed comment", QByteArray("<!-- <rss>"), QString("application/xhtml+xml"), true);
+    row("other text", QByteArray("{\"items\": []}"), QString("text/plain"), false);
+}
+
+// Read for every fetch: a feed that a server calls a page is still a feed.
+void tst_HttpFeedFetcher::pagesAreToldFromFeeds()
+{
+    QFETCH(QByteArray, body);
+    QFETCH(QString, type);
+    QFETCH(bool, page);
+    QCOMPARE(FeedDiscovery::LooksLikeHtml(body, type), page);
 }
 
 QTEST_GUILESS_MAIN(tst_HttpFeedFetcher)
