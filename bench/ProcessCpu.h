@@ -8,8 +8,9 @@
 #include <unistd.h>
 #endif
 
-// CPU milliseconds a process has used so far (user + system), from /proc; -1 where there is none.
-inline qint64 processCpuMillis(qint64 pid)
+// CPU milliseconds a process has used so far (user + system, or system alone), from /proc; -1
+// where there is none.
+inline qint64 processCpuMillis(qint64 pid, bool systemOnly = false)
 {
 #ifdef Q_OS_UNIX
     QFile stat(QStringLiteral("/proc/%1/stat").arg(pid));
@@ -18,10 +19,12 @@ inline qint64 processCpuMillis(qint64 pid)
         const QByteArray text = stat.readAll();
         const QList<QByteArray> fields = text.mid(text.lastIndexOf(')') + 2).split(' ');
         if (fields.size() > 13)
-            return (fields.at(11).toLongLong() + fields.at(12).toLongLong()) * 1000 / ::sysconf(_SC_CLK_TCK);
+            return ((systemOnly ? 0 : fields.at(11).toLongLong()) + fields.at(12).toLongLong()) * 1000 /
+                   ::sysconf(_SC_CLK_TCK);
     }
 #endif
     Q_UNUSED(pid)
+    Q_UNUSED(systemOnly)
     return -1;
 }
 

@@ -75,6 +75,8 @@ struct Figure
     qint64 cpuMs = -1; // the deliverer's own CPU (this process) or the peer's
     int messages = 0;
     qint64 engineCpuMs = -1; // ours: the engine daemon's
+    qint64 systemMs = -1;    // ours: the kernel's part of each
+    qint64 engineSystemMs = -1;
 };
 
 Figure deliverOurs(const QString &script, int feeds, const QString &keep, const QTemporaryDir &dir)
@@ -108,7 +110,9 @@ Figure deliverOurs(const QString &script, int feeds, const QString &keep, const 
 
     QElapsedTimer timer;
     timer.start();
-    const qint64 cpuBefore = processCpuMillis(QCoreApplication::applicationPid());
+    const qint64 pid = QCoreApplication::applicationPid();
+    const qint64 cpuBefore = processCpuMillis(pid);
+    const qint64 systemBefore = processCpuMillis(pid, true);
     daemon.process().setProcessEnvironment(QProcessEnvironment::systemEnvironment());
     if (!daemon.start())
         return {};
@@ -127,8 +131,13 @@ Figure deliverOurs(const QString &script, int feeds, const QString &keep, const 
     if (!agent.start(&error))
         return {};
     loop.exec();
-    Figure figure{timer.elapsed(), processCpuMillis(QCoreApplication::applicationPid()) - cpuBefore,
-                  countMessages(root), processCpuMillis(daemon.process().processId())};
+    const qint64 daemonPid = daemon.process().processId();
+    Figure figure{timer.elapsed(),
+                  processCpuMillis(pid) - cpuBefore,
+                  countMessages(root),
+                  processCpuMillis(daemonPid),
+                  processCpuMillis(pid, true) - systemBefore,
+                  processCpuMillis(daemonPid, true)};
     server.process.kill();
     server.process.waitForFinished();
     daemon.stop();
@@ -209,7 +218,8 @@ int main(int argc, char *argv[])
     for (const int feeds : sizes) {
         const Figure ours = deliverOurs(script, feeds, keep, folders.emplace_back(pattern));
         out << "quillon-deliver " << feeds << " feeds: " << ours.wallMs << " ms wall, " << ours.cpuMs
-            << " ms CPU (deliverer), " << ours.engineCpuMs << " ms CPU (engine), " << ours.messages
+            << " ms CPU (deliverer, " << ours.systemMs << " of it system), " << ours.engineCpuMs
+            << " ms CPU (engine, " << ours.engineSystemMs << " of it system), " << ours.messages
             << " messages" << Qt::endl;
         if (peer) {
             const Figure theirs = deliverPeer(script, feeds, folders.emplace_back(pattern));

@@ -8,16 +8,43 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QRegularExpression>
+
+#include <algorithm>
+#include <optional>
 
 namespace {
 const QString kTagFile = QStringLiteral("quillon-subscription");
 
-// "a12.quillon" in new/, "a12.quillon:2,S" in cur/ once a mail program has seen it.
-const QRegularExpression &ourName()
+struct OurName
 {
-    static const QRegularExpression re(QStringLiteral("^(a\\d+)\\.quillon(?::2,([A-Za-z]*))?$"));
-    return re;
+    QStringView key; // "a12"
+    QStringView flags;
+};
+
+bool isAsciiLetter(QChar c)
+{
+    return (c >= u'a' && c <= u'z') || (c >= u'A' && c <= u'Z');
+}
+
+// "a12.quillon" in new/, "a12.quillon:2,S" in cur/ once a mail program has seen it; nothing
+// for a name that is not ours. (A plain scan: the folders are read after every batch.)
+std::optional<OurName> ourName(QStringView name)
+{
+    static constexpr QLatin1StringView kSuffix(".quillon");
+    if (name.endsWith(u'\n'))
+        name.chop(1); // as "$" allowed
+    qsizetype digits = 1;
+    while (digits < name.size() && name[digits] >= u'0' && name[digits] <= u'9')
+        ++digits;
+    if (digits == 1 || name.front() != u'a' || !name.sliced(digits).startsWith(kSuffix))
+        return std::nullopt;
+    const QStringView rest = name.sliced(digits + kSuffix.size());
+    if (rest.isEmpty())
+        return OurName{name.first(digits), {}};
+    if (!rest.startsWith(QLatin1StringView(":2,")) ||
+        !std::all_of(rest.begin() + 3, rest.end(), isAsciiLetter))
+        return std::nullopt;
+    return OurName{name.first(digits), rest.sliced(3)};
 }
 
 } // namespace
@@ -97,7 +124,7 @@ bool MaildirStore::open(QString *error)
     for (const Folder &folder : std::as_const(all)) {
         QDir tmp(QDir(folderPath(folder)).filePath(QStringLiteral("tmp")));
         for (const QString &name : tmp.entryList(QDir::Files)) {
-            if (ourName().match(name).hasMatch())
+            if (ourName(name))
                 tmp.remove(name);
         }
     }
@@ -130,9 +157,8 @@ QHash<QString, QString> MaildirStore::messages(const QString &dir) const
     for (const char *sub : {"new", "cur"}) {
         const QDir d(QDir(dir).filePath(QLatin1String(sub)));
         for (const QString &name : d.entryList(QDir::Files)) {
-            const auto match = ourName().match(name);
-            if (match.hasMatch())
-                found.insert(match.captured(1), d.filePath(name));
+            if (const auto ours = ourName(name))
+                found.insert(ours->key.toString(), d.filePath(name));
         }
     }
     return found;
@@ -353,9 +379,8 @@ QHash<QString, bool> MaildirStore::readStates(const Folder &folder)
     for (const char *sub : {"new", "cur"}) {
         const QDir d(QDir(dir).filePath(QLatin1String(sub)));
         for (const QString &name : d.entryList(QDir::Files)) {
-            const auto match = ourName().match(name);
-            if (match.hasMatch())
-                states.insert(match.captured(1), match.captured(2).contains(QLatin1Char('S')));
+            if (const auto ours = ourName(name))
+                states.insert(ours->key.toString(), ours->flags.contains(QLatin1Char('S')));
         }
     }
     return states;
@@ -367,7 +392,9 @@ void MaildirStore::setRead(const Folder &folder, const QHash<QString, bool> &mar
     const auto present = messages(dir);
     for (auto it = marks.cbegin(); it != marks.cend(); ++it) {
         const QString path = present.value(it.key());
-        QString flags = ourName().match(QFileInfo(path).fileName()).captured(2);
+        const QString name = QFileInfo(path).fileName();
+        const auto ours = ourName(name);
+        QString flags = ours ? ours->flags.toString() : QString();
         if (path.isEmpty() || flags.contains(QLatin1Char('S')) == it.value())
             continue;
         flags.remove(QLatin1Char('S'));

@@ -39,11 +39,14 @@ bool DeliveryStore::receivesEverySubscription(const QString &consumerId)
 
 ListPtr DeliveryStore::pending(const QString &consumerId, qint32 subscriptionId, int limit, qint64 afterId)
 {
+    // The batch's IDs are chosen from the indexes alone, and only its own rows are read: sorting
+    // every waiting article's row to keep the first few made each batch cost all that waited.
     const auto rows = m_db.select(
         QStringLiteral("SELECT a.id, a.subscription_id, a.guid, a.title, a.link, a.author, a.body,"
-                       " a.published, a.updated, a.is_read") +
+                       " a.published, a.updated, a.is_read FROM articles a WHERE a.id IN (SELECT a.id") +
             (receivesEverySubscription(consumerId) ? kMediaPendingFrom : kPendingFrom) +
-            QStringLiteral(" AND (? = 0 OR a.subscription_id = ?) AND a.id > ? ORDER BY a.id LIMIT ?"),
+            QStringLiteral(" AND (? = 0 OR a.subscription_id = ?) AND a.id > ? ORDER BY a.id LIMIT ?)"
+                           " ORDER BY a.id"),
         {consumerId, subscriptionId, subscriptionId, afterId, limit}, "listing articles to deliver");
     QList<qint64> ids;
     for (const auto &row : rows)
@@ -81,12 +84,13 @@ int DeliveryStore::acknowledge(const QString &consumerId, const QList<qint64> &a
                 " SELECT ?, a.id, ? FROM articles a WHERE a.id IN (SELECT value FROM json_each(?))"),
             {consumerId, SubscriptionFields::isoDate(now), idsJson(articleIds)},
             "marking articles delivered");
+    // Led by the IDs given: led by the bindings, every article of every bound subscription was looked at.
     return m_db.execute(
-        QStringLiteral("INSERT OR IGNORE INTO delivered_articles (consumer_id, article_id, delivered_at)"
-                       " SELECT b.consumer_id, a.id, ? FROM articles a JOIN bindings b"
-                       " ON b.subscription_id = a.subscription_id AND b.consumer_id = ?"
-                       " WHERE a.id IN (SELECT value FROM json_each(?))"),
-        {SubscriptionFields::isoDate(now), consumerId, idsJson(articleIds)}, "marking articles delivered");
+        QStringLiteral(
+            "INSERT OR IGNORE INTO delivered_articles (consumer_id, article_id, delivered_at)"
+            " SELECT b.consumer_id, a.id, ? FROM json_each(?) j CROSS JOIN articles a ON a.id = j.value"
+            " JOIN bindings b ON b.subscription_id = a.subscription_id AND b.consumer_id = ?"),
+        {SubscriptionFields::isoDate(now), idsJson(articleIds), consumerId}, "marking articles delivered");
 }
 
 DeliveryStore::ReadChange DeliveryStore::setRead(const QString &consumerId, const QList<qint64> &articleIds,
