@@ -40,24 +40,31 @@ QString ArticleText::stripHtml(const QString &html)
 
 QString ArticleText::decodeReferences(const QString &text)
 {
+    // Text between references is copied in pieces, and text without any is shared as it is:
+    // a delivered message decodes every paragraph of its article.
+    qsizetype at = text.indexOf(QLatin1Char('&'));
+    if (at < 0)
+        return text;
     QString out;
     out.reserve(text.size());
-    for (qsizetype i = 0; i < text.size(); ++i) {
-        const qsizetype end = text.at(i) == QLatin1Char('&') ? text.indexOf(QLatin1Char(';'), i) : -1;
-        if (end < 0 || end - i > 12) {
-            out.append(text.at(i));
+    qsizetype copied = 0;
+    for (; at >= 0; at = text.indexOf(QLatin1Char('&'), at + 1)) {
+        const qsizetype end = text.indexOf(QLatin1Char(';'), at);
+        if (end < 0)
+            break; // no later "&" has one either
+        if (end - at > 12)
             continue;
-        }
-        const QStringView name = QStringView(text).mid(i + 1, end - i - 1);
+        const QStringView name = QStringView(text).mid(at + 1, end - at - 1);
         const char32_t code =
             name.startsWith(u'#') ? numericReference(name.mid(1)) : HtmlEntities::codePoint(name);
-        if (code == 0) {
-            out.append(text.at(i));
+        if (code == 0)
             continue;
-        }
-        out.append(QString::fromUcs4(&code, 1));
-        i = end;
+        out += QStringView(text).sliced(copied, at - copied);
+        out += QString::fromUcs4(&code, 1);
+        copied = end + 1;
+        at = end;
     }
+    out += QStringView(text).sliced(copied);
     return out;
 }
 
