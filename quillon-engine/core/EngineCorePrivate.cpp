@@ -155,9 +155,7 @@ void EngineCorePrivate::createFetching()
     m_delivery->registerWith(*m_requests);
     m_updater = std::make_unique<FeedUpdater>(
         m_db->filePath(), *m_subscriptions, *m_defaults, fetcher, resolver, messenger(), now,
-        [this](qint32 id, const QString &status, bool changed, bool enclosures) {
-            updateFinished(id, status, changed, enclosures);
-        });
+        [this](const FeedStoreWorker::Outcome &outcome) { updateFinished(outcome); });
     m_scheduler = std::make_unique<FeedScheduler>(*m_db, *m_subscriptions, *m_defaults, now,
                                                   [this](qint32 id) { m_updater->update(id); });
     if (m_updating)
@@ -193,9 +191,10 @@ void EngineCorePrivate::syncApplied(const SyncJournal::Applied &applied)
         m_delivery->announceReadMarks();
 }
 
-void EngineCorePrivate::updateFinished(qint32 subscriptionId, const QString &status, bool articlesChanged,
-                                       bool newEnclosures)
+void EngineCorePrivate::updateFinished(const FeedStoreWorker::Outcome &outcome)
 {
+    const qint32 subscriptionId = outcome.subscriptionId;
+    const QString &status = outcome.status;
     if (!status.isEmpty()) {
         const bool failed = status.startsWith(QLatin1String("Error"));
         m_log->writeToFile(failed ? GeneralSettingKeys::kLineError : GeneralSettingKeys::kLineDetail,
@@ -215,9 +214,12 @@ void EngineCorePrivate::updateFinished(qint32 subscriptionId, const QString &sta
     if (!sessions.anyConnected()) {
         m_changes->forget(subscriptionId);
     } else {
-        if (articlesChanged)
-            m_delivery->announce(subscriptionId, newEnclosures);
-        m_changes->afterUpdate(subscriptionId);
+        if (outcome.articlesChanged)
+            m_delivery->announce(subscriptionId, outcome.newEnclosures);
+        if (outcome.articlesChanged || outcome.feedStored)
+            m_changes->afterUpdate(subscriptionId);
+        else
+            m_changes->afterStatus(subscriptionId, status);
     }
     if (!status.isEmpty() && updated)
         updated(subscriptionId, status);

@@ -107,8 +107,7 @@ private:
     void openVault(EngineDatabase &db);
     void createFetching();
     [[nodiscard]] EngineMessenger messenger();
-    void updateFinished(qint32 subscriptionId, const QString &status, bool articlesChanged,
-                        bool newEnclosures);
+    void updateFinished(const FeedStoreWorker::Outcome &outcome);
     void syncApplied(const SyncJournal::Applied &applied);
 
     std::unique_ptr<EngineDatabase> m_db;

@@ -136,12 +136,13 @@ void FeedStoreWorker::recordStatus(qint32 subscriptionId, const Plan &plan, cons
 {
     const Outcome outcome{subscriptionId, status, false, loginRequired};
     post({[subscriptionId, plan, outcome](Stores &s) {
-              // A subscription removed meanwhile has no row left to change, so nothing is written.
+              // A subscription removed meanwhile has no row left to change: no status then.
               Outcome done = outcome;
               done.articlesChanged = purgeOld(s, subscriptionId, plan) > 0;
-              s.subscriptions.recordFetch(
-                  subscriptionId,
-                  {outcome.status, plan.now, plan.now.addSecs(plan.frequency), false, {}, {}});
+              if (!s.subscriptions.recordFetch(
+                      subscriptionId,
+                      {outcome.status, plan.now, plan.now.addSecs(plan.frequency), false, {}, {}}))
+                  done.status.clear();
               return done;
           },
           outcome});
@@ -163,8 +164,12 @@ FeedStoreWorker::Outcome FeedStoreWorker::store(Stores &s, qint32 subscriptionId
                                                  feed.ok() ? result.etag : QString(),
                                                  feed.ok() ? result.lastModified : QString()});
     // Asked only if the media consumer holds no answer yet; that is looked up after the commit.
-    return {subscriptionId,          status, stored.newEnclosures > 0, false, stored.added > 0 || purged > 0,
-            stored.newEnclosures > 0};
+    Outcome outcome{subscriptionId, status};
+    outcome.promptForDownload = stored.newEnclosures > 0;
+    outcome.articlesChanged = stored.added > 0 || purged > 0;
+    outcome.newEnclosures = stored.newEnclosures > 0;
+    outcome.feedStored = true;
+    return outcome;
 }
 
 int FeedStoreWorker::purgeOld(Stores &s, qint32 subscriptionId, const Plan &plan)

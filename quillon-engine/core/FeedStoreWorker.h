@@ -42,6 +42,9 @@ public:
         bool articlesChanged = false;
         // Of them, some brought enclosures: the media consumer may have downloads waiting.
         bool newEnclosures = false;
+        // A feed was read and stored, which may have given the subscription its title; otherwise
+        // ("Not modified", a failure) only the status can have changed.
+        bool feedStored = false;
     };
     // Called on the worker's thread with the outcomes of one commit, in order; the receiver
     // passes them on to its own thread.

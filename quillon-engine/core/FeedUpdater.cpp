@@ -119,7 +119,7 @@ void FeedUpdater::stored(const FeedStoreWorker::Outcome &outcome)
         announce(QStringLiteral("PromptForDownload"), id);
     if (!outcome.status.isEmpty())
         qCDebug(lcCore).noquote() << "subscription" << id << outcome.status;
-    m_finished(id, outcome.status, outcome.articlesChanged, outcome.newEnclosures);
+    m_finished(outcome);
     startWaiting();
 }
 

@@ -29,8 +29,7 @@ class FeedUpdater : public QObject
 public:
     using Clock = std::function<QDateTime()>;
     // Called once per update with the status it ended with.
-    using Finished = std::function<void(qint32 subscriptionId, const QString &status, bool articlesChanged,
-                                        bool newEnclosures)>;
+    using Finished = std::function<void(const FeedStoreWorker::Outcome &outcome)>;
 
     FeedUpdater(const QString &databasePath, SubscriptionStore &subscriptions, EngineDefaults &defaults,
                 const std::unique_ptr<FeedFetcher> &fetcher, const AddressResolver &resolver,

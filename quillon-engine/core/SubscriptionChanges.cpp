@@ -13,6 +13,19 @@ void SubscriptionChanges::afterUpdate(qint32 subscriptionId)
         announce({subscriptionId});
 }
 
+void SubscriptionChanges::afterStatus(qint32 subscriptionId, const QString &status)
+{
+    const auto known = m_announced.find(subscriptionId);
+    if (known == m_announced.end() || status.isEmpty()) {
+        afterUpdate(subscriptionId);
+        return;
+    }
+    if (known->status == status)
+        return;
+    known->status = status;
+    announce({subscriptionId});
+}
+
 void SubscriptionChanges::countsChanged(const QList<qint32> &subscriptionIds)
 {
     QList<qint32> known;

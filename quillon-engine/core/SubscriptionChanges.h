@@ -22,6 +22,9 @@ public:
 
     // After an update of the subscription: announces it when it differs from what was last announced.
     void afterUpdate(qint32 subscriptionId);
+    // After an update that can only have changed the status: compared with what was announced
+    // without reading the store, as most updates are a "Not modified".
+    void afterStatus(qint32 subscriptionId, const QString &status);
     // After an update nobody was connected to hear of: the next client hears of the next one.
     void forget(qint32 subscriptionId) { m_announced.remove(subscriptionId); }
     // Their counts changed (read marks): announced in one message.

@@ -350,23 +350,22 @@ QDateTime SubscriptionStore::earliestNextUpdate()
     return QDateTime::fromString(rows.first().at(0).toString(), Qt::ISODate);
 }
 
-void SubscriptionStore::recordFetch(qint32 id, const FetchRecord &record)
+bool SubscriptionStore::recordFetch(qint32 id, const FetchRecord &record)
 {
     QVariantList binds = {record.status, SubscriptionFields::isoDate(record.checkedAt),
                           SubscriptionFields::isoDate(record.nextUpdate), id};
-    if (!record.setValidators) {
-        m_db.execute(QStringLiteral("UPDATE subscriptions SET last_update_status = ?, last_date_check = ?,"
-                                    " next_update_time = ? WHERE id = ?"),
-                     binds, "recording a fetch");
-        return;
-    }
+    if (!record.setValidators)
+        return m_db.execute(
+                   QStringLiteral("UPDATE subscriptions SET last_update_status = ?, last_date_check = ?,"
+                                  " next_update_time = ? WHERE id = ?"),
+                   binds, "recording a fetch") > 0;
     // One statement: every update records its fetch, and each write of the row costs alike.
     const auto orNull = [](const QString &text) { return text.isEmpty() ? QVariant() : QVariant(text); };
     binds.insert(3, orNull(record.etag));
     binds.insert(4, orNull(record.lastModified));
-    m_db.execute(QStringLiteral("UPDATE subscriptions SET last_update_status = ?, last_date_check = ?,"
-                                " next_update_time = ?, etag = ?, last_modified = ? WHERE id = ?"),
-                 binds, "recording a fetch and the feed's validators");
+    return m_db.execute(QStringLiteral("UPDATE subscriptions SET last_update_status = ?, last_date_check = ?,"
+                                       " next_update_time = ?, etag = ?, last_modified = ? WHERE id = ?"),
+                        binds, "recording a fetch and the feed's validators") > 0;
 }
 
 void SubscriptionStore::fillTitle(qint32 id, const QString &title)

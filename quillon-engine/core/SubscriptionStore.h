@@ -91,7 +91,8 @@ public:
     int rescheduleOnDefault(qint32 seconds);
     // Invalid when no subscription has a next update time.
     [[nodiscard]] QDateTime earliestNextUpdate();
-    void recordFetch(qint32 id, const FetchRecord &record);
+    // False when the subscription is gone.
+    bool recordFetch(qint32 id, const FetchRecord &record);
     // Takes the feed's title when the user gave none (empty, or the address itself).
     void fillTitle(qint32 id, const QString &title);
     // The feed found behind the web page the user subscribed to becomes the address.

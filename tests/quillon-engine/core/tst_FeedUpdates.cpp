@@ -121,8 +121,14 @@ void tst_FeedUpdates::refetchesSendOnlyTheValidatorsOfAWholeCopy()
     m_server.setRoute("/tagged", route);
     const qint32 id = m_engine->add(url("/tagged"));
     QCOMPARE(waitForUpdates(), "OK: 2 items, 2 new");
+    // A window hears of each update that changes what it shows, once: of the first "Not
+    // modified" and of the new article below, not of the second "Not modified".
+    const auto changes = [this]() { return m_engine->events->named("SubscriptionChanged").size(); };
+    QTRY_COMPARE(changes(), 1);
 
     m_now = kStart.addSecs(60);
+    m_engine->update(id);
+    QCOMPARE(waitForUpdates(), "Not modified");
     m_engine->update(id);
     QCOMPARE(waitForUpdates(), "Not modified");
     QCOMPARE(m_server.lastHeader("/tagged", "if-none-match"), QByteArray("\"v1\""));
@@ -135,6 +141,9 @@ void tst_FeedUpdates::refetchesSendOnlyTheValidatorsOfAWholeCopy()
     m_engine->update(id);
     QCOMPARE(waitForUpdates(), "OK: 3 items, 1 new");
     QCOMPARE(m_engine->itemBag(id)->text("ITEMUNREADCOUNT"), "3");
+    // Messages come from the event loop in order: once a later answer is in, all are queued.
+    QCoreApplication::processEvents();
+    QCOMPARE(changes(), 3);
 
     // A new address starts without the old address's validators.
     m_engine->update(id, {{"URL", url("/tagged?moved")}});
