@@ -9,6 +9,7 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QSaveFile>
+#include <QSet>
 
 void DeliveryIndex::load()
 {
@@ -74,10 +75,14 @@ void DeliveryIndex::forget(qint32 subscriptionId)
 
 QList<DeliveryIndex::Folder> DeliveryIndex::folders() const
 {
+    // Asked for every second: a look-up per folder, not a pass over those already taken.
     QList<Folder> all;
+    QSet<Folder> seen;
     for (const Folder &folder : m_folders) {
-        if (!all.contains(folder))
+        if (!seen.contains(folder)) {
+            seen.insert(folder);
             all.append(folder);
+        }
     }
     return all;
 }
