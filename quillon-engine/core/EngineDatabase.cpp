@@ -22,6 +22,26 @@ QString newConnectionName()
     return QStringLiteral("quillon-core-%1").arg(counter.fetchAndAddRelaxed(1) + 1);
 }
 
+// As Qt's driver reads a column, without describing it first.
+QVariant rawColumn(sqlite3_stmt *statement, int column)
+{
+    switch (sqlite3_column_type(statement, column)) {
+    case SQLITE_NULL:
+        return {};
+    case SQLITE_INTEGER:
+        return qint64(sqlite3_column_int64(statement, column));
+    case SQLITE_FLOAT:
+        return sqlite3_column_double(statement, column);
+    case SQLITE_BLOB:
+        return QByteArray(static_cast<const char *>(sqlite3_column_blob(statement, column)),
+                          sqlite3_column_bytes(statement, column));
+    default: {
+        const auto *text = reinterpret_cast<const char *>(sqlite3_column_text(statement, column));
+        return QString::fromUtf8(text, sqlite3_column_bytes(statement, column));
+    }
+    }
+}
+
 // The driver binds a null QString as SQL NULL; an empty text is still a text.
 QVariant bindable(const QVariant &value)
 {
@@ -177,8 +197,8 @@ sqlite3_stmt *EngineDatabase::rawStatement(const char *sql, const char *doing)
     return statement;
 }
 
-std::optional<qint64> EngineDatabase::insertIfNewRaw(const char *sql, std::initializer_list<RawValue> binds,
-                                                     const char *doing)
+sqlite3 *EngineDatabase::stepRaw(const char *sql, std::initializer_list<RawValue> binds, const char *doing,
+                                 const std::function<void(sqlite3_stmt *)> &onRow)
 {
     sqlite3_stmt *statement = rawStatement(sql, doing);
     int column = 0;
@@ -192,17 +212,46 @@ std::optional<qint64> EngineDatabase::insertIfNewRaw(const char *sql, std::initi
         else
             sqlite3_bind_null(statement, column);
     }
+    int result = sqlite3_step(statement);
+    for (; result == SQLITE_ROW; result = sqlite3_step(statement)) {
+        if (onRow)
+            onRow(statement);
+    }
     sqlite3 *db = sqlite3_db_handle(statement);
-    const int result = sqlite3_step(statement);
-    const bool added = result == SQLITE_DONE && sqlite3_changes(db) > 0;
-    const qint64 id = added ? sqlite3_last_insert_rowid(db) : 0;
     const QString reason = result == SQLITE_DONE ? QString() : QString::fromUtf8(sqlite3_errmsg(db));
     // Reset at once, so the statement holds no lock and no text it was lent.
     sqlite3_reset(statement);
     sqlite3_clear_bindings(statement);
     if (result != SQLITE_DONE)
         fail(QString::fromLatin1(doing), reason);
-    return added ? std::optional<qint64>(id) : std::nullopt;
+    return db;
+}
+
+std::optional<qint64> EngineDatabase::insertIfNewRaw(const char *sql, std::initializer_list<RawValue> binds,
+                                                     const char *doing)
+{
+    sqlite3 *db = stepRaw(sql, binds, doing, {});
+    return sqlite3_changes(db) > 0 ? std::optional<qint64>(sqlite3_last_insert_rowid(db)) : std::nullopt;
+}
+
+QList<EngineDatabase::Row> EngineDatabase::selectRaw(const char *sql, std::initializer_list<RawValue> binds,
+                                                     const char *doing)
+{
+    QList<Row> rows;
+    stepRaw(sql, binds, doing, [&rows](sqlite3_stmt *statement) {
+        Row row;
+        const int columns = sqlite3_column_count(statement);
+        row.reserve(columns);
+        for (int i = 0; i < columns; ++i)
+            row.append(rawColumn(statement, i));
+        rows.append(std::move(row));
+    });
+    return rows;
+}
+
+int EngineDatabase::executeRaw(const char *sql, std::initializer_list<RawValue> binds, const char *doing)
+{
+    return sqlite3_changes(stepRaw(sql, binds, doing, {}));
 }
 
 QList<EngineDatabase::Row> EngineDatabase::runOnce(const QString &sql, const char *doing)

@@ -6,6 +6,7 @@
 #include <QString>
 #include <QVariant>
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <unordered_map>
@@ -49,6 +50,12 @@ public:
     // turned its UTF-16 back into UTF-8. sql must be a literal; it names the kept statement.
     std::optional<qint64> insertIfNewRaw(const char *sql, std::initializer_list<RawValue> binds,
                                          const char *doing);
+    // select and execute on the same interface, for what every update runs: Qt's layer
+    // described each column anew on every run and copied each value twice. Integers come back
+    // as qint64, texts as QString, NULL as a null QVariant.
+    [[nodiscard]] QList<Row> selectRaw(const char *sql, std::initializer_list<RawValue> binds,
+                                       const char *doing);
+    int executeRaw(const char *sql, std::initializer_list<RawValue> binds, const char *doing);
     // Runs a statement once, unprepared (schema scripts, pragmas).
     QList<Row> runOnce(const QString &sql, const char *doing);
 
@@ -60,6 +67,9 @@ public:
 private:
     QSqlQuery &run(const QString &sql, const QVariantList &binds, const char *doing);
     sqlite3_stmt *rawStatement(const char *sql, const char *doing);
+    // Binds, runs to the end (each row to onRow) and resets; throws on a failure.
+    sqlite3 *stepRaw(const char *sql, std::initializer_list<RawValue> binds, const char *doing,
+                     const std::function<void(sqlite3_stmt *)> &onRow);
     [[nodiscard]] sqlite3 *handle() const;
     [[noreturn]] void fail(const QString &doing, const QString &reason) const;
     void switchOnPragmas();
