@@ -191,11 +191,12 @@ void DeliveryStore::setDeliveryStatus(const QString &consumerId, qint32 subscrip
                      {consumerId, section, kDeliveryStatusKey, status}, "recording a delivery status");
 }
 
-// Run after every update that stored articles. The parts' rows never coincide (bound consumers,
-// unbound ones, the media consumer's pending count), so they are not merged: no temporary table.
+// Run after every update that stored articles. The three counts' rows never coincide (bound
+// consumers, unbound ones, the media consumer's pending count), so they are not merged: no
+// temporary table.
 QList<DeliveryStore::Counts> DeliveryStore::waiting(qint32 subscriptionId, bool withMedia)
 {
-    // The bound consumers' part is shared as text: each literal is a kept statement of its own.
+    // The bound consumers' count is written once: each literal is a kept statement of its own.
 #define QUILLON_WAITING_BOUND                                                                                \
     "SELECT b.consumer_id,"                                                                                  \
     " (SELECT COUNT(*) FROM articles a WHERE a.subscription_id = b.subscription_id"                          \
