@@ -69,7 +69,7 @@ void frmMainWindow::SetupViews()
     connect(m_treeControl, &SubscriptionTreeController::NodeShown, this, &frmMainWindow::ShowNode);
     connect(m_treeControl, &SubscriptionTreeController::NodeRenamed, this, [this](CategoryNode *node) {
         ShowDetails(node);
-        ui->grdSubscriptions->Fill(node);
+        ui->grdSubscriptions->Fill(node, true); // its row holds the old name
         m_editor->ShowTitle(node->text());
     });
     connect(m_treeControl, &SubscriptionTreeController::RowsChanged, this,

@@ -1,6 +1,7 @@
 #include "ControlTexts.h"
 #include "MainWindowTest.h"
 #include "RegistrySettings.h"
+#include "SubscriptionGridModel.h"
 #include "TestFiles.h"
 #include "commonUtils.h"
 
@@ -9,6 +10,7 @@
 #include <QMimeData>
 #include <QStackedWidget>
 #include <QTabWidget>
+#include <QTableView>
 #include <QTimer>
 
 using namespace categoriesUtils;
@@ -334,9 +336,13 @@ void tst_frmMainWindow::pendingEditsCanKeepTheSelectionAndKeysDriveTheTree()
     QCOMPARE(f->window->SelectedSubscriptionId(), first);
     QCOMPARE(f->prompts.texts(PromptKind::DoYouWantToSave).size(), 1);
 
-    // Apply renames the node as a label edit would.
+    // Apply renames the node as a label edit would, in the list beside the tree too.
     f->button("cmdApply")->click();
     QVERIFY(f->node("Renamed"));
+    const QAbstractItemModel *grid = f->window->findChild<QTableView *>("grdSubscriptions")->model();
+    QCOMPARE(
+        grid->match(grid->index(0, SubscriptionGridModel::ColumnTitle), Qt::DisplayRole, "Renamed").size(),
+        1);
     QVERIFY(!f->button("cmdApply")->isEnabled());
     f->view()->setCurrentIndex(f->model()->IndexOf(f->node("Second")));
     QCOMPARE(f->window->SelectedSubscriptionId(), second);
