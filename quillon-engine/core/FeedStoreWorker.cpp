@@ -35,6 +35,10 @@ FeedStoreWorker::FeedStoreWorker(QString databasePath, Report report)
 {
     m_thread.setObjectName(QStringLiteral("quillon-feed-store"));
     m_context.moveToThread(&m_thread);
+    m_gather.setSingleShot(true);
+    m_gather.setInterval(kGatherMs);
+    m_gather.moveToThread(&m_thread);
+    QObject::connect(&m_gather, &QTimer::timeout, &m_context, [this]() { drain(); });
     m_thread.start();
 }
 
@@ -43,7 +47,12 @@ FeedStoreWorker::~FeedStoreWorker()
     m_stopping = true;
     // The connection belongs to the worker's thread and is closed there.
     QMetaObject::invokeMethod(
-        &m_context, [this]() { m_stores.reset(); }, Qt::BlockingQueuedConnection);
+        &m_context,
+        [this]() {
+            m_gather.stop();
+            m_stores.reset();
+        },
+        Qt::BlockingQueuedConnection);
     m_thread.quit();
     m_thread.wait();
 }
@@ -52,10 +61,16 @@ void FeedStoreWorker::post(Work work)
 {
     const QMutexLocker lock(&m_mutex);
     m_waiting.push_back(std::move(work));
+    if (m_waiting.size() == std::size_t(kBatch)) {
+        QMetaObject::invokeMethod(
+            &m_context, [this]() { drain(); }, Qt::QueuedConnection);
+        return;
+    }
     if (std::exchange(m_drainPosted, true))
         return;
+    // Started on the worker's thread, where the timer lives.
     QMetaObject::invokeMethod(
-        &m_context, [this]() { drain(); }, Qt::QueuedConnection);
+        &m_gather, [this]() { m_gather.start(); }, Qt::QueuedConnection);
 }
 
 void FeedStoreWorker::drain()

@@ -8,6 +8,7 @@
 #include <QMutex>
 #include <QObject>
 #include <QThread>
+#include <QTimer>
 
 #include <atomic>
 #include <deque>
@@ -52,6 +53,10 @@ public:
     // Feeds per transaction at most: one commit instead of many, yet short for the core's own
     // writes waiting on the lock.
     static constexpr int kBatch = 16;
+    // How long the first feed of a burst waits for others to share its commit (a full batch does
+    // not wait): stored as each came, a burst of fetches made commits of two feeds, each writing
+    // the same index pages again and waking the core's thread.
+    static constexpr int kGatherMs = 20;
 
     FeedStoreWorker(QString databasePath, Report report);
     // Drops the work not begun yet and closes the connection on its thread.
@@ -92,6 +97,7 @@ private:
     Report m_report;
     QThread m_thread;
     QObject m_context;                // lives on m_thread; work is posted to it
+    QTimer m_gather;                  // lives on m_thread; kGatherMs after a first feed
     std::unique_ptr<Stores> m_stores; // made and destroyed on m_thread
     std::atomic_bool m_stopping = false;
     QMutex m_mutex; // guards the two below
