@@ -87,11 +87,10 @@ ArticleStore::Stored ArticleStore::store(qint32 subscriptionId, const ParsedFeed
 ArticleStore::Known ArticleStore::knownKeys(qint32 subscriptionId, const QStringList &keys)
 {
     const qsizetype most = 100 + 2 * keys.size();
-    const auto all =
-        m_db.selectRaw("SELECT guid, 0 FROM articles WHERE subscription_id = ?1"
-                       " UNION ALL SELECT guid, 1 FROM purged_articles WHERE subscription_id = ?1"
-                       " LIMIT ?2",
-                       {qint64(subscriptionId), qint64(most + 1)}, "reading stored keys");
+    const auto all = m_db.select(QStringLiteral("SELECT guid, 0 FROM articles WHERE subscription_id = ?1"
+                                                " UNION ALL SELECT guid, 1 FROM purged_articles"
+                                                " WHERE subscription_id = ?1 LIMIT ?2"),
+                                 {subscriptionId, most + 1}, "reading stored keys");
     Known known;
     if (all.size() <= most) {
         known.anyPurged = false;

@@ -193,33 +193,27 @@ void DeliveryStore::setDeliveryStatus(const QString &consumerId, qint32 subscrip
 
 // Run after every update that stored articles. The three counts' rows never coincide (bound
 // consumers, unbound ones, the media consumer's pending count), so they are not merged: no
-// temporary table.
+// temporary table. The media consumer's count is skipped unless asked for (?3), before a row is
+// read.
 QList<DeliveryStore::Counts> DeliveryStore::waiting(qint32 subscriptionId, bool withMedia)
 {
-    // The bound consumers' count is written once: each literal is a kept statement of its own.
-#define QUILLON_WAITING_BOUND                                                                                \
-    "SELECT b.consumer_id,"                                                                                  \
-    " (SELECT COUNT(*) FROM articles a WHERE a.subscription_id = b.subscription_id"                          \
-    "  AND NOT EXISTS (SELECT 1 FROM delivered_articles d"                                                   \
-    "  WHERE d.consumer_id = b.consumer_id AND d.article_id = a.id)),"                                       \
-    " (SELECT COUNT(*) FROM delivery_removals r WHERE r.consumer_id = b.consumer_id"                         \
-    "  AND r.subscription_id = b.subscription_id)"                                                           \
-    " FROM bindings b WHERE b.subscription_id = ?1"                                                          \
-    " UNION ALL SELECT r.consumer_id, 0, COUNT(*) FROM delivery_removals r"                                  \
-    " WHERE r.subscription_id = ?1 AND NOT EXISTS (SELECT 1 FROM bindings b"                                 \
-    " WHERE b.consumer_id = r.consumer_id AND b.subscription_id = r.subscription_id)"                        \
-    " GROUP BY r.consumer_id"
-    static constexpr const char *kBound = QUILLON_WAITING_BOUND;
-    static constexpr const char *kWithMedia =
-        QUILLON_WAITING_BOUND " UNION ALL SELECT ?2, COUNT(*), 0 FROM articles a WHERE a.subscription_id = ?1"
-                              " AND EXISTS (SELECT 1 FROM article_enclosures e WHERE e.article_id = a.id)"
-                              " AND NOT EXISTS (SELECT 1 FROM delivered_articles d"
-                              " WHERE d.consumer_id = ?2 AND d.article_id = a.id)";
-#undef QUILLON_WAITING_BOUND
-    const auto rows =
-        withMedia ? m_db.selectRaw(kWithMedia, {qint64(subscriptionId), QByteArrayView(kMediaConsumer)},
-                                   "counting what waits for delivery")
-                  : m_db.selectRaw(kBound, {qint64(subscriptionId)}, "counting what waits for delivery");
+    const auto rows = m_db.select(
+        QStringLiteral("SELECT b.consumer_id,"
+                       " (SELECT COUNT(*) FROM articles a WHERE a.subscription_id = b.subscription_id"
+                       "  AND NOT EXISTS (SELECT 1 FROM delivered_articles d"
+                       "  WHERE d.consumer_id = b.consumer_id AND d.article_id = a.id)),"
+                       " (SELECT COUNT(*) FROM delivery_removals r WHERE r.consumer_id = b.consumer_id"
+                       "  AND r.subscription_id = b.subscription_id)"
+                       " FROM bindings b WHERE b.subscription_id = ?1"
+                       " UNION ALL SELECT r.consumer_id, 0, COUNT(*) FROM delivery_removals r"
+                       " WHERE r.subscription_id = ?1 AND NOT EXISTS (SELECT 1 FROM bindings b"
+                       " WHERE b.consumer_id = r.consumer_id AND b.subscription_id = r.subscription_id)"
+                       " GROUP BY r.consumer_id"
+                       " UNION ALL SELECT ?2, COUNT(*), 0 FROM articles a WHERE ?3 AND a.subscription_id = ?1"
+                       " AND EXISTS (SELECT 1 FROM article_enclosures e WHERE e.article_id = a.id)"
+                       " AND NOT EXISTS (SELECT 1 FROM delivered_articles d"
+                       " WHERE d.consumer_id = ?2 AND d.article_id = a.id)"),
+        {subscriptionId, QLatin1String(kMediaConsumer), withMedia}, "counting what waits for delivery");
     QList<Counts> counts;
     for (const auto &row : rows)
         counts.append({row.at(0).toString(), row.at(1).toInt(), row.at(2).toInt()});

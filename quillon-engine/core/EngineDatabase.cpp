@@ -42,12 +42,59 @@ QVariant rawColumn(sqlite3_stmt *statement, int column)
     }
 }
 
-// The driver binds a null QString as SQL NULL; an empty text is still a text.
-QVariant bindable(const QVariant &value)
+// As Qt's driver binds a value, except that a null text is still a text ("").
+void bindVariant(sqlite3_stmt *statement, int column, const QVariant &value)
 {
-    if (value.typeId() == QMetaType::QString && value.toString().isNull())
-        return QStringLiteral("");
-    return value;
+    switch (value.typeId()) {
+    case QMetaType::UnknownType:
+    case QMetaType::Nullptr:
+        sqlite3_bind_null(statement, column);
+        return;
+    case QMetaType::Bool:
+    case QMetaType::Char:
+    case QMetaType::SChar:
+    case QMetaType::UChar:
+    case QMetaType::Short:
+    case QMetaType::UShort:
+    case QMetaType::Int:
+    case QMetaType::UInt:
+    case QMetaType::Long:
+    case QMetaType::ULong:
+    case QMetaType::LongLong:
+    case QMetaType::ULongLong:
+        if (value.isNull())
+            sqlite3_bind_null(statement, column);
+        else
+            sqlite3_bind_int64(statement, column, value.toLongLong());
+        return;
+    case QMetaType::Float:
+    case QMetaType::Double:
+        sqlite3_bind_double(statement, column, value.toDouble());
+        return;
+    case QMetaType::QByteArray: {
+        const QByteArray bytes = value.toByteArray();
+        if (bytes.isNull())
+            sqlite3_bind_null(statement, column);
+        else
+            sqlite3_bind_blob(statement, column, bytes.constData(), int(bytes.size()), SQLITE_TRANSIENT);
+        return;
+    }
+    default: {
+        const QByteArray text = value.toString().toUtf8();
+        sqlite3_bind_text(statement, column, text.isNull() ? "" : text.constData(), int(text.size()),
+                          SQLITE_TRANSIENT);
+    }
+    }
+}
+
+EngineDatabase::Row rowOf(sqlite3_stmt *statement)
+{
+    EngineDatabase::Row row;
+    const int columns = sqlite3_column_count(statement);
+    row.reserve(columns);
+    for (int i = 0; i < columns; ++i)
+        row.append(rawColumn(statement, i));
+    return row;
 }
 
 QList<EngineDatabase::Row> readRows(QSqlQuery &query)
@@ -77,7 +124,8 @@ EngineDatabase::~EngineDatabase()
     // Statements must go before the connection they were prepared on.
     for (const auto &[sql, statement] : m_rawStatements)
         sqlite3_finalize(statement);
-    m_statements.clear();
+    for (const auto &[sql, statement] : m_statements)
+        sqlite3_finalize(statement);
     if (m_db.isValid())
         m_db.close();
     m_db = QSqlDatabase();
@@ -117,62 +165,30 @@ void EngineDatabase::switchOnPragmas()
     runOnce(QStringLiteral("PRAGMA synchronous = NORMAL"), "setting the sync level");
 }
 
-QSqlQuery &EngineDatabase::run(const QString &sql, const QVariantList &binds, const char *doing)
-{
-    auto it = m_statements.find(sql);
-    if (it == m_statements.end()) {
-        auto query = std::make_unique<QSqlQuery>(m_db);
-        query->setForwardOnly(true);
-        if (!query->prepare(sql))
-            fail(QString::fromLatin1(doing), query->lastError().text());
-        it = m_statements.emplace(sql, std::move(query)).first;
-    }
-    QSqlQuery &query = *it->second;
-    for (qsizetype i = 0; i < binds.size(); ++i)
-        query.bindValue(int(i), bindable(binds.at(i)));
-    if (!query.exec()) {
-        const QString reason = query.lastError().text();
-        query.finish();
-        fail(QString::fromLatin1(doing), reason);
-    }
-    return query;
-}
-
 QList<EngineDatabase::Row> EngineDatabase::select(const QString &sql, const QVariantList &binds,
                                                   const char *doing)
 {
-    QSqlQuery &query = run(sql, binds, doing);
-    auto rows = readRows(query);
-    // An unfinished statement would hold its read snapshot open.
-    query.finish();
+    QList<Row> rows;
+    run(sql, binds, doing, [&rows](sqlite3_stmt *statement) { rows.append(rowOf(statement)); });
     return rows;
 }
 
 int EngineDatabase::execute(const QString &sql, const QVariantList &binds, const char *doing)
 {
-    QSqlQuery &query = run(sql, binds, doing);
-    const int changed = query.numRowsAffected();
-    query.finish();
-    return changed;
+    return sqlite3_changes(run(sql, binds, doing, {}));
 }
 
 qint64 EngineDatabase::insert(const QString &sql, const QVariantList &binds, const char *doing)
 {
-    QSqlQuery &query = run(sql, binds, doing);
-    const qint64 id = query.lastInsertId().toLongLong();
-    query.finish();
-    return id;
+    return sqlite3_last_insert_rowid(run(sql, binds, doing, {}));
 }
 
 std::optional<qint64> EngineDatabase::insertIfNew(const QString &sql, const QVariantList &binds,
                                                   const char *doing)
 {
-    QSqlQuery &query = run(sql, binds, doing);
+    sqlite3 *db = run(sql, binds, doing, {});
     // The last insert id outlives an ignored insert, so only a changed row counts.
-    const std::optional<qint64> id =
-        query.numRowsAffected() > 0 ? std::optional<qint64>(query.lastInsertId().toLongLong()) : std::nullopt;
-    query.finish();
-    return id;
+    return sqlite3_changes(db) > 0 ? std::optional<qint64>(sqlite3_last_insert_rowid(db)) : std::nullopt;
 }
 
 sqlite3 *EngineDatabase::handle() const
@@ -184,23 +200,33 @@ sqlite3 *EngineDatabase::handle() const
                : nullptr;
 }
 
-sqlite3_stmt *EngineDatabase::rawStatement(const char *sql, const char *doing)
+sqlite3_stmt *EngineDatabase::prepare(const char *sql, const char *doing)
 {
-    sqlite3_stmt *&statement = m_rawStatements[sql];
-    if (statement)
-        return statement;
     sqlite3 *db = handle();
     if (!db)
         fail(QString::fromLatin1(doing), QStringLiteral("the database is not open"));
+    sqlite3_stmt *statement = nullptr;
     if (sqlite3_prepare_v3(db, sql, -1, SQLITE_PREPARE_PERSISTENT, &statement, nullptr) != SQLITE_OK)
         fail(QString::fromLatin1(doing), QString::fromUtf8(sqlite3_errmsg(db)));
     return statement;
 }
 
-sqlite3 *EngineDatabase::stepRaw(const char *sql, std::initializer_list<RawValue> binds, const char *doing,
-                                 const std::function<void(sqlite3_stmt *)> &onRow)
+sqlite3 *EngineDatabase::run(const QString &sql, const QVariantList &binds, const char *doing,
+                             const std::function<void(sqlite3_stmt *)> &onRow)
 {
-    sqlite3_stmt *statement = rawStatement(sql, doing);
+    sqlite3_stmt *&statement = m_statements[sql];
+    if (!statement)
+        statement = prepare(sql.toUtf8().constData(), doing);
+    for (qsizetype i = 0; i < binds.size(); ++i)
+        bindVariant(statement, int(i + 1), binds.at(i));
+    return step(statement, doing, onRow);
+}
+
+sqlite3 *EngineDatabase::stepRaw(const char *sql, std::initializer_list<RawValue> binds, const char *doing)
+{
+    sqlite3_stmt *&statement = m_rawStatements[sql];
+    if (!statement)
+        statement = prepare(sql, doing);
     int column = 0;
     for (const RawValue &value : binds) {
         ++column;
@@ -212,6 +238,12 @@ sqlite3 *EngineDatabase::stepRaw(const char *sql, std::initializer_list<RawValue
         else
             sqlite3_bind_null(statement, column);
     }
+    return step(statement, doing, {});
+}
+
+sqlite3 *EngineDatabase::step(sqlite3_stmt *statement, const char *doing,
+                              const std::function<void(sqlite3_stmt *)> &onRow)
+{
     int result = sqlite3_step(statement);
     for (; result == SQLITE_ROW; result = sqlite3_step(statement)) {
         if (onRow)
@@ -230,28 +262,8 @@ sqlite3 *EngineDatabase::stepRaw(const char *sql, std::initializer_list<RawValue
 std::optional<qint64> EngineDatabase::insertIfNewRaw(const char *sql, std::initializer_list<RawValue> binds,
                                                      const char *doing)
 {
-    sqlite3 *db = stepRaw(sql, binds, doing, {});
+    sqlite3 *db = stepRaw(sql, binds, doing);
     return sqlite3_changes(db) > 0 ? std::optional<qint64>(sqlite3_last_insert_rowid(db)) : std::nullopt;
-}
-
-QList<EngineDatabase::Row> EngineDatabase::selectRaw(const char *sql, std::initializer_list<RawValue> binds,
-                                                     const char *doing)
-{
-    QList<Row> rows;
-    stepRaw(sql, binds, doing, [&rows](sqlite3_stmt *statement) {
-        Row row;
-        const int columns = sqlite3_column_count(statement);
-        row.reserve(columns);
-        for (int i = 0; i < columns; ++i)
-            row.append(rawColumn(statement, i));
-        rows.append(std::move(row));
-    });
-    return rows;
-}
-
-int EngineDatabase::executeRaw(const char *sql, std::initializer_list<RawValue> binds, const char *doing)
-{
-    return sqlite3_changes(stepRaw(sql, binds, doing, {}));
 }
 
 QList<EngineDatabase::Row> EngineDatabase::runOnce(const QString &sql, const char *doing)

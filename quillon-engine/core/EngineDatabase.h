@@ -7,20 +7,20 @@
 #include <QVariant>
 
 #include <functional>
-#include <memory>
 #include <optional>
 #include <unordered_map>
 #include <variant>
 
-class QSqlQuery;
 struct sqlite3;
 struct sqlite3_stmt;
 
 namespace quillon {
 
 // The engine's SQLite connection. Statements are prepared once and kept, because the same few
-// run thousands of times when a consumer reads every subscription. Every failure is thrown as
-// EngineError naming what was being done.
+// run thousands of times when a consumer reads every subscription or feeds are fetched; they run
+// on SQLite's own interface over the connection Qt's driver opened, with UTF-8 texts, since Qt's
+// layer described every column anew on each run and copied each value twice. Every failure is
+// thrown as EngineError naming what was being done.
 class EngineDatabase
 {
 public:
@@ -45,17 +45,10 @@ public:
     std::optional<qint64> insertIfNew(const QString &sql, const QVariantList &binds, const char *doing);
     // Null, an integer, or UTF-8 text that outlives the call.
     using RawValue = std::variant<std::monostate, qint64, QByteArrayView>;
-    // insertIfNew for the hottest statement, the article insert: bound on SQLite's own interface
-    // with UTF-8 texts, where Qt's layer copied every value into a QVariant and SQLite then
-    // turned its UTF-16 back into UTF-8. sql must be a literal; it names the kept statement.
+    // insertIfNew for the hottest statement, the article insert: its texts bound as they are,
+    // without a QVariant or a UTF-16 copy. sql must be a literal; it names the kept statement.
     std::optional<qint64> insertIfNewRaw(const char *sql, std::initializer_list<RawValue> binds,
                                          const char *doing);
-    // select and execute on the same interface, for what every update runs: Qt's layer
-    // described each column anew on every run and copied each value twice. Integers come back
-    // as qint64, texts as QString, NULL as a null QVariant.
-    [[nodiscard]] QList<Row> selectRaw(const char *sql, std::initializer_list<RawValue> binds,
-                                       const char *doing);
-    int executeRaw(const char *sql, std::initializer_list<RawValue> binds, const char *doing);
     // Runs a statement once, unprepared (schema scripts, pragmas).
     QList<Row> runOnce(const QString &sql, const char *doing);
 
@@ -65,11 +58,13 @@ public:
     void rollback();
 
 private:
-    QSqlQuery &run(const QString &sql, const QVariantList &binds, const char *doing);
-    sqlite3_stmt *rawStatement(const char *sql, const char *doing);
+    [[nodiscard]] sqlite3_stmt *prepare(const char *sql, const char *doing);
     // Binds, runs to the end (each row to onRow) and resets; throws on a failure.
-    sqlite3 *stepRaw(const char *sql, std::initializer_list<RawValue> binds, const char *doing,
-                     const std::function<void(sqlite3_stmt *)> &onRow);
+    sqlite3 *run(const QString &sql, const QVariantList &binds, const char *doing,
+                 const std::function<void(sqlite3_stmt *)> &onRow);
+    sqlite3 *stepRaw(const char *sql, std::initializer_list<RawValue> binds, const char *doing);
+    sqlite3 *step(sqlite3_stmt *statement, const char *doing,
+                  const std::function<void(sqlite3_stmt *)> &onRow);
     [[nodiscard]] sqlite3 *handle() const;
     [[noreturn]] void fail(const QString &doing, const QString &reason) const;
     void switchOnPragmas();
@@ -78,7 +73,7 @@ private:
     QString m_filePath;
     QString m_connectionName;
     QSqlDatabase m_db;
-    std::unordered_map<QString, std::unique_ptr<QSqlQuery>> m_statements;
+    std::unordered_map<QString, sqlite3_stmt *> m_statements;
     std::unordered_map<const char *, sqlite3_stmt *> m_rawStatements;
     int m_transactionDepth = 0;
     bool m_rollbackOnly = false;

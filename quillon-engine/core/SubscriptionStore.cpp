@@ -108,8 +108,8 @@ qint32 SubscriptionStore::create(const PropertyBag &asked, const QDateTime &now)
 
 bool SubscriptionStore::exists(qint32 id)
 {
-    return !m_db.selectRaw("SELECT 1 FROM subscriptions WHERE id = ?", {qint64(id)},
-                           "looking up a subscription")
+    return !m_db.select(QStringLiteral("SELECT 1 FROM subscriptions WHERE id = ?"), {id},
+                        "looking up a subscription")
                 .isEmpty();
 }
 
@@ -156,8 +156,7 @@ std::optional<BagPtr> SubscriptionStore::findItemBag(qint32 id)
 std::optional<SubscriptionStore::Summary> SubscriptionStore::summary(qint32 id)
 {
     // Four values of the bag, without building it.
-    static const QByteArray sql = kSelectSummary.toUtf8(); // one text, so one kept statement
-    const auto rows = m_db.selectRaw(sql.constData(), {qint64(id)}, "reading a subscription's summary");
+    const auto rows = m_db.select(kSelectSummary, {id}, "reading a subscription's summary");
     if (rows.isEmpty())
         return std::nullopt;
     const auto &row = rows.first();
@@ -293,10 +292,11 @@ bool SubscriptionStore::remove(qint32 id)
 
 std::optional<SubscriptionStore::FetchInfo> SubscriptionStore::fetchInfo(qint32 id)
 {
-    const auto rows =
-        m_db.selectRaw("SELECT url, title, user_name, password, etag, last_modified, update_freq,"
-                       " delete_read, delete_unread FROM subscriptions WHERE id = ?",
-                       {qint64(id)}, "reading what a fetch needs");
+    const auto rows = m_db.select(
+        QStringLiteral(
+            "SELECT url, title, user_name, password, etag, last_modified, update_freq, delete_read,"
+            " delete_unread FROM subscriptions WHERE id = ?"),
+        {id}, "reading what a fetch needs");
     if (rows.isEmpty())
         return std::nullopt;
     const auto &row = rows.first();
@@ -328,9 +328,8 @@ QList<SubscriptionStore::Due> SubscriptionStore::dueForUpdate(const QDateTime &n
 
 void SubscriptionStore::setNextUpdate(qint32 id, const QDateTime &when)
 {
-    const QByteArray date = SubscriptionFields::isoDate(when).toUtf8();
-    m_db.executeRaw("UPDATE subscriptions SET next_update_time = ? WHERE id = ?",
-                    {QByteArrayView(date), qint64(id)}, "scheduling a subscription");
+    m_db.execute(QStringLiteral("UPDATE subscriptions SET next_update_time = ? WHERE id = ?"),
+                 {SubscriptionFields::isoDate(when), id}, "scheduling a subscription");
 }
 
 int SubscriptionStore::rescheduleOnDefault(qint32 seconds)
@@ -353,36 +352,25 @@ QDateTime SubscriptionStore::earliestNextUpdate()
 
 bool SubscriptionStore::recordFetch(qint32 id, const FetchRecord &record)
 {
-    const QByteArray status = record.status.toUtf8();
-    const QByteArray checked = SubscriptionFields::isoDate(record.checkedAt).toUtf8();
-    const QByteArray next = SubscriptionFields::isoDate(record.nextUpdate).toUtf8();
-    if (!record.setValidators)
-        return m_db.executeRaw(
-                   "UPDATE subscriptions SET last_update_status = ?, last_date_check = ?,"
-                   " next_update_time = ? WHERE id = ?",
-                   {QByteArrayView(status), QByteArrayView(checked), QByteArrayView(next), qint64(id)},
-                   "recording a fetch") > 0;
     // One statement: every update records its fetch, and each write of the row costs alike.
-    const QByteArray etag = record.etag.toUtf8();
-    const QByteArray modified = record.lastModified.toUtf8();
-    const auto orNull = [](const QByteArray &text) {
-        return text.isEmpty() ? EngineDatabase::RawValue() : EngineDatabase::RawValue(QByteArrayView(text));
-    };
-    return m_db.executeRaw("UPDATE subscriptions SET last_update_status = ?, last_date_check = ?,"
-                           " next_update_time = ?, etag = ?, last_modified = ? WHERE id = ?",
-                           {QByteArrayView(status), QByteArrayView(checked), QByteArrayView(next),
-                            orNull(etag), orNull(modified), qint64(id)},
-                           "recording a fetch and the feed's validators") > 0;
+    const auto orNull = [](const QString &text) { return text.isEmpty() ? QVariant() : QVariant(text); };
+    return m_db.execute(QStringLiteral("UPDATE subscriptions SET last_update_status = ?1,"
+                                       " last_date_check = ?2, next_update_time = ?3,"
+                                       " etag = iif(?4, ?5, etag), last_modified = iif(?4, ?6, last_modified)"
+                                       " WHERE id = ?7"),
+                        {record.status, SubscriptionFields::isoDate(record.checkedAt),
+                         SubscriptionFields::isoDate(record.nextUpdate), record.setValidators,
+                         orNull(record.etag), orNull(record.lastModified), id},
+                        "recording a fetch") > 0;
 }
 
 void SubscriptionStore::fillTitle(qint32 id, const QString &title)
 {
-    const QByteArray text = title.trimmed().toUtf8();
-    if (text.isEmpty())
+    if (title.trimmed().isEmpty())
         return;
-    m_db.executeRaw("UPDATE subscriptions SET title = ? WHERE id = ?"
-                    " AND (title IS NULL OR TRIM(title) = '' OR TRIM(title) = TRIM(url))",
-                    {QByteArrayView(text), qint64(id)}, "taking the feed's title");
+    m_db.execute(QStringLiteral("UPDATE subscriptions SET title = ? WHERE id = ?"
+                                " AND (title IS NULL OR TRIM(title) = '' OR TRIM(title) = TRIM(url))"),
+                 {title.trimmed(), id}, "taking the feed's title");
 }
 
 } // namespace quillon
