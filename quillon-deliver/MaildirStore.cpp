@@ -178,7 +178,7 @@ bool MaildirStore::add(const Folder &folder, const QString &key, const QByteArra
 {
     const QString dir = folderPath(folder);
     // The mail program's configuration is rewritten once a batch, not for every folder made.
-    m_unlisted = (!m_made.contains(dir) && !folder.isEmpty()) || m_unlisted;
+    m_unlisted = m_unlisted || (!m_made.contains(dir) && !folder.isEmpty());
     if (!makeLevels(folder, true, error))
         return false;
     if (knownKeys(dir).contains(key))

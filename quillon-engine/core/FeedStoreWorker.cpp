@@ -75,6 +75,7 @@ void FeedStoreWorker::post(Work work)
 
 void FeedStoreWorker::drain()
 {
+    m_gather.stop(); // a full batch came first: what it waited for is taken now
     while (!m_stopping) {
         QList<Work> batch;
         {
