@@ -2,7 +2,7 @@
 # Installs the Debian packages the build and tests need, only when something is missing.
 set -euo pipefail
 pkgs=(cmake g++ make pkg-config qt6-base-dev qt6-base-dev-tools libqt6sql6-sqlite libgl-dev python3 xvfb xauth qt6-webengine-dev
-      libgmime-3.0-dev libcurl4-openssl-dev libsqlite3-dev dovecot-imapd dbus-daemon util-linux passwd
+      libgmime-3.0-dev libcurl4-openssl-dev libsqlite3-dev libexpat1-dev dovecot-imapd dbus-daemon util-linux passwd
       qtkeychain-qt6-dev libsecret-1-0 gnome-keyring clang-format
       libproxy-dev squid apache2-utils fonts-wqy-microhei
       xdg-utils neomutt tmux

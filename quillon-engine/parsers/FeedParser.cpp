@@ -4,7 +4,7 @@
 #include "ParsersLog.h"
 #include "XmlSource.h"
 
-#include <QXmlStreamReader>
+#include "XmlPullReader.h"
 
 namespace quillon {
 
@@ -22,8 +22,7 @@ ParsedFeed read(const XmlSource::Prepared &prepared, const QUrl &baseUrl, bool l
         return feed;
     }
 
-    QXmlStreamReader xml(prepared.text);
-    XmlSource::configure(xml);
+    XmlPullReader xml(prepared.text.toUtf8());
     if (xml.readNextStartElement()) {
         FeedReader reader(xml, feed);
         if (!reader.read(baseUrl)) {
@@ -36,7 +35,7 @@ ParsedFeed read(const XmlSource::Prepared &prepared, const QUrl &baseUrl, bool l
             xml.readNext();
     }
     if (xml.hasError()) {
-        feed.error = XmlSource::classifyError(xml, prepared.text);
+        feed.error = XmlSource::classifyError(xml);
         feed.errorText = XmlSource::describeError(xml);
         if (lastTry)
             qCDebug(lcParsers) << "feed not well-formed:" << feed.errorText;

@@ -3,7 +3,7 @@
 #include "FeedDateParser.h"
 #include "LinkResolver.h"
 
-#include <QXmlStreamReader>
+#include "XmlPullReader.h"
 
 namespace quillon {
 
@@ -64,14 +64,13 @@ bool FeedReader::read(const QUrl &documentBase)
     const QUrl base = baseOf(documentBase);
     const QStringView name = m_xml.name();
     if (name == u"rss") {
-        m_feed.format = rssFormat(m_xml.attributes().value(QLatin1String("version")));
+        m_feed.format = rssFormat(m_xml.attributes().value(u"version"));
         readRss(base);
     } else if (name == u"RDF") {
         m_feed.format = QStringLiteral("rss10");
         readRdf(base);
     } else if (name == u"feed") {
-        const bool atom03 =
-            m_rootNamespace == kAtom03 || m_xml.attributes().value(QLatin1String("version")) == u"0.3";
+        const bool atom03 = m_rootNamespace == kAtom03 || m_xml.attributes().value(u"version") == u"0.3";
         m_atom10 = m_rootNamespace == kAtom10 || !atom03;
         m_feed.format = m_rootNamespace == kAtom10 ? QStringLiteral("atom10")
                         : atom03                   ? QStringLiteral("atom03")
@@ -107,18 +106,18 @@ FeedReader::Vocab FeedReader::vocab() const
 
 QUrl FeedReader::baseOf(const QUrl &parent) const
 {
-    const QStringView xmlBase = m_xml.attributes().value(kXml, QLatin1String("base"));
+    const QStringView xmlBase = m_xml.attributes().value(kXml, u"base");
     return xmlBase.isEmpty() ? parent : LinkResolver::childBase(parent, xmlBase);
 }
 
 QString FeedReader::plainText()
 {
-    return m_xml.readElementText(QXmlStreamReader::SkipChildElements).trimmed();
+    return m_xml.readElementText().trimmed();
 }
 
 QDateTime FeedReader::dateText()
 {
-    return FeedDateParser::parse(m_xml.readElementText(QXmlStreamReader::SkipChildElements));
+    return FeedDateParser::parse(m_xml.readElementText());
 }
 
 ParsedText FeedReader::rssText(TextConstructReader::Mode mode, const QUrl &base)
@@ -131,7 +130,7 @@ ParsedText FeedReader::rssText(TextConstructReader::Mode mode, const QUrl &base)
 
 ParsedText FeedReader::atomText(const QUrl &base)
 {
-    const QXmlStreamAttributes attributes = m_xml.attributes();
+    const XmlAttributes attributes = m_xml.attributes();
     return TextConstructReader::read(m_xml, m_atom10 ? TextConstructReader::atom10Options(attributes, base)
                                                      : TextConstructReader::atom03Options(attributes, base));
 }
@@ -211,11 +210,11 @@ void FeedReader::readChannelChild(const QUrl &base)
 void FeedReader::readRssItem(const QUrl &base)
 {
     ParsedItem item;
-    item.guid = m_xml.attributes().value(kRdf, QLatin1String("about")).trimmed().toString();
+    item.guid = m_xml.attributes().value(kRdf, u"about").trimmed().toString();
     QString guidPermaLink;
     while (m_xml.readNextStartElement()) {
         if (vocab() == Vocab::Core && m_xml.name() == u"guid")
-            guidPermaLink = m_xml.attributes().value(QLatin1String("isPermaLink")).trimmed().toString();
+            guidPermaLink = m_xml.attributes().value(u"isPermaLink").trimmed().toString();
         readRssItemChild(item, baseOf(base));
     }
     if (m_xml.hasError())
@@ -253,10 +252,10 @@ bool FeedReader::readRssCoreChild(ParsedItem &item, const QUrl &base)
         if (item.author.isEmpty())
             item.author = author;
     } else if (name == u"enclosure") {
-        const QXmlStreamAttributes a = m_xml.attributes();
-        addEnclosure(item.enclosures, {LinkResolver::resolve(base, a.value(QLatin1String("url"))),
-                                       a.value(QLatin1String("type")).trimmed().toString(),
-                                       lengthOf(a.value(QLatin1String("length"))), QString()});
+        const XmlAttributes a = m_xml.attributes();
+        addEnclosure(item.enclosures,
+                     {LinkResolver::resolve(base, a.value(u"url")), a.value(u"type").trimmed().toString(),
+                      lengthOf(a.value(u"length")), QString()});
         m_xml.skipCurrentElement();
     } else {
         return false;
@@ -330,10 +329,10 @@ void FeedReader::finishRssItem(ParsedItem &item, const QString &guidPermaLink)
 void FeedReader::readMedia(ParsedItem &item, const QUrl &base)
 {
     auto readContent = [this, &item](const QUrl &contentBase) {
-        const QXmlStreamAttributes a = m_xml.attributes();
-        addEnclosure(item.enclosures, {LinkResolver::resolve(contentBase, a.value(QLatin1String("url"))),
-                                       a.value(QLatin1String("type")).trimmed().toString(),
-                                       lengthOf(a.value(QLatin1String("fileSize"))), QString()});
+        const XmlAttributes a = m_xml.attributes();
+        addEnclosure(item.enclosures,
+                     {LinkResolver::resolve(contentBase, a.value(u"url")),
+                      a.value(u"type").trimmed().toString(), lengthOf(a.value(u"fileSize")), QString()});
         m_xml.skipCurrentElement();
     };
     if (m_xml.name() == u"content") {
@@ -430,16 +429,16 @@ void FeedReader::readAtomEntryChild(ParsedItem &item, const QUrl &base, bool &li
 void FeedReader::readAtomLink(const QUrl &base, QString &link, QStringList &links, bool &preferred,
                               QList<ParsedEnclosure> *enclosures)
 {
-    const QXmlStreamAttributes a = m_xml.attributes();
+    const XmlAttributes a = m_xml.attributes();
     m_xml.skipCurrentElement();
-    const QString href = LinkResolver::resolve(base, a.value(QLatin1String("href")));
+    const QString href = LinkResolver::resolve(base, a.value(u"href"));
     if (href.isEmpty())
         return;
     links.append(href);
-    QString rel = a.value(QLatin1String("rel")).trimmed().toString().toLower();
+    QString rel = a.value(u"rel").trimmed().toString().toLower();
     if (rel.isEmpty())
         rel = QStringLiteral("alternate");
-    const QString type = a.value(QLatin1String("type")).trimmed().toString();
+    const QString type = a.value(u"type").trimmed().toString();
     if (rel == u"alternate") {
         const bool htmlPage = type.isEmpty() || type == u"text/html" || type == u"application/xhtml+xml";
         if (link.isEmpty() || (htmlPage && !preferred)) {
@@ -447,7 +446,7 @@ void FeedReader::readAtomLink(const QUrl &base, QString &link, QStringList &link
             preferred = htmlPage;
         }
     } else if (rel == u"enclosure" && enclosures) {
-        addEnclosure(*enclosures, {href, type, lengthOf(a.value(QLatin1String("length"))), QString()});
+        addEnclosure(*enclosures, {href, type, lengthOf(a.value(u"length")), QString()});
     }
 }
 

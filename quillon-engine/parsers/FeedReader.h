@@ -5,9 +5,9 @@
 
 #include <QUrl>
 
-class QXmlStreamReader;
-
 namespace quillon {
+
+class XmlPullReader;
 
 // Walks one feed document element by element and fills a ParsedFeed. RSS 0.9x/2.0, RSS 1.0
 // (RDF) and Atom 0.3/1.0 share the walk; the root element decides the format. Elements of
@@ -16,7 +16,7 @@ namespace quillon {
 class FeedReader
 {
 public:
-    FeedReader(QXmlStreamReader &xml, ParsedFeed &feed) : m_xml(xml), m_feed(feed) {}
+    FeedReader(XmlPullReader &xml, ParsedFeed &feed) : m_xml(xml), m_feed(feed) {}
 
     // Expects the reader on the root element. Returns false when the root is not a feed.
     bool read(const QUrl &documentBase);
@@ -55,7 +55,7 @@ private:
 
     void addItem(ParsedItem &&item);
 
-    QXmlStreamReader &m_xml;
+    XmlPullReader &m_xml;
     ParsedFeed &m_feed;
     QString m_rootNamespace;
     bool m_atom10 = false;

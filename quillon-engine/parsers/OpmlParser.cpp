@@ -3,7 +3,7 @@
 #include "ParsersLog.h"
 #include "XmlSource.h"
 
-#include <QXmlStreamReader>
+#include "XmlPullReader.h"
 
 namespace quillon {
 
@@ -27,8 +27,7 @@ OpmlDocument OpmlParser::parse(const QByteArray &bytes, const QString &contentTy
         return document;
     }
 
-    QXmlStreamReader xml(prepared.text);
-    XmlSource::configure(xml);
+    XmlPullReader xml(prepared.text.toUtf8());
     if (xml.readNextStartElement()) {
         if (xml.name().compare(u"opml", Qt::CaseInsensitive) != 0) {
             document.error = ParseError::UnknownFormat;
@@ -42,7 +41,7 @@ OpmlDocument OpmlParser::parse(const QByteArray &bytes, const QString &contentTy
             xml.readNext();
     }
     if (xml.hasError() && document.error == ParseError::None) {
-        document.error = XmlSource::classifyError(xml, prepared.text);
+        document.error = XmlSource::classifyError(xml);
         document.errorText = XmlSource::describeError(xml);
         qCDebug(lcParsers) << "OPML not well-formed:" << document.errorText;
     }
@@ -65,7 +64,7 @@ void OpmlParser::readHead()
 {
     while (m_xml.readNextStartElement()) {
         if (m_xml.name() == u"title")
-            m_document.title = m_xml.readElementText(QXmlStreamReader::SkipChildElements).trimmed();
+            m_document.title = m_xml.readElementText().trimmed();
         else
             m_xml.skipCurrentElement();
     }
@@ -110,15 +109,14 @@ OpmlOutline OpmlParser::outlineFromAttributes() const
         {u"type", &OpmlOutline::type},
         {u"category", &OpmlOutline::category},
     };
-    for (const QXmlStreamAttribute &attribute : m_xml.attributes()) {
-        if (!attribute.namespaceUri().isEmpty())
+    for (const XmlAttribute &attribute : m_xml.attributes()) {
+        if (!attribute.namespaceUri.isEmpty())
             continue;
         for (const auto &[name, member] : fields) {
-            if (attribute.name().compare(name, Qt::CaseInsensitive) == 0 && (outline.*member).isEmpty())
-                outline.*member = attribute.value().trimmed().toString();
+            if (attribute.name.compare(name, Qt::CaseInsensitive) == 0 && (outline.*member).isEmpty())
+                outline.*member = attribute.value.trimmed();
         }
-        outline.hasXmlUrl =
-            outline.hasXmlUrl || attribute.name().compare(u"xmlurl", Qt::CaseInsensitive) == 0;
+        outline.hasXmlUrl = outline.hasXmlUrl || attribute.name.compare(u"xmlurl", Qt::CaseInsensitive) == 0;
     }
     return outline;
 }

@@ -2,7 +2,7 @@
 
 #include "HtmlNormalizer.h"
 
-#include <QXmlStreamReader>
+#include "XmlPullReader.h"
 
 namespace quillon {
 
@@ -10,15 +10,15 @@ namespace {
 
 const QString kXhtmlNamespace = QStringLiteral("http://www.w3.org/1999/xhtml");
 
-void appendStartTag(QString &out, const QXmlStreamReader &xml)
+void appendStartTag(QString &out, const XmlPullReader &xml)
 {
     out.append(u'<');
     out.append(xml.name());
-    for (const QXmlStreamAttribute &attribute : xml.attributes()) {
+    for (const XmlAttribute &attribute : xml.attributes()) {
         out.append(u' ');
-        out.append(attribute.qualifiedName());
+        out.append(attribute.qualifiedName);
         out.append(u"=\"");
-        HtmlNormalizer::appendEscaped(out, attribute.value());
+        HtmlNormalizer::appendEscaped(out, attribute.value);
         out.append(u'"');
     }
     out.append(u'>');
@@ -30,13 +30,13 @@ class Collector
 public:
     explicit Collector(const TextConstructReader::Options &options) : m_options(options) {}
 
-    void run(QXmlStreamReader &xml);
+    void run(XmlPullReader &xml);
     [[nodiscard]] ParsedText result() const;
 
 private:
     void characters(QStringView text);
-    void startElement(const QXmlStreamReader &xml);
-    void endElement(const QXmlStreamReader &xml);
+    void startElement(const XmlPullReader &xml);
+    void endElement(const XmlPullReader &xml);
 
     const TextConstructReader::Options &m_options;
     QString m_text;   // the plain value until markup appears; base64 text
@@ -47,17 +47,17 @@ private:
     bool m_wrapperOpen = false;
 };
 
-void Collector::run(QXmlStreamReader &xml)
+void Collector::run(XmlPullReader &xml)
 {
     while (!xml.atEnd()) {
         switch (xml.readNext()) {
-        case QXmlStreamReader::Characters:
+        case XmlPullReader::Characters:
             characters(xml.text());
             break;
-        case QXmlStreamReader::StartElement:
+        case XmlPullReader::StartElement:
             startElement(xml);
             break;
-        case QXmlStreamReader::EndElement:
+        case XmlPullReader::EndElement:
             if (m_depth == 0)
                 return;
             endElement(xml);
@@ -80,7 +80,7 @@ void Collector::characters(QStringView text)
         HtmlNormalizer::appendEscaped(m_markup, text);
 }
 
-void Collector::startElement(const QXmlStreamReader &xml)
+void Collector::startElement(const XmlPullReader &xml)
 {
     if (!m_sawElement && m_options.mode == TextConstructReader::Mode::Plain) {
         HtmlNormalizer::appendEscaped(m_markup, m_text); // text so far becomes part of the markup
@@ -96,7 +96,7 @@ void Collector::startElement(const QXmlStreamReader &xml)
     appendStartTag(m_markup, xml);
 }
 
-void Collector::endElement(const QXmlStreamReader &xml)
+void Collector::endElement(const XmlPullReader &xml)
 {
     if (m_depth == 1 && m_wrapperOpen) {
         m_wrapperOpen = false;
@@ -131,20 +131,20 @@ ParsedText Collector::result() const
 
 } // namespace
 
-ParsedText TextConstructReader::read(QXmlStreamReader &xml, const Options &options)
+ParsedText TextConstructReader::read(XmlPullReader &xml, const Options &options)
 {
     Collector collector(options);
     collector.run(xml);
     return collector.result();
 }
 
-TextConstructReader::Options TextConstructReader::atom10Options(const QXmlStreamAttributes &attributes,
+TextConstructReader::Options TextConstructReader::atom10Options(const XmlAttributes &attributes,
                                                                 const QUrl &base)
 {
     Options options;
     options.base = base;
     options.stripXhtmlWrapper = true;
-    const QString type = attributes.value(QLatin1String("type")).trimmed().toString().toLower();
+    const QString type = attributes.value(u"type").trimmed().toString().toLower();
     if (type.isEmpty() || type == u"text" || type.startsWith(u"text/plain"))
         options.mode = Mode::Plain;
     else if (type == u"html" || (type.contains(u"html") && !type.contains(u"xhtml")))
@@ -158,13 +158,13 @@ TextConstructReader::Options TextConstructReader::atom10Options(const QXmlStream
     return options;
 }
 
-TextConstructReader::Options TextConstructReader::atom03Options(const QXmlStreamAttributes &attributes,
+TextConstructReader::Options TextConstructReader::atom03Options(const XmlAttributes &attributes,
                                                                 const QUrl &base)
 {
     Options options;
     options.base = base;
-    const QString type = attributes.value(QLatin1String("type")).trimmed().toString().toLower();
-    const QString mode = attributes.value(QLatin1String("mode")).trimmed().toString().toLower();
+    const QString type = attributes.value(u"type").trimmed().toString().toLower();
+    const QString mode = attributes.value(u"mode").trimmed().toString().toLower();
     const bool html = type.contains(u"html");
     options.decodedIsHtml = html;
     if (mode == u"base64")

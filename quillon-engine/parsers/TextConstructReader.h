@@ -4,10 +4,10 @@
 
 #include <QUrl>
 
-class QXmlStreamReader;
-class QXmlStreamAttributes;
-
 namespace quillon {
+
+class XmlAttributes;
+class XmlPullReader;
 
 // Reads the content of one text element (a title, summary, description or content) into a
 // ParsedText, following how the element says its content is encoded. Markup comes out through
@@ -30,10 +30,10 @@ public:
     };
 
     // Expects the reader on the element's start; leaves it on the element's end.
-    [[nodiscard]] static ParsedText read(QXmlStreamReader &xml, const Options &options);
+    [[nodiscard]] static ParsedText read(XmlPullReader &xml, const Options &options);
 
-    [[nodiscard]] static Options atom10Options(const QXmlStreamAttributes &attributes, const QUrl &base);
-    [[nodiscard]] static Options atom03Options(const QXmlStreamAttributes &attributes, const QUrl &base);
+    [[nodiscard]] static Options atom10Options(const XmlAttributes &attributes, const QUrl &base);
+    [[nodiscard]] static Options atom03Options(const XmlAttributes &attributes, const QUrl &base);
 };
 
 } // namespace quillon

@@ -5,15 +5,14 @@
 #include "PrefixRepair.h"
 #include "TextSearch.h"
 
-#include <QXmlStreamReader>
+#include "XmlPullReader.h"
 
 namespace quillon {
 
 namespace {
 
-// Characters a document's own entities may add in total, and one entity may expand to.
+// Characters a document's own entities may add in total.
 constexpr qint64 kMaxTotalExpansion = qint64(8) << 20;
-constexpr int kMaxEntityExpansion = 64 * 1024;
 
 bool hasMarkup(const QString &text)
 {
@@ -102,13 +101,7 @@ bool XmlSource::readsAsMended(const QString &text)
            !hasMarkupInInstruction(text);
 }
 
-void XmlSource::configure(QXmlStreamReader &reader)
-{
-    reader.setNamespaceProcessing(true);
-    reader.setEntityExpansionLimit(kMaxEntityExpansion);
-}
-
-QString XmlSource::describeError(const QXmlStreamReader &reader)
+QString XmlSource::describeError(const XmlPullReader &reader)
 {
     return QStringLiteral("line %1, column %2: %3")
         .arg(reader.lineNumber())
@@ -116,13 +109,9 @@ QString XmlSource::describeError(const QXmlStreamReader &reader)
         .arg(reader.errorString());
 }
 
-ParseError XmlSource::classifyError(const QXmlStreamReader &reader, const QString &text)
+ParseError XmlSource::classifyError(const XmlPullReader &reader)
 {
-    if (!reader.hasError())
-        return ParseError::None;
-    if (reader.error() == QXmlStreamReader::PrematureEndOfDocumentError && text.trimmed().isEmpty())
-        return ParseError::Empty;
-    return ParseError::NotWellFormed;
+    return reader.hasError() ? ParseError::NotWellFormed : ParseError::None;
 }
 
 } // namespace quillon

@@ -5,9 +5,9 @@
 #include <QByteArray>
 #include <QString>
 
-class QXmlStreamReader;
-
 namespace quillon {
+
+class XmlPullReader;
 
 // The steps both parsers take before and after reading XML: decode the bytes, mend common
 // faults, guard against entity bombs, and describe a reader error for the user.
@@ -33,11 +33,9 @@ public:
     // digits or more, or a '<' inside a processing instruction. Whole-document looks for '&'
     // and '?', several times cheaper than mending.
     [[nodiscard]] static bool readsAsMended(const QString &text);
-    // Limits entity expansion on a reader about to read prepared text.
-    static void configure(QXmlStreamReader &reader);
-    // "line 3, column 7: <reason>", or a plain sentence for an empty document.
-    [[nodiscard]] static QString describeError(const QXmlStreamReader &reader);
-    [[nodiscard]] static ParseError classifyError(const QXmlStreamReader &reader, const QString &text);
+    // "line 3, column 7: <reason>"
+    [[nodiscard]] static QString describeError(const XmlPullReader &reader);
+    [[nodiscard]] static ParseError classifyError(const XmlPullReader &reader);
 };
 
 } // namespace quillon
