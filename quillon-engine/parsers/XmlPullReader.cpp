@@ -2,7 +2,7 @@
 
 #include <expat.h>
 
-#include <utility>
+#include <algorithm>
 
 namespace quillon {
 
@@ -42,6 +42,7 @@ XmlPullReader::XmlPullReader(QByteArray utf8) : m_document(std::move(utf8))
     XML_SetUserData(m_parser, this);
     XML_SetElementHandler(m_parser, &XmlPullReader::onStart, &XmlPullReader::onEnd);
     XML_SetCharacterDataHandler(m_parser, &XmlPullReader::onText);
+    m_text.reserve(size_t(std::min<qsizetype>(m_document.size(), 1 << 20)));
 }
 
 XmlPullReader::~XmlPullReader()
@@ -85,7 +86,7 @@ QString XmlPullReader::readElementText()
     while (!atEnd()) {
         const Token token = readNext();
         if (token == Characters)
-            text.append(m_current.text);
+            text.append(m_text.data() + m_current.textStart, qsizetype(m_current.textLength));
         else if (token == StartElement)
             skipCurrentElement();
         else if (token == EndElement)
@@ -117,7 +118,8 @@ QStringView XmlPullReader::namespaceUri() const
 QStringView XmlPullReader::text() const
 {
     if (!m_textDecoded) {
-        m_decodedText = QString::fromUtf8(m_current.text);
+        m_decodedText =
+            QString::fromUtf8(m_text.data() + m_current.textStart, qsizetype(m_current.textLength));
         m_textDecoded = true;
     }
     return m_decodedText;
@@ -129,6 +131,9 @@ void XmlPullReader::fill()
 {
     m_queue.clear();
     m_next = 0;
+    // What is still pending belongs to the tokens to come; what came before, to those read.
+    m_text.erase(0, m_pendingStart);
+    m_pendingStart = 0;
     while (m_queue.empty()) {
         const XML_Status status =
             m_started ? XML_ResumeParser(m_parser)
@@ -156,9 +161,10 @@ void XmlPullReader::queue(Item &&item)
 
 void XmlPullReader::queueText()
 {
-    if (m_pendingText.isEmpty())
+    if (m_text.size() == m_pendingStart)
         return;
-    m_queue.push_back(Item{Characters, -1, {}, std::exchange(m_pendingText, {})});
+    m_queue.push_back(Item{Characters, -1, {}, m_pendingStart, m_text.size() - m_pendingStart});
+    m_pendingStart = m_text.size();
 }
 
 // Expat may still call a handler or two after this; their tokens queue behind.
@@ -212,7 +218,7 @@ void XmlPullReader::onEnd(void *self, const char *name)
 
 void XmlPullReader::onText(void *self, const char *text, int length)
 {
-    static_cast<XmlPullReader *>(self)->m_pendingText.append(text, length);
+    static_cast<XmlPullReader *>(self)->m_text.append(text, size_t(length));
 }
 
 } // namespace quillon

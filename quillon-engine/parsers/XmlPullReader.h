@@ -77,7 +77,8 @@ private:
         Token type = NoToken;
         int name = -1;
         XmlAttributes attributes;
-        QByteArray text;
+        size_t textStart = 0; // in m_text
+        size_t textLength = 0;
     };
 
     static void onStart(void *self, const char *name, const char **attributes);
@@ -105,7 +106,9 @@ private:
     std::vector<Name> m_names;
     // expat's "uri\1local\1prefix" -> m_names
     std::unordered_map<std::string, int, NameHash, std::equal_to<>> m_nameIndex;
-    QByteArray m_pendingText;
+    // The text of the queued tokens, UTF-8, one after the other: one buffer, not one per token.
+    std::string m_text;
+    size_t m_pendingStart = 0;
     std::vector<Item> m_queue;
     size_t m_next = 0;
     Item m_current;
