@@ -182,15 +182,15 @@ int XmlPullReader::intern(const char *raw)
     if (const auto found = m_nameIndex.find(key); found != m_nameIndex.end())
         return found->second;
     // "local", "namespace\1local" or "namespace\1local\1prefix"
-    const QList<QByteArray> parts = QByteArray(raw).split(kSeparator);
+    const QList<QByteArray> pieces = QByteArray(raw).split(kSeparator);
     Name name;
-    if (parts.size() == 1) {
-        name.local = QString::fromUtf8(parts[0]);
+    if (pieces.size() == 1) {
+        name.local = QString::fromUtf8(pieces[0]);
         name.qualified = name.local;
     } else {
-        name.namespaceUri = QString::fromUtf8(parts[0]);
-        name.local = QString::fromUtf8(parts[1]);
-        name.qualified = parts.size() > 2 ? QString::fromUtf8(parts[2]) + u':' + name.local : name.local;
+        name.namespaceUri = QString::fromUtf8(pieces[0]);
+        name.local = QString::fromUtf8(pieces[1]);
+        name.qualified = pieces.size() > 2 ? QString::fromUtf8(pieces[2]) + u':' + name.local : name.local;
     }
     m_names.push_back(std::move(name));
     const int index = int(m_names.size() - 1);
@@ -202,6 +202,7 @@ void XmlPullReader::onStart(void *self, const char *name, const char **attribute
 {
     auto *reader = static_cast<XmlPullReader *>(self);
     Item item{StartElement, reader->intern(name), {}, {}};
+    reader->m_open.push_back(item.name);
     for (const char **at = attributes; *at; at += 2) {
         const Name &attributeName = reader->m_names[size_t(reader->intern(at[0]))];
         item.attributes.append({attributeName.namespaceUri, attributeName.local, attributeName.qualified,
@@ -210,10 +211,13 @@ void XmlPullReader::onStart(void *self, const char *name, const char **attribute
     reader->queue(std::move(item));
 }
 
-void XmlPullReader::onEnd(void *self, const char *name)
+// Expat reports an end tag only when it matches the open element, whose name is known.
+void XmlPullReader::onEnd(void *self, const char *)
 {
     auto *reader = static_cast<XmlPullReader *>(self);
-    reader->queue(Item{EndElement, reader->intern(name), {}, {}});
+    const int name = reader->m_open.back();
+    reader->m_open.pop_back();
+    reader->queue(Item{EndElement, name, {}, {}});
 }
 
 void XmlPullReader::onText(void *self, const char *text, int length)

@@ -104,6 +104,7 @@ private:
         size_t operator()(std::string_view key) const { return std::hash<std::string_view>()(key); }
     };
     std::vector<Name> m_names;
+    std::vector<int> m_open; // the names of the open elements, innermost last
     // expat's "uri\1local\1prefix" -> m_names
     std::unordered_map<std::string, int, NameHash, std::equal_to<>> m_nameIndex;
     // The text of the queued tokens, UTF-8, one after the other: one buffer, not one per token.
