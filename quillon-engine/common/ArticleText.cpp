@@ -14,11 +14,29 @@ char32_t numericReference(QStringView digits)
         digits.startsWith(u'x', Qt::CaseInsensitive) ? digits.mid(1).toUInt(&ok, 16) : digits.toUInt(&ok, 10);
     return ok && value > 0 && value <= 0x10FFFF ? char32_t(value) : 0;
 }
+
+// Whether simplified() would return the text as it is, as most titles are: then no copy is made.
+bool isSimplified(QStringView text)
+{
+    bool afterSpace = true; // a space at the start is a run of its own
+    for (const QChar c : text) {
+        if (!c.isSpace()) {
+            afterSpace = false;
+        } else if (afterSpace || c != u' ') {
+            return false;
+        } else {
+            afterSpace = true;
+        }
+    }
+    return !afterSpace || text.isEmpty();
+}
 } // namespace
 
 QString ArticleText::plain(const ParsedText &text)
 {
-    return text.html ? stripHtml(text.value) : text.value.simplified();
+    if (text.html)
+        return stripHtml(text.value);
+    return isSimplified(text.value) ? text.value : text.value.simplified();
 }
 
 QString ArticleText::html(const ParsedText &text)

@@ -43,6 +43,7 @@ XmlPullReader::XmlPullReader(QByteArray utf8) : m_document(std::move(utf8))
     XML_SetElementHandler(m_parser, &XmlPullReader::onStart, &XmlPullReader::onEnd);
     XML_SetCharacterDataHandler(m_parser, &XmlPullReader::onText);
     m_text.reserve(size_t(std::min<qsizetype>(m_document.size(), 1 << 20)));
+    m_queue.reserve(std::min(kReadAhead, size_t(m_document.size()) / 24 + 8)); // a token in 24 bytes or more
 }
 
 XmlPullReader::~XmlPullReader()
