@@ -3,6 +3,7 @@
 #include <expat.h>
 
 #include <algorithm>
+#include <limits>
 
 namespace quillon {
 
@@ -136,12 +137,15 @@ void XmlPullReader::fill()
     m_text.erase(0, m_pendingStart);
     m_pendingStart = 0;
     while (m_queue.empty()) {
-        const XML_Status status =
-            m_started ? XML_ResumeParser(m_parser)
-                      : XML_Parse(m_parser, m_document.constData(), int(m_document.size()), XML_TRUE);
+        XML_Status status = XML_STATUS_ERROR; // a document longer than expat's int is refused, not cut
+        if (m_started)
+            status = XML_ResumeParser(m_parser);
+        else if (m_document.size() <= std::numeric_limits<int>::max())
+            status = XML_Parse(m_parser, m_document.constData(), int(m_document.size()), XML_TRUE);
         m_started = true;
         if (status == XML_STATUS_ERROR) {
-            m_error = XML_GetErrorCode(m_parser);
+            const XML_Error error = XML_GetErrorCode(m_parser);
+            m_error = error != XML_ERROR_NONE ? error : XML_ERROR_NO_MEMORY;
             m_errorLine = qint64(XML_GetCurrentLineNumber(m_parser));
             m_errorColumn = qint64(XML_GetCurrentColumnNumber(m_parser)) + 1;
             m_queue.push_back(Item{Invalid, -1, {}, {}});
