@@ -7,10 +7,10 @@
 #include <QAtomicInteger>
 #include <QSqlDriver>
 #include <QSqlError>
-#include <QSqlQuery>
-#include <QSqlRecord>
 
 #include <sqlite3.h>
+
+#include <memory>
 
 namespace quillon {
 
@@ -97,21 +97,6 @@ EngineDatabase::Row rowOf(sqlite3_stmt *statement)
     return row;
 }
 
-QList<EngineDatabase::Row> readRows(QSqlQuery &query)
-{
-    QList<EngineDatabase::Row> rows;
-    if (!query.next())
-        return rows;
-    const int columns = query.record().count();
-    do {
-        EngineDatabase::Row row;
-        row.reserve(columns);
-        for (int i = 0; i < columns; ++i)
-            row.append(query.value(i));
-        rows.append(std::move(row));
-    } while (query.next());
-    return rows;
-}
 } // namespace
 
 EngineDatabase::EngineDatabase(QString filePath)
@@ -200,13 +185,14 @@ sqlite3 *EngineDatabase::handle() const
                : nullptr;
 }
 
-sqlite3_stmt *EngineDatabase::prepare(const char *sql, const char *doing)
+sqlite3_stmt *EngineDatabase::prepare(const char *sql, const char *doing, bool kept)
 {
     sqlite3 *db = handle();
     if (!db)
         fail(QString::fromLatin1(doing), QStringLiteral("the database is not open"));
     sqlite3_stmt *statement = nullptr;
-    if (sqlite3_prepare_v3(db, sql, -1, SQLITE_PREPARE_PERSISTENT, &statement, nullptr) != SQLITE_OK)
+    if (sqlite3_prepare_v3(db, sql, -1, kept ? SQLITE_PREPARE_PERSISTENT : 0, &statement, nullptr) !=
+        SQLITE_OK)
         fail(QString::fromLatin1(doing), QString::fromUtf8(sqlite3_errmsg(db)));
     return statement;
 }
@@ -268,10 +254,12 @@ std::optional<qint64> EngineDatabase::insertIfNewRaw(const char *sql, std::initi
 
 QList<EngineDatabase::Row> EngineDatabase::runOnce(const QString &sql, const char *doing)
 {
-    QSqlQuery query(m_db);
-    if (!query.exec(sql))
-        fail(QString::fromLatin1(doing), query.lastError().text());
-    return readRows(query);
+    const std::unique_ptr<sqlite3_stmt, int (*)(sqlite3_stmt *)> statement(
+        prepare(sql.toUtf8().constData(), doing, false), sqlite3_finalize);
+    QList<Row> rows;
+    if (statement) // null for text with no statement in it, such as a comment
+        step(statement.get(), doing, [&rows](sqlite3_stmt *row) { rows.append(rowOf(row)); });
+    return rows;
 }
 
 void EngineDatabase::begin()

@@ -49,7 +49,7 @@ public:
     // without a QVariant or a UTF-16 copy. sql must be a literal; it names the kept statement.
     std::optional<qint64> insertIfNewRaw(const char *sql, std::initializer_list<RawValue> binds,
                                          const char *doing);
-    // Runs a statement once, unprepared (schema scripts, pragmas).
+    // Runs a statement once, not kept (schema scripts, pragmas).
     QList<Row> runOnce(const QString &sql, const char *doing);
 
     // Nested calls join the outermost transaction.
@@ -58,7 +58,8 @@ public:
     void rollback();
 
 private:
-    [[nodiscard]] sqlite3_stmt *prepare(const char *sql, const char *doing);
+    // kept: prepared for many runs, not once.
+    [[nodiscard]] sqlite3_stmt *prepare(const char *sql, const char *doing, bool kept = true);
     // Binds, runs to the end (each row to onRow) and resets; throws on a failure.
     sqlite3 *run(const QString &sql, const QVariantList &binds, const char *doing,
                  const std::function<void(sqlite3_stmt *)> &onRow);
