@@ -1,9 +1,11 @@
 #pragma once
 
 // The floor under reading a feed: expat over the document as the engine's reader sets it up
-// (UTF-8, namespaces, prefixes kept), with handlers that only count the elements.
+// (UTF-8, namespaces, prefixes kept), with handlers that only count the elements; and the same
+// bare pass with QXmlStreamReader, which the engine read with before, for comparison.
 
 #include <QByteArray>
+#include <QXmlStreamReader>
 
 #include <expat.h>
 
@@ -20,4 +22,14 @@ inline qint64 bareXmlPass(const QByteArray &document)
     XML_Parse(parser, document.constData(), int(document.size()), XML_TRUE);
     XML_ParserFree(parser);
     return elements;
+}
+
+// Tokens of a QXmlStreamReader pass, readNext to the end, nothing kept.
+inline qint64 bareQtPass(const QByteArray &document)
+{
+    qint64 tokens = 0;
+    QXmlStreamReader reader(document);
+    for (; !reader.atEnd(); ++tokens)
+        reader.readNext();
+    return tokens;
 }
