@@ -65,13 +65,13 @@ XmlPullReader::Token XmlPullReader::readNext()
 
 bool XmlPullReader::readNextStartElement()
 {
-    while (readNext() != Invalid && !atEnd()) {
-        if (m_current.type == EndElement)
-            return false;
-        if (m_current.type == StartElement)
+    for (;;) {
+        const Token token = readNext();
+        if (token == StartElement)
             return true;
+        if (token == EndElement || atEnd())
+            return false;
     }
-    return false;
 }
 
 void XmlPullReader::skipCurrentElement()
