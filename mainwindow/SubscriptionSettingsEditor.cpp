@@ -148,11 +148,12 @@ void SubscriptionSettingsEditor::LoadSubscriptionTab()
 
 void SubscriptionSettingsEditor::ShowCaption()
 {
+    // A tab reads '&' as the mark of a shortcut: "News & views" would show as "News _views".
+    const QString title = QString(m_selection.title).replace(QLatin1Char('&'), QLatin1String("&&"));
     ui->tabSettingsTabs->setTabText(ui->tabSettingsTabs->indexOf(ui->tabSubscription),
                                     m_selection.kind == Kind::None
                                         ? QStringLiteral("Settings")
-                                        : QStringLiteral("Settings for '") + m_selection.title +
-                                              QLatin1Char('\''));
+                                        : QStringLiteral("Settings for '") + title + QLatin1Char('\''));
 }
 
 void SubscriptionSettingsEditor::ShowTitle(const QString &title)

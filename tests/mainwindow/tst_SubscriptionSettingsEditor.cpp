@@ -213,12 +213,13 @@ void tst_SubscriptionSettingsEditor::loginNeedsBothFieldsAndANewTitleGoesToOutlo
     QVERIFY(m_editor->ApplyEdits());
     QCOMPARE(itemText(id, "USER"), QString("alice"));
 
-    edit({"txtSubTitle=New name"});
+    edit({"txtSubTitle=News & views"});
     QVERIFY(m_editor->ApplyEdits());
-    QCOMPARE(setting("OLCONSUMER", id, "FOLDERTITLE"), QString("New name"));
+    QCOMPARE(setting("OLCONSUMER", id, "FOLDERTITLE"), QString("News & views"));
     QCOMPARE(titles.size(), 1);
-    QCOMPARE(titles[0][0].toString(), QString("New name"));
-    QCOMPARE(child<QTabWidget>("tabSettingsTabs")->tabText(0), QString("Settings for 'New name'"));
+    QCOMPARE(titles[0][0].toString(), QString("News & views"));
+    // The '&' is shown, not taken for a shortcut.
+    QCOMPARE(child<QTabWidget>("tabSettingsTabs")->tabText(0), QString("Settings for 'News && views'"));
 }
 
 void tst_SubscriptionSettingsEditor::commitAsksAndFollowsTheAnswer()
