@@ -115,23 +115,35 @@ PropertyValue SubscriptionFields::fromColumn(const QVariant &value)
 
 QString SubscriptionFields::isoDate(const QDateTime &time)
 {
-    // Every stored article has dates; Qt's general formatter is several times slower than this.
-    const QDateTime utc = time.timeSpec() == Qt::UTC ? time : time.toUTC();
-    const QDate date = utc.date();
-    const QTime clock = utc.time();
-    if (!date.isValid() || date.year() < 1 || date.year() > 9999)
-        return utc.toString(Qt::ISODate);
+    // Every stored article has dates. Qt's formatter, and even QDate's fields, which each work
+    // the calendar out again, cost several times this reckoning from the seconds since 1970.
+    constexpr qint64 kMsecsPerDay = 86400000;
+    const qint64 msecs = time.isValid() ? time.toMSecsSinceEpoch() : 0;
+    const qint64 days = msecs / kMsecsPerDay - (msecs % kMsecsPerDay < 0 ? 1 : 0);
+    const qint64 secondOfDay = (msecs - days * kMsecsPerDay) / 1000;
+    // Days since 1970 to a Gregorian date, counted in 400-year eras from 1 March of year 0.
+    const qint64 shifted = days + 719468;
+    const qint64 era = (shifted >= 0 ? shifted : shifted - 146096) / 146097;
+    const qint64 dayOfEra = shifted - era * 146097;
+    const qint64 yearOfEra = (dayOfEra - dayOfEra / 1460 + dayOfEra / 36524 - dayOfEra / 146096) / 365;
+    const qint64 dayOfYear = dayOfEra - (365 * yearOfEra + yearOfEra / 4 - yearOfEra / 100);
+    const qint64 shiftedMonth = (5 * dayOfYear + 2) / 153;
+    const int day = int(dayOfYear - (153 * shiftedMonth + 2) / 5 + 1);
+    const int month = int(shiftedMonth < 10 ? shiftedMonth + 3 : shiftedMonth - 9);
+    const qint64 year = yearOfEra + era * 400 + (month <= 2 ? 1 : 0);
+    if (!time.isValid() || year < 1 || year > 9999)
+        return time.toUTC().toString(Qt::ISODate);
     char text[] = "0000-00-00T00:00:00Z";
-    const auto put = [&text](int value, int at, int width) {
+    const auto put = [&text](qint64 value, int at, int width) {
         for (int i = at + width - 1; i >= at; --i, value /= 10)
             text[i] = char('0' + value % 10);
     };
-    put(date.year(), 0, 4);
-    put(date.month(), 5, 2);
-    put(date.day(), 8, 2);
-    put(clock.hour(), 11, 2);
-    put(clock.minute(), 14, 2);
-    put(clock.second(), 17, 2);
+    put(year, 0, 4);
+    put(month, 5, 2);
+    put(day, 8, 2);
+    put(secondOfDay / 3600, 11, 2);
+    put(secondOfDay / 60 % 60, 14, 2);
+    put(secondOfDay % 60, 17, 2);
     return QString::fromLatin1(text, 20);
 }
 

@@ -106,7 +106,7 @@ QString CharsetDecoder::declaredEncoding(const QByteArray &bytes)
     return QString::fromLatin1(head.mid(i + 1, close - i - 1)).trimmed();
 }
 
-CharsetDecoder::Result CharsetDecoder::decode(const QByteArray &bytes, const QString &contentType)
+QString CharsetDecoder::decoderName(const QByteArray &bytes, const QString &contentType)
 {
     QString label = encodingFromBom(bytes);
     if (label.isEmpty())
@@ -115,8 +115,12 @@ CharsetDecoder::Result CharsetDecoder::decode(const QByteArray &bytes, const QSt
         label = declaredEncoding(bytes);
     if (label.isEmpty())
         label = QStringLiteral("UTF-8");
+    return preferredDecoderName(label);
+}
 
-    const QString name = preferredDecoderName(label);
+CharsetDecoder::Result CharsetDecoder::decode(const QByteArray &bytes, const QString &contentType)
+{
+    const QString name = decoderName(bytes, contentType);
     if (auto text = tryDecode(bytes, name))
         return {std::move(*text), name, false};
     // The label lied or is unknown: UTF-8 is the likeliest truth, else any byte is a character.

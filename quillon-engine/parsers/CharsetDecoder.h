@@ -18,6 +18,8 @@ public:
     };
 
     [[nodiscard]] static Result decode(const QByteArray &bytes, const QString &contentType = {});
+    // The set decode() tries first, in lower case ("utf-8", "windows-1252").
+    [[nodiscard]] static QString decoderName(const QByteArray &bytes, const QString &contentType = {});
 
     // The charset parameter of a content type ("text/xml; charset=utf-8"), or empty.
     [[nodiscard]] static QString charsetOfContentType(const QString &contentType);

@@ -2,6 +2,7 @@
 
 #include <QVarLengthArray>
 
+#include <algorithm>
 #include <optional>
 
 namespace quillon {
@@ -192,6 +193,43 @@ struct Cursor
     }
 };
 
+// "Tue, 14 Nov 2023 22:13:20 GMT" or "... +0100", the form nearly every feed writes, read at
+// fixed places in a tenth of the general reader's time. Empty when the text is in any other
+// form, or when the general reader must judge it (a day or time out of range).
+std::optional<QDateTime> canonicalRfc822(QStringView s)
+{
+    static constexpr QStringView kWeekdays[] = {u"mon", u"tue", u"wed", u"thu", u"fri", u"sat", u"sun"};
+    static constexpr QStringView kShape = u"___, __ ___ ____ __:__:__ "; // '_' stands for anything
+    if (s.size() != 29 && s.size() != 31)
+        return std::nullopt;
+    for (qsizetype i = 0; i < kShape.size(); ++i) {
+        if (kShape[i] != u'_' && s[i] != kShape[i])
+            return std::nullopt;
+    }
+    const auto number = [s](qsizetype at, qsizetype width) { return digitsValue(s.mid(at, width)); };
+    const auto lowered = [s](qsizetype k) { return char16_t(s[k].unicode() | 0x20); };
+    const bool weekday =
+        std::any_of(std::begin(kWeekdays), std::end(kWeekdays), [&lowered](QStringView name) {
+            return lowered(0) == name[0] && lowered(1) == name[1] && lowered(2) == name[2];
+        });
+    const int day = number(5, 2), month = monthFromName(s.mid(8, 3)), year = number(12, 4);
+    const int hour = number(17, 2), minute = number(20, 2), second = number(23, 2);
+    int zone = 0;
+    if (s.size() == 31) {
+        const int offset = number(27, 4);
+        if ((s[26] != u'+' && s[26] != u'-') || offset < 0)
+            return std::nullopt;
+        zone = (offset / 100) * 60 + offset % 100;
+        zone = s[26] == u'-' ? -zone : zone;
+    } else if (s.mid(26) != u"GMT" && s.mid(26) != u"UTC") {
+        return std::nullopt;
+    }
+    if (!weekday || day < 1 || day > 31 || month == 0 || year < 0 || hour < 0 || minute < 0 || second < 0)
+        return std::nullopt;
+    const QDateTime utc = utcFrom(QDate(year, month, day), QTime(hour, minute, second), zone);
+    return utc.isValid() ? std::optional<QDateTime>(utc) : std::nullopt;
+}
+
 qsizetype zoneSignIndex(QStringView token)
 {
     for (qsizetype i = 1; i < token.size(); ++i) {
@@ -220,6 +258,8 @@ QDateTime FeedDateParser::parse(QStringView text)
 // "Sep 7 2002 00:00 EST", "Sat Sep 07 00:00:01 +0000 2002").
 QDateTime FeedDateParser::parseRfc822(QStringView text)
 {
+    if (const auto canonical = canonicalRfc822(text))
+        return *canonical;
     int day = 0, month = 0, year = -1, zone = 0;
     QTime time(0, 0);
     for (QStringView token : tokensOf(text)) {

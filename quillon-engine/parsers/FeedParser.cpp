@@ -22,7 +22,7 @@ ParsedFeed read(const XmlSource::Prepared &prepared, const QUrl &baseUrl, bool l
         return feed;
     }
 
-    XmlPullReader xml(prepared.text.toUtf8());
+    XmlPullReader xml(prepared.utf8.isNull() ? prepared.text.toUtf8() : prepared.utf8);
     if (xml.readNextStartElement()) {
         FeedReader reader(xml, feed);
         if (!reader.read(baseUrl)) {
@@ -47,10 +47,19 @@ ParsedFeed read(const XmlSource::Prepared &prepared, const QUrl &baseUrl, bool l
 
 ParsedFeed FeedParser::parse(const QByteArray &bytes, const QString &contentType, const QUrl &baseUrl)
 {
-    XmlSource::Prepared prepared = XmlSource::decode(bytes, contentType);
     // Most feeds need no mending, and looking for what to mend costs a pass over the whole
-    // document: the text is read as it came first, and mended and read again only on a fault.
-    if (prepared.error == ParseError::None && XmlSource::readsAsMended(prepared.text)) {
+    // document: the document is read as it came first, and mended and read again only on a
+    // fault. Most also come in UTF-8, which the reader takes as it came, without decoding.
+    const std::optional<XmlSource::Prepared> received = XmlSource::asReceived(bytes, contentType);
+    if (received) {
+        ParsedFeed feed = read(*received, baseUrl, false);
+        if (feed.error == ParseError::None)
+            return feed;
+    }
+    XmlSource::Prepared prepared = XmlSource::decode(bytes, contentType);
+    const bool triedAsDecoded =
+        received && prepared.encoding == received->encoding && !prepared.encodingFallback;
+    if (!triedAsDecoded && prepared.error == ParseError::None && XmlSource::readsAsMended(prepared.text)) {
         ParsedFeed feed = read(prepared, baseUrl, false);
         if (feed.error == ParseError::None)
             return feed;

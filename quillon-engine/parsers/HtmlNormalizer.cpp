@@ -123,21 +123,25 @@ QString HtmlNormalizer::normalize(QStringView html, const QUrl &base)
 // output takes the input up to the next piece that changes, in one go.
 void HtmlNormalizer::normalize()
 {
-    // Qt's search for one character is vectorised. Each next place (the end when there is
-    // none) is kept until passed, so the input is searched once for each character.
+    // Each next place (the end when there is none) is kept until passed, so the input is
+    // searched once for each character. '&' is rare and found by Qt's vectorised search; '<'
+    // comes every few words, where a plain loop costs less than a call to that search.
     const qsizetype size = m_in.size();
-    const auto next = [this, size](char16_t c, qsizetype from) {
-        const qsizetype at = m_in.indexOf(c, from);
+    const auto nextAmpersand = [this, size](qsizetype from) {
+        const qsizetype at = m_in.indexOf(u'&', from);
         return at < 0 ? size : at;
     };
-    qsizetype ampersand = next(u'&', 0);
-    qsizetype lessThan = next(u'<', 0);
+    const auto nextLessThan = [this](qsizetype from) {
+        return qsizetype(std::find(m_in.begin() + from, m_in.end(), QChar(u'<')) - m_in.begin());
+    };
+    qsizetype ampersand = nextAmpersand(0);
+    qsizetype lessThan = nextLessThan(0);
     for (qsizetype i = 0; qMin(ampersand, lessThan) < size;) {
         i = ampersand < lessThan ? handleAmpersand(ampersand) : handleMarkup(lessThan);
         if (ampersand < i)
-            ampersand = next(u'&', i);
+            ampersand = nextAmpersand(i);
         if (lessThan < i)
-            lessThan = next(u'<', i);
+            lessThan = nextLessThan(i);
     }
     if (!m_out.isNull())
         m_out.append(m_in.mid(m_copied));
@@ -220,7 +224,9 @@ qsizetype HtmlNormalizer::handleEndTag(qsizetype i)
     qsizetype nameEnd = i + 2;
     while (nameEnd < m_in.size() && isTagNameChar(m_in[nameEnd]))
         ++nameEnd;
-    const qsizetype close = m_in.indexOf(u'>', nameEnd);
+    // Most end tags close right after the name: no search for those.
+    const qsizetype close =
+        nameEnd < m_in.size() && m_in[nameEnd] == u'>' ? nameEnd : m_in.indexOf(u'>', nameEnd);
     if (close < 0) {
         m_noMoreTags = true;
         return escapeLessThan(i);

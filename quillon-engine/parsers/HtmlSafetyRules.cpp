@@ -1,9 +1,10 @@
 #include "HtmlSafetyRules.h"
 
-#include <QHash>
-#include <QSet>
+#include <QVarLengthArray>
 
 #include <algorithm>
+#include <array>
+#include <optional>
 
 namespace quillon::HtmlSafety {
 
@@ -55,43 +56,111 @@ constexpr QStringView kUnsafeStyle[] = {u"\\",       u"/*",      u"expression", 
                                         u"vbscript", u"data:",   u"url(",       u"image(",
                                         u"behavior", u"binding", u"@import",    u"&#"};
 
-// One hash per table, made on first use: every tag and attribute is looked up in these, and a
-// scan of the longer ones (80 names) cost more than the rest of the tag's handling.
-template <const auto &Set> bool isOneOf(QStringView name)
+// The names in the tables are short ASCII; packed into two words, one is found in a small
+// open-addressed table with a multiply and a compare or two. Every tag and attribute is looked up
+// here, and Qt's string hash cost more than the rest of a tag's handling.
+struct PackedName
 {
-    static const QSet<QStringView> names(std::begin(Set), std::end(Set));
-    return names.contains(name);
+    quint64 low = 0;
+    quint64 high = 0;
+    bool operator==(const PackedName &) const = default;
+};
+
+// Empty for a name no table can hold: empty, longer than 16 characters, or not ASCII.
+std::optional<PackedName> pack(QStringView name)
+{
+    if (name.isEmpty() || name.size() > 16)
+        return std::nullopt;
+    PackedName packed;
+    for (qsizetype i = 0; i < name.size(); ++i) {
+        const char16_t c = name[i].unicode();
+        if (c == 0 || c >= 0x80)
+            return std::nullopt;
+        (i < 8 ? packed.low : packed.high) |= quint64(c) << (8 * (i % 8));
+    }
+    return packed;
 }
 
-// A link's scheme as a browser reads it (blanks and controls ignored, any case); empty for a
-// relative address.
-QString schemeOf(QStringView value)
+// A fixed set of names, each with a value; a name not in it reads as 0.
+template <int Bits> class NameTable
 {
-    QString scheme;
+public:
+    void add(QStringView name, quint8 value)
+    {
+        const PackedName key = *pack(name);
+        size_t i = hash(key);
+        while (m_slots[i].value != 0 && !(m_slots[i].key == key))
+            i = (i + 1) % kSize;
+        m_slots[i].key = key;
+        m_slots[i].value |= value;
+    }
+    [[nodiscard]] quint8 value(QStringView name) const
+    {
+        const auto key = pack(name);
+        if (!key)
+            return 0;
+        for (size_t i = hash(*key); m_slots[i].value != 0; i = (i + 1) % kSize) {
+            if (m_slots[i].key == *key)
+                return m_slots[i].value;
+        }
+        return 0;
+    }
+
+private:
+    static constexpr size_t kSize = size_t(1) << Bits;
+    struct Slot
+    {
+        PackedName key;
+        quint8 value = 0;
+    };
+    static size_t hash(const PackedName &key)
+    {
+        return size_t(((key.low ^ (key.high * 0x9E3779B97F4A7C15ULL)) * 0xFF51AFD7ED558CCDULL) >>
+                      (64 - Bits));
+    }
+    std::array<Slot, kSize> m_slots{};
+};
+
+template <const auto &Set> bool isOneOf(QStringView name)
+{
+    static const NameTable<8> names = [] {
+        NameTable<8> table;
+        for (const QStringView entry : Set)
+            table.add(entry, 1);
+        return table;
+    }();
+    return names.value(name) != 0;
+}
+
+// A link's scheme as a browser reads it (blanks and controls ignored, any case), kept off the
+// heap: every link is checked. Empty for a relative address.
+QVarLengthArray<char16_t, 16> schemeOf(QStringView value)
+{
+    QVarLengthArray<char16_t, 16> scheme;
     for (const QChar c : value) {
         if (c.isSpace() || c.unicode() < 0x20)
             continue;
         if (c == u':')
             return scheme;
         if (c == u'/' || c == u'?' || c == u'#')
-            return QString();
-        scheme.append(c.toLower());
+            break;
+        scheme.append(c.toLower().unicode());
     }
-    return QString();
+    return {};
 }
 
 } // namespace
 
 quint8 elementKind(QStringView name)
 {
-    static const QHash<QStringView, quint8> kinds = [] {
-        QHash<QStringView, quint8> table;
+    static const NameTable<8> kinds = [] {
+        NameTable<8> table;
         for (const QStringView element : kAllowedElements)
-            table[element] |= Allowed;
+            table.add(element, Allowed);
         for (const QStringView element : kVoidElements)
-            table[element] |= Void;
+            table.add(element, Void);
         for (const QStringView element : kDroppedWithContent)
-            table[element] |= DroppedWithContent;
+            table.add(element, DroppedWithContent);
         return table;
     }();
     return kinds.value(name);
@@ -109,8 +178,8 @@ bool isAllowedAttribute(QStringView name)
 
 bool isSafeUri(QStringView value)
 {
-    const QString scheme = schemeOf(value);
-    return scheme.isEmpty() || isOneOf<kAllowedSchemes>(scheme);
+    const auto scheme = schemeOf(value);
+    return scheme.isEmpty() || isOneOf<kAllowedSchemes>(QStringView(scheme.data(), scheme.size()));
 }
 
 bool isSafeStyle(QStringView value)

@@ -34,7 +34,7 @@ public:
     [[nodiscard]] ParsedText result() const;
 
 private:
-    void characters(QStringView text);
+    void characters(const XmlPullReader &xml);
     void startElement(const XmlPullReader &xml);
     void endElement(const XmlPullReader &xml);
 
@@ -52,7 +52,7 @@ void Collector::run(XmlPullReader &xml)
     while (!xml.atEnd()) {
         switch (xml.readNext()) {
         case XmlPullReader::Characters:
-            characters(xml.text());
+            characters(xml);
             break;
         case XmlPullReader::StartElement:
             startElement(xml);
@@ -68,10 +68,13 @@ void Collector::run(XmlPullReader &xml)
     }
 }
 
-void Collector::characters(QStringView text)
+void Collector::characters(const XmlPullReader &xml)
 {
-    if (m_options.mode == TextConstructReader::Mode::Html)
-        m_markup.append(text); // already HTML source
+    const QStringView text = xml.text();
+    if (m_options.mode == TextConstructReader::Mode::Html && m_markup.isEmpty())
+        m_markup = xml.textString(); // already HTML source, and most often in one piece
+    else if (m_options.mode == TextConstructReader::Mode::Html)
+        m_markup.append(text);
     else if (m_options.mode == TextConstructReader::Mode::Base64)
         m_text.append(text);
     else if (!m_sawElement && m_options.mode == TextConstructReader::Mode::Plain)

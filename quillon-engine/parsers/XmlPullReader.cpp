@@ -84,17 +84,21 @@ void XmlPullReader::skipCurrentElement()
 
 QString XmlPullReader::readElementText()
 {
-    QByteArray text;
+    // Text comes in one piece unless a comment or child element splits it: the first piece is
+    // decoded straight into the result. Each piece is whole characters.
+    QString text;
     while (!atEnd()) {
         const Token token = readNext();
-        if (token == Characters)
-            text.append(m_text.data() + m_current.textStart, qsizetype(m_current.textLength));
+        if (token == Characters && text.isEmpty())
+            text = textString();
+        else if (token == Characters)
+            text.append(this->text());
         else if (token == StartElement)
             skipCurrentElement();
         else if (token == EndElement)
             break;
     }
-    return QString::fromUtf8(text);
+    return text;
 }
 
 QString XmlPullReader::errorString() const
@@ -118,6 +122,16 @@ QStringView XmlPullReader::namespaceUri() const
 }
 
 QStringView XmlPullReader::text() const
+{
+    return decodedText();
+}
+
+QString XmlPullReader::textString() const
+{
+    return decodedText();
+}
+
+const QString &XmlPullReader::decodedText() const
 {
     if (!m_textDecoded) {
         m_decodedText =

@@ -66,8 +66,12 @@ public:
     [[nodiscard]] QStringView namespaceUri() const;
     [[nodiscard]] const XmlAttributes &attributes() const { return m_current.attributes; }
     [[nodiscard]] QStringView text() const;
+    // The same text as a string that shares the reader's copy instead of making another.
+    [[nodiscard]] QString textString() const;
 
 private:
+    const QString &decodedText() const;
+
     struct Name
     {
         QString namespaceUri, local, qualified;

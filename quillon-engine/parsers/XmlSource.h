@@ -5,6 +5,8 @@
 #include <QByteArray>
 #include <QString>
 
+#include <optional>
+
 namespace quillon {
 
 class XmlPullReader;
@@ -17,6 +19,7 @@ public:
     struct Prepared
     {
         QString text;
+        QByteArray utf8; // instead of the text: the bytes as they came, for the reader to check
         QString encoding;
         bool encodingFallback = false;
         int repairs = 0;
@@ -33,6 +36,11 @@ public:
     // digits or more, or a '<' inside a processing instruction. Whole-document looks for '&'
     // and '?', several times cheaper than mending.
     [[nodiscard]] static bool readsAsMended(const QString &text);
+    // The bytes as they came, when they are to be read as UTF-8 and readsAsMended() holds of
+    // them: most feeds, which the reader then takes without a copy decoded and encoded again.
+    // Bytes that are not UTF-8 after all make the reader fail, and take the long way.
+    [[nodiscard]] static std::optional<Prepared> asReceived(const QByteArray &bytes,
+                                                            const QString &contentType);
     // "line 3, column 7: <reason>"
     [[nodiscard]] static QString describeError(const XmlPullReader &reader);
     [[nodiscard]] static ParseError classifyError(const XmlPullReader &reader);

@@ -4,8 +4,10 @@
 #include "InProcessLink.h"
 #include "LinkedSubscribeClient.h"
 #include "SideConnection.h"
+#include "SubscriptionFields.h"
 #include "TestEngine.h"
 #include "TestFiles.h"
+#include "TestRows.h"
 
 #include <QDateTime>
 #include <QDir>
@@ -57,6 +59,8 @@ private Q_SLOTS:
     void badRequestsAndCallsSayWhy();
     void reopenedStoreKeepsEverything();
     void connectionsAndTermination();
+    void storedDatesAreUtcToTheSecond_data();
+    void storedDatesAreUtcToTheSecond();
 };
 
 SubscribeClientPtr tst_EngineCore::client(const QString &consumerId, std::shared_ptr<CopyingCallback> *events)
@@ -381,6 +385,34 @@ void tst_EngineCore::connectionsAndTermination()
     QCOMPARE(m_engine->core().connectedConsumers().size(), 2);
     m_clients.removeLast();
     QCOMPARE(m_engine->core().connectedConsumers(), QStringList{"CONFIGCONSUMER"});
+}
+
+void tst_EngineCore::storedDatesAreUtcToTheSecond_data()
+{
+    QTest::addColumn<QDateTime>("time");
+    QTest::addColumn<QString>("stored");
+
+    const auto utc = [](const char *iso) {
+        return QDateTime::fromString(QLatin1String(iso), Qt::ISODateWithMs);
+    };
+    row("epoch", utc("1970-01-01T00:00:00Z"), QStringLiteral("1970-01-01T00:00:00Z"));
+    row("before 1970, fraction cut", utc("1969-12-31T23:59:59.500Z"), QStringLiteral("1969-12-31T23:59:59Z"));
+    row("leap day", utc("2024-02-29T12:34:56.999Z"), QStringLiteral("2024-02-29T12:34:56Z"));
+    row("century leap day", utc("2000-02-29T00:00:00Z"), QStringLiteral("2000-02-29T00:00:00Z"));
+    row("1 March of a century", utc("1900-03-01T08:00:00Z"), QStringLiteral("1900-03-01T08:00:00Z"));
+    row("year 1", utc("0001-01-01T00:00:00Z"), QStringLiteral("0001-01-01T00:00:00Z"));
+    row("year 9999", utc("9999-12-31T23:59:59Z"), QStringLiteral("9999-12-31T23:59:59Z"));
+    row("offset", utc("2023-11-14T23:30:00+02:00"), QStringLiteral("2023-11-14T21:30:00Z"));
+    row("past year 9999", utc("9999-12-31T23:00:00-02:00"), QString());
+    row("no date", QDateTime(), QString());
+}
+
+// Dates are written by hand for speed: they must read as Qt would write them.
+void tst_EngineCore::storedDatesAreUtcToTheSecond()
+{
+    QFETCH(QDateTime, time);
+    QFETCH(QString, stored);
+    QCOMPARE(SubscriptionFields::isoDate(time), stored);
 }
 
 QTEST_GUILESS_MAIN(tst_EngineCore)

@@ -41,6 +41,14 @@ void tst_FeedDateParser::readsDateForms_data()
     row("day out of range", "Sun, 32 Jan 2004 12:00 GMT", "");
     row("month out of range", "2004-13-01T00:00:00Z", "");
     row("bad time", "Sat, 07 Sep 2002 25:61:00 GMT", "");
+    // The common form's own reader must agree with the general one at its edges.
+    row("common form, offset", "Tue, 14 Nov 2023 22:13:20 -0130", "2023-11-14T23:43:20Z");
+    row("common form, lower case", "tue, 14 nov 2023 22:13:20 UTC", "2023-11-14T22:13:20Z");
+    row("common form, midnight as 24", "Tue, 14 Nov 2023 24:00:00 GMT", "2023-11-14T23:59:59Z");
+    row("common form, 30 February", "Fri, 30 Feb 2024 10:00:00 GMT", "");
+    row("common form, day 00", "Tue, 00 Nov 2023 22:13:20 GMT", "");
+    row("month where the weekday goes", "Mar, 14 Nov 2023 22:13:20 GMT", "2023-03-14T22:13:20Z");
+    row("common form, unknown zone", "Tue, 14 Nov 2023 22:13:20 XYZ", "2023-11-14T22:13:20Z");
     row("unreadable high-bit text", QString::fromUtf8("Πεμ, 29 Ιολ 2004 12:53:00 GMT"), "");
 }
 

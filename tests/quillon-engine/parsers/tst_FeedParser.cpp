@@ -114,6 +114,10 @@ void tst_FeedParser::choosesCharacterSetByPrecedence_data()
         "\xFF\xFE" + encoded(QString::fromLatin1(rss("UTF-16", "X")).replace(u'X', greek), "UTF-16LE");
     QTest::newRow("byte-order mark beats HTTP")
         << utf16 << "application/rss+xml; charset=koi8-r" << greek << false;
+    QTest::newRow("UTF-8, read as it came")
+        << rss("UTF-8", cyrillic.toUtf8()) << QString() << cyrillic << false;
+    QTest::newRow("UTF-8 byte-order mark")
+        << "\xEF\xBB\xBF" + rss("utf-8", greek.toUtf8()) << QString() << greek << false;
     QTest::newRow("declared UTF-8 that is not") << rss("UTF-8", "caf\xE9") << QString() << "café" << true;
     QTest::newRow("unknown charset") << rss("x-no-such-set", "plain") << QString() << "plain" << true;
 }
