@@ -266,10 +266,14 @@ qsizetype HtmlNormalizer::handleStartTag(qsizetype i)
     }
     if (!(tag.kind & Allowed))
         return drop(i, tag.end); // the tag goes, its text stays
-    if (isWrittenAsEmitted(tag, i))
+    // Written in the form it is given, a tag with a link and all is not copied either.
+    m_tag.clear();
+    m_tag.reserve(tag.end - i + 16);
+    emitStartTag(tag, m_tag);
+    if (m_in.mid(i, tag.end - i) == m_tag)
         return tag.end;
     replace(i, tag.end);
-    emitStartTag(tag);
+    m_out.append(m_tag);
     return tag.end;
 }
 
@@ -283,16 +287,6 @@ qsizetype HtmlNormalizer::plainTagEnd(qsizetype i) const
     if (p >= m_in.size() || m_in[p] != u'>')
         return 0;
     return elementKind(m_in.mid(i + 1, p - i - 1)) == Allowed ? p + 1 : 0;
-}
-
-// Whether a tag without attributes is written just as emitStartTag() would write it.
-bool HtmlNormalizer::isWrittenAsEmitted(const Tag &tag, qsizetype i) const
-{
-    const QStringView written = m_in.mid(i, tag.end - i);
-    if (!tag.attributes.isEmpty() || written.mid(1, tag.name.size()) != tag.name)
-        return false;
-    const QStringView close = written.mid(1 + tag.name.size());
-    return (tag.kind & Void) ? close == u" />" : (!tag.selfClosing && close == u">");
 }
 
 HtmlNormalizer::Tag HtmlNormalizer::readStartTag(qsizetype i) const
@@ -355,13 +349,13 @@ qsizetype HtmlNormalizer::readAttribute(qsizetype p, Tag &tag) const
     return p;
 }
 
-void HtmlNormalizer::emitStartTag(Tag &tag)
+void HtmlNormalizer::emitStartTag(Tag &tag, QString &out) const
 {
     if (tag.attributes.size() > 1)
         std::stable_sort(tag.attributes.begin(), tag.attributes.end(),
                          [](const Attribute &a, const Attribute &b) { return a.name < b.name; });
-    m_out.append(u'<');
-    m_out.append(tag.name);
+    out.append(u'<');
+    out.append(tag.name);
     QStringView previous;
     for (Attribute &attribute : tag.attributes) {
         if (attribute.name == previous || !keepAttribute(attribute))
@@ -369,20 +363,20 @@ void HtmlNormalizer::emitStartTag(Tag &tag)
         previous = attribute.name;
         if (isUriAttribute(attribute.name))
             attribute.value = resolved(attribute.value);
-        m_out.append(u' ');
-        m_out.append(attribute.name);
-        m_out.append(u"=\"");
-        appendEscaped(m_out, attribute.value);
-        m_out.append(u'"');
+        out.append(u' ');
+        out.append(attribute.name);
+        out.append(u"=\"");
+        appendEscaped(out, attribute.value);
+        out.append(u'"');
     }
     if (tag.kind & Void) {
-        m_out.append(u" />");
+        out.append(u" />");
     } else if (tag.selfClosing) {
-        m_out.append(u"></");
-        m_out.append(tag.name);
-        m_out.append(u'>');
+        out.append(u"></");
+        out.append(tag.name);
+        out.append(u'>');
     } else {
-        m_out.append(u'>');
+        out.append(u'>');
     }
 }
 
@@ -405,7 +399,8 @@ void HtmlNormalizer::appendEscaped(QString &out, QStringView text)
     qsizetype runStart = 0;
     for (qsizetype i = 0; i < text.size(); ++i) {
         const char16_t c = text[i].unicode();
-        if (c != u'&' && c != u'<' && c != u'>' && c != u'"')
+        // Letters sort after all four: one comparison for most characters.
+        if (c > u'>' || (c != u'&' && c != u'<' && c != u'>' && c != u'"'))
             continue;
         out.append(text.mid(runStart, i - runStart));
         out.append(c == u'&' ? u"&amp;" : c == u'<' ? u"&lt;" : c == u'>' ? u"&gt;" : u"&quot;");

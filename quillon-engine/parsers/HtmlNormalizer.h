@@ -47,8 +47,7 @@ private:
     [[nodiscard]] qsizetype plainTagEnd(qsizetype i) const;
     Tag readStartTag(qsizetype i) const;
     qsizetype readAttribute(qsizetype i, Tag &tag) const;
-    [[nodiscard]] bool isWrittenAsEmitted(const Tag &tag, qsizetype i) const;
-    void emitStartTag(Tag &tag);
+    void emitStartTag(Tag &tag, QString &out) const;
     [[nodiscard]] bool keepAttribute(const Attribute &attribute) const;
     [[nodiscard]] QString resolved(const QString &uri) const;
     qsizetype escapeLessThan(qsizetype i);
@@ -56,6 +55,7 @@ private:
     QStringView m_in;
     QUrl m_base;
     QString m_out;             // stays null while the input needs no change
+    QString m_tag;             // a start tag as it is given, to compare with the input
     qsizetype m_copied = 0;    // how much of the input the output holds, changed or not
     bool m_noMoreTags = false; // a tag ran off the end: later '<' cannot close either
 };

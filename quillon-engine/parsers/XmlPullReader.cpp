@@ -15,6 +15,8 @@ constexpr char kSeparator = '\x01';
 // slower, so a feed of ordinary size is read in one go; a large one a batch at a time, which
 // keeps memory bounded.
 constexpr size_t kReadAhead = 4096;
+// Names kept for the thread's next documents; more are dropped before the next one.
+constexpr size_t kKeptNames = 4096;
 
 } // namespace
 
@@ -36,8 +38,19 @@ QStringView XmlAttributes::value(QStringView namespaceUri, QStringView name) con
     return {};
 }
 
-XmlPullReader::XmlPullReader(QByteArray utf8) : m_document(std::move(utf8))
+XmlPullReader::Names &XmlPullReader::namesOfThisThread()
 {
+    thread_local Names names;
+    if (names.readers == 0 && names.names.size() > kKeptNames) {
+        names.names.clear();
+        names.index.clear();
+    }
+    return names;
+}
+
+XmlPullReader::XmlPullReader(QByteArray utf8) : m_document(std::move(utf8)), m_names(namesOfThisThread())
+{
+    ++m_names.readers;
     m_parser = XML_ParserCreateNS("UTF-8", kSeparator);
     XML_SetReturnNSTriplet(m_parser, 1);
     XML_SetUserData(m_parser, this);
@@ -50,6 +63,7 @@ XmlPullReader::XmlPullReader(QByteArray utf8) : m_document(std::move(utf8))
 XmlPullReader::~XmlPullReader()
 {
     XML_ParserFree(m_parser);
+    --m_names.readers;
 }
 
 XmlPullReader::Token XmlPullReader::readNext()
@@ -113,12 +127,12 @@ QString XmlPullReader::errorString() const
 
 QStringView XmlPullReader::name() const
 {
-    return m_current.name < 0 ? QStringView() : QStringView(m_names[size_t(m_current.name)].local);
+    return m_current.name < 0 ? QStringView() : QStringView(m_names.names[size_t(m_current.name)].local);
 }
 
 QStringView XmlPullReader::namespaceUri() const
 {
-    return m_current.name < 0 ? QStringView() : QStringView(m_names[size_t(m_current.name)].namespaceUri);
+    return m_current.name < 0 ? QStringView() : QStringView(m_names.names[size_t(m_current.name)].namespaceUri);
 }
 
 QStringView XmlPullReader::text() const
@@ -198,7 +212,7 @@ void XmlPullReader::suspend()
 int XmlPullReader::intern(const char *raw)
 {
     const std::string_view key(raw);
-    if (const auto found = m_nameIndex.find(key); found != m_nameIndex.end())
+    if (const auto found = m_names.index.find(key); found != m_names.index.end())
         return found->second;
     // "local", "namespace\1local" or "namespace\1local\1prefix"
     const QList<QByteArray> pieces = QByteArray(raw).split(kSeparator);
@@ -211,9 +225,9 @@ int XmlPullReader::intern(const char *raw)
         name.local = QString::fromUtf8(pieces[1]);
         name.qualified = pieces.size() > 2 ? QString::fromUtf8(pieces[2]) + u':' + name.local : name.local;
     }
-    m_names.push_back(std::move(name));
-    const int index = int(m_names.size() - 1);
-    m_nameIndex.emplace(key, index);
+    m_names.names.push_back(std::move(name));
+    const int index = int(m_names.names.size() - 1);
+    m_names.index.emplace(key, index);
     return index;
 }
 
@@ -223,7 +237,7 @@ void XmlPullReader::onStart(void *self, const char *name, const char **attribute
     Item item{StartElement, reader->intern(name), {}, {}};
     reader->m_open.push_back(item.name);
     for (const char **at = attributes; *at; at += 2) {
-        const Name &attributeName = reader->m_names[size_t(reader->intern(at[0]))];
+        const Name &attributeName = reader->m_names.names[size_t(reader->intern(at[0]))];
         item.attributes.append({attributeName.namespaceUri, attributeName.local, attributeName.qualified,
                                 QString::fromUtf8(at[1])});
     }

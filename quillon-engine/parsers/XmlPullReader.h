@@ -107,10 +107,19 @@ private:
         using is_transparent = void;
         size_t operator()(std::string_view key) const { return std::hash<std::string_view>()(key); }
     };
-    std::vector<Name> m_names;
+    // The names met on a thread, kept across its documents: feeds use the same few dozen, and
+    // making them for each document cost as much as reading them. Emptied when a reader starts
+    // with no other reader alive on the thread and more than a few thousand are kept.
+    struct Names
+    {
+        std::vector<Name> names;
+        // expat's "uri\1local\1prefix" -> names
+        std::unordered_map<std::string, int, NameHash, std::equal_to<>> index;
+        int readers = 0;
+    };
+    static Names &namesOfThisThread();
+    Names &m_names;
     std::vector<int> m_open; // the names of the open elements, innermost last
-    // expat's "uri\1local\1prefix" -> m_names
-    std::unordered_map<std::string, int, NameHash, std::equal_to<>> m_nameIndex;
     // The text of the queued tokens, UTF-8, one after the other: one buffer, not one per token.
     std::string m_text;
     size_t m_pendingStart = 0;

@@ -52,6 +52,7 @@ private slots:
     void readsTokens_data();
     void readsTokens();
     void walksElements();
+    void keepsNamesAcrossDocuments();
 };
 
 void tst_XmlPullReader::readsTokens_data()
@@ -100,6 +101,31 @@ void tst_XmlPullReader::walksElements()
     QCOMPARE(xml.name(), u"r");
     xml.readNext();
     QVERIFY(xml.atEnd() && !xml.hasError());
+}
+
+// Names outlive a document on its thread; one read inside another, and a crowd of names that
+// empties the table, must not change what either reader says.
+void tst_XmlPullReader::keepsNamesAcrossDocuments()
+{
+    QByteArray crowd = "<r>";
+    for (int i = 0; i < 5000; ++i)
+        crowd += "<n" + QByteArray::number(i) + "/>";
+    crowd += "</r>";
+    {
+        XmlPullReader outer("<o:r xmlns:o='urn:o'><o:a/><b/></o:r>");
+        QVERIFY(outer.readNextStartElement());
+        QCOMPARE(outer.name(), u"r");
+        QVERIFY(trace(crowd).endsWith("<n4999></n4999></r>")); // read inside the outer
+        QVERIFY(outer.readNextStartElement());
+        QCOMPARE(outer.namespaceUri(), u"urn:o");
+        QCOMPARE(outer.name(), u"a");
+        QVERIFY(trace(crowd).startsWith("<r><n0></n0><n1>")); // names kept: the outer is alive
+        outer.skipCurrentElement();
+        QVERIFY(outer.readNextStartElement());
+        QCOMPARE(outer.name(), u"b");
+    }
+    // No reader alive: the crowd is dropped before this one starts.
+    QCOMPARE(trace("<a:x xmlns:a='urn:a'><y a:z='1'/></a:x>"), "<{urn:a}x><y a:z=1></y></x>");
 }
 
 QTEST_GUILESS_MAIN(tst_XmlPullReader)
