@@ -17,7 +17,7 @@ double decodeMs(int keys)
     auto bag = PropertyBag::create();
     for (int i = 0; i < keys; ++i)
         bag->setLong(QStringLiteral("Key%1").arg(i), i);
-    const QByteArray bytes = WireCodec::frame(WireCodec::request(1, QStringLiteral("SetSettings"), {bag}));
+    const QByteArray bytes = WireCodec::requestFrame(1, QStringLiteral("SetSettings"), {bag});
     QList<double> runs;
     for (int run = 0; run < 5; ++run) {
         QElapsedTimer timer;

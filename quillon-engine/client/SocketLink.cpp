@@ -193,7 +193,7 @@ PropertyValue SocketLink::call(const QString &operation, const QList<PropertyVal
 {
     if (!isConnected())
         throw connectionLost();
-    const QByteArray bytes = WireCodec::frame(WireCodec::request(++d->lastId, operation, args));
+    const QByteArray bytes = WireCodec::requestFrame(++d->lastId, operation, args);
     struct CallScope
     {
         Private &p;

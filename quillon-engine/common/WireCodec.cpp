@@ -2,8 +2,10 @@
 
 #include "EngineError.h"
 
+#include <QBuffer>
 #include <QCborArray>
 #include <QCborStreamReader>
+#include <QCborStreamWriter>
 #include <QtEndian>
 
 #include <limits>
@@ -18,26 +20,51 @@ void checkDepth(int depth)
         throw EngineError(QStringLiteral("A value is nested more than %1 levels deep").arg(kMaxDepth));
 }
 
-QCborValue encodeAt(const PropertyValue &value, int depth)
+// Written straight to the stream: a tree of QCborValue first cost as much again, and
+// QCborMap::insert looks for each name already in the map, the square of a large bag's names.
+void writeValue(QCborStreamWriter &out, const PropertyValue &value, int depth)
 {
     checkDepth(depth);
-    if (const auto *text = std::get_if<QString>(&value))
-        return *text;
-    if (const auto *number = std::get_if<qint32>(&value))
-        return qint64(*number);
-    if (const auto *bag = std::get_if<BagPtr>(&value); bag && *bag) {
-        QCborMap map;
-        for (const auto &entry : (*bag)->entries())
-            map.insert(entry.first, encodeAt(entry.second, depth + 1));
-        return map;
-    }
-    if (const auto *list = std::get_if<ListPtr>(&value); list && *list) {
-        QCborArray array;
+    if (const auto *text = std::get_if<QString>(&value)) {
+        out.append(*text);
+    } else if (const auto *number = std::get_if<qint32>(&value)) {
+        out.append(qint64(*number));
+    } else if (const auto *bag = std::get_if<BagPtr>(&value); bag && *bag) {
+        out.startMap(quint64((*bag)->size()));
+        for (const auto &[name, item] : (*bag)->entries()) {
+            out.append(name);
+            writeValue(out, item, depth + 1);
+        }
+        out.endMap();
+    } else if (const auto *list = std::get_if<ListPtr>(&value); list && *list) {
+        out.startArray(quint64((*list)->size()));
         for (const auto &item : (*list)->items())
-            array.append(encodeAt(item, depth + 1));
-        return array;
+            writeValue(out, item, depth + 1);
+        out.endArray();
+    } else {
+        out.appendNull();
     }
-    return QCborValue(nullptr);
+}
+
+// A frame of one map: the 4-byte length, then what `write` puts in the map of `entries` names.
+template <typename Write> QByteArray writeFrame(quint64 entries, Write write)
+{
+    QByteArray bytes(kHeaderBytes, Qt::Uninitialized);
+    {
+        QBuffer buffer(&bytes); // a writer given the array itself would write over the header
+        buffer.open(QIODevice::WriteOnly | QIODevice::Append);
+        QCborStreamWriter out(&buffer);
+        out.startMap(entries);
+        write(out);
+        out.endMap();
+    }
+    const qsizetype payload = bytes.size() - kHeaderBytes;
+    if (payload > kMaxFrameBytes)
+        throw EngineError(QStringLiteral("A message of %1 bytes is larger than the limit of %2")
+                              .arg(payload)
+                              .arg(kMaxFrameBytes));
+    qToBigEndian(quint32(payload), bytes.data());
+    return bytes;
 }
 
 qint32 decodeInteger(const QCborValue &value)
@@ -191,26 +218,9 @@ QCborValue buildValue(QCborStreamReader &reader)
 
 } // namespace
 
-QCborValue encode(const PropertyValue &value)
-{
-    return encodeAt(value, 0);
-}
-
 PropertyValue decode(const QCborValue &value)
 {
     return decodeAt(value, 0);
-}
-
-QByteArray frame(const QCborMap &message)
-{
-    const QByteArray payload = message.toCborValue().toCbor();
-    if (payload.size() > kMaxFrameBytes)
-        throw EngineError(QStringLiteral("A message of %1 bytes is larger than the limit of %2")
-                              .arg(payload.size())
-                              .arg(kMaxFrameBytes));
-    QByteArray bytes(kHeaderBytes, Qt::Uninitialized);
-    qToBigEndian(quint32(payload.size()), bytes.data());
-    return bytes + payload;
 }
 
 QCborMap parsePayload(const QByteArray &payload, qsizetype maxElements, int maxDepth)
@@ -228,12 +238,19 @@ QCborMap parsePayload(const QByteArray &payload, qsizetype maxElements, int maxD
     return value.toMap();
 }
 
-QCborMap request(qint64 id, const QString &operation, const QList<PropertyValue> &args)
+QByteArray requestFrame(qint64 id, const QString &operation, const QList<PropertyValue> &args)
 {
-    QCborArray encoded;
-    for (const auto &arg : args)
-        encoded.append(encode(arg));
-    return QCborMap{{kId, id}, {kOperation, operation}, {kArgs, encoded}};
+    return writeFrame(3, [&](QCborStreamWriter &out) {
+        out.append(kId);
+        out.append(id);
+        out.append(kOperation);
+        out.append(operation);
+        out.append(kArgs);
+        out.startArray(quint64(args.size()));
+        for (const PropertyValue &arg : args)
+            writeValue(out, arg, 0);
+        out.endArray();
+    });
 }
 
 WireRequest readRequest(const QCborMap &frame)
@@ -251,19 +268,34 @@ WireRequest readRequest(const QCborMap &frame)
     return result;
 }
 
-QCborMap reply(qint64 id, const PropertyValue &result)
+QByteArray replyFrame(qint64 id, const PropertyValue &result)
 {
-    return QCborMap{{kReplyTo, id}, {kResult, encode(result)}};
+    return writeFrame(2, [&](QCborStreamWriter &out) {
+        out.append(kReplyTo);
+        out.append(id);
+        out.append(kResult);
+        writeValue(out, result, 0);
+    });
 }
 
-QCborMap errorReply(qint64 id, const QString &message)
+QByteArray errorReplyFrame(qint64 id, const QString &message)
 {
-    return QCborMap{{kReplyTo, id}, {kError, message}};
+    return writeFrame(2, [&](QCborStreamWriter &out) {
+        out.append(kReplyTo);
+        out.append(id);
+        out.append(kError);
+        out.append(message);
+    });
 }
 
-QCborMap message(qint32 callbackId, const BagPtr &bag)
+QByteArray messageFrame(qint32 callbackId, const BagPtr &bag)
 {
-    return QCborMap{{kMessage, qint64(callbackId)}, {kBag, encode(bag)}};
+    return writeFrame(2, [&](QCborStreamWriter &out) {
+        out.append(kMessage);
+        out.append(qint64(callbackId));
+        out.append(kBag);
+        writeValue(out, bag, 0);
+    });
 }
 
 } // namespace quillon::WireCodec

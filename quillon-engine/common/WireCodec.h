@@ -31,21 +31,21 @@ inline constexpr int kMaxRequestDepth = 64;
 // so a frame of tiny empty lists cannot make the decoder allocate gigabytes.
 inline constexpr qsizetype kMaxElements = 4'000'000;
 
-[[nodiscard]] QCborValue encode(const PropertyValue &value);
 [[nodiscard]] PropertyValue decode(const QCborValue &value);
 
-// A 4-byte big-endian payload length followed by the CBOR payload.
-[[nodiscard]] QByteArray frame(const QCborMap &message);
 // The payload of one frame: exactly one CBOR map of at most maxElements values, nested at
 // most maxDepth levels.
 [[nodiscard]] QCborMap parsePayload(const QByteArray &payload, qsizetype maxElements = kMaxElements,
                                     int maxDepth = kMaxDepth);
 
-[[nodiscard]] QCborMap request(qint64 id, const QString &operation, const QList<PropertyValue> &args);
 [[nodiscard]] WireRequest readRequest(const QCborMap &frame);
-[[nodiscard]] QCborMap reply(qint64 id, const PropertyValue &result);
-[[nodiscard]] QCborMap errorReply(qint64 id, const QString &message);
-[[nodiscard]] QCborMap message(qint32 callbackId, const BagPtr &bag);
+
+// Whole frames, ready to send: a 4-byte big-endian payload length followed by the CBOR payload,
+// one map. Throw EngineError when a value nests too deep or the frame passes kMaxFrameBytes.
+[[nodiscard]] QByteArray requestFrame(qint64 id, const QString &operation, const QList<PropertyValue> &args);
+[[nodiscard]] QByteArray replyFrame(qint64 id, const PropertyValue &result);
+[[nodiscard]] QByteArray errorReplyFrame(qint64 id, const QString &message);
+[[nodiscard]] QByteArray messageFrame(qint32 callbackId, const BagPtr &bag);
 
 // Keys of the frames.
 inline const QString kId = QStringLiteral("id");

@@ -101,12 +101,11 @@ void EngineConnection::answer(const QCborMap &frame)
     try {
         if (!m_core)
             throw EngineError(QStringLiteral("The engine has stopped"));
-        reply = WireCodec::frame(
-            WireCodec::reply(request.id, m_core->call(m_session, request.operation, request.args)));
+        reply = WireCodec::replyFrame(request.id, m_core->call(m_session, request.operation, request.args));
     } catch (const EngineError &e) {
-        reply = WireCodec::frame(WireCodec::errorReply(request.id, e.message()));
+        reply = WireCodec::errorReplyFrame(request.id, e.message());
     } catch (const std::exception &e) {
-        reply = WireCodec::frame(WireCodec::errorReply(request.id, QString::fromLocal8Bit(e.what())));
+        reply = WireCodec::errorReplyFrame(request.id, QString::fromLocal8Bit(e.what()));
     }
     send(reply);
 }
@@ -116,13 +115,13 @@ void EngineConnection::answer(const QCborMap &frame)
 void EngineConnection::sendMessage(qint32 callbackId, const BagPtr &message)
 {
     try {
-        send(WireCodec::frame(WireCodec::message(callbackId, message)));
+        send(WireCodec::messageFrame(callbackId, message));
     } catch (const EngineError &e) {
         qCWarning(lcConnection) << "message for session" << m_session << "not sent:" << e.message();
         const BagPtr failure =
             EngineMessages::failure(QStringLiteral("The answer (%1) could not be sent: %2")
                                         .arg(message->text(QStringLiteral("MESSAGE")), e.message()));
-        send(WireCodec::frame(WireCodec::message(callbackId, failure)));
+        send(WireCodec::messageFrame(callbackId, failure));
     }
 }
 

@@ -20,7 +20,7 @@ void decodeFrame(const QByteArray &payload)
         const quillon::WireRequest request = quillon::WireCodec::readRequest(frame);
         // What was decoded must encode again: the daemon answers with such values.
         for (const auto &argument : request.args)
-            (void)quillon::WireCodec::frame(quillon::WireCodec::reply(request.id, argument));
+            (void)quillon::WireCodec::replyFrame(request.id, argument);
     } else {
         (void)quillon::WireCodec::decode(frame.value(quillon::WireCodec::kBag));
         (void)quillon::WireCodec::decode(frame.value(quillon::WireCodec::kResult));
