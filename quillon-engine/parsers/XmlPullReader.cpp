@@ -132,7 +132,8 @@ QStringView XmlPullReader::name() const
 
 QStringView XmlPullReader::namespaceUri() const
 {
-    return m_current.name < 0 ? QStringView() : QStringView(m_names.names[size_t(m_current.name)].namespaceUri);
+    return m_current.name < 0 ? QStringView()
+                              : QStringView(m_names.names[size_t(m_current.name)].namespaceUri);
 }
 
 QStringView XmlPullReader::text() const
