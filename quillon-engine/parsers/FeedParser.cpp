@@ -57,8 +57,8 @@ ParsedFeed FeedParser::parse(const QByteArray &bytes, const QString &contentType
             return feed;
     }
     XmlSource::Prepared prepared = XmlSource::decode(bytes, contentType);
-    const bool triedAsDecoded =
-        received && prepared.encoding == received->encoding && !prepared.encodingFallback;
+    // Decoded without a fallback, the text is the bytes the reader already had.
+    const bool triedAsDecoded = received && !prepared.encodingFallback;
     if (!triedAsDecoded && prepared.error == ParseError::None && XmlSource::readsAsMended(prepared.text)) {
         ParsedFeed feed = read(prepared, baseUrl, false);
         if (feed.error == ParseError::None)

@@ -267,7 +267,7 @@ qsizetype HtmlNormalizer::handleStartTag(qsizetype i)
     if (!(tag.kind & Allowed))
         return drop(i, tag.end); // the tag goes, its text stays
     // Written in the form it is given, a tag with a link and all is not copied either.
-    m_tag.clear();
+    m_tag.truncate(0); // keeps what the last tag allocated
     m_tag.reserve(tag.end - i + 16);
     emitStartTag(tag, m_tag);
     if (m_in.mid(i, tag.end - i) == m_tag)
