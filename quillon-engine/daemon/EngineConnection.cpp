@@ -111,21 +111,23 @@ void EngineConnection::answer(const QCborMap &frame)
 }
 
 // A message the wire cannot carry (too large, too deep) still reaches its callback, as a
-// failure that says why: a caller waiting for an answer must never wait for good.
+// failure that says why: a caller waiting for an answer must never wait for good. Messages
+// leave when the loop next turns, all that one turn produced in one write: a round of fetches
+// announces two per feed, and a write each woke the client as often.
 void EngineConnection::sendMessage(qint32 callbackId, const BagPtr &message)
 {
     try {
-        send(WireCodec::messageFrame(callbackId, message));
+        send(WireCodec::messageFrame(callbackId, message), Flush::NextTurn);
     } catch (const EngineError &e) {
         qCWarning(lcConnection) << "message for session" << m_session << "not sent:" << e.message();
         const BagPtr failure =
             EngineMessages::failure(QStringLiteral("The answer (%1) could not be sent: %2")
                                         .arg(message->text(QStringLiteral("MESSAGE")), e.message()));
-        send(WireCodec::messageFrame(callbackId, failure));
+        send(WireCodec::messageFrame(callbackId, failure), Flush::NextTurn);
     }
 }
 
-void EngineConnection::send(const QByteArray &bytes)
+void EngineConnection::send(const QByteArray &bytes, Flush when)
 {
     if (m_dropping || m_socket->state() != QLocalSocket::ConnectedState)
         return;
@@ -134,8 +136,9 @@ void EngineConnection::send(const QByteArray &bytes)
         return;
     }
     m_socket->write(bytes);
-    // Written now rather than on the next loop turn: the client is blocked waiting for it.
-    m_socket->flush();
+    // A reply is written now: the client is blocked waiting for it.
+    if (when == Flush::Now)
+        m_socket->flush();
 }
 
 // Later, from the event loop: this may run inside the core, while it sends to every session.

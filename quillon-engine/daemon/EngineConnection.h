@@ -34,7 +34,8 @@ private:
     void readRequests();
     void answer(const QCborMap &frame);
     void sendMessage(qint32 callbackId, const BagPtr &message);
-    void send(const QByteArray &bytes);
+    enum class Flush { Now, NextTurn };
+    void send(const QByteArray &bytes, Flush when = Flush::Now);
     void closeSession();
     void drop(const char *reason);
 
