@@ -22,6 +22,17 @@ QString newConnectionName()
     return QStringLiteral("quillon-core-%1").arg(counter.fetchAndAddRelaxed(1) + 1);
 }
 
+// SQLite keeps a count of its memory under one lock for the whole process. The fetch store's
+// connection and the main one allocate at the same time, and nothing reads the count: without
+// it, they stopped waiting for each other thousands of times a round. It can only be set before
+// SQLite's first use in the process; if a connection came first (a test's), the count stays.
+void leaveMemoryUncounted()
+{
+    static const int result = sqlite3_config(SQLITE_CONFIG_MEMSTATUS, 0);
+    if (result != SQLITE_OK)
+        qCDebug(lcCore) << "SQLite was in use already; its memory stays counted";
+}
+
 // As Qt's driver reads a column, without describing it first.
 QVariant rawColumn(sqlite3_stmt *statement, int column)
 {
@@ -128,6 +139,7 @@ void EngineDatabase::open()
 {
     if (m_open)
         return;
+    leaveMemoryUncounted();
     m_db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), m_connectionName);
     if (!m_db.isValid())
         fail(QStringLiteral("loading the SQLite driver"), m_db.lastError().text());
