@@ -188,10 +188,14 @@ qsizetype HtmlNormalizer::handleMarkup(qsizetype i)
         return escapeLessThan(i);
     if (next == u'!')
         return handleDeclaration(i);
-    if (next == u'/' && i + 2 < m_in.size() && isAsciiLetter(m_in[i + 2]))
-        return handleEndTag(i);
-    if (isAsciiLetter(next))
-        return handleStartTag(i);
+    if (next == u'/' && i + 2 < m_in.size() && isAsciiLetter(m_in[i + 2])) {
+        const qsizetype end = plainTagEnd(i + 2);
+        return end ? end : handleEndTag(i);
+    }
+    if (isAsciiLetter(next)) {
+        const qsizetype end = plainTagEnd(i + 1);
+        return end ? end : handleStartTag(i);
+    }
     if (next == u'?') {
         const qsizetype close = m_in.indexOf(u'>', i);
         if (close >= 0)
@@ -248,8 +252,6 @@ qsizetype HtmlNormalizer::handleEndTag(qsizetype i)
 
 qsizetype HtmlNormalizer::handleStartTag(qsizetype i)
 {
-    if (const qsizetype end = plainTagEnd(i))
-        return end;
     Tag tag = readStartTag(i);
     if (tag.end < 0) {
         m_noMoreTags = true;
@@ -277,16 +279,24 @@ qsizetype HtmlNormalizer::handleStartTag(qsizetype i)
     return tag.end;
 }
 
-// Where a start tag such as "<p>" ends when it is kept just as written: a lower-case allowed
-// element, not void, without attributes. 0 for any other tag, which readStartTag() reads.
-qsizetype HtmlNormalizer::plainTagEnd(qsizetype i) const
+// Where a tag such as "<p>" or "</p>" ends when it is kept just as written, as most tags in
+// feeds are: the lower-case name of an allowed element that is not void, straight to '>'. The
+// name starts at `name` and is packed as it is read. 0 for any other tag, which is read in full.
+qsizetype HtmlNormalizer::plainTagEnd(qsizetype name) const
 {
-    qsizetype p = i + 1;
-    while (p < m_in.size() && isTagNameChar(m_in[p]) && !(m_in[p] >= u'A' && m_in[p] <= u'Z'))
-        ++p;
-    if (p >= m_in.size() || m_in[p] != u'>')
+    const qsizetype limit = qMin(m_in.size(), name + 16); // no longer name is in the tables
+    PackedName packed;
+    qsizetype p = name;
+    for (; p < limit; ++p) {
+        const char16_t c = m_in[p].unicode();
+        if (!((c >= u'a' && c <= u'z') || (c >= u'0' && c <= u'9')))
+            break;
+        packed.set(p - name, c);
+    }
+    if (p == name || p >= m_in.size() || m_in[p] != u'>')
         return 0;
-    return elementKind(m_in.mid(i + 1, p - i - 1)) == Allowed ? p + 1 : 0;
+    const quint8 kind = elementKind(packed);
+    return (kind & Allowed) && !(kind & Void) ? p + 1 : 0;
 }
 
 HtmlNormalizer::Tag HtmlNormalizer::readStartTag(qsizetype i) const
@@ -358,10 +368,11 @@ void HtmlNormalizer::emitStartTag(Tag &tag, QString &out) const
     out.append(tag.name);
     QStringView previous;
     for (Attribute &attribute : tag.attributes) {
-        if (attribute.name == previous || !keepAttribute(attribute))
+        const bool uri = isUriAttribute(attribute.name);
+        if (attribute.name == previous || !keepAttribute(attribute, uri))
             continue; // the first of duplicates wins, as in browsers
         previous = attribute.name;
-        if (isUriAttribute(attribute.name))
+        if (uri)
             attribute.value = resolved(attribute.value);
         out.append(u' ');
         out.append(attribute.name);
@@ -380,13 +391,13 @@ void HtmlNormalizer::emitStartTag(Tag &tag, QString &out) const
     }
 }
 
-bool HtmlNormalizer::keepAttribute(const Attribute &attribute) const
+bool HtmlNormalizer::keepAttribute(const Attribute &attribute, bool uri)
 {
     if (!isAllowedAttribute(attribute.name))
         return false;
     if (attribute.name == u"style")
         return isSafeStyle(attribute.value);
-    return !isUriAttribute(attribute.name) || isSafeUri(attribute.value);
+    return !uri || isSafeUri(attribute.value);
 }
 
 QString HtmlNormalizer::resolved(const QString &uri) const

@@ -1,8 +1,8 @@
 #pragma once
 
-#include <QList>
 #include <QString>
 #include <QUrl>
+#include <QVarLengthArray>
 
 namespace quillon {
 
@@ -28,7 +28,7 @@ private:
     struct Tag
     {
         QString name;
-        QList<Attribute> attributes;
+        QVarLengthArray<Attribute, 4> attributes; // on the stack for the usual few
         bool selfClosing = false;
         qsizetype end = -1; // index after '>'; -1 when the tag never closes
         quint8 kind = 0;    // what the element tables say of the name
@@ -44,11 +44,11 @@ private:
     qsizetype handleDeclaration(qsizetype i);
     qsizetype handleEndTag(qsizetype i);
     qsizetype handleStartTag(qsizetype i);
-    [[nodiscard]] qsizetype plainTagEnd(qsizetype i) const;
+    [[nodiscard]] qsizetype plainTagEnd(qsizetype name) const;
     Tag readStartTag(qsizetype i) const;
     qsizetype readAttribute(qsizetype i, Tag &tag) const;
     void emitStartTag(Tag &tag, QString &out) const;
-    [[nodiscard]] bool keepAttribute(const Attribute &attribute) const;
+    [[nodiscard]] static bool keepAttribute(const Attribute &attribute, bool uri);
     [[nodiscard]] QString resolved(const QString &uri) const;
     qsizetype escapeLessThan(qsizetype i);
 

@@ -56,17 +56,9 @@ constexpr QStringView kUnsafeStyle[] = {u"\\",       u"/*",      u"expression", 
                                         u"vbscript", u"data:",   u"url(",       u"image(",
                                         u"behavior", u"binding", u"@import",    u"&#"};
 
-// The names in the tables are short ASCII; packed into two words, one is found in a small
-// open-addressed table with a multiply and a compare or two. Every tag and attribute is looked up
-// here, and Qt's string hash cost more than the rest of a tag's handling.
-struct PackedName
-{
-    quint64 low = 0;
-    quint64 high = 0;
-    bool operator==(const PackedName &) const = default;
-};
-
-// Empty for a name no table can hold: empty, longer than 16 characters, or not ASCII.
+// Every tag and attribute is looked up in these tables, and Qt's string hash cost more than
+// the rest of a tag's handling. Empty for a name no table can hold: empty, longer than 16 characters, or not
+// ASCII.
 std::optional<PackedName> pack(QStringView name)
 {
     if (name.isEmpty() || name.size() > 16)
@@ -76,7 +68,7 @@ std::optional<PackedName> pack(QStringView name)
         const char16_t c = name[i].unicode();
         if (c == 0 || c >= 0x80)
             return std::nullopt;
-        (i < 8 ? packed.low : packed.high) |= quint64(c) << (8 * (i % 8));
+        packed.set(i, c);
     }
     return packed;
 }
@@ -97,10 +89,12 @@ public:
     [[nodiscard]] quint8 value(QStringView name) const
     {
         const auto key = pack(name);
-        if (!key)
-            return 0;
-        for (size_t i = hash(*key); m_slots[i].value != 0; i = (i + 1) % kSize) {
-            if (m_slots[i].key == *key)
+        return key ? value(*key) : 0;
+    }
+    [[nodiscard]] quint8 value(const PackedName &key) const
+    {
+        for (size_t i = hash(key); m_slots[i].value != 0; i = (i + 1) % kSize) {
+            if (m_slots[i].key == key)
                 return m_slots[i].value;
         }
         return 0;
@@ -149,21 +143,28 @@ QVarLengthArray<char16_t, 16> schemeOf(QStringView value)
     return {};
 }
 
+// Built before main rather than on first use: a tag's look-up pays no guard.
+const NameTable<8> kElementKinds = [] {
+    NameTable<8> table;
+    for (const QStringView element : kAllowedElements)
+        table.add(element, Allowed);
+    for (const QStringView element : kVoidElements)
+        table.add(element, Void);
+    for (const QStringView element : kDroppedWithContent)
+        table.add(element, DroppedWithContent);
+    return table;
+}();
+
 } // namespace
 
 quint8 elementKind(QStringView name)
 {
-    static const NameTable<8> kinds = [] {
-        NameTable<8> table;
-        for (const QStringView element : kAllowedElements)
-            table.add(element, Allowed);
-        for (const QStringView element : kVoidElements)
-            table.add(element, Void);
-        for (const QStringView element : kDroppedWithContent)
-            table.add(element, DroppedWithContent);
-        return table;
-    }();
-    return kinds.value(name);
+    return kElementKinds.value(name);
+}
+
+quint8 elementKind(const PackedName &name)
+{
+    return kElementKinds.value(name);
 }
 
 bool isUriAttribute(QStringView name)

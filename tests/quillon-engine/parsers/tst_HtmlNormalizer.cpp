@@ -52,6 +52,10 @@ void tst_HtmlNormalizer::normalizesMarkup_data()
         R"(<img alt="a&lt;b &amp; &quot;c&quot;" />)");
     row("comments and declarations dropped", "a<!-- hidden -->b<!DOCTYPE html><?php x ?>c", "abc");
     row("unclosed tag becomes text", "1 <b class=\"x 2", "1 &lt;b class=\"x 2");
+    row("tags kept as written, and near misses", "<h1>a</h1><h7>b</h7><p >c</p ><li1>d</li1><ul></ul-x>",
+        "<h1>a</h1>b<p>c</p>d<ul>");
+    row("names at the tables' 16-character limit",
+        "<blockquote>a</blockquote><figcaptionxxxxxx>b</figcaptionxxxxxxx>", "<blockquote>a</blockquote>b");
     row("absolute links untouched", R"(<a href="HTTP://Example.COM/%7Ebob">x</a>)",
         R"(<a href="HTTP://Example.COM/%7Ebob">x</a>)");
 }
