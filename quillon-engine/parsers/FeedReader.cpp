@@ -211,15 +211,17 @@ void FeedReader::readRssItem(const QUrl &base)
 {
     ParsedItem item;
     item.guid = m_xml.attributes().value(kRdf, u"about").trimmed().toString();
-    QString guidPermaLink;
+    bool guidIsPermaLink = true;
     while (m_xml.readNextStartElement()) {
         if (vocab() == Vocab::Core && m_xml.name() == u"guid")
-            guidPermaLink = m_xml.attributes().value(u"isPermaLink").trimmed().toString();
+            guidIsPermaLink =
+                m_xml.attributes().value(u"isPermaLink").trimmed().compare(u"false", Qt::CaseInsensitive) !=
+                0;
         readRssItemChild(item, baseOf(base));
     }
     if (m_xml.hasError())
         return; // an item cut off by the error is not trusted
-    finishRssItem(item, guidPermaLink);
+    finishRssItem(item, guidIsPermaLink);
     addItem(std::move(item));
 }
 
@@ -318,10 +320,9 @@ void FeedReader::readRssSummary(ParsedItem &item, const QUrl &base)
         item.content = std::move(text);
 }
 
-void FeedReader::finishRssItem(ParsedItem &item, const QString &guidPermaLink)
+void FeedReader::finishRssItem(ParsedItem &item, bool guidIsPermaLink)
 {
-    const bool permaLink = guidPermaLink.compare(u"false", Qt::CaseInsensitive) != 0;
-    if (item.link.isEmpty() && permaLink && looksLikeWebAddress(item.guid))
+    if (item.link.isEmpty() && guidIsPermaLink && looksLikeWebAddress(item.guid))
         item.link = item.guid;
 }
 

@@ -42,7 +42,7 @@ private:
     bool readRssModuleChild(ParsedItem &item, const QUrl &base);
     void readRssContent(ParsedItem &item, TextConstructReader::Mode mode, const QUrl &base);
     void readRssSummary(ParsedItem &item, const QUrl &base);
-    void finishRssItem(ParsedItem &item, const QString &guidPermaLink);
+    void finishRssItem(ParsedItem &item, bool guidIsPermaLink);
     void readMedia(ParsedItem &item, const QUrl &base);
 
     void readAtomFeed(const QUrl &base);

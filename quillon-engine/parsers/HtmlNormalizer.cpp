@@ -110,12 +110,25 @@ QString lowerName(QStringView name)
 
 QString HtmlNormalizer::normalize(QStringView html, const QUrl &base)
 {
+    return normalized(html, base, nullptr);
+}
+
+QString HtmlNormalizer::normalize(const QString &html, const QUrl &base)
+{
+    return normalized(html, base, &html);
+}
+
+// `whole`, when given, is `html` as a string of its own.
+QString HtmlNormalizer::normalized(QStringView html, const QUrl &base, const QString *whole)
+{
     HtmlNormalizer normalizer(html, base);
     normalizer.normalize();
     if (!normalizer.m_out.isNull())
         return normalizer.m_out.trimmed();
     // Already in its normal form, the common case. Never a null text: that would be stored as NULL.
     const QStringView trimmed = html.trimmed();
+    if (whole && !whole->isNull() && trimmed.size() == whole->size())
+        return *whole;
     return trimmed.isNull() ? QString(QLatin1String("")) : trimmed.toString();
 }
 

@@ -16,6 +16,8 @@ class HtmlNormalizer
 {
 public:
     [[nodiscard]] static QString normalize(QStringView html, const QUrl &base = {});
+    // The same; text already in its normal form is given back without a copy.
+    [[nodiscard]] static QString normalize(const QString &html, const QUrl &base = {});
     // Appends text with '&', '<', '>' and '"' escaped, copying the runs between them at once.
     static void appendEscaped(QString &out, QStringView text);
 
@@ -36,6 +38,7 @@ private:
 
     HtmlNormalizer(QStringView in, const QUrl &base) : m_in(in), m_base(base) {}
 
+    [[nodiscard]] static QString normalized(QStringView html, const QUrl &base, const QString *whole);
     void normalize();
     void replace(qsizetype from, qsizetype to);
     qsizetype drop(qsizetype from, qsizetype to);

@@ -19,17 +19,27 @@ bool hasScheme(QStringView reference)
     return false;
 }
 
-} // namespace
-
-QString LinkResolver::resolve(const QUrl &base, QStringView reference)
+QString resolveTrimmed(const QUrl &base, const QString &trimmed)
 {
-    const QString trimmed = reference.trimmed().toString();
     if (trimmed.isEmpty() || hasScheme(trimmed) || !base.isValid() || base.isRelative())
         return trimmed;
     const QUrl url(trimmed);
     if (!url.isValid() || !url.isRelative())
         return trimmed;
     return base.resolved(url).toString(QUrl::FullyEncoded);
+}
+
+} // namespace
+
+QString LinkResolver::resolve(const QUrl &base, QStringView reference)
+{
+    return resolveTrimmed(base, reference.trimmed().toString());
+}
+
+QString LinkResolver::resolve(const QUrl &base, const QString &reference)
+{
+    const QStringView trimmed = QStringView(reference).trimmed();
+    return resolveTrimmed(base, trimmed.size() == reference.size() ? reference : trimmed.toString());
 }
 
 QUrl LinkResolver::childBase(const QUrl &parent, QStringView xmlBase)

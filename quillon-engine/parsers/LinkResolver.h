@@ -11,6 +11,8 @@ class LinkResolver
 {
 public:
     [[nodiscard]] static QString resolve(const QUrl &base, QStringView reference);
+    // The same; an absolute reference with nothing to trim is given back without a copy.
+    [[nodiscard]] static QString resolve(const QUrl &base, const QString &reference);
     // The base in force inside an element carrying xml:base="xmlBase".
     [[nodiscard]] static QUrl childBase(const QUrl &parent, QStringView xmlBase);
 };
