@@ -58,6 +58,7 @@ private:
     // When each subscription's oldest article was stored, as far as this store has seen. It
     // only errs towards older (articles deleted elsewhere), which costs a look, never a miss.
     QHash<qint32, QString> m_oldest;
+    QByteArray m_utf8; // an article's texts on their way to SQLite
 };
 
 } // namespace quillon
