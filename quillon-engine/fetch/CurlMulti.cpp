@@ -108,18 +108,18 @@ int CurlMulti::onTimer(CURLM *, long timeoutMs, void *self)
 
 void CurlMulti::watch(curl_socket_t socket, int what)
 {
+    // A socket curl stops watching keeps its notifiers, switched off: a kept-alive connection is
+    // watched again for its next transfer, and making and deleting a pair per feed cost an
+    // object, a connection and a posted deletion (which wakes the loop) each time. They are as
+    // many as the socket numbers curl ever used, and go with this object.
     if (what == CURL_POLL_REMOVE) {
         const auto it = m_watches.find(socket);
         if (it == m_watches.end())
             return;
-        // curl may be telling us from inside a notifier's own signal.
         for (QSocketNotifier *n : {it->second.read, it->second.write}) {
-            if (n) {
+            if (n)
                 n->setEnabled(false);
-                n->deleteLater();
-            }
         }
-        m_watches.erase(it);
         return;
     }
     Watch &w = m_watches[socket];
