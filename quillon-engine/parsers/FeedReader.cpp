@@ -213,10 +213,10 @@ void FeedReader::readRssItem(const QUrl &base)
     item.guid = m_xml.attributes().value(kRdf, u"about").trimmed().toString();
     bool guidIsPermaLink = true;
     while (m_xml.readNextStartElement()) {
-        if (vocab() == Vocab::Core && m_xml.name() == u"guid")
-            guidIsPermaLink =
-                m_xml.attributes().value(u"isPermaLink").trimmed().compare(u"false", Qt::CaseInsensitive) !=
-                0;
+        if (vocab() == Vocab::Core && m_xml.name() == u"guid") {
+            const QStringView permaLink = m_xml.attributes().value(u"isPermaLink").trimmed();
+            guidIsPermaLink = permaLink.compare(u"false", Qt::CaseInsensitive) != 0;
+        }
         readRssItemChild(item, baseOf(base));
     }
     if (m_xml.hasError())

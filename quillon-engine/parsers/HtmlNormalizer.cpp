@@ -297,7 +297,7 @@ qsizetype HtmlNormalizer::handleStartTag(qsizetype i)
 // name starts at `name` and is packed as it is read. 0 for any other tag, which is read in full.
 qsizetype HtmlNormalizer::plainTagEnd(qsizetype name) const
 {
-    const qsizetype limit = qMin(m_in.size(), name + 16); // no longer name is in the tables
+    const qsizetype limit = qMin(m_in.size(), name + 16); // the tables hold no longer name
     PackedName packed;
     qsizetype p = name;
     for (; p < limit; ++p) {

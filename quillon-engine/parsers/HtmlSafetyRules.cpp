@@ -57,8 +57,8 @@ constexpr QStringView kUnsafeStyle[] = {u"\\",       u"/*",      u"expression", 
                                         u"behavior", u"binding", u"@import",    u"&#"};
 
 // Every tag and attribute is looked up in these tables, and Qt's string hash cost more than
-// the rest of a tag's handling. Empty for a name no table can hold: empty, longer than 16 characters, or not
-// ASCII.
+// the rest of a tag's handling. Empty for a name no table can hold: empty, longer than 16
+// characters, or not ASCII.
 std::optional<PackedName> pack(QStringView name)
 {
     if (name.isEmpty() || name.size() > 16)
