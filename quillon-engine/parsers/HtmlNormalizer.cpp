@@ -241,19 +241,15 @@ qsizetype HtmlNormalizer::handleEndTag(qsizetype i)
     qsizetype nameEnd = i + 2;
     while (nameEnd < m_in.size() && isTagNameChar(m_in[nameEnd]))
         ++nameEnd;
-    // Most end tags close right after the name: no search for those.
-    const qsizetype close =
-        nameEnd < m_in.size() && m_in[nameEnd] == u'>' ? nameEnd : m_in.indexOf(u'>', nameEnd);
+    const qsizetype close = m_in.indexOf(u'>', nameEnd);
     if (close < 0) {
         m_noMoreTags = true;
         return escapeLessThan(i);
     }
-    const QStringView written = m_in.mid(i + 2, nameEnd - i - 2);
-    const QString name = lowerName(written);
+    // "</p>" as it should be never comes here: plainTagEnd() took it.
+    const QString name = lowerName(m_in.mid(i + 2, nameEnd - i - 2));
     const quint8 kind = elementKind(name);
     const bool kept = (kind & Allowed) && !(kind & Void);
-    if (kept && close == nameEnd && name == written)
-        return close + 1; // "</p>" as it should be
     replace(i, close + 1);
     if (kept) {
         m_out.append(u"</");
